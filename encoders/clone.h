@@ -1,0 +1,33 @@
+// Deep copies by way of the wire image, in a scratch buffer.
+#pragma once
+
+#include "encoders/marshal.h"
+#include "encoders/unmarshal.h"
+
+namespace encoders {
+
+struct Workspace {
+  uint8_t* bytes;
+  int32_t length;
+};
+
+// The two halves of a record's wire form.
+struct WireForm {
+  uint32_t (*marshal_for_clone)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
+  uint32_t (*unmarshal)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*);
+};
+template <size_t R>
+inline constexpr WireForm wire_form{marshal_for_clone<R>, unmarshal<R>};
+
+void clone_internal(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form);
+void clone(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form);
+void* clone_cr(ork_handle* handle, const void* from, const RecordRow& record, WireForm form);
+
+// Fills an element that exists already. One that fails is left as a fresh one: what lies inside a block is never freed by itself.
+void clone_element(const Call& call, void* element, const void* from, const RecordRow& record, WireForm form);
+template <size_t R>
+void clone_into_element(const Call& call, void* element, const void* from, const RecordRow& record) {
+  clone_element(call, element, from, record, wire_form<R>);
+}
+
+}  // namespace encoders

@@ -1,0 +1,91 @@
+// The only code that walks raw bytes: a position in a caller's buffer that never leads a read or a write outside it.
+#pragma once
+
+#include "frame/call.h"
+
+namespace encoders {
+
+using std::int64_t;
+using std::int8_t;
+using std::int32_t;
+using std::size_t;
+using std::uint16_t;
+using std::uint32_t;
+using std::uint64_t;
+using std::uint8_t;
+
+// Positions may lie behind the end after a jump; they count on, but nothing is touched there.
+template <class Byte>
+class Cursor {
+ public:
+  Cursor(Byte* buffer, int32_t length) : buffer_(buffer), length_(length) {}
+
+  Byte* here() const { return buffer_ + (position_ < length_ ? position_ : length_); }
+  int32_t room() const {
+    const int64_t room = length_ - position_;
+    return room < INT32_MIN ? INT32_MIN : static_cast<int32_t>(room);
+  }
+  int64_t position() const { return position_; }
+  uint32_t consumed() const { return static_cast<uint32_t>(position_); }
+  bool at_end() const { return position_ == length_; }
+  bool inside() const { return position_ < length_; }
+  // How many of `count` bytes there is room for.
+  size_t within(uint64_t count) const {
+    const uint64_t room = inside() ? static_cast<uint64_t>(length_ - position_) : 0;
+    return count < room ? count : room;
+  }
+  void advance(uint64_t bytes) { position_ += static_cast<int64_t>(bytes); }
+  void move_to(int64_t position) { position_ = position; }
+
+ protected:
+  Byte* buffer_;
+  int64_t length_;
+  int64_t position_ = 0;
+};
+
+class Writer : public Cursor<uint8_t> {
+ public:
+  using Cursor::Cursor;
+  uint8_t* at(int64_t position) const { return buffer_ + position; }
+
+  // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of room behind it.
+  void state_byte(uint8_t state) {
+    if (position_ <= length_) buffer_[position_] = state;
+    if (!at_end()) ++position_;
+  }
+  void copy(const void* from, uint64_t count) {
+    const size_t bytes = within(count);
+    if (bytes != 0) memcpy(here(), from, bytes);
+    advance(bytes);
+  }
+  void zeros(uint64_t count) {
+    const size_t bytes = within(count);
+    memset(here(), 0, bytes);
+    advance(bytes);
+  }
+};
+
+class Reader : public Cursor<const uint8_t> {
+ public:
+  using Cursor::Cursor;
+
+  // False at the end: there is no byte to take, and none is counted.
+  bool take_state_byte(uint8_t& state) {
+    if (at_end()) return false;
+    const bool read = inside();
+    if (read) state = *here();
+    ++position_;
+    return read;
+  }
+  void skip_state_byte() {
+    if (!at_end()) ++position_;
+  }
+  void copy(void* to, uint64_t count) {
+    const size_t bytes = within(count);
+    if (bytes != 0) memcpy(to, here(), bytes);
+    advance(bytes);
+  }
+  void skip(uint64_t count) { advance(within(count)); }
+};
+
+}  // namespace encoders

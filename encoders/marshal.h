@@ -1,0 +1,116 @@
+// Record to wire image. Nothing is allocated; bytes are written once, front to back, but for the jump.
+#pragma once
+
+#include "encoders/cursor.h"
+#include "encoders/primitives.h"
+#include "encoders/small_wire.h"
+
+namespace encoders {
+
+// The only flag bits that travel.
+inline constexpr uint8_t wire_flags = OBJ_STATE_TRACKED | OBJ_RA_DATA;
+
+template <size_t R>
+uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length, bool check_domain);
+
+// The variant that goes out: not above what the peer knows, nor above what this library knows.
+int wire_variant(const Call& call, const void* object, bool check_domain, const RecordRow& record);
+
+void marshal_variant(const Call& call, Writer& out, int variant);
+// The rest of the fixed bytes in front of the fields; gives back the place of the jump.
+int64_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked);
+void marshal_jump(const Call& call, Writer& out, int64_t base);
+
+// The state block to send from, or null when the record has none.
+const uint8_t* states_to_send(const Call& call, const void* object, const RecordRow& record);
+
+// The bytes that follow an array: one for the whole, one per element.
+void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count, const FieldRow& field);
+
+// A block of bytes too large for the room left is shortened.
+void marshal_byte_array(const Call& call, Writer& out, const void* block, uint32_t count);
+
+template <size_t I>
+[[gnu::always_inline]] inline void marshal_array(const Call& call, Writer& out, const void* object, const uint8_t* states, bool tracked) {
+  constexpr const FieldRow& field = model::field_rows[I];
+  const uint32_t count = frame::element_count(object, field);
+  if (count == 0) return;
+  if constexpr (field.kind == Kind::u_int8) {
+    marshal_byte_array(call, out, frame::block_of(object, field), count);
+  } else {
+    for (uint32_t i = 0; i < count; ++i) {
+      const void* element = frame::element_at(object, field, i);
+      if constexpr (field.kind == Kind::record) {
+        out.advance(marshal_body<field.type>(call, out.here(), element, out.room(), true));
+      } else {
+        out.advance(Coded<field.kind>::marshal(call, out.here(), element, out.room()));
+      }
+    }
+  }
+  if (tracked) marshal_array_states(out, states, count, field);
+}
+
+template <size_t I>
+[[gnu::always_inline]] inline void marshal_field(const Call& call, Writer& out, const void* object) {
+  constexpr const FieldRow& field = model::field_rows[I];
+  const void* at = frame::field_of(object, field);
+  if constexpr (field.cls == Class::text) {
+    const auto* text = static_cast<const char*>(at);
+    for (size_t i = 0; i < field.width; ++i) {
+      out.advance(char_marshal(call.handle, call.instance, out.here(), text + i, out.room(), call.err));
+    }
+  } else if constexpr (field.kind == Kind::record) {
+    out.advance(marshal_body<field.type>(call, out.here(), at, out.room(), true));
+  } else if constexpr (field.kind == Kind::enumeration) {
+    out.advance(enum_marshal(call, out.here(), at, out.room()));
+  } else if constexpr (field.kind == Kind::flag_set) {
+    out.advance(flag_set_marshal(call, out.here(), at, out.room()));
+  } else {
+    out.advance(Coded<field.kind>::marshal(call, out.here(), at, out.room()));
+  }
+}
+
+template <size_t R>
+uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length, bool check_domain) {
+  constexpr const RecordRow& record = model::record_rows[R];
+  if (!call.begins()) return 0;
+  if (length < 1) {
+    call.fail(EMSGSIZE);
+    return 0;
+  }
+  const int variant = wire_variant(call, object, check_domain, record);
+  Writer out(buffer, length);
+  marshal_variant(call, out, variant);
+  const uint8_t flags = ork_get_instance_obj_flag(object, 1, 0);
+  const bool tracked = frame::tracking<Function::marshal>(call.handle, record) == Tracking::on;
+  const uint8_t* states = tracked ? states_to_send(call, object, record) : nullptr;
+  const int64_t jump_base = marshal_base(call, out, flags, tracked);
+
+  walk<R>(variant, [&]<size_t I>() __attribute__((always_inline)) {
+    constexpr const FieldRow& field = model::field_rows[I];
+    if constexpr (field.cls == Class::counter) {
+      const auto count = static_cast<typename Coded<field.kind>::Storage>(frame::element_count(object, model::field_rows[I + 1]));
+      out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
+    } else if constexpr (field.array != model::no_type) {
+      marshal_array<I>(call, out, object, states, tracked);
+    } else {
+      marshal_field<I>(call, out, object);
+      if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
+    }
+    return true;
+  });
+  marshal_jump(call, out, jump_base);
+  return out.consumed();
+}
+
+template <size_t R>
+uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, const void* object, int32_t length, uint32_t* err) {
+  return marshal_body<R>({handle, instance, err}, buffer, object, length, true);
+}
+// The domain is still asked, but not obeyed; embedded records obey it all the same.
+template <size_t R>
+uint32_t marshal_for_clone(ork_handle* handle, uint32_t instance, uint8_t* buffer, const void* object, int32_t length, uint32_t* err) {
+  return marshal_body<R>({handle, instance, err}, buffer, object, length, false);
+}
+
+}  // namespace encoders

@@ -1,0 +1,128 @@
+// Wire image to record. The record exists already; what the image has beyond the record's layout is jumped over.
+#pragma once
+
+#include "encoders/cursor.h"
+#include "encoders/primitives.h"
+#include "encoders/small_wire.h"
+
+namespace encoders {
+
+// What happens to the state bytes in an image: there are none to read, they are taken, or they are stepped over.
+enum class States : uint8_t { none, copy, skip };
+
+// What the fixed bytes of an image say, and what follows from them and the handle.
+struct Image {
+  int8_t variant = 0;
+  uint8_t flags = 0;
+  uint32_t jump = 0;
+  int64_t jump_base = 0;
+  States states = States::none;
+  bool tracked = false;      // the handle tracks
+  uint8_t* block = nullptr;  // the record's state block, when the handle tracks
+  uint32_t reuse = 0;        // keep storage that fits
+};
+
+void unmarshal_base(const Call& call, Reader& in, Image& image, void* object, const RecordRow& record);
+// Steps over what a newer writer added, then writes the header.
+void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object, const RecordRow& record);
+
+void unmarshal_state(Reader& in, const Image& image, const FieldRow& field);
+void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field);
+
+// Makes the array's storage fit the count that has just been read. False when memory was refused: the record is left as it stands.
+bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count, const FieldRow& field);
+// The state blocks of an array's elements lie behind the last of them.
+void begin_element(const Call& call, const Image& image, void* object, uint64_t index, uint64_t count, const FieldRow& field);
+
+template <size_t R>
+uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse);
+
+// A record array never keeps elements that have no type: its count ends with the last one that was initialised.
+template <size_t I>
+void unmarshal_records(const Call& call, Reader& in, const Image& image, void* object, uint32_t count) {
+  constexpr const FieldRow& field = model::field_rows[I];
+  for (uint32_t i = 0; i < count; ++i) {
+    if (call.failed()) return frame::store_count(call, object, field, i);
+    begin_element(call, image, object, i, count, field);
+    in.advance(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
+  }
+}
+
+// The counter has been read by now; `old_count` is what it said before.
+template <size_t I>
+[[gnu::always_inline]] inline bool unmarshal_array(const Call& call, Reader& in, const Image& image, void* object, uint32_t old_count) {
+  constexpr const FieldRow& field = model::field_rows[I];
+  const uint32_t count = frame::count_of(object, field);
+  if (!prepare_array(call, image, object, old_count, field)) return false;
+  if (count == 0) return true;
+  if constexpr (field.kind == Kind::record) {
+    unmarshal_records<I>(call, in, image, object, count);
+  } else if constexpr (field.kind == Kind::u_int8) {
+    in.copy(frame::block_of(object, field), count);
+  } else {
+    for (uint32_t i = 0; i < count; ++i) {
+      in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
+    }
+  }
+  unmarshal_array_states(in, image, count, field);
+  return true;
+}
+
+template <size_t I>
+[[gnu::always_inline]] inline void unmarshal_field(const Call& call, Reader& in, const Image& image, void* object) {
+  constexpr const FieldRow& field = model::field_rows[I];
+  void* at = frame::field_of(object, field);
+  if constexpr (field.cls == Class::text) {
+    auto* text = static_cast<char*>(at);
+    for (size_t i = 0; i < field.width; ++i) {
+      in.advance(char_unmarshal(call.handle, call.instance, in.here(), text + i, in.room(), image.reuse, call.err));
+    }
+  } else if constexpr (field.kind == Kind::record) {
+    in.advance(unmarshal_body<field.type>(call, in.here(), at, in.room(), image.reuse));
+  } else if constexpr (field.kind == Kind::enumeration) {
+    in.advance(enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
+  } else if constexpr (field.kind == Kind::flag_set) {
+    in.advance(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
+  } else {
+    in.advance(Coded<field.kind>::unmarshal(call, in.here(), at, in.room(), image.reuse));
+  }
+}
+
+template <size_t R>
+uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse) {
+  constexpr const RecordRow& record = model::record_rows[R];
+  if (!call.begins()) return 0;
+  if (length < 1) {
+    call.fail(EMSGSIZE);
+    return 0;
+  }
+  Reader in(buffer, length);
+  Image image{.reuse = reuse};
+  unmarshal_base(call, in, image, object, record);
+  uint32_t old_count = 0;
+
+  const bool whole = walk<R>(image.variant, [&]<size_t I>() __attribute__((always_inline)) {
+    constexpr const FieldRow& field = model::field_rows[I];
+    if constexpr (field.cls == Class::counter) {
+      old_count = frame::count_of(object, model::field_rows[I + 1]);
+      in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field), in.room(), reuse));
+      return true;
+    } else if constexpr (field.array != model::no_type) {
+      return unmarshal_array<I>(call, in, image, object, old_count);
+    } else {
+      unmarshal_field<I>(call, in, image, object);
+      unmarshal_state(in, image, field);
+      return true;
+    }
+  });
+  if (!whole) return 0;
+  unmarshal_end(call, in, image, object, record);
+  return in.consumed();
+}
+
+template <size_t R>
+uint32_t unmarshal(ork_handle* handle, uint32_t instance, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse, uint32_t* err) {
+  return unmarshal_body<R>({handle, instance, err}, buffer, object, length, reuse);
+}
+
+}  // namespace encoders

@@ -1,0 +1,100 @@
+// What arrays of values and arrays of records have in common.
+#include "frame/array.h"
+
+#include "frame/lifecycle.h"
+
+namespace frame {
+namespace {
+
+uint8_t reallocated[model::array_count];
+
+}  // namespace
+
+void report_reallocation(const FieldRow& field) {
+  if (__atomic_exchange_n(&reallocated[field.array], uint8_t{1}, __ATOMIC_RELAXED) != 0) return;
+  if (field.cls == model::Class::value_array) return trace::raise<Function::array_set, Form::reallocating>(field);
+  trace::raise<Function::array_set_record, Form::reallocating>(field);
+}
+
+uint8_t* state_entry(const Call& call, void* object, const FieldRow& field) {
+  return seen_state_block(call, object, owner(field)) + field.state;
+}
+
+bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, uint64_t kept) {
+  uint8_t* word = entry + elements_offset;
+  auto* old = load<uint8_t*>(word);
+  announce(call, word, sizeof old, nullptr);
+  auto* fresh = static_cast<uint8_t*>(allocate(call, count));
+  put(word, fresh);
+  if (fresh != nullptr) {
+    memset(fresh, 0, count);
+    if (old != nullptr) memcpy(fresh, old, kept < count ? kept : count);
+  }
+  if (old != nullptr) release(call, old);
+  if (fresh == nullptr) call.fail(ENOMEM);
+  return fresh != nullptr;
+}
+
+void drop_element_states(const Call& call, void* object, const FieldRow& field) {
+  if (!has_flag(object, OBJ_STATE_TRACKED)) return;
+  uint8_t* word = state_entry(call, object, field) + elements_offset;
+  void* old = load<void*>(word);
+  if (old == nullptr) return;
+  store<void*>(call, word, nullptr, nullptr);
+  release(call, old);
+}
+
+void touch_element(const Call& call, void* object, uint64_t index, const FieldRow& field) {
+  uint8_t* entry = state_block(call, object, owner(field)) + field.state;
+  store(call, entry, touched, nullptr);
+  auto* elements = load<uint8_t*>(entry + elements_offset);
+  if (elements != nullptr) store(call, elements + index, touched, nullptr);
+}
+
+uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, bool tell_distance, const FieldRow& field) {
+  const RecordRow& record = child_record(field);
+  for (uint64_t i = first; i < block.count; ++i) {
+    if (call.failed()) return i;
+    if (tell_distance) orklib_update_sttr_offset(call.handle, call.instance, block.element(i), block.distance(i));
+    initialize(call, block.element(i), descriptor(record), {1, 0, OBJ_NESTED, block.element_state(i)}, record);
+  }
+  return block.count;
+}
+
+void destroy_elements(const Call& call, void* object, uint64_t count, const FieldRow& field) {
+  if (field.cls != model::Class::record_array) return;
+  for (uint64_t i = 0; i < count; ++i) {
+    destroy_internal(call.handle, call.instance, element_at(object, field, i), 0, child_record(field));
+  }
+}
+
+void destroy_array(const Call& call, void* object, const FieldRow& field) {
+  destroy_elements(call, object, element_count(object, field), field);
+  if (void* block = block_of(object, field); block != nullptr) release(call, block);
+  store<void*>(call, field_of(object, field), nullptr, nullptr);
+}
+
+void array_remove_elements(ork_handle* handle, uint32_t instance, void* object, const FieldRow& field) {
+  if (object == nullptr || block_of(object, field) == nullptr) return;
+  uint32_t local = 0;
+  const Call call{handle, instance, &local};
+  destroy_elements(call, object, count_of(object, field), field);
+  release(call, block_of(object, field));
+  store<void*>(call, field_of(object, field), nullptr, object);
+  store_count(call, object, field, 0);
+}
+
+void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err, const FieldRow& field) {
+  const Call call{handle, instance, err};
+  if (!call.begins() || !gate(call, object, field)) return nullptr;
+  if (index >= element_count(object, field)) {
+    call.fail(ENOENT);
+    return nullptr;
+  }
+  void* element = element_at(object, field, index);
+  if (field.cls == model::Class::record_array) contain(call, element, nullptr);
+  contain(call, element, object);
+  return element;
+}
+
+}  // namespace frame

@@ -1,0 +1,81 @@
+// What every operation is given: the handle, the instance and the error slot; and the three things that it does with them: report a failure,
+// announce a store, tell the database hooks.
+#pragma once
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include "ork/orklib.h"
+
+namespace frame {
+
+using std::int32_t;
+using std::int8_t;
+using std::size_t;
+using std::uint16_t;
+using std::uint32_t;
+using std::uint64_t;
+using std::uint8_t;
+
+struct Call {
+  ork_handle* handle;
+  uint32_t instance;
+  uint32_t* err;  // sticky: the first failure of a sequence stays
+
+  bool failed() const { return *err != 0; }
+  void fail(uint32_t number) const {
+    *err = number;
+    ork_store_err(handle, number);
+  }
+  // A field or value that the variant lacks. The runtime decides whether the slot is written.
+  void lacks() const { ork_store_epoch_err(handle, EIDRM, err); }
+  // Nothing happens while an earlier failure stands; otherwise the handle's last error is forgotten first.
+  bool begins() const {
+    if (failed()) return false;
+    ork_clear_last_error(handle);
+    return true;
+  }
+};
+
+inline uint8_t* byte_at(void* base, size_t offset) { return static_cast<uint8_t*>(base) + offset; }
+inline const uint8_t* byte_at(const void* base, size_t offset) { return static_cast<const uint8_t*>(base) + offset; }
+
+template <class T>
+T load(const void* at) {
+  T value;
+  memcpy(&value, at, sizeof value);
+  return value;
+}
+
+// A store that nobody is told of: only where the object is not live yet, or where the store is required to go unannounced.
+template <class T>
+void put(void* at, T value) {
+  memcpy(at, &value, sizeof value);
+}
+
+// Storage may be shared between processes: the runtime hears of every change before it happens.
+inline void announce(const Call& call, const void* at, size_t length, const void* owner) {
+  call.handle->write_notify_fn(call.handle, at, length, call.instance, owner);
+}
+template <class T>
+void store(const Call& call, void* at, T value, const void* owner) {
+  announce(call, at, sizeof value, owner);
+  put(at, value);
+}
+
+inline void* allocate(const Call& call, size_t size) { return call.handle->alloc_fn(call.handle->mem_pool, call.instance, size); }
+inline void release(const Call& call, void* block) { call.handle->free_fn(call.handle->mem_pool, call.instance, block); }
+
+// The database hook hears that `child` lies in `parent`, or with a null parent that it is an entry point of its own.
+inline void contain(const Call& call, const void* child, const void* parent) {
+  if (call.handle->db_recording != 0) {
+    orkdb_record_containment2(call.handle, call.instance, child, parent, 1);
+  }
+}
+// The platform's hooks watch one kind of shared storage only.
+inline bool watched(const Call& call) {
+  return call.handle->db_recording != 0 && call.instance != ORK_NO_INSTANCE && call.handle->shared_types == 1;
+}
+
+}  // namespace frame

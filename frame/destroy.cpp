@@ -1,0 +1,146 @@
+// Taking records apart: mappings, references, fields, statistics, memory.
+#include <alloca.h>
+
+#include "frame/array.h"
+#include "frame/lifecycle.h"
+#include "frame/primitives.h"
+#include "frame/typeinfo.h"
+
+namespace frame {
+namespace {
+
+const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); }
+
+bool owns(const FieldRow& field) { return is_embedded_record(field) || field.kind == Kind::ip_address; }
+
+// False while the object must stay: its mapping cannot go, or references are left.
+bool remove_oid_mapping(const Call& call, void* object, const RecordRow& record) {
+  const uint32_t gone = ork_request_oid_mapping_destroy(call.handle, call.instance, object, call.err);
+  if (call.failed()) {
+    trace::raise<Function::destroy_mapping, Form::mapping_stays>(record, text_of(*call.err));
+    ork_store_err(call.handle, *call.err);
+    return false;
+  }
+  if (gone == 0) {
+    trace::raise<Function::destroy_mapping, Form::has_references>(record);
+    return false;
+  }
+  trace::raise<Function::destroy_mapping, Form::mapping_removed>(record);
+  return true;
+}
+
+uint32_t count_references(const Call& call, void* at, const FieldRow& field) {
+  if (field.kind == Kind::record) return get_oid_count(call, at, child_record(field));
+  return ip_address_get_oid_count(call.handle, call.instance, static_cast<ork_ip_address*>(at), call.err);
+}
+
+// Gives up the references that a field holds; false when they cannot be told.
+bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow& field) {
+  auto** references = static_cast<void**>(alloca(size_t{count} * sizeof(void*)));
+  if (field.kind == Kind::record) {
+    get_object_references(call, at, child_record(field));
+  } else {
+    ip_address_get_object_references(call.handle, call.instance, static_cast<ork_ip_address*>(at), references, count, call.err);
+  }
+  if (call.failed()) {
+    trace::raise<Function::destroy_field, Form::references_failed>(field, text_of(*call.err));
+    return false;
+  }
+  for (uint32_t i = 0; i < count; ++i) {
+    orklib_lookup_and_update_oid_ref_count(call.handle, call.instance, references[i], 0, call.err);
+    if (call.failed()) {
+      trace::raise<Function::destroy_field, Form::reference_stays>(field, static_cast<const void*>(references[i]), text_of(*call.err));
+      *call.err = 0;
+    }
+  }
+  return true;
+}
+
+bool destroy_field(const Call& call, void* object, const FieldRow& field) {
+  if (field.array != model::no_type) {
+    destroy_array(call, object, field);
+    return true;
+  }
+  if (!owns(field)) return true;
+  void* at = field_of(object, field);
+  const uint32_t count = count_references(call, at, field);
+  if (count != 0 && !drop_references(call, at, count, field)) return false;
+  if (field.kind == Kind::record) {
+    destroy_internal(call.handle, call.instance, at, 0, child_record(field));
+  } else {
+    ip_address_destroy_internal(call.handle, call.instance, static_cast<ork_ip_address*>(at), 0);
+  }
+  return true;
+}
+
+// The per-element state bytes of the record's own array.
+void free_element_states(const Call& call, void* object, const RecordRow& record) {
+  uint8_t* block = nullptr;
+  if (has_flag(object, OBJ_STTR_OFFSET)) {
+    block = static_cast<uint8_t*>(object) + static_cast<int32_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
+  } else {
+    tracking<Function::destroy_internal>(call.handle, record);
+    block = byte_at(object, layout_of(record, object).body);
+  }
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (field.array == model::no_type) continue;
+    uint8_t* word = block + field.state + elements_offset;
+    if (void* elements = load<void*>(word); elements != nullptr) release(call, elements);
+    put<void*>(word, nullptr);
+  }
+}
+
+}  // namespace
+
+void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record) {
+  if (object == sentinel(record)) return;
+  destroy_internal(handle, instance, object, 1, record);
+}
+
+void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record) {
+  if (object == nullptr || object == sentinel(record)) return;
+  uint32_t local = 0;
+  const Call call{handle, instance, &local};
+  if (has_flag(object, OBJ_OID_MAPPED) && !remove_oid_mapping(call, object, record)) return;
+
+  const int variant = variant_of(object);
+  for (const FieldRow& field : model::fields_of(record, variant)) {
+    if (!destroy_field(call, object, field)) return;
+  }
+  if (has_flag(object, OBJ_STATE_TRACKED)) free_element_states(call, object, record);
+
+  const ork_type_info* type = checked_type<Function::destroy_internal>(manifested_type(object), variant, record);
+  orklib_type_stats_destroy_object(handle, instance, type, statistics(type, cap(variant, record.newest())), &local);
+  if (has_flag(object, OBJ_STTR_OFFSET | OBJ_RA_DATA) && handle->hd_mapping != nullptr) {
+    ork_hd_mapping_destroy(handle, instance, object, &local);
+    if (local != 0) {
+      trace::raise<Function::destroy_internal, Form::mapping_stays>(record, text_of(local));
+      ork_store_err(handle, local);
+      return;
+    }
+  }
+  if (free_storage == 0) return;
+  if (watched(call)) orkdb_plat_set_destroy(handle, instance, object);
+  give_back(call, object);
+}
+
+uint32_t get_oid_count(const Call& call, const void* object, const RecordRow& record) {
+  if (call.failed()) {
+    trace::raise<Function::get_oid_count, Form::oid_count_error>(record);
+  } else if (object == nullptr) {
+    trace::raise<Function::get_oid_count, Form::oid_count_object>(record);
+    call.fail(EINVAL);
+  }
+  return 0;
+}
+
+void get_object_references(const Call& call, const void* object, const RecordRow& record) {
+  if (call.failed()) {
+    trace::raise<Function::get_object_references, Form::references_error>(record);
+  } else if (object == nullptr) {
+    trace::raise<Function::get_object_references, Form::references_object>(record);
+    call.fail(EINVAL);
+  }
+}
+
+}  // namespace frame

@@ -1,0 +1,100 @@
+// The header that every object begins with, and what follows from it: variant, layout, state block, tracking mode.
+#pragma once
+
+#include "frame/call.h"
+#include "frame/trace.h"
+#include "model/rows.h"
+
+namespace frame {
+
+using model::FieldRow;
+using model::Kind;
+using model::Layout;
+using model::RecordRow;
+using model::SmallRow;
+using trace::Form;
+using trace::Function;
+
+// Offsets in the header.
+inline constexpr size_t at_variant = 8;
+inline constexpr size_t at_variant_cap = 9;
+inline constexpr size_t at_flags = 10;
+inline constexpr size_t at_value = 12;     // of an enum
+inline constexpr size_t at_flag_bits = 11; // of the flag set
+
+inline uint8_t flags_of(const void* object) { return *byte_at(object, at_flags); }
+inline bool has_flag(const void* object, uint8_t flag) { return (flags_of(object) & flag) != 0; }
+inline int8_t variant_cap_of(const void* object) { return static_cast<int8_t>(*byte_at(object, at_variant_cap)); }
+inline int8_t variant_of(const void* object) { return static_cast<int8_t>(ork_get_instance_variant(object, 1, 0)); }
+
+constexpr int cap(int variant, int newest) { return variant > newest ? newest : variant; }
+
+// A header variant that names no older layout, a negative one included, means the newest.
+inline const Layout& layout_of(const RecordRow& record, const void* object) {
+  const uint8_t named = *byte_at(object, at_variant_cap);
+  return named < record.newest() ? record.layouts[named] : record.newest_layout();
+}
+
+inline void* field_of(void* object, const FieldRow& field) { return byte_at(object, field.offset); }
+inline const void* field_of(const void* object, const FieldRow& field) { return byte_at(object, field.offset); }
+
+inline const RecordRow& owner(const FieldRow& field) { return model::record_rows[field.record]; }
+inline const RecordRow& child_record(const FieldRow& field) { return model::record_rows[field.type]; }
+inline const SmallRow& small_type(const FieldRow& field) { return model::small_rows[field.type]; }
+inline bool is_embedded_record(const FieldRow& field) { return field.cls == model::Class::object && field.kind == Kind::record; }
+
+const ork_type_info* descriptor(const RecordRow& record);
+const ork_type_info* descriptor(const SmallRow& type);
+// The runtime's descriptors of the primitives that are objects.
+const ork_type_info* descriptor(Kind primitive);
+
+enum class Tracking : uint8_t { absent, off, on, corrupted };
+
+inline Tracking mode_of(const ork_handle* handle) {
+  if (handle->sttr_info == nullptr) return Tracking::absent;
+  switch (handle->sttr_info->sttr_mode) {
+    case ORK_STTR_ON: return Tracking::on;
+    case ORK_STTR_OFF: return Tracking::off;
+    default: return Tracking::corrupted;
+  }
+}
+// The mode word is read afresh at every decision. A word that is neither of the two legal ones ends the process.
+template <Function F, size_t Nth = 0, class Row>
+Tracking tracking(const ork_handle* handle, const Row& row) {
+  const Tracking mode = mode_of(handle);
+  if (mode == Tracking::corrupted) trace::fatal<F, Form::corrupted_handle, Nth>(row);
+  return mode;
+}
+
+// Where the state block lies: behind the body of the object's layout, or where the runtime was told.
+inline uint8_t* state_block(const Call& call, void* object, const Layout& layout) {
+  if (has_flag(object, OBJ_STTR_OFFSET)) {
+    return static_cast<uint8_t*>(object) + static_cast<int32_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
+  }
+  return byte_at(object, layout.body);
+}
+inline uint8_t* state_block(const Call& call, void* object, const RecordRow& record) {
+  return state_block(call, object, layout_of(record, object));
+}
+
+// The in-place upgrade, asked for on every write before the gate.
+inline int32_t adjust(const Call& call, void* object, int newest) {
+  const ork_type_info* type = object != nullptr ? ork_get_manifested_type_info(object) : nullptr;
+  return orklib_adjust_variant(call.handle, call.instance, object, type, newest, call.err);
+}
+
+// The gate: 43 when the object's variant lacks the field.
+inline bool gate(const Call& call, const void* object, const FieldRow& field) {
+  const int enumeration = field.kind == Kind::enumeration ? 1 : 0;
+  if (static_cast<int8_t>(ork_get_instance_variant(object, 1, enumeration)) >= field.variant) return true;
+  call.lacks();
+  return false;
+}
+// How every write to a field begins.
+inline bool begin_write(const Call& call, void* object, const FieldRow& field) {
+  if (!call.begins()) return false;
+  adjust(call, object, owner(field).newest());
+  return gate(call, object, field);
+}
+
+}  // namespace frame

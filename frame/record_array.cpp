@@ -1,0 +1,81 @@
+// Variable arrays of records. An element keeps its index for life, but not its address: growth moves all of them, and with them what points
+// into them: the runtime's distances to state bytes, the arrays of the elements themselves, the database hooks.
+#include "frame/array.h"
+#include "frame/whole_record.h"
+
+namespace frame {
+namespace {
+
+// State bytes first, then bodies, then whatever must follow an element to its new place.
+void move_elements(const Call& call, void* object, const RecordBlock& from, const RecordBlock& to, bool on, const FieldRow& field) {
+  const RecordRow& record = child_record(field);
+  const bool tracked = on && from.count != 0 && has_flag(from.start, OBJ_STATE_TRACKED);
+  if (tracked) memcpy(to.element_state(0), from.element_state(0), from.count * from.state);
+  memcpy(to.start, from.start, from.count * from.body);
+  for (uint64_t i = 0; on && i < from.count; ++i) {
+    orklib_update_sttr_offset(call.handle, call.instance, to.element(i), to.distance(i));
+    offset_update(call, to.element(i), to.element_state(i), record);
+  }
+  for (uint64_t i = 0; i < from.count; ++i) {
+    post_copyout_cleanup(call, to.element(i), from.element(i), record);
+    if (on) {
+      offset_remove(call, from.element(i), record);
+      ork_hd_mapping_destroy(call.handle, call.instance, from.element(i), call.err);
+    }
+    contain(call, from.element(i), object);
+    if (watched(call)) orkdb_plat_set_detach(call.handle, call.instance, from.element(i), 0);
+  }
+}
+
+bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field) {
+  const bool on = mode_of(call.handle) == Tracking::on;
+  void* old = block_of(object, field);
+  const RecordBlock from = record_block(old, element_count(object, field), field);
+  if (old != nullptr) report_reallocation(field);
+  const uint64_t count = uint64_t{index} + 1;
+  const size_t size = count * record_stride(call.handle, field);
+  void* fresh = allocate(call, size);
+  if (fresh == nullptr) {
+    call.fail(ENOMEM);
+    return false;
+  }
+  store(call, field_of(object, field), fresh, object);
+  memset(fresh, 0, size);
+  const RecordBlock to = record_block(fresh, count, field);
+  if (old != nullptr) {
+    move_elements(call, object, from, to, on, field);
+    release(call, old);
+  }
+  store_count(call, object, field, count);
+  for (uint64_t i = from.count; on && i < count; ++i) {
+    orklib_update_sttr_offset(call.handle, call.instance, to.element(i), to.distance(i));
+  }
+  const uint64_t made = initialize_elements(call, to, from.count, false, field);
+  if (made < count) store_count(call, object, field, made);
+  if (tracking<Function::array_set_record, 1>(call.handle, field) != Tracking::on) {
+    drop_element_states(call, object, field);
+    return true;
+  }
+  if (!tracked_as_asked<Function::array_set_record, 1>(call, object, field)) return false;
+  return replace_element_states(call, state_entry(call, object, field), count, from.count) && made == count;
+}
+
+}  // namespace
+
+void array_set_record(const Call& call, void* object, uint32_t index, const void* from, FillElement fill, const FieldRow& field) {
+  if (!begin_write(call, object, field)) return;
+  if (!tracked_as_asked<Function::array_set_record, 0>(call, object, field)) return;
+  if (mode_of(call.handle) == Tracking::on && !has_flag(from, OBJ_STATE_TRACKED)) {
+    call.fail(EINVAL);
+    return trace::raise<Function::array_set_record, Form::value_not_tracked>(field);
+  }
+  if (index >= element_count(object, field) && !grow(call, object, index, field)) return;
+  if (from == nullptr) return;
+  void* element = element_at(object, field, index);
+  contain(call, element, object);
+  fill(call, element, from, child_record(field));
+  if (!tracked_as_asked<Function::array_set_record, 2>(call, object, field)) return;
+  if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
+}
+
+}  // namespace frame

@@ -1,0 +1,168 @@
+// Variable arrays of integers.
+#include "frame/array.h"
+
+namespace frame {
+namespace {
+
+size_t bytes(const Call& call, uint64_t count, const FieldRow& field) { return count * element_size(call.handle, field.kind); }
+
+uint64_t read_element(const Call& call, void* element, const FieldRow& field) {
+  switch (field.kind) {
+    case Kind::u_int8: return Primitive<Kind::u_int8>::get_value(call, element);
+    case Kind::u_int16: return Primitive<Kind::u_int16>::get_value(call, element);
+    case Kind::u_int32: return Primitive<Kind::u_int32>::get_value(call, element);
+    case Kind::u_int64:
+    case Kind::ork_boolean:
+    case Kind::link_type:
+    case Kind::ip_address:
+    case Kind::character:
+    case Kind::enumeration:
+    case Kind::flag_set:
+    case Kind::record: break;
+  }
+  return 0;
+}
+
+void set_element(const Call& call, void* element, const void* from, const FieldRow& field) {
+  switch (field.kind) {
+    case Kind::u_int8: return Primitive<Kind::u_int8>::set(call, element, from);
+    case Kind::u_int16: return Primitive<Kind::u_int16>::set(call, element, from);
+    case Kind::u_int32: return Primitive<Kind::u_int32>::set(call, element, from);
+    case Kind::u_int64:
+    case Kind::ork_boolean:
+    case Kind::link_type:
+    case Kind::ip_address:
+    case Kind::character:
+    case Kind::enumeration:
+    case Kind::flag_set:
+    case Kind::record: break;
+  }
+}
+
+void write_element(const Call& call, void* element, uint64_t value, const FieldRow& field) {
+  switch (field.kind) {
+    case Kind::u_int8: return Primitive<Kind::u_int8>::set_value(call, element, static_cast<uint8_t>(value));
+    case Kind::u_int16: return Primitive<Kind::u_int16>::set_value(call, element, static_cast<uint16_t>(value));
+    case Kind::u_int32: return Primitive<Kind::u_int32>::set_value(call, element, static_cast<uint32_t>(value));
+    case Kind::u_int64:
+    case Kind::ork_boolean:
+    case Kind::link_type:
+    case Kind::ip_address:
+    case Kind::character:
+    case Kind::enumeration:
+    case Kind::flag_set:
+    case Kind::record: break;
+  }
+}
+
+// Moves the array to a block that reaches up to `index`. False, with the error set, when that cannot be had.
+bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field) {
+  void* old = block_of(object, field);
+  const uint32_t old_count = element_count(object, field);
+  const uint64_t count = uint64_t{index} + 1;
+  if (old != nullptr) report_reallocation(field);
+  void* fresh = allocate(call, bytes(call, count, field));
+  if (fresh == nullptr) {
+    call.fail(ENOMEM);
+    return false;
+  }
+  store(call, field_of(object, field), fresh, object);
+  memset(fresh, 0, bytes(call, count, field));
+  if (old != nullptr) {
+    memcpy(fresh, old, bytes(call, old_count, field));
+    release(call, old);
+  }
+  store_count(call, object, field, count);
+  if (tracking<Function::array_set, 1>(call.handle, field) != Tracking::on) {
+    drop_element_states(call, object, field);
+    return true;
+  }
+  if (!tracked_as_asked<Function::array_set, 1>(call, object, field)) return false;
+  return replace_element_states(call, state_entry(call, object, field), count, old_count);
+}
+
+// The element that a value is written through, made first if need be; null when the error is set.
+void* reach_element(const Call& call, void* object, uint32_t index, const FieldRow& field) {
+  if (index < count_of(object, field)) {
+    uint32_t local = 0;
+    void* element = array_get(call.handle, call.instance, object, index, &local, field);
+    contain(call, element, object);
+    if (local != ENOENT) {
+      *call.err = local;
+      if (local != 0) ork_store_err(call.handle, local);
+      return element;
+    }
+  }
+  array_set(call, object, index, nullptr, field);
+  void* element = array_get(call.handle, call.instance, object, index, call.err, field);
+  contain(call, element, object);
+  return element;
+}
+
+}  // namespace
+
+uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err, const FieldRow& field) {
+  const Call call{handle, instance, err};
+  if (!call.begins() || !gate(call, object, field)) return 0;
+  void* element = array_get(handle, instance, object, index, err, field);
+  return element == nullptr ? 0 : read_element(call, element, field);
+}
+
+void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to, uint32_t count, uint32_t* err, const FieldRow& field) {
+  const Call call{handle, instance, err};
+  if (!call.begins() || !gate(call, object, field)) return;
+  if (element_count(object, field) < count) return call.fail(EINVAL);
+  if (count != 0) memcpy(to, block_of(object, field), bytes(call, count, field));
+}
+
+void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t count, uint32_t* err,
+                   const FieldRow& field) {
+  const Call call{handle, instance, err};
+  if (!begin_write(call, object, field)) return;
+  const uint32_t old_count = count_of(object, field);
+  if (void* old = block_of(object, field); old != nullptr) release(call, old);
+  announce(call, field_of(object, field), sizeof(void*), object);
+  void* block = allocate(call, bytes(call, count, field));
+  put(field_of(object, field), block);
+  if (block == nullptr) return call.fail(ENOMEM);
+
+  const bool on = tracking<Function::array_set_mem>(handle, field) == Tracking::on;
+  if (!tracked_as_asked<Function::array_set_mem, 0>(call, object, field)) {
+    memset(block, 0, bytes(call, count, field));
+    if (old_count > count) store_count(call, object, field, count);
+    return;
+  }
+  if (count != 0) memcpy(block, from, bytes(call, count, field));
+  store_count(call, object, field, count);
+  if (!on) {
+    if (count != old_count) drop_element_states(call, object, field);
+    return;
+  }
+  uint8_t* entry = state_entry(call, object, field);
+  store(call, entry, touched, nullptr);
+  replace_element_states(call, entry, count, 0);
+}
+
+void array_set(const Call& call, void* object, uint32_t index, const void* from, const FieldRow& field) {
+  if (!begin_write(call, object, field)) return;
+  if (!tracked_as_asked<Function::array_set, 0>(call, object, field)) return;
+  if (index >= element_count(object, field) && !grow(call, object, index, field)) return;
+  if (from == nullptr) return;
+  void* element = element_at(object, field, index);
+  contain(call, element, object);
+  set_element(call, element, from, field);
+  if (!tracked_as_asked<Function::array_set, 2>(call, object, field)) return;
+  if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
+}
+
+void array_set_value(const Call& call, void* object, uint32_t index, uint64_t value, const FieldRow& field) {
+  if (!begin_write(call, object, field)) return;
+  void* element = reach_element(call, object, index, field);
+  if (call.failed()) return;
+  if (element == nullptr) return call.fail(ENOENT);
+  write_element(call, element, value, field);
+  if (!tracked_as_asked<Function::set_value, 0>(call, object, field)) return;
+  if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
+}
+
+}  // namespace frame

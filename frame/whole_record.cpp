@@ -1,0 +1,127 @@
+#include "frame/whole_record.h"
+
+#include "frame/array.h"
+#include "frame/small_type.h"
+
+namespace frame {
+namespace {
+
+// An object never gains state bytes by a copy: what has none may not claim to, nor may the records inside it, whatever the source has.
+void disclaim_states(void* object, const RecordRow& record) {
+  constexpr unsigned claims = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
+  *byte_at(object, at_flags) = static_cast<uint8_t>(flags_of(object) & ~claims);
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (is_embedded_record(field)) disclaim_states(field_of(object, field), child_record(field));
+  }
+}
+
+void copy_body(const Call& call, void* to, const void* from, const RecordRow& record) {
+  const bool absent = tracking<Function::record_set>(call.handle, record) == Tracking::absent;
+  const size_t announced = absent ? record.newest_layout().body : layout_of(record, to).body;
+  const size_t copied = absent ? record.newest_layout().body : layout_of(record, from).body;
+  const uint8_t before = flags_of(to);
+  announce(call, to, announced, to);
+  memcpy(to, from, copied);
+  if ((before & OBJ_STATE_TRACKED) == 0) disclaim_states(to, record);
+  *byte_at(to, at_flags) = static_cast<uint8_t>((flags_of(to) & ~OBJ_STTR_OFFSET) | (before & OBJ_STTR_OFFSET));
+}
+
+// State blocks of both tracked: the target's embedded records are pointed at their part of its block before it is filled.
+void copy_states(const Call& call, void* to, void* from, const RecordRow& record) {
+  uint8_t* target = state_block(call, to, record);
+  const uint8_t* source = state_block(call, from, record);
+  if (record.embeds) offset_update(call, to, target, record);
+  const size_t size = layout_of(record, from).state;
+  announce(call, target, size, target);
+  memcpy(target, source, size);
+}
+
+void set_children(const Call& call, void* to, const void* from, const RecordRow& record) {
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (is_embedded_record(field)) {
+      record_set(call, field_of(to, field), field_of(from, field), child_record(field));
+    } else if (field.kind == Kind::ip_address) {
+      ip_address_set(call.handle, call.instance, static_cast<ork_ip_address*>(field_of(to, field)),
+                     static_cast<const ork_ip_address*>(field_of(from, field)), call.err);
+    }
+  }
+}
+
+// The array now belongs to the target alone.
+void detach_array(const Call& call, void* from, const RecordRow& record) {
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (field.array == model::no_type) continue;
+    store<void*>(call, field_of(from, field), nullptr, from);
+    store_count(call, from, field, 0);
+  }
+}
+
+void detach_element_states(const Call& call, void* from, const RecordRow& record) {
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (field.array != model::no_type) store<void*>(call, state_entry(call, from, field) + elements_offset, nullptr, nullptr);
+  }
+}
+
+void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (field.array != model::no_type) drop_element_states(call, object, field);
+  }
+}
+
+}  // namespace
+
+void* record_get(ork_handle* handle, uint32_t instance, void* object, const RecordRow&) {
+  uint32_t local = 0;
+  contain({handle, instance, &local}, object, nullptr);
+  return object;
+}
+
+void record_set(const Call& call, void* to, const void* source, const RecordRow& record) {
+  void* from = const_cast<void*>(source);  // a set is a move: arrays leave the source
+  adjust(call, to, record.newest());
+  if (to == from) return;
+  if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from)) return call.lacks();
+  const bool source_tracked = has_flag(from, OBJ_STATE_TRACKED);
+  copy_body(call, to, from, record);
+  const bool target_tracked = has_flag(to, OBJ_STATE_TRACKED);
+  if (mode_of(call.handle) == Tracking::on) {
+    if (!target_tracked) {
+      call.fail(EINVAL);
+      return trace::raise<Function::record_set, Form::not_tracked>(record);
+    }
+    if (source_tracked) {
+      copy_states(call, to, from, record);
+      if (record.has_array) detach_element_states(call, from, record);
+    }
+  } else if (record.has_array) {
+    drop_all_element_states(call, to, record);
+  }
+  set_children(call, to, from, record);
+  if (record.has_array) detach_array(call, from, record);
+}
+
+void post_copyout_cleanup(const Call& call, void* to, void* from, const RecordRow& record) {
+  if (call.failed()) return;
+  set_children(call, to, from, record);
+  if (record.has_array) detach_array(call, from, record);
+}
+
+int32_t index_cap(int32_t variant, int newest) {
+  if (static_cast<int8_t>(variant) <= newest) return variant;
+  return static_cast<int32_t>((static_cast<uint32_t>(variant) & ~0xFFu) | static_cast<uint32_t>(newest));
+}
+
+uint32_t is_valid_cr(ork_handle* handle, const void* object, uint32_t field_number, uint32_t flags, const RecordRow& record) {
+  const ork_type_info* type = descriptor(record);
+  int known = cap(static_cast<int8_t>(ork_domain_lookup_variant(handle, &handle->domain, type, &handle->cr_error)), record.newest());
+  if ((flags & 1) == 0) {
+    const int own = variant_of(object);
+    if (known > own) known = own;
+  }
+  for (int variant = 1; variant < record.variants; ++variant) {
+    if (field_number >= record.layouts[variant - 1].bound && known < variant) return 0;
+  }
+  return field_number < record.newest_layout().bound ? 1 : 0;
+}
+
+}  // namespace frame

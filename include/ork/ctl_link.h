@@ -1,0 +1,23 @@
+/*
+ * ctl_link, the sibling message module of the control link.
+ */
+#ifndef ORK_CTL_LINK_H
+#define ORK_CTL_LINK_H
+
+#include "handle.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Makes handler the one for all bundles of this module; null takes it away. Gives the one before. */
+ork_bundle_handler ctl_link_bundle_handler_register(ork_bundle_handler handler);
+
+/* Takes the module's handler away and gives it back. */
+ork_bundle_handler ctl_link_bundle_handler_unregister(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,23 @@
+/*
+ * match_trace_common, the sibling message module of match traces.
+ */
+#ifndef ORK_MATCH_TRACE_COMMON_H
+#define ORK_MATCH_TRACE_COMMON_H
+
+#include "handle.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Makes handler the one for all bundles of this module; null takes it away. Gives the one before. */
+ork_bundle_handler match_trace_common_bundle_handler_register(ork_bundle_handler handler);
+
+/* Takes the module's handler away and gives it back. */
+ork_bundle_handler match_trace_common_bundle_handler_unregister(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,119 @@
+// The receive side of a bundle on a handle: idle, or accumulating between start and commit or abort.
+#include <cstdio>
+
+#include "messages/bundle.h"
+
+extern "C" ork_bundle_handler fwe_ui_wayfind_bundle_registered_handler;
+
+namespace messages {
+namespace {
+
+constexpr char module_prefix[] = "fwe_ui_wayfind_";
+constexpr size_t name_size = 128;
+
+void forget_dispatch(ork_handle* handle) {
+  handle->bundle_rx_dispatch = nullptr;
+  handle->bundle_rx_lut = nullptr;
+  handle->bundle_commit_dispatch = nullptr;
+}
+
+void free_message(const Call& call, void* message) {
+  if (message != nullptr) frame::release(call, message);
+}
+
+void open_bundle(const Call& call, const Bundle& bundle) {
+  ork_handle* handle = call.handle;
+  handle->bundle_rx_active = 1;
+  handle->bundle_receive_list.next = &handle->bundle_receive_list;
+  handle->bundle_receive_list.prev = &handle->bundle_receive_list;
+  void* lut = nullptr;
+  const ork_bundle_dispatch_info* info = orklib_in_dispatch_message_info(handle, &lut);
+  handle->bundle_rx_dispatch = info;
+  handle->bundle_rx_lut = lut;
+  handle->bundle_commit_dispatch = nullptr;
+  if (info != nullptr) {
+    trace::raise<Function::start_handler, Form::starting>(bundle.row, info->name, static_cast<const void*>(lut));
+  } else {
+    char name[name_size];
+    snprintf(name, sizeof name, "%s%s", module_prefix, bundle.name);
+    trace::raise<Function::start_handler, Form::starting_unnamed>(bundle.row, static_cast<const char*>(name),
+                                                                  static_cast<const void*>(lut));
+  }
+}
+
+// The chain of five places; the first handler that exists wins.
+void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& info, ork_bundle_handler linked_in, const Bundle& bundle) {
+  using enum Form;
+  constexpr Function here = Function::commit_handler;
+  const model::BundleRow& row = bundle.row;
+  const auto run = [&](ork_bundle_handler handler) { handler(call.handle, call.instance, ctx, call.err); };
+  if (info.bundle_handler != nullptr) {
+    trace::raise<here, calling_dispatch_handler>(row, info.name);
+    run(info.bundle_handler);
+  } else if (call.handle->bundle_handler != nullptr) {
+    trace::raise<here, calling_handle_handler>(row, info.name);
+    run(call.handle->bundle_handler);
+  } else if (fwe_ui_wayfind_bundle_registered_handler != nullptr) {
+    trace::raise<here, calling_dispatch_handler, 1>(row, info.name);
+    run(fwe_ui_wayfind_bundle_registered_handler);
+  } else if (*bundle.registered != nullptr) {
+    trace::raise<here, calling_registered_handler>(row, info.name);
+    run(*bundle.registered);
+  } else if (linked_in != nullptr) {
+    trace::raise<here, calling_linked_handler>(row, info.name);
+    run(linked_in);
+  } else {
+    trace::raise<here, no_handler>(row, info.name);
+  }
+}
+
+}  // namespace
+
+// An error that stands is not looked at.
+void handle_start(ork_handle* handle, uint32_t instance, void* message, uint32_t* err, const Bundle& bundle) {
+  const Call call{handle, instance, err};
+  if (orklib_is_accumulating_bundle(handle) != 0) {
+    call.fail(EEXIST);
+    char name[name_size];
+    snprintf(name, sizeof name, "%s%s_bundle_start_message", module_prefix, bundle.name);
+    trace::raise<Function::start_handler, Form::start_inside>(bundle.row, static_cast<const char*>(name));
+  } else {
+    open_bundle(call, bundle);
+  }
+  free_message(call, message);
+}
+
+void handle_abort(ork_handle* handle, uint32_t instance, void* message, uint32_t* err, const Bundle& bundle) {
+  const Call call{handle, instance, err};
+  if (call.failed()) {
+    trace::raise<Function::abort_handler, Form::abort_error>(bundle.row, text_of(*err));
+  } else if (orklib_is_accumulating_bundle(handle) == 0) {
+    trace::raise<Function::abort_handler, Form::outside_bundle>(bundle.row);
+    call.fail(EBADMSG);
+  }
+  bundle_receive_message_list_destroy(handle, instance, err);
+  void* lut = nullptr;
+  const ork_bundle_dispatch_info* info = orklib_in_dispatch_message_info(handle, &lut);
+  if (info != nullptr) trace::raise<Function::abort_handler, Form::aborting>(bundle.row, info->name, static_cast<const void*>(lut));
+  forget_dispatch(handle);
+  free_message(call, message);
+}
+
+void handle_commit(ork_handle* handle, uint32_t instance, void* ctx, void* message, uint32_t* err, ork_bundle_handler linked_in,
+                   const Bundle& bundle) {
+  const Call call{handle, instance, err};
+  if (call.failed()) {
+    trace::raise<Function::commit_handler, Form::commit_error>(bundle.row, text_of(*err));
+  } else if (orklib_is_accumulating_bundle(handle) == 0) {
+    trace::raise<Function::commit_handler, Form::outside_bundle>(bundle.row);
+    call.fail(EBADMSG);
+  } else if (const ork_bundle_dispatch_info* info = orklib_in_dispatch_message_info(handle, nullptr); info != nullptr) {
+    handle->bundle_commit_dispatch = info;
+    call_handler(call, ctx, *info, linked_in, bundle);
+  }
+  bundle_receive_message_list_destroy(handle, instance, err);
+  free_message(call, message);
+  forget_dispatch(handle);
+}
+
+}  // namespace messages

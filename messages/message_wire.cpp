@@ -1,0 +1,103 @@
+// Frames: 27 bytes of header, written last, 16 of LUID, then the record or records.
+#include "frame/typeinfo.h"
+#include "messages/wire_frame.h"
+
+namespace messages {
+namespace {
+
+bool domain_allows(const Call& call, const void* object, const Message& message) {
+  ork_handle* handle = call.handle;
+  const auto* type = frame::load<const ork_type_info*>(object);
+  if (ork_domain_lookup_message_ok(handle, &handle->domain, type, call.err) != 0) return true;
+  trace::raise<Function::message_marshal, Form::domain_refuses>(
+      message.row, name_of(message), static_cast<const char*>(descriptor(message.row)->luid_text), handle->domain_name);
+  ork_store_epoch_err(handle, EBADE, call.err);
+  return false;
+}
+
+bool bundle_allows(const Call& call, const Message& message) {
+  if (call.handle->bundle_ctx == 0) return !call.failed();
+  bundle_message_validate_add(call.handle, call.instance, message.luid, message.bundle_name, call.err);
+  if (!call.failed()) return true;
+  trace::raise<Function::message_marshal, Form::bundle_refuses>(message.row, name_of(message), text_of(*call.err));
+  return false;
+}
+
+bool counted(const Call& call, const Message& message) {
+  if (call.handle->bundle_ctx == 0) return true;
+  bundle_message_increment_count(call.handle, message.luid, call.err);
+  if (!call.failed()) return true;
+  trace::raise<Function::message_marshal, Form::bundle_uncounted>(message.row, name_of(message), text_of(*call.err));
+  return false;
+}
+
+void report_failure(const Call& call, const Message& message) {
+  constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(Form::marshal_failed)];
+  const bool quiet = orklib_suppress_messages_enabled(call.handle) != 0;
+  const model::Level level = quiet ? model::Level::debug : model::Level::error;
+  const uint16_t at = quiet ? model::position(Function::message_marshal, Form::marshal_failed, 0)
+                            : model::position(Function::message_marshal, Form::marshal_failed, 1);
+  trace::emit<form.pattern>(model::site(message.row, Function::message_marshal, at), trace::level_word(level), name_of(message),
+                            text_of(*call.err));
+}
+
+}  // namespace
+
+uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* object, int32_t length, uint32_t* err,
+                 const Message& message) {
+  const Call call{handle, instance, err};
+  if (call.failed()) {
+    trace::raise<Function::message_marshal, Form::marshal_error>(message.row, text_of(*err));
+    return 0;
+  }
+  ork_clear_last_error(handle);
+  if (!domain_allows(call, object, message) || !bundle_allows(call, message)) return 0;
+
+  Writer out(buffer, length);
+  const bool has_header = begin_frame(call, out, message.luid);
+  for (size_t slot = 0; slot < message.row.records; ++slot) {
+    const void* record = record_in(object, carried(message, slot));
+    out.advance(message.wire[slot].marshal(handle, instance, out.here(), record, out.room(), err));
+  }
+  if (call.failed()) {
+    report_failure(call, message);
+    return out.consumed();
+  }
+  if (!counted(call, message)) return out.consumed();
+  if (has_header) end_frame(call, buffer, *header_of(object), out.consumed());
+  return out.consumed();
+}
+
+uint32_t marshal_cr(ork_handle* handle, void* object, uint8_t* buffer, int32_t length, const Message& message) {
+  const uint32_t written = marshal(handle, handle->cr_instance, buffer, object, length, &handle->cr_error, message);
+  return encoders::cr_result(handle, written);
+}
+
+uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const uint8_t* buffer, int32_t length, uint32_t* err,
+                        const Message& message) {
+  const Call call{handle, instance, err};
+  if (call.failed()) {
+    trace::raise<Function::message_unmarshal_only, Form::unmarshal_only_error>(message.row, name_of(message), text_of(*err));
+    return 0;
+  }
+  ork_clear_last_error(handle);
+  void* object = create_shallow(handle, instance, message);
+  if (object == nullptr) {
+    call.fail(ENOMEM);
+    return 0;
+  }
+  encoders::Reader in(buffer, length);
+  if (!call.failed()) in.advance(_ork_message_header_unmarshal(handle, instance, in.here(), header_of(object), in.room(), err));
+  in.advance(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
+  for (size_t slot = 0; slot < message.row.records; ++slot) {
+    const CarriedRow& place = carried(message, slot);
+    void* record = frame::create_internal(handle, instance, record_of(place));
+    put_record(object, place, record);
+    if (record == nullptr) call.fail(ENOMEM);
+    if (!call.failed()) in.advance(message.wire[slot].unmarshal(handle, instance, in.here(), record, in.room(), 0, err));
+  }
+  *out = object;
+  return in.consumed();
+}
+
+}  // namespace messages

@@ -1,0 +1,147 @@
+// The vocabulary in which model/subjects/ says what exists: records of fields, enums, the flag set, messages, bundles.
+//
+// A subject file is one table per type and nothing else. Whatever follows from a table (offsets, sizes, state bytes, field numbers, trace
+// entries, call-site tags, exported functions, their prototypes and documentation) is derived from it: at compile time in layout.h and
+// rows.h, at build time by generator/. None of the structures of this file reaches the built library: they only exist while compiling.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace model {
+
+// The access class of a field decides which accessors it has.
+enum class Class : uint8_t { value, object, text, counter, value_array, record_array };
+
+// What a field, or an element of an array, is made of.
+enum class Kind : uint8_t {
+  u_int8,
+  u_int16,
+  u_int32,
+  u_int64,
+  ork_boolean,
+  link_type,
+  ip_address,
+  character,
+  enumeration,
+  flag_set,
+  record,
+};
+
+struct Primitive {
+  Kind kind;
+};
+inline constexpr Primitive u_int8{Kind::u_int8};
+inline constexpr Primitive u_int16{Kind::u_int16};
+inline constexpr Primitive u_int32{Kind::u_int32};
+inline constexpr Primitive u_int64{Kind::u_int64};
+inline constexpr Primitive ork_boolean{Kind::ork_boolean};
+inline constexpr Primitive link_type{Kind::link_type};
+inline constexpr Primitive ip_address{Kind::ip_address};
+
+// One identity of a type: the LUID that peers know it by, and the hash of its definition in the build manifest, both as hexadecimal digits.
+struct Identity {
+  const char* luid;
+  const char* definition;
+};
+
+inline constexpr size_t max_values = 8;
+inline constexpr size_t max_fields = 40;
+inline constexpr size_t max_variants = 4;
+inline constexpr size_t max_members = 6;
+
+struct Enum {
+  const char* name;
+  Identity identity;
+  const char* meaning;
+  const char* values[max_values];  // texts of the values 0, 1, ...; a null ends them
+};
+
+struct FlagSet {
+  const char* name;
+  Identity identity;
+  const char* meaning;
+  const char* flags[max_values];  // texts of the bits 0, 1, ...; a null ends them
+};
+
+struct Record;
+
+struct Field {
+  const char* name;
+  Class cls;
+  Kind kind;
+  uint8_t variant;         // the oldest variant that holds the field
+  uint16_t count;          // characters of a text, else 1
+  const Record* record;    // of an embedded record or a record array
+  const Enum* enumeration; // of an enum
+  const FlagSet* flags;    // of a flag set
+  const char* meaning;
+};
+
+struct Record {
+  const char* name;
+  Identity identity;
+  const char* meaning;
+  Field fields[max_fields];  // in definition order; a null name ends them
+};
+
+struct Message {
+  const char* name;
+  Identity identity;
+  const char* meaning;
+  const Record* records[2];  // in wire order; most messages carry one
+};
+
+enum class Occurs : uint8_t { once, repeatedly };
+
+struct Member {
+  const Message* message;
+  Occurs occurs;
+};
+
+// Identities of the three control messages of a bundle; they have no definition hash, as the manifest does not list them.
+struct Control {
+  const char* start;
+  const char* abort;
+  const char* commit;
+};
+
+struct Bundle {
+  const char* name;
+  Control luids;
+  const char* meaning;
+  Member members[max_members];  // in table order; every table ends with the request message of the show core, which no row names
+};
+
+// Rows. ------------------------------------------------------------------------------------------------------------------------------
+
+constexpr Field value(const char* name, Primitive type, uint8_t variant, const char* meaning) {
+  return {name, Class::value, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+}
+constexpr Field value(const char* name, const Enum& type, uint8_t variant, const char* meaning) {
+  return {name, Class::value, Kind::enumeration, variant, 1, nullptr, &type, nullptr, meaning};
+}
+constexpr Field object(const char* name, Primitive type, uint8_t variant, const char* meaning) {
+  return {name, Class::object, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+}
+constexpr Field object(const char* name, const Record& type, uint8_t variant, const char* meaning) {
+  return {name, Class::object, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
+}
+constexpr Field object(const char* name, const FlagSet& type, uint8_t variant, const char* meaning) {
+  return {name, Class::object, Kind::flag_set, variant, 1, nullptr, nullptr, &type, meaning};
+}
+constexpr Field text(const char* name, uint16_t size, uint8_t variant, const char* meaning) {
+  return {name, Class::text, Kind::character, variant, size, nullptr, nullptr, nullptr, meaning};
+}
+// A counter stands directly in front of the array that it counts.
+constexpr Field counter(const char* name, Primitive type, uint8_t variant, const char* meaning) {
+  return {name, Class::counter, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+}
+constexpr Field value_array(const char* name, Primitive type, uint8_t variant, const char* meaning) {
+  return {name, Class::value_array, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+}
+constexpr Field record_array(const char* name, const Record& type, uint8_t variant, const char* meaning) {
+  return {name, Class::record_array, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
+}
+
+}  // namespace model

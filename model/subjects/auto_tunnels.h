@@ -1,0 +1,57 @@
+// Tunnel interfaces that come up by themselves, and the flows on them.
+#pragma once
+
+#include "model/layout.h"
+
+namespace model {
+
+inline constexpr Record auto_tunnel_gstatus{
+    "fwe_cl_wayfind_auto_tunnel_gstatus",
+    {"703ba59cb404c803643f2dbbfa48874c", "fbbcc8ab7a43135608a46e68e94acedf"},
+    "How many auto tunnels there are.",
+    {
+        value("number", u_int32, 0, "Auto tunnels present."),
+    }};
+static_assert(layout_is(auto_tunnel_gstatus, {{16, 8, 24, 1}}));
+
+inline constexpr Record auto_tunnel{
+    "fwe_cl_wayfind_auto_tunnel",
+    {"b505b42b97aede154ffbd34045464b01", "6462a553356cb6339db92540402eb9a6"},
+    "One auto tunnel.",
+    {
+        value("table_id",             u_int32, 0, "Routing table of the tunnel, by identifier."),
+        value("tunnel_fwe_if_handle", u_int32, 0, "Handle of the tunnel interface on the forwarding engine."),
+        value("tunnel_flow_counts",   u_int32, 0, "Flows that use the tunnel."),
+        text ("create_ts_msec",       32,      1, "When the entry was made, as text in milliseconds; opaque to the library."),
+        text ("update_ts_msec",       32,      1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+    }};
+static_assert(layout_is(auto_tunnel, {{24, 80, 32, 3}, {88, 16, 104, 5}}));
+
+inline constexpr Record auto_tunnel_misc{
+    "fwe_cl_wayfind_auto_tunnel_misc",
+    {"bacbc6e76037b41273b3e430967fa19d", "5f2c6691077082e8249b09f326d4cb28"},
+    "Name of the interface of one auto tunnel.",
+    {
+        text("intf_name", 32, 0, "Name of the tunnel's interface."),
+    }};
+static_assert(layout_is(auto_tunnel_misc, {{43, 13, 56, 1}}));
+
+inline constexpr Message auto_tunnel_gstatus_show{
+    "fwe_cl_wayfind_auto_tunnel_gstatus_show",
+    {"cf708fc38a783132a91781930c169d65", "6ab5146ffa80c0ed310be09044118b05"},
+    "The number of auto tunnels, once in a response.",
+    {&auto_tunnel_gstatus}};
+
+inline constexpr Message auto_tunnel_show{
+    "fwe_cl_wayfind_auto_tunnel_show",
+    {"9c579133d0577cd746900ae092784e42", "fcf1f7028b92ab72e956431f2ad5c0d4"},
+    "One auto tunnel and the name of its interface.",
+    {&auto_tunnel, &auto_tunnel_misc}};
+
+inline constexpr Bundle show_auto_tunnel{
+    "fwe_cl_wayfind_show_auto_tunnel_response",
+    {"3cc86929afb741e169f0610ee5a8dc66", "68b306904fec64a80377a28945b93df6", "6816b1618057dd077ca328d6aeee4aed"},
+    "Answer to a show of auto tunnels.",
+    {{&auto_tunnel_gstatus_show, Occurs::once}, {&auto_tunnel_show, Occurs::repeatedly}}};
+
+}  // namespace model

@@ -1,0 +1,190 @@
+// Forwarding paths by destination, and the columns of hops that describe a path.
+#pragma once
+
+#include "model/layout.h"
+#include "model/subjects/forwarding_memory.h"
+
+namespace model {
+
+inline constexpr Enum chan_state_e{
+    "fwe_cl_wayfind_chan_state_e",
+    {"14138dd010fbc7e7e3f03820ccbd75dc", "dcf3e17c34584679d313de605bc0d8ad"},
+    "How far a channel has come; the last value is a value like any other.",
+    {
+        "WAYFIND_UI_CHAN_STATE_INITIATED",
+        "WAYFIND_UI_CHAN_STATE_REACHABLE",
+        "WAYFIND_UI_CHAN_STATE_UNREACHABLE",
+        "WAYFIND_UI_CHAN_STATE_MAX",
+    }};
+
+inline constexpr Enum chan_rx_state_e{
+    "fwe_cl_wayfind_chan_rx_state_e",
+    {"b64d8e6b67a68ad1ca4435ee8c98b39c", "8731a2d1503e4a4fb92739ea9d534aa6"},
+    "How far the receive side of a channel has come; the last value is a value like any other.",
+    {
+        "WAYFIND_UI_CHAN_RX_STATE_SMP_INITIAL_STATE",
+        "WAYFIND_UI_CHAN_RX_STATE_SMP_REACHABLE",
+        "WAYFIND_UI_CHAN_RX_STATE_SMP_UNREACHABLE",
+        "WAYFIND_UI_CHAN_RX_STATE_MAX",
+    }};
+
+inline constexpr Enum chan_tx_state_e{
+    "fwe_cl_wayfind_chan_tx_state_e",
+    {"3ea56fec13f353db50ae0e9e7d438edb", "0fb1b26bfc989b24d2a87495bd849c6b"},
+    "How far the transmit side of a channel has come; with no initial state, a new channel reads reachable.",
+    {
+        "WAYFIND_UI_CHAN_TX_STATE_REACHABLE",
+        "WAYFIND_UI_CHAN_TX_STATE_UNREACHABLE",
+        "WAYFIND_UI_CHAN_TX_STATE_MAX",
+    }};
+
+inline constexpr Record sel_lb_path_st{
+    "fwe_cl_wayfind_sel_lb_path_st",
+    {"95cf0953ff528f9d0cb9cf3fc99ebf7e", "fd29db2e7f48f1c14b65521d00684551"},
+    "Hops of a path: their identifiers.",
+    {
+        counter    ("num_hops", u_int32, 0, "Elements of path_id."),
+        value_array("path_id",  u_int32, 0, "Identifier of each hop."),
+    }};
+static_assert(layout_is(sel_lb_path_st, {{24, 8, 32, 16}}));
+
+inline constexpr Record sel_lb_src_intf_st{
+    "fwe_cl_wayfind_sel_lb_src_intf_st",
+    {"7bf3e31e353e68e72c7d046f62537727", "0d429b0ce3b9ff484c6b7564c781b37f"},
+    "Hops of a path: their source interfaces.",
+    {
+        counter    ("num_hops",    u_int32, 0, "Elements of src_intf_id."),
+        value_array("src_intf_id", u_int8,  0, "Source interface of each hop, by identifier; 8 bits."),
+    }};
+static_assert(layout_is(sel_lb_src_intf_st, {{24, 8, 32, 16}}));
+
+inline constexpr Record sel_lb_dst_site_st{
+    "fwe_cl_wayfind_sel_lb_dst_site_st",
+    {"361607f368a5d2bfd715d2dd0e82baf2", "92a913d194e688dfbf86848e71b5da1e"},
+    "Hops of a path: their destination sites.",
+    {
+        counter    ("num_hops",    u_int32, 0, "Elements of dst_site_id."),
+        value_array("dst_site_id", u_int16, 0, "Destination site of each hop, by identifier; 16 bits."),
+    }};
+static_assert(layout_is(sel_lb_dst_site_st, {{24, 8, 32, 16}}));
+
+inline constexpr Record sel_lb_dst_intf_st{
+    "fwe_cl_wayfind_sel_lb_dst_intf_st",
+    {"f5e4240bd7c297af3e7b75d558c2f05c", "e75cb0116c9e2ed7b2ecf9f9b06207fa"},
+    "Hops of a path: their destination interfaces.",
+    {
+        counter    ("num_hops",    u_int32, 0, "Elements of dst_intf_id."),
+        value_array("dst_intf_id", u_int8,  0, "Destination interface of each hop, by identifier; 8 bits."),
+    }};
+static_assert(layout_is(sel_lb_dst_intf_st, {{24, 8, 32, 16}}));
+
+inline constexpr Record chan_st{
+    "fwe_cl_wayfind_chan_st",
+    {"c78cc0bd7dbfb49ebd6710e189e15a13", "dba0aec4c61d2a99fc8439315ccb743b"},
+    "A channel: the forwarding path to one destination, with its states and, from variant 2, its hops.",
+    {
+        value ("chan_id",            u_int32,            0, "The channel, by identifier."),
+        value ("table_id",           u_int32,            0, "Routing table, by identifier."),
+        object("site_id",            ip_address,         0, "Site, as an address here; a 32-bit identifier in the maps."),
+        value ("fwe_if_h",           u_int32,            0, "Handle of the interface on the forwarding engine."),
+        text  ("if_name",            32,                 0, "Name of the interface."),
+        value ("in_uidb",            u_int32,            0, "Value; opaque to the library."),
+        value ("dscp",               u_int32,            0, "DSCP of the channel; 32 bits here, 8 in hop_chan_st."),
+        object("next_hop",           ip_address,         0, "Address of the next hop."),
+        value ("state",              chan_state_e,       0, "State of the channel."),
+        value ("rx_state",           chan_rx_state_e,    0, "State of the receive side."),
+        value ("tx_state",           chan_tx_state_e,    0, "State of the transmit side."),
+        value ("smp_last_recv_ts",   u_int32,            0, "When an smp packet last came in, in the sender's unit."),
+        value ("smp_last_send_ts",   u_int32,            0, "When an smp packet last went out, in the sender's unit."),
+        value ("zero_sla_supported", u_int8,             0, "Nonzero when zero SLA is supported; 8 bits."),
+        value ("zero_sla_mute",      u_int8,             0, "Nonzero when zero SLA is muted; 8 bits."),
+        value ("path_label",         u_int32,            0, "Label that the path goes by."),
+        value ("rx_ctrl_state",      chan_rx_state_e,    0, "Control state of the receive side."),
+        value ("plr_rx",             u_int8,             0, "The plr of the receive side; opaque to the library."),
+        value ("plr_tx",             u_int8,             0, "The plr of the transmit side; opaque to the library."),
+        value ("plr_established",    u_int8,             0, "Nonzero when plr is established; 8 bits."),
+        value ("in_burst",           u_int8,             1, "Nonzero during a burst; 8 bits."),
+        value ("enable_burst",       u_int8,             1, "Nonzero when bursts are enabled; 8 bits."),
+        value ("ext_int_id",         u_int8,             2, "External interface, by identifier; 8 bits."),
+        object("path",               sel_lb_path_st,     2, "Identifiers of the hops."),
+        object("src_intf",           sel_lb_src_intf_st, 2, "Source interfaces of the hops."),
+        object("dst_site",           sel_lb_dst_site_st, 2, "Destination sites of the hops."),
+        object("dst_intf",           sel_lb_dst_intf_st, 2, "Destination interfaces of the hops."),
+        value ("hop_count",          u_int8,             3, "How many hops; 8 bits, whatever the arrays count."),
+    }};
+static_assert(layout_is(chan_st, {{251, 157, 272, 20}, {253, 155, 272, 22}, {384, 24, 400, 112}, {385, 23, 408, 120}}));
+
+inline constexpr Record chan_stats_st{
+    "fwe_cl_wayfind_chan_stats_st",
+    {"28b2be322da6ddd2a286e8413ae28bea", "ddfba3ab1d690832f5deaabf7e931dd2"},
+    "Counters of one channel: bytes before packets, received before sent.",
+    {
+        value("recv_bytes",        u_int64, 0, "Bytes that came in."),
+        value("recv_packets",      u_int64, 0, "Packets that came in."),
+        value("send_bytes",        u_int64, 0, "Bytes that went out."),
+        value("send_packets",      u_int64, 0, "Packets that went out."),
+        value("recv_probes",       u_int32, 0, "Probes that came in; 32 bits among 64-bit neighbours."),
+        value("send_probes",       u_int32, 0, "Probes that went out; 32 bits among 64-bit neighbours."),
+        value("blackhole_bytes",   u_int64, 0, "Bytes that were blackholed."),
+        value("blackhole_packets", u_int64, 0, "Packets that were blackholed."),
+        value("burst_probes",      u_int32, 1, "Probes of kind burst."),
+        value("ac_probes",         u_int32, 1, "Probes of kind ac."),
+        value("unreach_probes",    u_int32, 1, "Probes of kind unreachable."),
+    }};
+static_assert(layout_is(chan_stats_st, {{72, 32, 88, 8}, {84, 20, 104, 11}}));
+
+inline constexpr Record channel_data{
+    "fwe_cl_wayfind_channel_data",
+    {"08fd7884f6ee4dffa8d4de25138b627c", "c80ee2d68a4848daa0fbe58db4248f4f"},
+    "One channel as a show tells it.",
+    {
+        object("chan",           chan_st,       0, "The channel itself."),
+        value ("epoch",          u_int32,       0, "Epoch; 32 bits here, 16 in select_flow_data."),
+        object("stats",          chan_stats_st, 0, "Counters of the channel."),
+        object("mem",            mem_st,        0, "Locator of the entry in forwarding memory."),
+        value ("l_dcid",         u_int8,        0, "The dcid of the local end; 8 bits."),
+        value ("r_dcid",         u_int8,        0, "The dcid of the remote end; 8 bits."),
+        value ("l_intf_id",      u_int16,       0, "Local interface, by identifier; 16 bits here, 8 in hop_chan_st."),
+        value ("r_intf_id",      u_int16,       0, "Remote interface, by identifier; 16 bits here, 8 in hop_chan_st."),
+        text  ("color",          8,             0, "Name of the colour; 8 bytes here, 20 in color_st."),
+        value ("version",        u_int32,       0, "Version, as a plain number."),
+        text  ("dscp_str",       8,             0, "The DSCP as text."),
+        text  ("create_ts_msec", 32,            1, "When the entry was made, as text in milliseconds; opaque to the library."),
+        text  ("update_ts_msec", 32,            1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+    }};
+static_assert(layout_is(channel_data, {{604, 84, 624, 152}, {668, 20, 688, 160}}));
+
+inline constexpr Record channel_state_data{
+    "fwe_cl_wayfind_channel_state_data",
+    {"c4ffc241920e26de713c8e5b1ec56bfc", "902c1c8b00a88833955df9562b496991"},
+    "What a show of channels asks for, and how many there are.",
+    {
+        value("show_all",        ork_boolean, 0, "Asks for every entry."),
+        value("show_for_pd",     ork_boolean, 0, "Asks for the pd form."),
+        value("show_detail",     ork_boolean, 0, "Asks for the detailed form."),
+        value("show_tbl_format", ork_boolean, 0, "Asks for the form of a table."),
+        value("new_walk",        ork_boolean, 0, "Asks for a fresh walk; false goes on with the last."),
+        value("num_channels",    u_int32,     0, "How many channels there are."),
+        value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
+    }};
+static_assert(layout_is(channel_state_data, {{40, 8, 48, 7}}));
+
+inline constexpr Message channel_msg{
+    "fwe_cl_wayfind_channel_msg",
+    {"636f46b402fb68bbec91fe8c3a0d96a1", "1836b6b16c23a1c8ee5c6a495acfd3cc"},
+    "One channel.",
+    {&channel_data}};
+
+inline constexpr Message channel_state_msg{
+    "fwe_cl_wayfind_channel_state_msg",
+    {"05d6955aa318e11f18ebbb1cfe5dfcf4", "fa6d192d346c261b5fabf0281dccd164"},
+    "What was asked of a show of channels and their number, once in a response.",
+    {&channel_state_data}};
+
+inline constexpr Bundle show_channel{
+    "fwe_cl_wayfind_show_channel_response",
+    {"d93b0f1fa5c915101c5fedcf47254fdd", "c77b457aec6631ac5d99456349dc3d73", "c2cfbac157efbca29cfb6cec5c312ed9"},
+    "Answer to a show of channels.",
+    {{&channel_state_msg, Occurs::once}, {&channel_msg, Occurs::repeatedly}}};
+
+}  // namespace model

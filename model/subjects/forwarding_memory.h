@@ -1,0 +1,19 @@
+// Where an entry sits in the memory of a forwarding engine.
+#pragma once
+
+#include "model/layout.h"
+
+namespace model {
+
+inline constexpr Record mem_st{
+    "fwe_cl_wayfind_mem_st",
+    {"626bcfa9bf2ece1433a19411749e06fc", "cf798abf981f2d70da89d2f37438098b"},
+    "Locator of an entry in forwarding memory.",
+    {
+        value("fwe_num",    u_int32, 0, "Forwarding engine that holds the entry, by number."),
+        value("ppe_addr",   u_int64, 0, "Address of the entry on the ppe side."),
+        value("exmem_addr", u_int64, 0, "Address of the entry in external memory."),
+    }};
+static_assert(layout_is(mem_st, {{32, 8, 40, 3}}));
+
+}  // namespace model

@@ -1,0 +1,161 @@
+// Path monitoring between this device and one hop towards a site, for one DSCP: probe states, counters and stamps.
+#pragma once
+
+#include "model/layout.h"
+#include "model/subjects/forwarding_memory.h"
+
+namespace model {
+
+inline constexpr Enum hop_chan_state_e{
+    "fwe_cl_wayfind_hop_chan_state_e",
+    {"0d1318c4e5bbbfb68637fd7883faf9e5", "94e9b86309e2afd36d2e9c7613e35e95"},
+    "How far one side of a hop channel has come; unlike chan_state_e it begins with unreachable.",
+    {
+        "WAYFIND_UI_HOP_CHAN_STATE_UNREACHABLE",
+        "WAYFIND_UI_HOP_CHAN_STATE_REACHABLE",
+        "WAYFIND_UI_HOP_CHAN_STATE_INITIATED",
+    }};
+
+inline constexpr FlagSet hop_chan_flags{
+    "fwe_cl_wayfind_hop_chan_flags",
+    {"1681f53dbd0a8fa8b9c9e39f20f0649e", "4fbd263bf09f467ee902935f1704bc61"},
+    "Conditions of a hop channel, each with a bit of its own.",
+    {
+        "WAYFIND_UI_HOP_CHAN_FLAG_INT_SHUT",
+        "WAYFIND_UI_HOP_CHAN_FLAG_ADDR_CHANGE",
+        "WAYFIND_UI_HOP_CHAN_FLAG_ACK",
+        "WAYFIND_UI_HOP_CHAN_FLAG_INIT",
+        "WAYFIND_UI_HOP_CHAN_FLAG_MUTE",
+    }};
+
+inline constexpr Record hop_chan_st{
+    "fwe_cl_wayfind_hop_chan_st",
+    {"3dee099b8d5292190db9081fdf93f46b", "ae5011f297b5ebc8087eb693e0c4e9dc"},
+    "A hop channel: one hop towards a site, monitored for one DSCP between two interfaces.",
+    {
+        value ("hop_chan_id",    u_int32,        0, "The hop channel, by identifier."),
+        value ("hop_id",         u_int32,        0, "The hop, by identifier."),
+        value ("src_intf_id",    u_int8,         0, "Source interface, by identifier; 8 bits, 16 in channel_data."),
+        value ("dst_intf_id",    u_int8,         0, "Destination interface, by identifier; 8 bits."),
+        value ("dst_site_id",    u_int16,        0, "Destination site, by identifier; 16 bits."),
+        value ("dscp",           u_int8,         0, "DSCP of the hop channel; 8 bits here, 32 in chan_st."),
+        value ("adj_id",         u_int32,        0, "Adjacency, by identifier."),
+        value ("inst_id",        u_int32,        0, "Instance, by identifier."),
+        value ("flags",          u_int32,        0, "Flag word; neither it nor flags_show follows from the other."),
+        value ("tw_index",       u_int8,         0, "Index, 8 bits; opaque to the library."),
+        value ("need_sample",    u_int8,         0, "Nonzero when a sample is due; 8 bits."),
+        value ("sa_id",          u_int32,        0, "Identifier; opaque to the library."),
+        text  ("create_ts_msec", 32,             1, "When the entry was made, as text in milliseconds; opaque to the library."),
+        text  ("update_ts_msec", 32,             1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+        object("flags_show",     hop_chan_flags, 1, "Flags by name, for display; neither it nor flags follows from the other."),
+    }};
+static_assert(layout_is(hop_chan_st, {{48, 104, 56, 12}, {136, 16, 152, 15}}));
+
+inline constexpr Record hop_chan_stats_st{
+    "fwe_cl_wayfind_hop_chan_stats_st",
+    {"fb59b0dd4b4a8797f59d0023b1de1701", "91b37fdeb1116c7cc584ec547a756829"},
+    "Counters of one hop channel: probes first, sent before received, packets before bytes.",
+    {
+        value("send_probes",         u_int32, 0, "Probes that went out."),
+        value("recv_probes",         u_int32, 0, "Probes that came in."),
+        value("send_packets",        u_int64, 0, "Packets that went out."),
+        value("send_bytes",          u_int64, 0, "Bytes that went out."),
+        value("recv_packets",        u_int64, 0, "Packets that came in."),
+        value("recv_bytes",          u_int64, 0, "Bytes that came in."),
+        value("send_sample_packets", u_int32, 0, "Sample packets that went out."),
+        value("recv_sample_packets", u_int32, 0, "Sample packets that came in."),
+    }};
+static_assert(layout_is(hop_chan_stats_st, {{64, 8, 72, 8}}));
+
+inline constexpr Record hop_chan_probe_st{
+    "fwe_cl_wayfind_hop_chan_probe_st",
+    {"4cfb0320fc3458306d81da4e85ea9a00", "27bce93f7148b2a4d010a70ec82d933e"},
+    "Where the probing of one hop channel stands.",
+    {
+        value("rx_ctrl_state", hop_chan_state_e, 0, "Control state of the receive side."),
+        value("rx_state",      hop_chan_state_e, 0, "State of the receive side."),
+        value("tx_ctrl_state", hop_chan_state_e, 0, "Control state of the transmit side."),
+        value("tx_state",      hop_chan_state_e, 0, "State of the transmit side."),
+        value("sample_cd",     u_int32,          0, "Countdown of samples, in the sender's unit."),
+        value("unreach_cd",    u_int32,          0, "Countdown to unreachable, in the sender's unit."),
+        value("monitor_cd",    u_int32,          0, "Countdown of monitoring, in the sender's unit."),
+    }};
+static_assert(layout_is(hop_chan_probe_st, {{92, 20, 112, 7}}));
+
+inline constexpr Record hop_chan_serv_st{
+    "fwe_cl_wayfind_hop_chan_serv_st",
+    {"dc0424b5bd9dab64ef57ba24d08d7ca2", "01de02a8b5d78024c4d6af01ddb4c2ac"},
+    "Last events of one hop channel; stamps of probes and samples are integers, those of r2u and u2r are text.",
+    {
+        value("last_probe_send_ts",  u_int32, 0, "When a probe last went out, in the sender's unit."),
+        value("last_probe_recv_ts",  u_int32, 0, "When a probe last came in, in the sender's unit."),
+        value("last_sample_send_ts", u_int32, 0, "When a sample last went out, in the sender's unit."),
+        value("last_sample_recv_ts", u_int32, 0, "When a sample last came in, in the sender's unit."),
+        text ("last_rx_r2u_ts",      32,      0, "When an r2u event last came in, as text; opaque to the library."),
+        text ("last_tx_r2u_ts",      32,      0, "When an r2u event last went out, as text; opaque to the library."),
+        text ("last_rx_u2r_ts",      32,      0, "When a u2r event last came in, as text; opaque to the library."),
+        text ("last_tx_u2r_ts",      32,      0, "When a u2r event last went out, as text; opaque to the library."),
+        value("rx_r2u_cnt",          u_int16, 0, "r2u events that came in; 16 bits."),
+        value("tx_r2u_cnt",          u_int16, 0, "r2u events that went out; 16 bits."),
+        value("rx_u2r_cnt",          u_int16, 0, "u2r events that came in; 16 bits."),
+        value("tx_u2r_cnt",          u_int16, 0, "u2r events that went out; 16 bits."),
+    }};
+static_assert(layout_is(hop_chan_serv_st, {{164, 20, 184, 12}}));
+
+inline constexpr Record hop_chan_data{
+    "fwe_cl_wayfind_hop_chan_data",
+    {"00e3b2fbd11cb82176dc46293dcfde58", "6f75ed8552a07a4a954d9a318dc27c0b"},
+    "One hop channel as a show tells it.",
+    {
+        object("hop_chan", hop_chan_st,       0, "The hop channel itself."),
+        object("stats",    hop_chan_stats_st, 0, "Counters of the hop channel."),
+        object("mem",      mem_st,            0, "Locator of the entry in forwarding memory."),
+        text  ("dscp_str", 8,                 0, "The DSCP as text."),
+        object("probe",    hop_chan_probe_st, 0, "Probing of the hop channel."),
+        object("serv",     hop_chan_serv_st,  1, "Last events of the hop channel."),
+    }};
+static_assert(layout_is(hop_chan_data, {{400, 200, 416, 38}, {584, 16, 600, 51}}));
+
+inline constexpr Record hop_chan_state_data{
+    "fwe_cl_wayfind_hop_chan_state_data",
+    {"9b244df586d6a5b1b76d5bb18a1ecc90", "2dfa2ae33945700bdf1e665c04cad88e"},
+    "What a show of hop channels asks for, and how many there are.",
+    {
+        value("show_all",        ork_boolean, 0, "Asks for every entry."),
+        value("show_for_pd",     ork_boolean, 0, "Asks for the pd form."),
+        value("show_detail",     ork_boolean, 0, "Asks for the detailed form."),
+        value("show_tbl_format", ork_boolean, 0, "Asks for the form of a table."),
+        value("new_walk",        ork_boolean, 0, "Asks for a fresh walk; false goes on with the last."),
+        value("num_hop_chans",   u_int32,     0, "How many hop channels there are."),
+        value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
+    }};
+static_assert(layout_is(hop_chan_state_data, {{40, 8, 48, 7}}));
+
+inline constexpr Record hop_id_readable_format_st{
+    "fwe_cl_wayfind_hop_id_readable_format_st",
+    {"838ed4e80c8d1ccf65cc7df4db3bf93c", "0caa332c96af3a285079f7216dea99f7"},
+    "One hop of a path in readable form.",
+    {
+        text("hop_id_str", 14, 0, "Identifier of the hop as text."),
+    }};
+static_assert(layout_is(hop_id_readable_format_st, {{25, 15, 40, 1}}));
+
+inline constexpr Message hop_chan_msg{
+    "fwe_cl_wayfind_hop_chan_msg",
+    {"a0581d69a339fa07f4b78de21bff7a6b", "7179d1c295bcf180ae030ca6479293f6"},
+    "One hop channel.",
+    {&hop_chan_data}};
+
+inline constexpr Message hop_chan_state_msg{
+    "fwe_cl_wayfind_hop_chan_state_msg",
+    {"ed1052e2681102ea37f91d21cdc46509", "3dd56415a29e2b46c626d1433a4e69ad"},
+    "What was asked of a show of hop channels and their number, once in a response.",
+    {&hop_chan_state_data}};
+
+inline constexpr Bundle show_hop_chan{
+    "fwe_cl_wayfind_show_hop_chan_response",
+    {"34cebb96f37f430918367de735d3dcaf", "95587e492b80b1aaa9ed938fb9b539e9", "46ac958ee4a970c1127eed0eeef3a6a9"},
+    "Answer to a show of hop channels.",
+    {{&hop_chan_state_msg, Occurs::once}, {&hop_chan_msg, Occurs::repeatedly}}};
+
+}  // namespace model

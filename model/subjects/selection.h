@@ -1,0 +1,86 @@
+// Flows, and the policies by which paths are chosen for them.
+#pragma once
+
+#include "model/layout.h"
+#include "model/subjects/forwarding_memory.h"
+
+namespace model {
+
+inline constexpr Enum select_ui_type_e{
+    "fwe_cl_wayfind_select_ui_type_e",
+    {"fe31fdca540407064407e3ad53a5ed80", "19c826bca962453a0388a26dbbad2298"},
+    "Tables that a show of selection is about.",
+    {
+        "WAYFIND_UI_SELECT_TC",
+        "WAYFIND_UI_SELECT_FLOW",
+        "WAYFIND_UI_SELECT_ALL",
+    }};
+
+inline constexpr Record select_policy{
+    "fwe_cl_wayfind_select_policy",
+    {"b582de8e17a747f8ecf8da3c6885753d", "0360f8b20baa26431104a14c0d90972b"},
+    "One policy by which paths are chosen for a flow.",
+    {
+        value ("policy_seq",        u_int32, 0, "Place of the policy in its sequence."),
+        object("mem",               mem_st,  0, "Locator of the entry in forwarding memory."),
+        value ("blackhole_bytes",   u_int64, 0, "Bytes that the policy blackholed."),
+        value ("blackhole_packets", u_int64, 0, "Packets that the policy blackholed."),
+    }};
+static_assert(layout_is(select_policy, {{72, 16, 88, 7}}));
+
+inline constexpr Record select_all_policies{
+    "fwe_cl_wayfind_select_all_policies",
+    {"0feeb47aeb7f8273779ad4c233f0aa13", "73a456512389d54cb35211cd7aa8cdf7"},
+    "The policies of one flow.",
+    {
+        counter     ("num_policies", u_int32,       0, "Elements of policy."),
+        record_array("policy",       select_policy, 0, "Each policy."),
+    }};
+static_assert(layout_is(select_all_policies, {{24, 8, 32, 16}}));
+
+inline constexpr Record select_state_data{
+    "fwe_cl_wayfind_select_state_data",
+    {"9ae45adaa3a5670d914c9e281f65a4fc", "b67885a1c6f7aefcbb2b23a885aee867"},
+    "What a show of flows or traffic classes asks for, and how many entries there are.",
+    {
+        value("db_type",             select_ui_type_e, 0, "What the show is about: traffic classes, flows or both."),
+        value("show_all",            ork_boolean,      0, "Asks for every entry."),
+        value("show_detail",         ork_boolean,      0, "Asks for the detailed form."),
+        value("new_walk",            ork_boolean,      0, "Asks for a fresh walk; false goes on with the last."),
+        value("count",               u_int32,          0, "How many entries there are."),
+        value("show_human_readable", ork_boolean,      1, "Asks for paths in readable form too."),
+    }};
+static_assert(layout_is(select_state_data, {{48, 16, 56, 5}, {52, 12, 64, 6}}));
+
+inline constexpr Record select_flow_data{
+    "fwe_cl_wayfind_select_flow_data",
+    {"f95a3181322c84617dbbe4c2defadd34", "640418807cbc4fed2952013427ff31e1"},
+    "One flow: a pair of prefixes, its policies and the number of its traffic classes.",
+    {
+        value ("table_id",         u_int32,             0, "Routing table, by identifier."),
+        object("src_prefix",       ip_address,          0, "Prefix that the flow comes from."),
+        object("dst_prefix",       ip_address,          0, "Prefix that the flow goes to."),
+        value ("tc_nr",            u_int32,             0, "How many traffic classes the flow has."),
+        value ("tc_slow_nr",       u_int32,             0, "How many of its traffic classes are slow."),
+        value ("epoch",            u_int16,             0, "Epoch; 16 bits here, 32 in channel_data."),
+        value ("hash_val",         u_int32,             0, "Hash of the entry, as the sender tells it."),
+        object("sel_all_policies", select_all_policies, 0, "Policies of the flow; may be empty."),
+        object("mem",              mem_st,              0, "Locator of the entry in forwarding memory."),
+        text  ("create_ts_msec",   32,                  1, "When the entry was made, as text in milliseconds; opaque to the library."),
+        text  ("update_ts_msec",   32,                  1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+    }};
+static_assert(layout_is(select_flow_data, {{200, 80, 216, 32}, {264, 16, 280, 32}}));
+
+inline constexpr Message select_flow_msg{
+    "fwe_cl_wayfind_select_flow_msg",
+    {"262857714ceb1dc0d9581204a0030c66", "e4b1e65c541a52f05f60846fecca57a4"},
+    "One flow.",
+    {&select_flow_data}};
+
+inline constexpr Message select_state_msg{
+    "fwe_cl_wayfind_select_state_msg",
+    {"c716f2280aee9260d11ba0a5b9a02ea3", "368c16163bad141fd91621c1f59bfd7b"},
+    "What was asked of a show of selection or of traffic classes, once in a response of either.",
+    {&select_state_data}};
+
+}  // namespace model

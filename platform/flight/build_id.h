@@ -1,0 +1,18 @@
+// The build id of a loaded file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace flight {
+
+struct LoadedFile {
+    const void *base = nullptr;  // null: the address lies in no loaded file
+    std::string path;
+    std::vector<uint8_t> build_id;
+};
+
+LoadedFile loaded_file_at(const void *address);
+
+}  // namespace flight

@@ -1,0 +1,166 @@
+// From text to a document. The text is hostile until it has come through here.
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "guard.h"
+#include "ork/platform.h"
+#include "support/export.h"
+#include "xml_document.h"
+
+namespace ork {
+namespace {
+
+constexpr std::string_view out_of_range = " value out of range/>";
+
+bool is_name_character(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+// An enum value out of range is written as "<name value out of range/>", which is no XML. Blanks in place of the words
+// make it the empty element that it means to be, and keep every line where it was.
+void mend_values_out_of_range(std::string &text) {
+    for (size_t at = text.find(out_of_range); at != std::string::npos; at = text.find(out_of_range, at + 1)) {
+        size_t name = at;
+        while (name > 0 && is_name_character(text[name - 1])) {
+            --name;
+        }
+        if (name < at && name > 0 && text[name - 1] == '<') {
+            text.replace(at, out_of_range.size() - 2, out_of_range.size() - 2, ' ');
+        }
+    }
+}
+
+struct Attempt {
+    bool has_document_type = false;
+};
+
+// Called at "<!DOCTYPE", before anything in it is read: no entity is ever declared.
+void refuse_document_type(void *context, const xmlChar *, const xmlChar *, const xmlChar *) {
+    auto *parser = static_cast<xmlParserCtxt *>(context);
+    static_cast<Attempt *>(parser->_private)->has_document_type = true;
+    xmlStopParser(parser);
+}
+
+void explain(const xmlParserCtxt *parser, const Attempt &attempt, char *err_text, uint32_t err_text_len) {
+    if (err_text == nullptr) {
+        return;
+    }
+    if (attempt.has_document_type) {
+        const int line = parser->input != nullptr ? parser->input->line : 1;
+        std::snprintf(err_text, err_text_len, "line %d: a document type is not accepted", line);
+        return;
+    }
+    std::string_view message = parser->lastError.message != nullptr ? parser->lastError.message : "no document";
+    message = message.substr(0, message.find('\n'));
+    std::snprintf(err_text, err_text_len, "line %d: %.*s", parser->lastError.line, static_cast<int>(message.size()),
+                  message.data());
+}
+
+ork_xml *parse(std::string_view original, uint32_t *err, char *err_text, uint32_t err_text_len) {
+    static std::once_flag once;
+    std::call_once(once, xmlInitParser);
+    if (original.size() > INT_MAX) {
+        *err = EINVAL;
+        return nullptr;
+    }
+    std::string text(original);
+    mend_values_out_of_range(text);
+    const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(), xmlFreeParserCtxt);
+    if (!parser) {
+        throw std::bad_alloc();
+    }
+    Attempt attempt;
+    parser->_private = &attempt;
+    parser->sax->internalSubset = refuse_document_type;
+    xmlDoc *document = xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
+                                         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    if (document == nullptr || attempt.has_document_type) {
+        xmlFreeDoc(document);
+        *err = EINVAL;
+        explain(parser.get(), attempt, err_text, err_text_len);
+        return nullptr;
+    }
+    return new ork_xml(document);
+}
+
+uint32_t each(xmlNode *first, uint32_t depth, const char *parent,
+              uint32_t (*visit)(void *ctx, uint32_t depth, const char *name, const char *parent, uint32_t line),
+              void *ctx) {
+    for (xmlNode *node = first; node != nullptr; node = node->next) {
+        if (node->type != XML_ELEMENT_NODE) {
+            continue;
+        }
+        const auto *name = reinterpret_cast<const char *>(node->name);
+        uint32_t stop = visit(ctx, depth, name, parent, static_cast<uint32_t>(xmlGetLineNo(node)));
+        if (stop == 0) {
+            stop = each(node->children, depth + 1, name, visit, ctx);
+        }
+        if (stop != 0) {
+            return stop;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace ork
+
+extern "C" {
+
+ORK_EXPORT struct ork_xml *ork_xml_parse(const char *text, size_t length, uint32_t *err, char *err_text,
+                                         uint32_t err_text_len) {
+    return ork::guarded(err, [&] { return ork::parse({text, length}, err, err_text, err_text_len); });
+}
+
+ORK_EXPORT void ork_xml_free(struct ork_xml *xml) {
+    delete xml;
+}
+
+ORK_EXPORT uint32_t ork_xml_nth_path(char *path, uint32_t size, const char *name, uint32_t n) {
+    const int length = std::snprintf(path, size, "(//%s)[%u]", name, n);
+    return length >= 0 && static_cast<uint32_t>(length) < size ? 0 : EMSGSIZE;
+}
+
+ORK_EXPORT uint32_t ork_xml_line(struct ork_xml *xml, const char *path) {
+    uint32_t err = 0;
+    return ork::guarded(&err, [&]() -> uint32_t {
+        const ork::Selection selection = xml->select(path);
+        return selection.count != 0 ? static_cast<uint32_t>(xmlGetLineNo(selection.first)) : 0;
+    });
+}
+
+ORK_EXPORT uint32_t ork_xml_each(struct ork_xml *xml,
+                                 uint32_t (*visit)(void *ctx, uint32_t depth, const char *name, const char *parent,
+                                                   uint32_t line),
+                                 void *ctx) {
+    return ork::each(xml->root(), 0, nullptr, visit, ctx);
+}
+
+ORK_EXPORT size_t ork_xml_document_length(const char *text, size_t length) {
+    const std::string_view all(text, length);
+    const size_t open = all.find('<');
+    if (open == std::string_view::npos) {
+        return 0;
+    }
+    const size_t end = std::min(all.find_first_of(" \t\r\n/>", open + 1), all.size());
+    uint32_t err = 0;
+    return ork::guarded(&err, [&]() -> size_t {
+        const std::string closing = "</" + std::string(all.substr(open + 1, end - open - 1)) + ">";
+        const size_t at = all.find(closing, end);
+        if (at == std::string_view::npos) {
+            return 0;
+        }
+        const size_t behind = at + closing.size();
+        return behind < all.size() && all[behind] == '\n' ? behind + 1 : behind;
+    });
+}
+
+}  // extern "C"

@@ -1,0 +1,17 @@
+// The subcommands. Each one enters itself, its options and what it runs into the application.
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace wayfind {
+
+void add_agent(CLI::App &app);
+void add_show(CLI::App &app);
+void add_recording(CLI::App &app);
+void add_trace(CLI::App &app);
+void add_manifest(CLI::App &app);
+void add_types(CLI::App &app);
+
+}  // namespace wayfind
