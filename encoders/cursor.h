@@ -14,13 +14,52 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
-// Positions may lie behind the end after a jump; they count on, but nothing is touched there.
-template <class Byte>
-class Cursor {
+// Only moves by what has been written, so it never passes the end.
+class Writer {
  public:
-  Cursor(Byte* buffer, int32_t length) : buffer_(buffer), length_(length) {}
+  Writer(uint8_t* buffer, int32_t length) : buffer_(buffer), length_(length) {}
 
-  Byte* here() const { return buffer_ + (position_ < length_ ? position_ : length_); }
+  uint8_t* here() const { return buffer_ + position_; }
+  int32_t room() const { return length_ - position_; }
+  int32_t position() const { return position_; }
+  uint8_t* at(int32_t position) const { return buffer_ + position; }
+  uint32_t produced() const { return static_cast<uint32_t>(position_); }
+  bool inside() const { return position_ < length_; }
+  // How many of `count` bytes there is room for.
+  size_t within(uint64_t count) const {
+    const uint64_t room = inside() ? static_cast<uint64_t>(length_ - position_) : 0;
+    return count < room ? count : room;
+  }
+  void advance(uint32_t bytes) { position_ += static_cast<int32_t>(bytes); }
+
+  // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of room behind it.
+  void state_byte(uint8_t state) {
+    buffer_[position_] = state;
+    if (position_ != length_) ++position_;
+  }
+  void copy(const void* from, uint64_t count) {
+    const size_t bytes = within(count);
+    if (bytes != 0) memcpy(here(), from, bytes);
+    advance(static_cast<uint32_t>(bytes));
+  }
+  void zeros(uint64_t count) {
+    const size_t bytes = within(count);
+    memset(here(), 0, bytes);
+    advance(static_cast<uint32_t>(bytes));
+  }
+
+ private:
+  uint8_t* buffer_;
+  int32_t length_;
+  int32_t position_ = 0;
+};
+
+// A jump may lead behind the end: positions count on there, but nothing is touched.
+class Reader {
+ public:
+  Reader(const uint8_t* buffer, int32_t length) : buffer_(buffer), length_(length) {}
+
+  const uint8_t* here() const { return buffer_ + (position_ < length_ ? position_ : length_); }
   int32_t room() const {
     const int64_t room = length_ - position_;
     return room < INT32_MIN ? INT32_MIN : static_cast<int32_t>(room);
@@ -29,45 +68,12 @@ class Cursor {
   uint32_t consumed() const { return static_cast<uint32_t>(position_); }
   bool at_end() const { return position_ == length_; }
   bool inside() const { return position_ < length_; }
-  // How many of `count` bytes there is room for.
   size_t within(uint64_t count) const {
     const uint64_t room = inside() ? static_cast<uint64_t>(length_ - position_) : 0;
     return count < room ? count : room;
   }
   void advance(uint64_t bytes) { position_ += static_cast<int64_t>(bytes); }
   void move_to(int64_t position) { position_ = position; }
-
- protected:
-  Byte* buffer_;
-  int64_t length_;
-  int64_t position_ = 0;
-};
-
-class Writer : public Cursor<uint8_t> {
- public:
-  using Cursor::Cursor;
-  uint8_t* at(int64_t position) const { return buffer_ + position; }
-
-  // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of room behind it.
-  void state_byte(uint8_t state) {
-    if (position_ <= length_) buffer_[position_] = state;
-    if (!at_end()) ++position_;
-  }
-  void copy(const void* from, uint64_t count) {
-    const size_t bytes = within(count);
-    if (bytes != 0) memcpy(here(), from, bytes);
-    advance(bytes);
-  }
-  void zeros(uint64_t count) {
-    const size_t bytes = within(count);
-    memset(here(), 0, bytes);
-    advance(bytes);
-  }
-};
-
-class Reader : public Cursor<const uint8_t> {
- public:
-  using Cursor::Cursor;
 
   // False at the end: there is no byte to take, and none is counted.
   bool take_state_byte(uint8_t& state) {
@@ -86,6 +92,11 @@ class Reader : public Cursor<const uint8_t> {
     advance(bytes);
   }
   void skip(uint64_t count) { advance(within(count)); }
+
+ private:
+  const uint8_t* buffer_;
+  int64_t length_;
+  int64_t position_ = 0;
 };
 
 }  // namespace encoders

@@ -18,7 +18,7 @@ void marshal_variant(const Call& call, Writer& out, int variant) {
   out.advance(_ork_instance_variant_marshal(call.handle, call.instance, out.here(), &byte, out.room(), call.err));
 }
 
-int64_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked) {
+int32_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked) {
   flags = static_cast<uint8_t>(tracked ? flags | OBJ_STATE_TRACKED : flags & ~OBJ_STATE_TRACKED);
   flags &= wire_flags;
   out.advance(_ork_instance_obj_flag_marshal(call.handle, call.instance, out.here(), &flags, out.room(), call.err));
@@ -27,13 +27,13 @@ int64_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked)
     const uint8_t byte = 0;
     out.advance(_ork_instance_ra_data_marshal(call.handle, call.instance, out.here(), &word, &byte, out.room(), call.err));
   }
-  const int64_t base = out.position();
+  const int32_t base = out.position();
   const uint32_t reserved = 0;
   out.advance(_ork_variant_jump_marshal(call.handle, call.instance, out.here(), &reserved, out.room(), call.err));
   return base;
 }
 
-void marshal_jump(const Call& call, Writer& out, int64_t base) {
+void marshal_jump(const Call& call, Writer& out, int32_t base) {
   const auto jump = static_cast<uint32_t>(out.position() - base);
   _ork_variant_jump_marshal(call.handle, call.instance, out.at(base), &jump, 4, call.err);
 }

@@ -18,14 +18,26 @@ int wire_variant(const Call& call, const void* object, bool check_domain, const 
 
 void marshal_variant(const Call& call, Writer& out, int variant);
 // The rest of the fixed bytes in front of the fields; gives back the place of the jump.
-int64_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked);
-void marshal_jump(const Call& call, Writer& out, int64_t base);
+int32_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked);
+void marshal_jump(const Call& call, Writer& out, int32_t base);
 
 // The state block to send from, or null when the record has none.
 const uint8_t* states_to_send(const Call& call, const void* object, const RecordRow& record);
 
 // The bytes that follow an array: one for the whole, one per element.
 void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count, const FieldRow& field);
+
+// All characters of a fixed string, one by one, whatever stands behind its end.
+inline void marshal_text(const Call& call, Writer& out, const char* text, size_t size) {
+  uint8_t* to = out.here();
+  int32_t room = out.room();
+  for (const char* end = text + size; text != end; ++text) {
+    const uint32_t written = char_marshal(call.handle, call.instance, to, text, room, call.err);
+    to += written;
+    room -= static_cast<int32_t>(written);
+  }
+  out.advance(static_cast<uint32_t>(out.room() - room));
+}
 
 // A block of bytes too large for the room left is shortened.
 void marshal_byte_array(const Call& call, Writer& out, const void* block, uint32_t count);
@@ -55,10 +67,7 @@ template <size_t I>
   constexpr const FieldRow& field = model::field_rows[I];
   const void* at = frame::field_of(object, field);
   if constexpr (field.cls == Class::text) {
-    const auto* text = static_cast<const char*>(at);
-    for (size_t i = 0; i < field.width; ++i) {
-      out.advance(char_marshal(call.handle, call.instance, out.here(), text + i, out.room(), call.err));
-    }
+    marshal_text(call, out, static_cast<const char*>(at), field.width);
   } else if constexpr (field.kind == Kind::record) {
     out.advance(marshal_body<field.type>(call, out.here(), at, out.room(), true));
   } else if constexpr (field.kind == Kind::enumeration) {
@@ -84,7 +93,7 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   const uint8_t flags = ork_get_instance_obj_flag(object, 1, 0);
   const bool tracked = frame::tracking<Function::marshal>(call.handle, record) == Tracking::on;
   const uint8_t* states = tracked ? states_to_send(call, object, record) : nullptr;
-  const int64_t jump_base = marshal_base(call, out, flags, tracked);
+  const int32_t jump_base = marshal_base(call, out, flags, tracked);
 
   walk<R>(variant, [&]<size_t I>() __attribute__((always_inline)) {
     constexpr const FieldRow& field = model::field_rows[I];
@@ -100,7 +109,7 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
     return true;
   });
   marshal_jump(call, out, jump_base);
-  return out.consumed();
+  return out.produced();
 }
 
 template <size_t R>

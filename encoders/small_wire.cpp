@@ -46,7 +46,7 @@ uint32_t enum_marshal(const Call& call, uint8_t* buffer, const void* object, int
   const int8_t variant = wire_variant(call, object);
   out.advance(_ork_instance_variant_marshal(call.handle, call.instance, out.here(), &variant, out.room(), call.err));
   out.advance(Coded<Kind::u_int32>::marshal(call, out.here(), frame::byte_at(object, frame::at_value), out.room()));
-  return out.consumed();
+  return out.produced();
 }
 
 uint32_t enum_unmarshal(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse, const SmallRow& type) {
@@ -64,7 +64,7 @@ uint32_t flag_set_marshal(const Call& call, uint8_t* buffer, const void* object,
   Writer out(buffer, length);
   const int8_t variant = wire_variant(call, object);
   out.advance(_ork_instance_variant_marshal(call.handle, call.instance, out.here(), &variant, out.room(), call.err));
-  const int64_t base = out.position();
+  const int32_t base = out.position();
   uint32_t jump = 0;
   out.advance(_ork_variant_jump_marshal(call.handle, call.instance, out.here(), &jump, out.room(), call.err));
   if (!call.failed()) {
@@ -77,7 +77,7 @@ uint32_t flag_set_marshal(const Call& call, uint8_t* buffer, const void* object,
   }
   jump = static_cast<uint32_t>(out.position() - base);
   _ork_variant_jump_marshal(call.handle, call.instance, out.at(base), &jump, 4, call.err);
-  return out.consumed();
+  return out.produced();
 }
 
 uint32_t flag_set_unmarshal(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t, const SmallRow& type) {

@@ -10,10 +10,13 @@ namespace {
 constexpr uint32_t step = 2;            // blanks per level
 constexpr size_t element_name_size = 80;
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"  // every format is a literal where it is given
 template <class... Args>
 void put(const Call& call, TextBuffer& out, const char* format, Args... args) {
   out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, format, args...);
 }
+#pragma GCC diagnostic pop
 
 void open(const Call& call, TextBuffer& out, uint32_t indent) {
   out.position = ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);

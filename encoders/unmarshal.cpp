@@ -70,9 +70,9 @@ bool prepare_element_states(const Call& call, const Image& image, void* object, 
     return true;
   }
   if (image.states == States::none && old_count == count && elements != nullptr) return true;
-  const uint32_t kept = image.states == States::copy ? 0 : old_count;
-  if (frame::replace_element_states(call, entry, count, kept)) return true;
-  return out_of_memory(call, object, field);
+  const bool made = image.states == States::copy ? frame::renew_element_states(call, entry, count)
+                                                 : frame::replace_element_states(call, entry, count, old_count);
+  return made || out_of_memory(call, object, field);
 }
 
 }  // namespace

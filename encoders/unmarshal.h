@@ -68,15 +68,23 @@ template <size_t I>
   return true;
 }
 
+inline void unmarshal_text(const Call& call, Reader& in, char* text, size_t size, uint32_t reuse) {
+  const uint8_t* from = in.here();
+  int32_t room = in.room();
+  for (const char* end = text + size; text != end; ++text) {
+    const uint32_t read = char_unmarshal(call.handle, call.instance, from, text, room, reuse, call.err);
+    from += read;
+    room -= static_cast<int32_t>(read);
+  }
+  in.advance(static_cast<uint32_t>(in.room() - room));
+}
+
 template <size_t I>
 [[gnu::always_inline]] inline void unmarshal_field(const Call& call, Reader& in, const Image& image, void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
   void* at = frame::field_of(object, field);
   if constexpr (field.cls == Class::text) {
-    auto* text = static_cast<char*>(at);
-    for (size_t i = 0; i < field.width; ++i) {
-      in.advance(char_unmarshal(call.handle, call.instance, in.here(), text + i, in.room(), image.reuse, call.err));
-    }
+    unmarshal_text(call, in, static_cast<char*>(at), field.width, image.reuse);
   } else if constexpr (field.kind == Kind::record) {
     in.advance(unmarshal_body<field.type>(call, in.here(), at, in.room(), image.reuse));
   } else if constexpr (field.kind == Kind::enumeration) {

@@ -42,38 +42,14 @@ void read_at(const Call& call, const Path& path, const Document& document, void*
 
 // An array's element is read into an object of its own first.
 void* create_scratch(const Call& call, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return u_int8_create(call.handle, call.instance);
-    case Kind::u_int16: return u_int16_create(call.handle, call.instance);
-    case Kind::u_int32: return u_int32_create(call.handle, call.instance);
-    case Kind::record:
-      ork_fwe_ui_wayfind_trace_init();
-      return frame::create_internal(call.handle, call.instance, frame::child_record(field));
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set: break;
-  }
-  return nullptr;
+  if (field.cls == Class::value_array) return frame::with_element(field.kind, [&](auto element) { return element.create(call); });
+  ork_fwe_ui_wayfind_trace_init();
+  return frame::create_internal(call.handle, call.instance, frame::child_record(field));
 }
 
 void destroy_scratch(const Call& call, void* scratch, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return u_int8_destroy(call.handle, call.instance, static_cast<uint8_t*>(scratch));
-    case Kind::u_int16: return u_int16_destroy(call.handle, call.instance, static_cast<uint16_t*>(scratch));
-    case Kind::u_int32: return u_int32_destroy(call.handle, call.instance, static_cast<uint32_t*>(scratch));
-    case Kind::record: return frame::destroy_internal(call.handle, call.instance, scratch, 1, frame::child_record(field));
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set: break;
-  }
+  if (field.cls == Class::value_array) return frame::with_element(field.kind, [&](auto element) { element.destroy(call, scratch); });
+  frame::destroy_internal(call.handle, call.instance, scratch, 1, frame::child_record(field));
 }
 
 void store_element(const Call& call, void* object, uint32_t index, const void* scratch, const FieldRow& field) {

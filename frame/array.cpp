@@ -35,6 +35,20 @@ bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, ui
   return fresh != nullptr;
 }
 
+bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count) {
+  uint8_t* word = entry + elements_offset;
+  if (void* old = load<void*>(word); old != nullptr) release(call, old);
+  announce(call, word, sizeof(void*), nullptr);
+  void* fresh = allocate(call, count);
+  put(word, fresh);
+  if (fresh == nullptr) {
+    call.fail(ENOMEM);
+    return false;
+  }
+  memset(fresh, 0, count);
+  return true;
+}
+
 void drop_element_states(const Call& call, void* object, const FieldRow& field) {
   if (!has_flag(object, OBJ_STATE_TRACKED)) return;
   uint8_t* word = state_entry(call, object, field) + elements_offset;

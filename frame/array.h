@@ -62,6 +62,8 @@ void destroy_array(const Call& call, void* object, const FieldRow& field);
 uint8_t* state_entry(const Call& call, void* object, const FieldRow& field);
 // Makes room for `count` element bytes, keeping `kept` old ones; 12 when there is none to be had, and then the array has none at all.
 bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, uint64_t kept);
+// The same when nothing is kept: the old bytes go first.
+bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count);
 // A tracked object whose count changes while tracking is off: bytes that no longer match the elements are given back.
 void drop_element_states(const Call& call, void* object, const FieldRow& field);
 

@@ -124,15 +124,14 @@ void* create_internal(ork_handle* handle, uint32_t instance, const RecordRow& re
 
 void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how, const RecordRow& record) {
   if (!call.begins()) return;
-  const int variant = write_header(call, object, type, how, record.newest());
-  const ork_type_info* shown = manifested_type(object);
+  const Born born = write_header(call, object, type, how, record.newest());
   if (tracking<Function::initialize>(call.handle, record) == Tracking::on) {
     if (how.notify != 0) announce(call, byte_at(object, at_flags), 1, object);
     *byte_at(object, at_flags) |= OBJ_STATE_TRACKED;
   }
   if (how.no_stats == 0) {
-    check_variants<Function::initialize>(shown, variant, record);
-    orklib_type_stats_create_object(call.handle, call.instance, shown, statistics(shown, variant), call.err);
+    check_variants<Function::initialize>(born.type, born.variant, record);
+    orklib_type_stats_create_object(call.handle, call.instance, born.type, statistics(born.type, born.variant), call.err);
     if (!find_state_base(call, object, how.base, record)) return;
   }
   const Initialization child{how.notify, how.no_stats, OBJ_NESTED, how.base};

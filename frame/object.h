@@ -78,14 +78,14 @@ inline uint8_t* state_block(const Call& call, void* object, const RecordRow& rec
 }
 
 // The in-place upgrade, asked for on every write before the gate.
-inline int32_t adjust(const Call& call, void* object, int newest) {
+inline uint32_t adjust(const Call& call, void* object, int newest) {
   const ork_type_info* type = object != nullptr ? ork_get_manifested_type_info(object) : nullptr;
   return orklib_adjust_variant(call.handle, call.instance, object, type, newest, call.err);
 }
 
 // The gate: 43 when the object's variant lacks the field.
 inline bool gate(const Call& call, const void* object, const FieldRow& field) {
-  const int enumeration = field.kind == Kind::enumeration ? 1 : 0;
+  const uint32_t enumeration = field.kind == Kind::enumeration ? 1 : 0;
   if (static_cast<int8_t>(ork_get_instance_variant(object, 1, enumeration)) >= field.variant) return true;
   call.lacks();
   return false;

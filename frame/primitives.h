@@ -35,15 +35,15 @@ WAYFIND_PRIMITIVE(ork_boolean, ork_boolean, ork_boolean)
 WAYFIND_PRIMITIVE(link_type, ork_link_type, uint32_t)
 #undef WAYFIND_PRIMITIVE
 
-// Bytes of one element of a scalar array, as the runtime tells them.
-inline size_t element_size(const ork_handle* handle, Kind kind) {
-  ork_handle* h = const_cast<ork_handle*>(handle);
+// Runs `use` with the primitive of a value whose kind is only known at run time. Kinds that are no such primitive are not asked for.
+template <class Use>
+[[gnu::always_inline]] inline auto with_value(Kind kind, Use&& use) {
   switch (kind) {
-    case Kind::u_int8: return u_int8_sizeof(h);
-    case Kind::u_int16: return u_int16_sizeof(h);
-    case Kind::u_int32: return u_int32_sizeof(h);
-    case Kind::u_int64:
-    case Kind::ork_boolean:
+    case Kind::u_int8: return use(Primitive<Kind::u_int8>{});
+    case Kind::u_int16: return use(Primitive<Kind::u_int16>{});
+    case Kind::u_int32: return use(Primitive<Kind::u_int32>{});
+    case Kind::u_int64: return use(Primitive<Kind::u_int64>{});
+    case Kind::ork_boolean: return use(Primitive<Kind::ork_boolean>{});
     case Kind::link_type:
     case Kind::ip_address:
     case Kind::character:
@@ -51,7 +51,31 @@ inline size_t element_size(const ork_handle* handle, Kind kind) {
     case Kind::flag_set:
     case Kind::record: break;
   }
-  return 0;
+  return use(Primitive<Kind::link_type>{});
+}
+
+// Elements of arrays of values: their size is the runtime's to tell, and they can stand alone as scratch values.
+template <Kind>
+struct Element;
+
+#define WAYFIND_ELEMENT(family)                                                                                                      \
+  template <>                                                                                                                        \
+  struct Element<Kind::family> : Primitive<Kind::family> {                                                                           \
+    static size_t size(const Call& c) { return family##_sizeof(c.handle); }                                                          \
+    static void* create(const Call& c) { return family##_create(c.handle, c.instance); }                                             \
+    static void destroy(const Call& c, void* scratch) { family##_destroy(c.handle, c.instance, static_cast<Storage*>(scratch)); }    \
+  };
+
+WAYFIND_ELEMENT(u_int8)
+WAYFIND_ELEMENT(u_int16)
+WAYFIND_ELEMENT(u_int32)
+#undef WAYFIND_ELEMENT
+
+template <class Use>
+[[gnu::always_inline]] inline auto with_element(Kind kind, Use&& use) {
+  if (kind == Kind::u_int8) return use(Element<Kind::u_int8>{});
+  if (kind == Kind::u_int16) return use(Element<Kind::u_int16>{});
+  return use(Element<Kind::u_int32>{});
 }
 
 }  // namespace frame

@@ -44,11 +44,10 @@ void* small_create_cr(ork_handle* handle, const SmallRow& type) {
 
 void initialize(const Call& call, void* object, const ork_type_info* info, Initialization how, const SmallRow& type) {
   if (!call.begins()) return;
-  const int variant = write_header(call, object, info, how, 0);
+  const Born born = write_header(call, object, info, how, 0);
   if (how.no_stats != 0) return;
-  const ork_type_info* shown = manifested_type(object);
-  check_variants<Function::small_initialize>(shown, variant, type);
-  if (variant >= 0) raise_counter(call, shown, shown->varinfo->entries[variant].create_count);
+  check_variants<Function::small_initialize>(born.type, born.variant, type);
+  if (born.variant >= 0) raise_counter(call, born.type, born.type->varinfo->entries[0].create_count);
 }
 
 void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, const SmallRow& type) {

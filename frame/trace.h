@@ -27,7 +27,7 @@ constexpr uint32_t level_word(Level level) { return static_cast<uint32_t>(level)
 template <Pattern P, class... Args>
 void emit(model::Site site, uint32_t level, Args... args) {
   const void* id = section_id(site.section);
-  const uint32_t module = g_ork_fwe_ui_wayfind_trace_module_id;
+  const uint32_t module = __atomic_load_n(&g_ork_fwe_ui_wayfind_trace_module_id, __ATOMIC_RELAXED);
   if constexpr (P == Pattern::p0) __FLf_0(id, site.index, module, level);
   if constexpr (P == Pattern::p1) __FLf_1(id, site.index, module, level, args...);
   if constexpr (P == Pattern::p4) __FLf_4(id, site.index, module, level, args...);
@@ -44,7 +44,8 @@ template <Function F, Form M, size_t Nth = 0, class Row, class... Args>
 [[gnu::cold]] void raise(const Row& row, Args... args) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(M)];
   static_assert(form.level != Level::none && form.level != Level::chosen && form.level != Level::fatal);
-  emit<form.pattern>(model::site(row, F, model::position(F, M, Nth)), level_word(form.level), args...);
+  constexpr uint16_t at = model::position(F, M, Nth);
+  emit<form.pattern>(model::site(row, F, at), level_word(form.level), args...);
 }
 
 // Every fatal end: the trace, then the end of the process.
@@ -52,7 +53,8 @@ template <Function F, Form M, size_t Nth = 0, class Row>
 [[noreturn, gnu::cold]] void fatal(const Row& row) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(M)];
   static_assert(form.level == Level::fatal);
-  emit<form.pattern>(model::site(row, F, model::position(F, M, Nth)), level_word(form.level));
+  constexpr uint16_t at = model::position(F, M, Nth);
+  emit<form.pattern>(model::site(row, F, at), level_word(form.level));
   abort();
 }
 

@@ -21,7 +21,7 @@ void* statistics(const ork_type_info* type, int variant) {
                                  offsetof(ork_variant_entry, create_count));
 }
 
-int write_header(const Call& call, void* object, const ork_type_info* type, const Initialization& how, int newest) {
+Born write_header(const Call& call, void* object, const ork_type_info* type, const Initialization& how, int newest) {
   const int8_t known = static_cast<int8_t>(ork_domain_lookup_variant(call.handle, &call.handle->domain, type, call.err));
   const int variant = cap(known, newest);
   const auto write = [&](size_t offset, uint8_t value) {
@@ -35,7 +35,7 @@ int write_header(const Call& call, void* object, const ork_type_info* type, cons
   if (how.notify != 0) announce(call, slot, sizeof *slot, object);
   put(slot, shown);
   write(at_flags, flags_of(object) | how.flags);
-  return variant;
+  return {variant, shown};
 }
 
 void give_back(const Call& call, void* object) {

@@ -10,8 +10,12 @@ inline const ork_type_info* manifested_type(const void* object) { return ork_get
 // Points an object at its type: at the shared copy when the handle keeps types in a shared table.
 void store_type(const Call& call, void* object, const ork_type_info* type);
 
-// Writes variant, newest variant, type and flags of a new object; gives back the variant. Announces each of them if asked to.
-int write_header(const Call& call, void* object, const ork_type_info* type, const Initialization& how, int newest);
+struct Born {
+  int variant;
+  const ork_type_info* type;
+};
+// Writes variant, newest variant, type and flags of a new object. Announces each of them if asked to.
+Born write_header(const Call& call, void* object, const ork_type_info* type, const Initialization& how, int newest);
 
 // The variant block must be there; fewer variants than asked for are only traced.
 template <Function F, class Row>

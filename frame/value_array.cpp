@@ -4,55 +4,8 @@
 namespace frame {
 namespace {
 
-size_t bytes(const Call& call, uint64_t count, const FieldRow& field) { return count * element_size(call.handle, field.kind); }
-
-uint64_t read_element(const Call& call, void* element, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return Primitive<Kind::u_int8>::get_value(call, element);
-    case Kind::u_int16: return Primitive<Kind::u_int16>::get_value(call, element);
-    case Kind::u_int32: return Primitive<Kind::u_int32>::get_value(call, element);
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set:
-    case Kind::record: break;
-  }
-  return 0;
-}
-
-void set_element(const Call& call, void* element, const void* from, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return Primitive<Kind::u_int8>::set(call, element, from);
-    case Kind::u_int16: return Primitive<Kind::u_int16>::set(call, element, from);
-    case Kind::u_int32: return Primitive<Kind::u_int32>::set(call, element, from);
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set:
-    case Kind::record: break;
-  }
-}
-
-void write_element(const Call& call, void* element, uint64_t value, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return Primitive<Kind::u_int8>::set_value(call, element, static_cast<uint8_t>(value));
-    case Kind::u_int16: return Primitive<Kind::u_int16>::set_value(call, element, static_cast<uint16_t>(value));
-    case Kind::u_int32: return Primitive<Kind::u_int32>::set_value(call, element, static_cast<uint32_t>(value));
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set:
-    case Kind::record: break;
-  }
+size_t bytes(const Call& call, uint64_t count, const FieldRow& field) {
+  return count * with_element(field.kind, [&](auto element) { return element.size(call); });
 }
 
 // Moves the array to a block that reaches up to `index`. False, with the error set, when that cannot be had.
@@ -105,7 +58,8 @@ uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, ui
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return 0;
   void* element = array_get(handle, instance, object, index, err, field);
-  return element == nullptr ? 0 : read_element(call, element, field);
+  if (element == nullptr) return 0;
+  return with_element(field.kind, [&](auto kind) { return uint64_t{kind.get_value(call, element)}; });
 }
 
 void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to, uint32_t count, uint32_t* err, const FieldRow& field) {
@@ -140,7 +94,7 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
   }
   uint8_t* entry = state_entry(call, object, field);
   store(call, entry, touched, nullptr);
-  replace_element_states(call, entry, count, 0);
+  renew_element_states(call, entry, count);
 }
 
 void array_set(const Call& call, void* object, uint32_t index, const void* from, const FieldRow& field) {
@@ -150,7 +104,7 @@ void array_set(const Call& call, void* object, uint32_t index, const void* from,
   if (from == nullptr) return;
   void* element = element_at(object, field, index);
   contain(call, element, object);
-  set_element(call, element, from, field);
+  with_element(field.kind, [&](auto kind) { kind.set(call, element, from); });
   if (!tracked_as_asked<Function::array_set, 2>(call, object, field)) return;
   if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
 }
@@ -160,7 +114,7 @@ void array_set_value(const Call& call, void* object, uint32_t index, uint64_t va
   void* element = reach_element(call, object, index, field);
   if (call.failed()) return;
   if (element == nullptr) return call.fail(ENOENT);
-  write_element(call, element, value, field);
+  with_element(field.kind, [&](auto kind) { kind.set_value(call, element, static_cast<typename decltype(kind)::Value>(value)); });
   if (!tracked_as_asked<Function::set_value, 0>(call, object, field)) return;
   if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
 }

@@ -7,50 +7,21 @@
 namespace frame {
 namespace {
 
-template <Kind K>
-void read_value(const Call& call, void* object, void* out, const FieldRow& field) {
-  using Value = typename Primitive<K>::Value;
-  auto* at = Primitive<K>::get(call, field_of(object, field));
-  if (at == nullptr) return put(out, Value{0});
-  contain(call, at, object);
-  put(out, Primitive<K>::get_value(call, at));
-}
-
 void read_field(const Call& call, void* object, void* out, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return read_value<Kind::u_int8>(call, object, out, field);
-    case Kind::u_int16: return read_value<Kind::u_int16>(call, object, out, field);
-    case Kind::u_int32: return read_value<Kind::u_int32>(call, object, out, field);
-    case Kind::u_int64: return read_value<Kind::u_int64>(call, object, out, field);
-    case Kind::ork_boolean: return read_value<Kind::ork_boolean>(call, object, out, field);
-    case Kind::link_type: return read_value<Kind::link_type>(call, object, out, field);
-    case Kind::enumeration: return put(out, read_enum_field(call, object, field));
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::flag_set:
-    case Kind::record: break;
-  }
-}
-
-template <Kind K>
-void write_value(const Call& call, void* object, uint64_t value, const FieldRow& field) {
-  Primitive<K>::set_value(call, field_of(object, field), static_cast<typename Primitive<K>::Value>(value));
+  if (field.kind == Kind::enumeration) return put(out, read_enum_field(call, object, field));
+  with_value(field.kind, [&](auto primitive) {
+    using Value = typename decltype(primitive)::Value;
+    auto* at = primitive.get(call, field_of(object, field));
+    if (at == nullptr) return put(out, Value{0});
+    contain(call, at, object);
+    put(out, primitive.get_value(call, at));
+  });
 }
 
 void write_field(const Call& call, void* object, uint64_t value, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return write_value<Kind::u_int8>(call, object, value, field);
-    case Kind::u_int16: return write_value<Kind::u_int16>(call, object, value, field);
-    case Kind::u_int32: return write_value<Kind::u_int32>(call, object, value, field);
-    case Kind::u_int64: return write_value<Kind::u_int64>(call, object, value, field);
-    case Kind::ork_boolean: return write_value<Kind::ork_boolean>(call, object, value, field);
-    case Kind::link_type: return write_value<Kind::link_type>(call, object, value, field);
-    case Kind::enumeration: return enum_set_value(call, field_of(object, field), static_cast<uint32_t>(value), small_type(field));
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::flag_set:
-    case Kind::record: break;
-  }
+  void* at = field_of(object, field);
+  if (field.kind == Kind::enumeration) return enum_set_value(call, at, static_cast<uint32_t>(value), small_type(field));
+  with_value(field.kind, [&](auto primitive) { primitive.set_value(call, at, static_cast<typename decltype(primitive)::Value>(value)); });
 }
 
 }  // namespace

@@ -24,13 +24,13 @@ uint32_t marshal_start(const Call& call, uint8_t* buffer, int32_t length, const 
   }
   Writer out(buffer, length);
   begin_frame(call, out, luid(Control::start, bundle));
-  if (call.failed()) return out.consumed();
+  if (call.failed()) return out.produced();
   handle->bundle_ctx = 1;
   handle->bundle_table = bundle.table;
   handle->bundle_send_list.next = &handle->bundle_send_list;
   handle->bundle_send_list.prev = &handle->bundle_send_list;
   end_frame(call, buffer, header, frame_length);
-  return out.consumed();
+  return out.produced();
 }
 
 // Closes it, even when the buffer has no room for the frame.
@@ -45,7 +45,7 @@ uint32_t marshal_end(const Call& call, uint8_t* buffer, int32_t length, Control 
   const bool has_header = begin_frame(call, out, luid(kind, bundle));
   if (has_header && !call.failed()) end_frame(call, buffer, header, frame_length);
   bundle_send_message_list_destroy(call.handle, call.instance, call.err);
-  return out.consumed();
+  return out.produced();
 }
 
 }  // namespace

@@ -35,8 +35,9 @@ void report_failure(const Call& call, const Message& message) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(Form::marshal_failed)];
   const bool quiet = orklib_suppress_messages_enabled(call.handle) != 0;
   const model::Level level = quiet ? model::Level::debug : model::Level::error;
-  const uint16_t at = quiet ? model::position(Function::message_marshal, Form::marshal_failed, 0)
-                            : model::position(Function::message_marshal, Form::marshal_failed, 1);
+  constexpr uint16_t quiet_at = model::position(Function::message_marshal, Form::marshal_failed, 0);
+  constexpr uint16_t loud_at = model::position(Function::message_marshal, Form::marshal_failed, 1);
+  const uint16_t at = quiet ? quiet_at : loud_at;
   trace::emit<form.pattern>(model::site(message.row, Function::message_marshal, at), trace::level_word(level), name_of(message),
                             text_of(*call.err));
 }
@@ -61,11 +62,11 @@ uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* o
   }
   if (call.failed()) {
     report_failure(call, message);
-    return out.consumed();
+    return out.produced();
   }
-  if (!counted(call, message)) return out.consumed();
-  if (has_header) end_frame(call, buffer, *header_of(object), out.consumed());
-  return out.consumed();
+  if (!counted(call, message)) return out.produced();
+  if (has_header) end_frame(call, buffer, *header_of(object), out.produced());
+  return out.produced();
 }
 
 uint32_t marshal_cr(ork_handle* handle, void* object, uint8_t* buffer, int32_t length, const Message& message) {

@@ -12,9 +12,9 @@ extern "C" {
 }
 
 // The index sections, each with version and section number in front of its id.
-extern const uint8_t wayfind_trace_section_0[] [[gnu::visibility("hidden")]];
-extern const uint8_t wayfind_trace_section_1[] [[gnu::visibility("hidden")]];
-extern const uint8_t wayfind_trace_section_2[] [[gnu::visibility("hidden")]];
+[[gnu::visibility("hidden")]] extern const uint8_t wayfind_trace_section_0[];
+[[gnu::visibility("hidden")]] extern const uint8_t wayfind_trace_section_1[];
+[[gnu::visibility("hidden")]] extern const uint8_t wayfind_trace_section_2[];
 }
 
 namespace trace {

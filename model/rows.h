@@ -69,19 +69,24 @@ constexpr size_t total_fields() {
 }
 inline constexpr size_t field_total = total_fields();
 
+constexpr bool same_text(const char* a, const char* b) {
+  while (*a != '\0' && *a == *b) ++a, ++b;
+  return *a == *b;
+}
+
 template <class T, size_t N>
 constexpr uint8_t row_of(const T& what, const T* const (&table)[N]) {
   for (size_t i = 0; i < N; ++i) {
-    if (table[i] == &what) return static_cast<uint8_t>(i);
+    if (same_text(table[i]->name, what.name)) return static_cast<uint8_t>(i);
   }
   return no_type;
 }
 
 // Enums and the flag set share one numbering: enums first.
 constexpr uint8_t type_row(const Field& field) {
-  if (field.record != nullptr) return row_of(*field.record, records);
-  if (field.enumeration != nullptr) return row_of(*field.enumeration, enums);
-  if (field.flags != nullptr) return static_cast<uint8_t>(enum_count + row_of(*field.flags, flag_sets));
+  if (field.kind == Kind::record) return row_of(*field.record, records);
+  if (field.kind == Kind::enumeration) return row_of(*field.enumeration, enums);
+  if (field.kind == Kind::flag_set) return static_cast<uint8_t>(enum_count + row_of(*field.flags, flag_sets));
   return no_type;
 }
 

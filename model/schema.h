@@ -85,11 +85,19 @@ struct Record {
   Field fields[max_fields];  // in definition order; a null name ends them
 };
 
+// What a message carries, in wire order; most carry one record.
+struct Load {
+  const Record* records[2];
+  uint8_t count;
+  constexpr Load(const Record* only) : records{only, nullptr}, count(1) {}
+  constexpr Load(const Record* first, const Record* second) : records{first, second}, count(2) {}
+};
+
 struct Message {
   const char* name;
   Identity identity;
   const char* meaning;
-  const Record* records[2];  // in wire order; most messages carry one
+  Load load;
 };
 
 enum class Occurs : uint8_t { once, repeatedly };

@@ -145,19 +145,16 @@ constexpr const Run& run_of(Function function) {
   for (const Run& run : runs) {
     if (run.function == function) return run;
   }
-  return runs[count(runs)];  // not constant: a function without a run does not compile
+  __builtin_unreachable();  // not constant: a function without a run does not compile
 }
 
-void no_such_entry();  // never defined: asking for an entry that a function has not does not compile
-
 // Place of the Nth entry of a form within its function's run.
-consteval uint16_t position(Function function, Form form, size_t nth) {
+constexpr uint16_t position(Function function, Form form, size_t nth) {
   const Run& run = run_of(function);
   for (size_t i = 0; i < run.count; ++i) {
     if (run.forms[i] == form && nth-- == 0) return static_cast<uint16_t>(i);
   }
-  no_such_entry();
-  return 0;
+  __builtin_unreachable();  // not constant: asking for an entry that the function has not does not compile
 }
 
 // Which functions trace for a type, in the order of its functions. ---------------------------------------------------------------------
@@ -253,7 +250,7 @@ struct CarriedRow {
 };
 constexpr size_t count_carried() {
   size_t n = 0;
-  for (const Message* message : messages) n += message->records[1] != nullptr ? 2 : 1;
+  for (const Message* message : messages) n += message->load.count;
   return n;
 }
 inline constexpr size_t carried_count = count_carried();
@@ -263,12 +260,10 @@ constexpr auto make_carried_rows() {
   std::array<CarriedRow, carried_count> rows{};
   size_t n = 0;
   for (size_t m = 0; m < message_count; ++m) {
-    for (uint8_t slot = 0; slot < 2; ++slot) {
-      const Record* record = messages[m]->records[slot];
-      if (record == nullptr) continue;
-      rows[n] = {static_cast<uint8_t>(n), static_cast<uint8_t>(m), row_of(*record, records), slot,
+    const Load& load = messages[m]->load;
+    for (uint8_t slot = 0; slot < load.count; ++slot, ++n) {
+      rows[n] = {static_cast<uint8_t>(n), static_cast<uint8_t>(m), row_of(*load.records[slot], records), slot,
                  first_call_site_tag + static_cast<uint32_t>(n)};
-      ++n;
     }
   }
   return rows;

@@ -179,7 +179,7 @@ void write_message(const std::string& folder, size_t index) {
   const std::string name = message.name;
   std::string about = name + ": " + message.meaning + "\n\nCarries";
   for (size_t slot = 0; slot < model::message_rows[index].records; ++slot) {
-    about += std::string(slot == 0 ? " " : ", then ") + message.records[slot]->name;
+    about += std::string(slot == 0 ? " " : ", then ") + message.load.records[slot]->name;
   }
   Header header(folder, name + "_message", about + ".");
   header.include("\"fwe_ui_wayfind/types.h\"");

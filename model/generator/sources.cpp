@@ -4,7 +4,9 @@
 namespace generator {
 namespace {
 
-constexpr size_t records_per_file = 8;
+// The build compiles this many files of records, however many records there are.
+constexpr size_t record_files = 7;
+constexpr size_t records_per_file = (model::record_count + record_files - 1) / record_files;
 
 std::string include(const std::string& header) { return "#include \"fwe_ui_wayfind/" + header + ".h\"\n"; }
 
@@ -140,7 +142,7 @@ std::string luid_bytes(const std::string& luid) {
 }
 
 void write_sources(const std::string& folder) {
-  for (size_t part = 0; part * records_per_file < model::record_count; ++part) write_records(folder, part);
+  for (size_t part = 0; part < record_files; ++part) write_records(folder, part);
   write_types(folder);
   write_messages(folder);
   write_bundles(folder);
