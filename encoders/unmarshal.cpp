@@ -36,24 +36,32 @@ size_t stride(const Call& call, const FieldRow& field) {
   return field.kind == Kind::record ? frame::size_of(call.handle, frame::child_record(field)) : size_t{field.width};
 }
 
-// An array of records without its storage has no elements at all.
+// An array of records without its storage has no elements at all; and no array keeps fewer element bytes than its count.
 bool out_of_memory(const Call& call, void* object, const FieldRow& field) {
+  frame::drop_element_states(call, object, field);
   if (field.kind == Kind::record) frame::store_count(call, object, field, 0);
   call.fail(ENOMEM);
   return false;
+}
+
+// A block of records that was made while tracking was off has none behind its elements.
+bool has_room_for_states(const Image& image, const void* block, const FieldRow& field) {
+  return field.kind != Kind::record || !image.tracked || frame::has_flag(block, OBJ_STATE_TRACKED);
 }
 
 bool prepare_block(const Call& call, const Image& image, void* object, uint32_t old_count, uint32_t count, const FieldRow& field) {
   void* block = frame::block_of(object, field);
   void* at = frame::field_of(object, field);
   const size_t size = count * stride(call, field);
+  const bool keeps = image.reuse != 0 && block != nullptr && old_count == count && has_room_for_states(image, block, field);
   if (image.reuse != 0 && block != nullptr) frame::destroy_elements(call, object, old_count, field);
-  if (image.reuse != 0 && block != nullptr && old_count == count) {
+  if (keeps) {
     frame::announce(call, block, size, object);
   } else {
     if (block != nullptr) frame::release(call, block);
     frame::announce(call, at, sizeof block, object);
-    block = frame::allocate(call, size);
+    const bool in_reach = field.kind != Kind::record || frame::states_in_reach(image.tracked, count, field);
+    block = in_reach ? frame::allocate(call, size) : nullptr;
     frame::put(at, block);
     if (block == nullptr) return out_of_memory(call, object, field);
   }
@@ -64,7 +72,7 @@ bool prepare_block(const Call& call, const Image& image, void* object, uint32_t 
 // One byte per element. Without state bytes in the image the old ones are kept, as far as the new count reaches.
 bool prepare_element_states(const Call& call, const Image& image, void* object, uint32_t old_count, uint32_t count, const FieldRow& field) {
   uint8_t* entry = image.block + field.state;
-  auto* elements = frame::load<uint8_t*>(entry + frame::elements_offset);
+  uint8_t* elements = frame::element_states(entry);
   if (image.states == States::copy && image.reuse != 0 && old_count == count && elements != nullptr) {
     memset(elements, 0, count);
     return true;
@@ -117,7 +125,7 @@ void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, cons
     case States::copy: {
       uint8_t* entry = image.block + field.state;
       in.take_state_byte(*entry);
-      in.copy(frame::load<uint8_t*>(entry + frame::elements_offset), count);
+      in.copy(frame::element_states(entry), count);
       break;
     }
     case States::skip:

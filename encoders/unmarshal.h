@@ -37,13 +37,13 @@ void begin_element(const Call& call, const Image& image, void* object, uint64_t 
 template <size_t R>
 uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse);
 
-// A record array never keeps elements that have no type: its count ends with the last one that was initialised.
+// A record array never keeps elements that have no type, or whose fields have none: its count ends with the last one that was initialised whole.
 template <size_t I>
 void unmarshal_records(const Call& call, Reader& in, const Image& image, void* object, uint32_t count) {
   constexpr const FieldRow& field = model::field_rows[I];
   for (uint32_t i = 0; i < count; ++i) {
+    if (!call.failed()) begin_element(call, image, object, i, count, field);
     if (call.failed()) return frame::store_count(call, object, field, i);
-    begin_element(call, image, object, i, count, field);
     in.advance(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
   }
 }

@@ -22,7 +22,7 @@ uint8_t* state_entry(const Call& call, void* object, const FieldRow& field) {
 
 bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, uint64_t kept) {
   uint8_t* word = entry + elements_offset;
-  auto* old = load<uint8_t*>(word);
+  uint8_t* old = element_states(entry);
   announce(call, word, sizeof old, nullptr);
   auto* fresh = static_cast<uint8_t*>(allocate(call, count));
   put(word, fresh);
@@ -37,7 +37,7 @@ bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, ui
 
 bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count) {
   uint8_t* word = entry + elements_offset;
-  if (void* old = load<void*>(word); old != nullptr) release(call, old);
+  if (void* old = element_states(entry); old != nullptr) release(call, old);
   announce(call, word, sizeof(void*), nullptr);
   void* fresh = allocate(call, count);
   put(word, fresh);
@@ -51,26 +51,24 @@ bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count) {
 
 void drop_element_states(const Call& call, void* object, const FieldRow& field) {
   if (!has_flag(object, OBJ_STATE_TRACKED)) return;
-  uint8_t* word = state_entry(call, object, field) + elements_offset;
-  void* old = load<void*>(word);
+  uint8_t* entry = state_entry(call, object, field);
+  void* old = element_states(entry);
   if (old == nullptr) return;
-  store<void*>(call, word, nullptr, nullptr);
+  store<void*>(call, entry + elements_offset, nullptr, nullptr);
   release(call, old);
 }
 
 void touch_element(const Call& call, void* object, uint64_t index, const FieldRow& field) {
   uint8_t* entry = state_block(call, object, owner(field)) + field.state;
   store(call, entry, touched, nullptr);
-  auto* elements = load<uint8_t*>(entry + elements_offset);
-  if (elements != nullptr) store(call, elements + index, touched, nullptr);
+  if (uint8_t* elements = element_states(entry); elements != nullptr) store(call, elements + index, touched, nullptr);
 }
 
-uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, bool tell_distance, const FieldRow& field) {
+uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, const FieldRow& field) {
   const RecordRow& record = child_record(field);
   for (uint64_t i = first; i < block.count; ++i) {
-    if (call.failed()) return i;
-    if (tell_distance) orklib_update_sttr_offset(call.handle, call.instance, block.element(i), block.distance(i));
     initialize(call, block.element(i), descriptor(record), {1, 0, OBJ_NESTED, block.element_state(i)}, record);
+    if (call.failed()) return i;
   }
   return block.count;
 }

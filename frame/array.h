@@ -15,6 +15,13 @@ inline uint32_t count_of(const void* object, const FieldRow& field) {
 }
 inline void* block_of(const void* object, const FieldRow& field) { return load<void*>(field_of(object, field)); }
 
+// The element bytes of an array, or null. A fill over the whole state block leaves no pointer: no block lies at an address of eight equal bytes.
+inline uint8_t* element_states(const uint8_t* entry) {
+  const auto word = load<uint64_t>(entry + elements_offset);
+  const bool filled = word == (word & 0xFF) * 0x0101010101010101;
+  return filled ? nullptr : reinterpret_cast<uint8_t*>(word);
+}
+
 // How many elements a reader may visit: an array whose block could not be had has none, whatever its counter says.
 inline uint32_t element_count(const void* object, const FieldRow& field) {
   return block_of(object, field) != nullptr ? count_of(object, field) : 0;
@@ -47,13 +54,17 @@ inline RecordBlock record_block(void* start, uint64_t count, const FieldRow& fie
   const Layout& layout = child_record(field).newest_layout();
   return {static_cast<uint8_t*>(start), count, layout.body, layout.state};
 }
-inline size_t record_stride(const ork_handle* handle, const FieldRow& field) {
+inline size_t record_stride(bool tracked, const FieldRow& field) {
   const Layout& layout = child_record(field).newest_layout();
-  return mode_of(handle) == Tracking::on ? size_t{layout.body} + layout.state : layout.body;
+  return tracked ? size_t{layout.body} + layout.state : layout.body;
+}
+// Distances to state bytes have 32 bits: with tracking on, an array whose bytes would lie further away cannot be had.
+inline bool states_in_reach(bool tracked, uint64_t count, const FieldRow& field) {
+  return !tracked || count * record_stride(true, field) <= INT32_MAX;
 }
 
-// Initialises elements from `first` on, until an error stands; gives back the number of elements that have a type.
-uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, bool tell_distance, const FieldRow& field);
+// Initialises elements from `first` on, until one fails; gives back how many are whole.
+uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, const FieldRow& field);
 void destroy_elements(const Call& call, void* object, uint64_t count, const FieldRow& field);
 // What a record's own destroy does to its array.
 void destroy_array(const Call& call, void* object, const FieldRow& field);
@@ -66,6 +77,9 @@ bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, ui
 bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count);
 // A tracked object whose count changes while tracking is off: bytes that no longer match the elements are given back.
 void drop_element_states(const Call& call, void* object, const FieldRow& field);
+
+// The same for the arrays of a whole record, those of the records inside it included.
+void drop_all_element_states(const Call& call, void* object, const RecordRow& record);
 
 // Fills element `at` from `source`: by its own set, or by cloning.
 using FillElement = void (*)(const Call& call, void* at, const void* source, const RecordRow& element);

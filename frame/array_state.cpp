@@ -39,7 +39,7 @@ uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uin
     call.fail(ENOENT);
     return 0;
   }
-  const auto* elements = load<uint8_t*>(state_entry(call, object, field) + elements_offset);
+  const uint8_t* elements = element_states(state_entry(call, object, field));
   return elements == nullptr ? 0 : elements[index];
 }
 
@@ -49,7 +49,7 @@ void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32
   if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
   if (index >= count_of(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
-  auto* elements = load<uint8_t*>(state_entry(call, object, field) + elements_offset);
+  uint8_t* elements = element_states(state_entry(call, object, field));
   if (elements != nullptr) store(call, elements + index, value, nullptr);
 }
 

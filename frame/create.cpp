@@ -40,7 +40,7 @@ bool find_state_base(const Call& call, void* object, uint8_t*& base, const Recor
     return true;
   }
   uint8_t* found = base != nullptr ? base : byte_at(object, record.newest_layout().body);
-  if (mapped) found = static_cast<uint8_t*>(object) + static_cast<int32_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
+  if (mapped) found = mapped_states(call, object);
   if (mapped || !nested) offset_update(call, object, found, record);
   if (base == nullptr) base = found;
   return true;
@@ -162,7 +162,7 @@ void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, 
   if (object == nullptr) return trace::raise<Function::set_instance_embedded, Form::embed_object>(record);
   uint32_t local = 0;
   const Call call{handle, instance, &local};
-  for (const FieldRow& field : model::fields_of(record)) {
+  for (const FieldRow& field : laid_out_fields(record, object)) {
     if (field.cls != model::Class::value && field.cls != model::Class::object) continue;
     void* at = field_of(object, field);
     switch (field.kind) {

@@ -11,6 +11,8 @@ namespace {
 
 const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); }
 
+constexpr uint32_t max_references = 4096;  // of one field, as their list lies on the stack
+
 bool owns(const FieldRow& field) { return is_embedded_record(field) || field.kind == Kind::ip_address; }
 
 // False while the object must stay: its mapping cannot go, or references are left.
@@ -36,8 +38,10 @@ uint32_t count_references(const Call& call, void* at, const FieldRow& field) {
 
 // Gives up the references that a field holds; false when they cannot be told.
 bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow& field) {
-  auto** references = static_cast<void**>(alloca(size_t{count} * sizeof(void*)));
-  if (field.kind == Kind::record) {
+  auto** references = static_cast<void**>(alloca((count < max_references ? count : max_references) * sizeof(void*)));
+  if (count > max_references) {
+    *call.err = ENOMEM;
+  } else if (field.kind == Kind::record) {
     get_object_references(call, at, child_record(field));
   } else {
     ip_address_get_object_references(call.handle, call.instance, static_cast<ork_ip_address*>(at), references, count, call.err);
@@ -77,16 +81,16 @@ bool destroy_field(const Call& call, void* object, const FieldRow& field) {
 void free_element_states(const Call& call, void* object, const RecordRow& record) {
   uint8_t* block = nullptr;
   if (has_flag(object, OBJ_STTR_OFFSET)) {
-    block = static_cast<uint8_t*>(object) + static_cast<int32_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
+    block = mapped_states(call, object);
   } else {
     tracking<Function::destroy_internal>(call.handle, record);
     block = byte_at(object, layout_of(record, object).body);
   }
   for (const FieldRow& field : model::fields_of(record)) {
     if (field.array == model::no_type) continue;
-    uint8_t* word = block + field.state + elements_offset;
-    if (void* elements = load<void*>(word); elements != nullptr) release(call, elements);
-    put<void*>(word, nullptr);
+    uint8_t* entry = block + field.state;
+    if (void* elements = element_states(entry); elements != nullptr) release(call, elements);
+    put<void*>(entry + elements_offset, nullptr);
   }
 }
 
@@ -122,25 +126,6 @@ void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint3
   if (free_storage == 0) return;
   if (watched(call)) orkdb_plat_set_destroy(handle, instance, object);
   give_back(call, object);
-}
-
-uint32_t get_oid_count(const Call& call, const void* object, const RecordRow& record) {
-  if (call.failed()) {
-    trace::raise<Function::get_oid_count, Form::oid_count_error>(record);
-  } else if (object == nullptr) {
-    trace::raise<Function::get_oid_count, Form::oid_count_object>(record);
-    call.fail(EINVAL);
-  }
-  return 0;
-}
-
-void get_object_references(const Call& call, const void* object, const RecordRow& record) {
-  if (call.failed()) {
-    trace::raise<Function::get_object_references, Form::references_error>(record);
-  } else if (object == nullptr) {
-    trace::raise<Function::get_object_references, Form::references_object>(record);
-    call.fail(EINVAL);
-  }
 }
 
 }  // namespace frame

@@ -21,8 +21,6 @@ uint32_t size_of(const ork_handle* handle, const RecordRow& record);
 uint32_t size_of_internal(const ork_handle* handle, const void* object, uint32_t with_state, uint32_t state_only, const RecordRow& record);
 void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record);
 void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record);
-uint32_t get_oid_count(const Call& call, const void* object, const RecordRow& record);
-void get_object_references(const Call& call, const void* object, const RecordRow& record);
 
 // Makes an array's element that could not be filled a fresh one in place.
 void renew(const Call& call, void* element, const RecordRow& record);
@@ -37,5 +35,26 @@ const ork_type_info* manifested(const Call& call, const ork_type_info* type);
 
 // What the ends of all objects share, once their own content is gone.
 void give_back(const Call& call, void* object);
+
+// No type holds references of its own: these two only exist so that all types can be asked alike.
+template <class Row>
+uint32_t get_oid_count(const Call& call, const void* object, const Row& row) {
+  if (call.failed()) {
+    trace::raise<Function::get_oid_count, Form::oid_count_error>(row);
+  } else if (object == nullptr) {
+    trace::raise<Function::get_oid_count, Form::oid_count_object>(row);
+    call.fail(EINVAL);
+  }
+  return 0;
+}
+template <class Row>
+void get_object_references(const Call& call, const void* object, const Row& row) {
+  if (call.failed()) {
+    trace::raise<Function::get_object_references, Form::references_error>(row);
+  } else if (object == nullptr) {
+    trace::raise<Function::get_object_references, Form::references_object>(row);
+    call.fail(EINVAL);
+  }
+}
 
 }  // namespace frame

@@ -35,6 +35,12 @@ inline const Layout& layout_of(const RecordRow& record, const void* object) {
   return named < record.newest() ? record.layouts[named] : record.newest_layout();
 }
 
+// The fields that the object's storage has room for: what an older layout lacks is not there, whatever the variant.
+inline model::FieldSpan laid_out_fields(const RecordRow& record, const void* object) {
+  const FieldRow* first = model::fields_of(record).begin();
+  return {first, first + layout_of(record, object).fields};
+}
+
 inline void* field_of(void* object, const FieldRow& field) { return byte_at(object, field.offset); }
 inline const void* field_of(const void* object, const FieldRow& field) { return byte_at(object, field.offset); }
 
@@ -66,12 +72,13 @@ Tracking tracking(const ork_handle* handle, const Row& row) {
   return mode;
 }
 
+// State bytes that the runtime was told of.
+inline uint8_t* mapped_states(const Call& call, void* object) {
+  return static_cast<uint8_t*>(object) + static_cast<intptr_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
+}
 // Where the state block lies: behind the body of the object's layout, or where the runtime was told.
 inline uint8_t* state_block(const Call& call, void* object, const Layout& layout) {
-  if (has_flag(object, OBJ_STTR_OFFSET)) {
-    return static_cast<uint8_t*>(object) + static_cast<int32_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
-  }
-  return byte_at(object, layout.body);
+  return has_flag(object, OBJ_STTR_OFFSET) ? mapped_states(call, object) : byte_at(object, layout.body);
 }
 inline uint8_t* state_block(const Call& call, void* object, const RecordRow& record) {
   return state_block(call, object, layout_of(record, object));
@@ -90,11 +97,13 @@ inline bool gate(const Call& call, const void* object, const FieldRow& field) {
   call.lacks();
   return false;
 }
-// How every write to a field begins.
-inline bool begin_write(const Call& call, void* object, const FieldRow& field) {
-  if (!call.begins()) return false;
+inline bool upgrade_and_gate(const Call& call, void* object, const FieldRow& field) {
   adjust(call, object, owner(field).newest());
   return gate(call, object, field);
+}
+// How every write to a field begins.
+inline bool begin_write(const Call& call, void* object, const FieldRow& field) {
+  return call.begins() && upgrade_and_gate(call, object, field);
 }
 
 }  // namespace frame

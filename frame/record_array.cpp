@@ -6,24 +6,54 @@
 namespace frame {
 namespace {
 
-// State bytes first, then bodies, then whatever must follow an element to its new place.
+// With tracking off the new block has no state bytes. Elements that had some lose them, with everything that led there.
+void leave_states_behind(const Call& call, void* from, void* to, const RecordRow& record) {
+  uint32_t local = 0;
+  const Call own{call.handle, call.instance, &local};
+  drop_all_element_states(own, from, record);
+  offset_remove(own, from, record);
+  ork_hd_mapping_destroy(own.handle, own.instance, from, own.err);
+  disclaim_states(to, record);
+}
+
+void point_at_states(const Call& call, const RecordBlock& to, uint64_t i, const RecordRow& record) {
+  orklib_update_sttr_offset(call.handle, call.instance, to.element(i), to.distance(i));
+  offset_update(call, to.element(i), to.element_state(i), record);
+}
+
+void forget_old_element(const Call& call, void* object, void* element, bool on, const RecordRow& record) {
+  if (on) {
+    uint32_t local = 0;
+    const Call own{call.handle, call.instance, &local};
+    offset_remove(own, element, record);
+    ork_hd_mapping_destroy(own.handle, own.instance, element, own.err);
+  }
+  contain(call, element, object);
+  if (watched(call)) orkdb_plat_set_detach(call.handle, call.instance, element, 0);
+}
+
+bool any_tracked(const RecordBlock& block) {
+  for (uint64_t i = 0; i < block.count; ++i) {
+    if (has_flag(block.element(i), OBJ_STATE_TRACKED)) return true;
+  }
+  return false;
+}
+
+// State bytes first, then bodies, then whatever must follow an element to its new place. Tracked elements always lie in a block with state bytes.
 void move_elements(const Call& call, void* object, const RecordBlock& from, const RecordBlock& to, bool on, const FieldRow& field) {
   const RecordRow& record = child_record(field);
-  const bool tracked = on && from.count != 0 && has_flag(from.start, OBJ_STATE_TRACKED);
-  if (tracked) memcpy(to.element_state(0), from.element_state(0), from.count * from.state);
+  if (on && any_tracked(from)) memcpy(to.element_state(0), from.element_state(0), from.count * from.state);
   memcpy(to.start, from.start, from.count * from.body);
-  for (uint64_t i = 0; on && i < from.count; ++i) {
-    orklib_update_sttr_offset(call.handle, call.instance, to.element(i), to.distance(i));
-    offset_update(call, to.element(i), to.element_state(i), record);
+  for (uint64_t i = 0; i < from.count; ++i) {
+    if (on) {
+      point_at_states(call, to, i, record);
+    } else if (has_flag(from.element(i), OBJ_STATE_TRACKED)) {
+      leave_states_behind(call, from.element(i), to.element(i), record);
+    }
   }
   for (uint64_t i = 0; i < from.count; ++i) {
     post_copyout_cleanup(call, to.element(i), from.element(i), record);
-    if (on) {
-      offset_remove(call, from.element(i), record);
-      ork_hd_mapping_destroy(call.handle, call.instance, from.element(i), call.err);
-    }
-    contain(call, from.element(i), object);
-    if (watched(call)) orkdb_plat_set_detach(call.handle, call.instance, from.element(i), 0);
+    forget_old_element(call, object, from.element(i), on, record);
   }
 }
 
@@ -33,8 +63,8 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
   const RecordBlock from = record_block(old, element_count(object, field), field);
   if (old != nullptr) report_reallocation(field);
   const uint64_t count = uint64_t{index} + 1;
-  const size_t size = count * record_stride(call.handle, field);
-  void* fresh = allocate(call, size);
+  const size_t size = count * record_stride(on, field);
+  void* fresh = states_in_reach(on, count, field) ? allocate(call, size) : nullptr;
   if (fresh == nullptr) {
     call.fail(ENOMEM);
     return false;
@@ -50,11 +80,11 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
   for (uint64_t i = from.count; on && i < count; ++i) {
     orklib_update_sttr_offset(call.handle, call.instance, to.element(i), to.distance(i));
   }
-  const uint64_t made = initialize_elements(call, to, from.count, false, field);
+  const uint64_t made = initialize_elements(call, to, from.count, field);
   if (made < count) store_count(call, object, field, made);
   if (tracking<Function::array_set_record, 1>(call.handle, field) != Tracking::on) {
     drop_element_states(call, object, field);
-    return true;
+    return made == count;
   }
   if (!tracked_as_asked<Function::array_set_record, 1>(call, object, field)) return false;
   return replace_element_states(call, state_entry(call, object, field), count, from.count) && made == count;

@@ -73,25 +73,6 @@ void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object,
   give_back(call, object);
 }
 
-uint32_t get_oid_count(const Call& call, const void* object, const SmallRow& type) {
-  if (call.failed()) {
-    trace::raise<Function::get_oid_count, Form::oid_count_error>(type);
-  } else if (object == nullptr) {
-    trace::raise<Function::get_oid_count, Form::oid_count_object>(type);
-    call.fail(EINVAL);
-  }
-  return 0;
-}
-
-void get_object_references(const Call& call, const void* object, const SmallRow& type) {
-  if (call.failed()) {
-    trace::raise<Function::get_object_references, Form::references_error>(type);
-  } else if (object == nullptr) {
-    trace::raise<Function::get_object_references, Form::references_object>(type);
-    call.fail(EINVAL);
-  }
-}
-
 uint32_t small_adjust(const Call& call, void* object) {
   const auto* type = load<const ork_type_info*>(object);
   return orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
@@ -147,15 +128,6 @@ void enum_set_value(const Call& call, void* object, uint32_t value, const SmallR
 uint32_t enum_is_valid_cr(ork_handle* handle, int32_t value, const SmallRow& type) {
   ork_domain_lookup_variant(handle, &handle->domain, descriptor(type), &handle->cr_error);
   return value < type.values ? 1 : 0;
-}
-
-void* enum_field_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field) {
-  const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return nullptr;
-  void* at = field_of(object, field);
-  contain(call, at, nullptr);
-  contain(call, at, object);
-  return at;
 }
 
 uint32_t read_enum_field(const Call& call, void* object, const FieldRow& field) {

@@ -53,10 +53,6 @@ bool state_write_allowed(const Call& call, const void* object, const FieldRow& f
   call.fail(EINVAL);
   return false;
 }
-inline bool upgrade_and_gate(const Call& call, void* object, const FieldRow& field) {
-  adjust(call, object, owner(field).newest());
-  return gate(call, object, field);
-}
 
 uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field);
 void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value, uint32_t* err, const FieldRow& field);

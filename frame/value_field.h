@@ -65,7 +65,6 @@ void set_value(ork_handle* handle, uint32_t instance, void* object, typename Pri
 }
 
 // Enums. A refused value leaves the field as it is; the state byte is marked all the same.
-void* enum_field_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field);
 // Reads a field that is an enum; the database hook hears of it once.
 uint32_t read_enum_field(const Call& call, void* object, const FieldRow& field);
 uint32_t enum_field_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field);

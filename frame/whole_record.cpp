@@ -6,19 +6,10 @@
 namespace frame {
 namespace {
 
-// An object never gains state bytes by a copy: what has none may not claim to, nor may the records inside it, whatever the source has.
-void disclaim_states(void* object, const RecordRow& record) {
-  constexpr unsigned claims = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
-  *byte_at(object, at_flags) = static_cast<uint8_t>(flags_of(object) & ~claims);
-  for (const FieldRow& field : model::fields_of(record)) {
-    if (is_embedded_record(field)) disclaim_states(field_of(object, field), child_record(field));
-  }
-}
-
 void copy_body(const Call& call, void* to, const void* from, const RecordRow& record) {
   const bool absent = tracking<Function::record_set>(call.handle, record) == Tracking::absent;
   const size_t announced = absent ? record.newest_layout().body : layout_of(record, to).body;
-  const size_t copied = absent ? record.newest_layout().body : layout_of(record, from).body;
+  const size_t copied = layout_of(record, from).body;
   const uint8_t before = flags_of(to);
   announce(call, to, announced, to);
   memcpy(to, from, copied);
@@ -37,7 +28,7 @@ void copy_states(const Call& call, void* to, void* from, const RecordRow& record
 }
 
 void set_children(const Call& call, void* to, const void* from, const RecordRow& record) {
-  for (const FieldRow& field : model::fields_of(record)) {
+  for (const FieldRow& field : laid_out_fields(record, to)) {
     if (is_embedded_record(field)) {
       record_set(call, field_of(to, field), field_of(from, field), child_record(field));
     } else if (field.kind == Kind::ip_address) {
@@ -62,13 +53,32 @@ void detach_element_states(const Call& call, void* from, const RecordRow& record
   }
 }
 
-void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
-  for (const FieldRow& field : model::fields_of(record)) {
-    if (field.array != model::no_type) drop_element_states(call, object, field);
+// Arrays leave a source whose copy was refused half way: a block has one owner.
+void detach_all_arrays(const Call& call, void* from, const RecordRow& record) {
+  if (!record.holds_array) return;
+  for (const FieldRow& field : laid_out_fields(record, from)) {
+    if (is_embedded_record(field)) detach_all_arrays(call, field_of(from, field), child_record(field));
   }
+  if (record.has_array) detach_array(call, from, record);
 }
 
 }  // namespace
+
+void disclaim_states(void* object, const RecordRow& record) {
+  constexpr unsigned claims = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
+  *byte_at(object, at_flags) = static_cast<uint8_t>(flags_of(object) & ~claims);
+  for (const FieldRow& field : laid_out_fields(record, object)) {
+    if (is_embedded_record(field)) disclaim_states(field_of(object, field), child_record(field));
+  }
+}
+
+void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
+  if (!record.holds_array) return;
+  for (const FieldRow& field : laid_out_fields(record, object)) {
+    if (is_embedded_record(field)) drop_all_element_states(call, field_of(object, field), child_record(field));
+    if (field.array != model::no_type) drop_element_states(call, object, field);
+  }
+}
 
 void* record_get(ork_handle* handle, uint32_t instance, void* object, const RecordRow&) {
   uint32_t local = 0;
@@ -81,20 +91,17 @@ void record_set(const Call& call, void* to, const void* source, const RecordRow&
   adjust(call, to, record.newest());
   if (to == from) return;
   if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from)) return call.lacks();
-  const bool source_tracked = has_flag(from, OBJ_STATE_TRACKED);
+  const bool on = mode_of(call.handle) == Tracking::on;
+  if (!on || !has_flag(from, OBJ_STATE_TRACKED)) drop_all_element_states(call, to, record);
   copy_body(call, to, from, record);
-  const bool target_tracked = has_flag(to, OBJ_STATE_TRACKED);
-  if (mode_of(call.handle) == Tracking::on) {
-    if (!target_tracked) {
-      call.fail(EINVAL);
-      return trace::raise<Function::record_set, Form::not_tracked>(record);
-    }
-    if (source_tracked) {
-      copy_states(call, to, from, record);
-      if (record.has_array) detach_element_states(call, from, record);
-    }
-  } else if (record.has_array) {
-    drop_all_element_states(call, to, record);
+  if (on && !has_flag(to, OBJ_STATE_TRACKED)) {
+    detach_all_arrays(call, from, record);
+    call.fail(EINVAL);
+    return trace::raise<Function::record_set, Form::not_tracked>(record);
+  }
+  if (on) {
+    copy_states(call, to, from, record);
+    if (record.has_array) detach_element_states(call, from, record);
   }
   set_children(call, to, from, record);
   if (record.has_array) detach_array(call, from, record);

@@ -7,6 +7,8 @@ namespace frame {
 
 void* record_get(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record);
 void record_set(const Call& call, void* to, const void* from, const RecordRow& record);
+// An object never gains state bytes by a copy: what has none may not claim to, nor may the records inside it.
+void disclaim_states(void* object, const RecordRow& record);
 void post_copyout_cleanup(const Call& call, void* to, void* from, const RecordRow& record);
 
 // The arguments of a call for all fields, as arrays.
@@ -20,7 +22,7 @@ struct Values {
 void get_all(ork_handle* handle, uint32_t instance, void* object, void* const* out, uint32_t* err, const RecordRow& record);
 void set_all(ork_handle* handle, uint32_t instance, void* object, const uint64_t* values, uint32_t* err, const RecordRow& record);
 
-// Fields of class object: embedded records, addresses, the flag set.
+// Fields that are objects: embedded records, addresses, the flag set; the getter serves enums too.
 void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field);
 void object_set(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t* err, const FieldRow& field);
 

@@ -89,7 +89,7 @@ uint32_t control_unmarshal(ork_handle* handle, uint32_t instance, const Delivery
 }
 
 uint32_t control_print(const Call& call, char* buffer, uint32_t length, Control kind, const Bundle& bundle) {
-  if (!call.begins()) return 0;
+  if (call.failed()) return 0;
   TextBuffer out{buffer, length};
   out.position = ork_print_space(call.handle, call.instance, out.start, 0, out.room(), call.err);
   out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, "bundle %s@%s: <<<<<<<<\n", word(kind),
@@ -102,7 +102,7 @@ uint32_t control_print_cr(ork_handle* handle, char* buffer, uint32_t length, Con
 }
 
 uint32_t control_to_xml(const Call& call, char* buffer, uint32_t length, Control kind, const Bundle& bundle) {
-  if (!call.begins()) return 0;
+  if (call.failed()) return 0;
   char tag[16];
   snprintf(tag, sizeof tag, "bundle_%s", word(kind));
   char opening[128];

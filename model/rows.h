@@ -58,6 +58,7 @@ struct RecordRow {
   uint8_t index;
   bool embeds;       // has embedded records
   bool has_array;    // has a variable array of its own
+  bool holds_array;  // or a record inside it has
   constexpr int newest() const { return variants - 1; }
   constexpr const Layout& newest_layout() const { return layouts[variants - 1]; }
 };
@@ -149,6 +150,7 @@ constexpr auto make_record_rows() {
       row.layouts[v] = {size.used, size.body, size.state, static_cast<uint8_t>(field_count(record, v)),
                         static_cast<uint8_t>(field_number_bound(record, v))};
     }
+    row.holds_array = holds_array(record);
     for (size_t i = 0; i < row.fields; ++i) {
       const Field& field = record.fields[i];
       row.embeds = row.embeds || (field.cls == Class::object && field.kind == Kind::record);

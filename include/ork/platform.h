@@ -84,10 +84,33 @@ struct ork_observers {
  */
 struct ork_storage;
 
-/* budget: as in struct ork_options. Null and *err 12 without memory. */
+/* Storage inside this process. budget: as in struct ork_options. Null and *err 12 without memory. */
 struct ork_storage *ork_storage_create(size_t budget, uint32_t *err);
 
-/* After the last handle on it is gone. Null is ignored. */
+/*
+ * Storage that processes share under a name: makes it if there is none, else attaches to it. Every process has it at the
+ * same address, so the address of an object means the same to all of them. A process opens a name once.
+ *
+ * name has no slash. size is in bytes, at least 1 MiB, for all that will ever be in it; the size of storage that is there
+ * already stands, and 0 makes none. address is where new storage goes, a multiple of the page size; null leaves that to
+ * the name, for sizes up to 4 GiB. Attaching goes by the storage itself, and address is null or the same.
+ *
+ * An object belongs to one process at a time: who has it hands it over by means of his own, such as a pipe that carries
+ * its address, and leaves it alone from then on. Objects outlive their process.
+ *
+ * *err: 98 when something else lies at the address in this process, 2 when there is no such storage and size is 0, 22
+ * for a wrong name, size or address and for a name that holds something else, 12 or 28 without memory, else what the
+ * system gives.
+ */
+struct ork_storage *ork_storage_open(const char *name, size_t size, void *address, uint32_t *err);
+
+/* Takes a name away; the memory lives on until the last process has left it. *err: 2 when there is none. */
+void ork_storage_remove(const char *name, uint32_t *err);
+
+/*
+ * After the last handle on it is gone. Shared storage is left, with all that is in it; storage of this process goes. Null
+ * is ignored.
+ */
 void ork_storage_destroy(struct ork_storage *storage);
 
 /* ---- Handles ---------------------------------------------------------------------------------------------------- */

@@ -32,7 +32,7 @@ constexpr Family value_family[] = {
      "frame::set_value<Kind::$K>(handle, instance, obj, value, err, $I)", "Writes the value. Errors: as $T_$F_set."},
 };
 constexpr Family enum_family[] = {
-    {"_get", "$S *", OBJECT "uint32_t *err", "frame::enum_field_get(handle, instance, obj, err, $I)",
+    {"_get", "$S *", OBJECT "uint32_t *err", "frame::object_get(handle, instance, obj, err, $I)",
      "The enum object inside obj, good as long as obj is. Errors: 43 when the variant lacks the field."},
     {"_get_value", "uint32_t", OBJECT "uint32_t *err", "frame::enum_field_get_value(handle, instance, obj, err, $I)",
      "The enumerator's number; 0 on an error. Errors: 43 when the variant lacks the field."},
@@ -106,8 +106,9 @@ constexpr Family record_array_family[] = {
     {"_set", "void", OBJECT "uint32_t index, const $S *src, uint32_t *err",
      "frame::array_set_record({handle, instance, err}, obj, index, src, frame::record_set, $I)",
      "Copies src into element index; arrays inside src move. An index at or above the count makes the array\n"
-     "grow to it, with new records between; a null src only grows. Errors: 12 for no memory, 43 when the variant\n"
-     "lacks the field or src is newer, 22 when the handle tracks and obj or src does not."},
+     "grow to it, with new records between; a null src only grows, and must not be given while the handle tracks.\n"
+     "Errors: 12 for no memory, 43 when the variant lacks the field or src is newer, 22 when the handle tracks and\n"
+     "obj or src does not."},
     {"_set_cr", "uint32_t", "struct ork_handle *handle, struct $T *obj, uint32_t index, const $S *src, uint32_t use_set",
      "(frame::array_set_record({handle, handle->cr_instance, &handle->cr_error}, obj, index, src, "
      "use_set != 0 ? frame::record_set : encoders::clone_into_element<$E>, $I), handle->cr_error)",

@@ -13,15 +13,20 @@ struct Search {
     LoadedFile found;
 };
 
-bool covers(const dl_phdr_info &info, uintptr_t address) {
+// The start of the file in memory if the address lies in one of its segments, else 0.
+uintptr_t start_of(const dl_phdr_info &info, uintptr_t address) {
+    uintptr_t first = 0;
+    bool covers = false;
     for (int i = 0; i < info.dlpi_phnum; ++i) {
         const ElfW(Phdr) &segment = info.dlpi_phdr[i];
         const uintptr_t start = info.dlpi_addr + segment.p_vaddr;
-        if (segment.p_type == PT_LOAD && address >= start && address - start < segment.p_memsz) {
-            return true;
+        if (segment.p_type != PT_LOAD) {
+            continue;
         }
+        first = first != 0 ? first : start;  // segments stand in ascending order
+        covers = covers || (address >= start && address - start < segment.p_memsz);
     }
-    return false;
+    return covers ? first : 0;
 }
 
 void read_notes(const uint8_t *notes, size_t length, std::vector<uint8_t> &build_id) {
@@ -46,10 +51,11 @@ void read_notes(const uint8_t *notes, size_t length, std::vector<uint8_t> &build
 
 int examine(dl_phdr_info *info, size_t, void *data) {
     auto &search = *static_cast<Search *>(data);
-    if (!covers(*info, search.address)) {
+    const uintptr_t start = start_of(*info, search.address);
+    if (start == 0) {
         return 0;
     }
-    search.found.base = reinterpret_cast<const void *>(info->dlpi_addr);
+    search.found.base = reinterpret_cast<const void *>(start);
     search.found.path = info->dlpi_name;
     for (int i = 0; i < info->dlpi_phnum && search.found.build_id.empty(); ++i) {
         const ElfW(Phdr) &segment = info->dlpi_phdr[i];

@@ -60,7 +60,7 @@ ORK_EXPORT int32_t flight_module_init_fn(const char *name, uint16_t *module_id, 
         return 0;
     }
     try {
-        const uint16_t id = Sink::instance().add_module(name);
+        const uint16_t id = Sink::instance().add_module(name, module_id);
         if (id == 0) {
             return ENOMEM;
         }

@@ -14,17 +14,16 @@ Sink &Sink::instance() {
     return *sink;
 }
 
-uint16_t Sink::add_module(const char *name) {
+uint16_t Sink::add_module(const char *name, const void *where) {
     const std::lock_guard lock(mutex_);
     if (modules_.size() >= UINT16_MAX) {
         return 0;
     }
-    modules_.emplace_back(name);
-    const auto id = static_cast<uint16_t>(modules_.size());
+    modules_.push_back({name, loaded_file_at(where)});
     if (file_) {
-        file_->write_module(id, modules_.back());
+        file_->write_newest_module();
     }
-    return id;
+    return static_cast<uint16_t>(modules_.size());
 }
 
 void Sink::store(flight_trace &trace, const void *section) {
@@ -52,10 +51,7 @@ uint32_t Sink::open(const char *path) {
         return static_cast<uint32_t>(errno);
     }
     const std::lock_guard lock(mutex_);
-    file_ = std::make_unique<TraceFile>(stream);
-    for (size_t i = 0; i < modules_.size(); ++i) {
-        file_->write_module(static_cast<uint16_t>(i + 1), modules_[i]);
-    }
+    file_ = std::make_unique<TraceFile>(stream, modules_);
     return 0;
 }
 

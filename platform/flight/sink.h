@@ -16,8 +16,8 @@ class Sink {
 public:
     static Sink &instance();
 
-    // Gives the module's number, from 1 up; 0 when none is left.
-    uint16_t add_module(const char *name);
+    // Gives the module's number, from 1 up; 0 when none is left. where is any address inside the module.
+    uint16_t add_module(const char *name, const void *where);
 
     void store(flight_trace &trace, const void *section);
 
@@ -38,7 +38,7 @@ private:
 
     mutable std::mutex mutex_;
     std::deque<flight_trace> ring_;
-    std::vector<std::string> modules_;
+    std::vector<Module> modules_;
     std::unique_ptr<TraceFile> file_;
 };
 

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "build_id.h"
-
 namespace flight {
 namespace {
 
@@ -38,23 +36,56 @@ uint32_t fnv1a(const std::vector<uint8_t> &bytes) {
 
 }  // namespace
 
-TraceFile::TraceFile(std::FILE *stream) : stream_(stream) {
-    std::fwrite("FLIGHT1\n", 1, 8, stream_);
+TraceFile::TraceFile(std::FILE *stream, const std::vector<Module> &modules) : stream_(stream), modules_(modules) {
+    const auto known = std::find_if(modules.begin(), modules.end(),
+                                    [](const Module &module) { return module.file.base != nullptr; });
+    if (known != modules.end()) {
+        begin(known->file);
+    }
 }
 
 TraceFile::~TraceFile() {
+    if (!begun_) {
+        begin({});
+    }
     std::fclose(stream_);
 }
 
-void TraceFile::write_module(uint16_t id, const std::string &name) {
+void TraceFile::begin(const LoadedFile &first) {
+    begun_ = true;
+    const auto length = static_cast<uint8_t>(first.build_id.size());
+    Body head;
+    head.append("FLIGHT1\n", 8);
+    head.number(length);
+    head.append(first.build_id.data(), length);
+    std::fwrite(head.bytes.data(), 1, head.bytes.size(), stream_);
+    for (size_t i = 0; i < modules_.size(); ++i) {
+        write_module(i);
+    }
+}
+
+void TraceFile::write_newest_module() {
+    if (begun_) {
+        write_module(modules_.size() - 1);
+    } else if (modules_.back().file.base != nullptr) {
+        begin(modules_.back().file);
+    }
+}
+
+void TraceFile::write_module(size_t index) {
+    const std::string &name = modules_[index].name;
     Body body;
-    body.number(id);
+    body.number(static_cast<uint16_t>(index + 1));
     body.append(name.data(), std::min<size_t>(name.size(), 1024));
     write_record(2, body.bytes);
 }
 
 void TraceFile::write_trace(const flight_trace &trace, const void *section, uint32_t thread) {
-    const uint16_t file = traced_file_of(section);
+    const LoadedFile traced = loaded_file_at(section);
+    if (!begun_) {
+        begin(traced);
+    }
+    const uint16_t file = number_of(traced);
     Body body;
     body.number(trace.time_ns);
     body.number(thread);
@@ -81,8 +112,7 @@ void TraceFile::write_trace(const flight_trace &trace, const void *section, uint
     std::fflush(stream_);
 }
 
-uint16_t TraceFile::traced_file_of(const void *section) {
-    const LoadedFile file = loaded_file_at(section);
+uint16_t TraceFile::number_of(const LoadedFile &file) {
     if (file.base == nullptr) {
         return no_file;
     }

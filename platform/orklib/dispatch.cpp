@@ -56,27 +56,24 @@ private:
 
 // A message that failed while it was read is lost to everybody: all that was allocated since goes back. A whole message
 // that found no one to take it is destroyed. One that a handler saw is the handler's, whatever it reported.
-void clean_up(Runtime &runtime, uint32_t instance, const ork_dispatch_entry &entry, uint64_t mark, bool kept,
+void clean_up(Runtime &runtime, uint32_t instance, const ork_dispatch_entry &entry, uint64_t frame_memory, bool kept,
               void *message, uint32_t err) {
-    if (err == 0 || is_control(entry)) {
-        return;
-    }
-    if (message == nullptr) {
-        runtime.storage->heap.release_since(mark);
-    } else if (kept || (err == ENOSYS && entry.info.handler == nullptr)) {
+    const bool failed = err != 0 && !is_control(entry);
+    if (failed && message != nullptr && (kept || (err == ENOSYS && entry.info.handler == nullptr))) {
         entry.destroy(&runtime, instance, message);
     }
+    runtime.storage->end_frame(frame_memory, failed && message == nullptr);
 }
 
 uint32_t deliver(const ork_dispatcher *dispatcher, Runtime &runtime, const ork_dispatch_entry &entry, uint32_t instance,
                  void *ctx, const uint8_t *frame, uint32_t length, uint32_t *err) {
     const InDispatch scope(runtime, dispatcher, entry);
     const bool kept = !is_control(entry) && orklib_is_accumulating_bundle(&runtime) != 0;
-    const uint64_t mark = runtime.storage->heap.mark();
+    const uint64_t frame_memory = runtime.storage->begin_frame();
     void *message = nullptr;
     entry.info.unmarshal(&runtime, instance, ctx, &message, frame, static_cast<int32_t>(length),
                          kept ? keep : entry.info.handler, err);
-    clean_up(runtime, instance, entry, mark, kept, message, *err);
+    clean_up(runtime, instance, entry, frame_memory, kept, message, *err);
     return length;
 }
 

@@ -98,7 +98,7 @@ std::optional<std::string> unescaped(std::string_view text) {
             bytes.push_back('\\');
             text.remove_prefix(2);
         } else if (text.starts_with("\\x") && text.size() >= 4) {
-            uint8_t value;
+            uint8_t value = 0;
             const auto result = std::from_chars(text.data() + 2, text.data() + 4, value, 16);
             if (result.ec != std::errc() || result.ptr != text.data() + 4) {
                 return std::nullopt;

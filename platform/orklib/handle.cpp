@@ -2,6 +2,7 @@
 #include <new>
 
 #include "guard.h"
+#include "local_storage.h"
 #include "ork/orklib.h"
 #include "ork/platform.h"
 #include "runtime.h"
@@ -17,6 +18,13 @@ void notify_write(ork_handle *handle, const void *address, size_t length, uint32
     }
 }
 
+void notify_counter(void *pool, void *counter, uint32_t, uint32_t instance) {
+    const ork_observers &observers = static_cast<const ork_storage *>(pool)->counter_observers;
+    if (observers.counter_notify != nullptr) {
+        observers.counter_notify(observers.ctx, counter, instance);
+    }
+}
+
 void set_tracking(Runtime &handle, ork_tracking tracking) {
     handle.sttr.sttr_mode = tracking == ORK_TRACKING_ON ? ORK_STTR_ON : ORK_STTR_OFF;
     handle.sttr_info = tracking == ORK_TRACKING_ABSENT ? nullptr : &handle.sttr;
@@ -24,29 +32,21 @@ void set_tracking(Runtime &handle, ork_tracking tracking) {
 
 void attach_storage(Runtime &handle, const ork_options &options) {
     if (options.storage == nullptr) {
-        handle.own_storage = std::make_unique<ork_storage>(options.memory_budget);
+        handle.own_storage = std::make_unique<LocalStorage>(options.memory_budget);
     }
     handle.storage = options.storage != nullptr ? options.storage : handle.own_storage.get();
     handle.shared_types = options.storage != nullptr ? 1 : 0;
-    handle.shared_alloc_fn = TypeTable::alloc;
-    handle.type_table_add_fn = TypeTable::add;
-    handle.type_table_find_fn = TypeTable::find;
-    handle.type_table = &handle.storage->type_table;
-    handle.shared_pool = &handle.storage->type_table;
-    handle.alloc_fn = Heap::alloc;
-    handle.free_fn = Heap::release;
-    handle.mem_pool = &handle.storage->heap;
-    handle.hd_mapping = &handle.storage->heap.mapping();
+    handle.storage->serve(handle);
 }
 
 ork_handle *create(const ork_options &options, uint32_t *err) {
     auto handle = std::make_unique<Runtime>();
     attach_storage(*handle, options);
     handle->write_notify_fn = notify_write;
-    handle->counter_notify_fn = Heap::notify_counter;
+    handle->counter_notify_fn = notify_counter;
     handle->observers = options.observers;
     if (options.observers.counter_notify != nullptr) {
-        handle->storage->heap.observe_counters(options.observers);
+        handle->storage->counter_observers = options.observers;
     }
     handle->bundle_send_list = {&handle->bundle_send_list, &handle->bundle_send_list};
     handle->bundle_receive_list = {&handle->bundle_receive_list, &handle->bundle_receive_list};
@@ -101,11 +101,11 @@ ORK_EXPORT void ork_handle_destroy(struct ork_handle *handle, struct ork_memory_
 }
 
 ORK_EXPORT void ork_handle_memory(const struct ork_handle *handle, struct ork_memory_report *report) {
-    *report = ork::runtime(handle).storage->heap.report();
+    *report = ork::runtime(handle).storage->report();
 }
 
 ORK_EXPORT void ork_handle_fail_allocation(struct ork_handle *handle, uint64_t nth) {
-    ork::runtime(handle).storage->heap.fail_allocation(nth);
+    ork::runtime(handle).storage->fail_allocation(nth);
 }
 
 ORK_EXPORT void ork_handle_set_tracking(struct ork_handle *handle, enum ork_tracking tracking) {
@@ -113,7 +113,7 @@ ORK_EXPORT void ork_handle_set_tracking(struct ork_handle *handle, enum ork_trac
 }
 
 ORK_EXPORT struct ork_storage *ork_storage_create(size_t budget, uint32_t *err) {
-    return ork::guarded(err, [&] { return new ork_storage(budget); });
+    return ork::guarded(err, [&]() -> ork_storage * { return new ork::LocalStorage(budget); });
 }
 
 ORK_EXPORT void ork_storage_destroy(struct ork_storage *storage) {

@@ -48,10 +48,6 @@ Heap::~Heap() {
     release_since(0);
 }
 
-void *Heap::alloc(void *pool, uint32_t, size_t size) {
-    return static_cast<Heap *>(pool)->allocate(size);
-}
-
 void Heap::release(void *, uint32_t, void *ptr) {
     if (ptr == nullptr) {
         return;
@@ -67,13 +63,6 @@ void Heap::release(void *, uint32_t, void *ptr) {
     }
     show(block->guard, sizeof block->guard);
     std::free(block);
-}
-
-void Heap::notify_counter(void *pool, void *counter, uint32_t, uint32_t instance) {
-    const ork_observers &observers = static_cast<const Heap *>(pool)->observers_;
-    if (observers.counter_notify != nullptr) {
-        observers.counter_notify(observers.ctx, counter, instance);
-    }
 }
 
 void *Heap::allocate(size_t size) {

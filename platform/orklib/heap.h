@@ -20,16 +20,11 @@ public:
     Heap(const Heap &) = delete;
     Heap &operator=(const Heap &) = delete;
 
-    // The handle's alloc_fn and free_fn; pool is a Heap.
-    static void *alloc(void *pool, uint32_t instance, size_t size);
+    void *allocate(size_t size);
+
+    // A handle's free_fn: the block itself knows its heap, pool is not looked at.
     static void release(void *pool, uint32_t instance, void *ptr);
 
-    // The handle's counter_notify_fn: a counter is announced by pool, so the observer of a storage's handles lives
-    // here.
-    static void notify_counter(void *pool, void *counter, uint32_t one, uint32_t instance);
-    void observe_counters(const ork_observers &observers) { observers_ = observers; }
-
-    void *allocate(size_t size);
     void fail_allocation(uint64_t nth) { fail_in_ = nth; }
     ork_memory_report report() const;
 
@@ -40,6 +35,7 @@ public:
     void release_since(uint64_t mark);
 
     Mapping &mapping() { return mapping_; }
+    const Mapping &mapping() const { return mapping_; }
 
 private:
     struct Block;
@@ -49,7 +45,6 @@ private:
     size_t budget_;
     uint64_t fail_in_ = 0;
     ork_memory_report report_{};
-    ork_observers observers_{};
     Block *newest_ = nullptr;  // live blocks, newest first
     Mapping mapping_;
 };

@@ -10,8 +10,6 @@ namespace ork {
 
 class Mapping {
 public:
-    // There is no way to report that an entry could not be kept, and without it the object's state bytes would be
-    // looked for inside its neighbour: no memory here ends the process.
     void set(const void *object, int32_t distance) noexcept { distances_[address(object)] = distance; }
 
     std::optional<int32_t> find(const void *object) const {

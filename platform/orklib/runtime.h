@@ -6,18 +6,10 @@
 #include <string>
 
 #include "domain.h"
-#include "heap.h"
 #include "oid.h"
 #include "ork/platform.h"
+#include "storage.h"
 #include "type_list.h"
-#include "type_table.h"
-
-struct ork_storage {
-    explicit ork_storage(size_t budget) : heap(budget) {}
-
-    ork::Heap heap;
-    ork::TypeTable type_table;
-};
 
 namespace ork {
 

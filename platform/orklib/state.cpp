@@ -27,18 +27,18 @@ int32_t distance_to_spare_tail(const void *obj) {
 extern "C" {
 
 ORK_EXPORT int32_t orklib_get_sttr_offset(struct ork_handle *handle, uint32_t, const void *obj) {
-    const auto distance = ork::runtime(handle).storage->heap.mapping().find(obj);
+    const auto distance = ork::runtime(handle).storage->distance(obj);
     return distance ? *distance : ork::distance_to_spare_tail(obj);
 }
 
 ORK_EXPORT void orklib_update_sttr_offset(struct ork_handle *handle, uint32_t instance, void *obj, int32_t distance) {
-    ork::runtime(handle).storage->heap.mapping().set(obj, distance);
+    ork::runtime(handle).storage->set_distance(obj, distance);
     ork::store_flags(handle, instance, obj, static_cast<uint8_t>(ork::header(obj)->obj_flags | OBJ_STTR_OFFSET));
 }
 
 ORK_EXPORT uint32_t ork_hd_mapping_destroy(struct ork_handle *handle, uint32_t, void *obj, uint32_t *err) {
     if (*err == 0) {
-        ork::runtime(handle).storage->heap.mapping().drop(obj);
+        ork::runtime(handle).storage->drop_distance(obj);
     }
     return 0;
 }

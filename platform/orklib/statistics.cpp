@@ -46,7 +46,7 @@ void each(const ork_storage *storage, Visit visit) {
         }
     }
     if (storage != nullptr) {
-        storage->type_table.each([&](const ork_type_info &type) { each_variant(type, visit); });
+        storage->each_type([&](const ork_type_info &type) { each_variant(type, visit); });
     }
 }
 

@@ -1,6 +1,5 @@
 #include "type_table.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -8,16 +7,20 @@
 #include "ork/orklib.h"
 #include "runtime.h"
 #include "support/export.h"
+#include "variant_block.h"
 
 namespace ork {
 
+void *TypeTable::take(size_t size) {
+    return memory_.emplace_back(size / sizeof(std::max_align_t) + 1).data();
+}
+
 void *TypeTable::alloc(void *pool, uint32_t, size_t size) {
-    auto &table = *static_cast<TypeTable *>(pool);
+    auto &self = *static_cast<TypeTable *>(pool);
     uint32_t err = 0;
     return guarded(&err, [&]() -> void * {
-        const std::lock_guard lock(table.mutex_);
-        const size_t units = size / sizeof(std::max_align_t) + 1;
-        return table.memory_.emplace_back(units).data();
+        const std::lock_guard lock(self.mutex_);
+        return self.take(size);
     });
 }
 
@@ -33,9 +36,14 @@ uint32_t TypeTable::add(void *table, uint32_t, const char *luid_text, ork_type_i
     uint32_t err = 0;
     guarded(&err, [&] {
         const std::lock_guard lock(self.mutex_);
-        if (!self.types_.emplace(luid_text, copy).second) {
+        if (self.types_.contains(luid_text)) {
             err = EEXIST;
+            return;
         }
+        if (copy->varinfo != nullptr) {
+            copy->varinfo = write_variant_block(self.take(variant_block_size(copy->varinfo)), *copy->varinfo, nullptr);
+        }
+        self.types_.emplace(luid_text, copy);
     });
     return err;
 }
@@ -52,7 +60,6 @@ void enter_own_type(ork_handle *handle, uint32_t instance, const ork_type_info &
     std::memset(copy, 0, ORK_SHARED_TYPE_INFO_SIZE);
     *copy = type;
     copy->shared = handle->shared_types;
-    ork_update_variant_info(handle, instance, copy, &type, 1);
     handle->type_table_add_fn(handle->type_table, instance, copy->luid_text, copy);
 }
 
@@ -88,29 +95,25 @@ ORK_EXPORT const struct ork_type_info *ork_type_info_ptr_get(struct ork_handle *
 
 ORK_EXPORT uint32_t ork_update_variant_info(struct ork_handle *handle, uint32_t, struct ork_type_info *entry,
                                             const struct ork_type_info *tinfo, uint32_t is_new) {
-    const ork_variant_info &known = *tinfo->varinfo;
-    // A copy made just now, or one whose table could not be made then, still points at a module's own.
-    const bool has_table = is_new == 0 && entry->varinfo != nullptr && entry->varinfo != tinfo->varinfo;
-    const int kept = has_table ? entry->varinfo->n_variants : 0;
-    if (kept >= known.n_variants) {
+    // A table of ours gave the entry a block of its own when it was added; another's copy made just now has none yet.
+    ork_variant_info *former = __atomic_load_n(&entry->varinfo, __ATOMIC_ACQUIRE);
+    const bool borrowed = former == nullptr || (is_new != 0 && former == tinfo->varinfo);
+    if (!borrowed && former->n_variants >= tinfo->varinfo->n_variants) {
         return 0;
     }
-    const auto n = static_cast<size_t>(known.n_variants);
-    void *memory = handle->shared_alloc_fn(handle->shared_pool, ORK_NO_INSTANCE,
-                                           sizeof(ork_variant_info) + n * sizeof(ork_variant_entry));
+    void *memory =
+        handle->shared_alloc_fn(handle->shared_pool, ORK_NO_INSTANCE, ork::variant_block_size(tinfo->varinfo));
     if (memory == nullptr) {
         ork_store_err(handle, ENOMEM);
         return ENOMEM;
     }
-    auto *info = static_cast<ork_variant_info *>(memory);
-    *info = {known.n_variants, {}, reinterpret_cast<ork_variant_entry *>(info + 1)};
-    for (size_t i = 0; i < n; ++i) {
-        info->entries[i] = known.entries[i];
-        const bool counted = i < static_cast<size_t>(std::max(kept, 0));
-        info->entries[i].create_count = counted ? entry->varinfo->entries[i].create_count : 0;
-        info->entries[i].destroy_count = counted ? entry->varinfo->entries[i].destroy_count : 0;
+    ork_variant_info *info = ork::write_variant_block(memory, *tinfo->varinfo, borrowed ? nullptr : former);
+    // Another process may have brought a block of its own meanwhile. The longer one stays; nothing goes back to the pool.
+    while (!__atomic_compare_exchange_n(&entry->varinfo, &former, info, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) {
+        if (former->n_variants >= info->n_variants) {
+            break;
+        }
     }
-    entry->varinfo = info;
     return 0;
 }
 

@@ -28,6 +28,8 @@ public:
     }
 
 private:
+    void *take(size_t size);
+
     mutable std::mutex mutex_;
     std::deque<std::vector<std::max_align_t>> memory_;   // lives as long as the table
     std::map<std::string_view, ork_type_info *> types_;  // keys lie inside the copies

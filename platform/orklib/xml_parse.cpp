@@ -40,6 +40,8 @@ void mend_values_out_of_range(std::string &text) {
 
 struct Attempt {
     bool has_document_type = false;
+    int line = 0;  // of the first error: the ones behind it are its consequences
+    std::string message;
 };
 
 // Called at "<!DOCTYPE", before anything in it is read: no entity is ever declared.
@@ -47,6 +49,16 @@ void refuse_document_type(void *context, const xmlChar *, const xmlChar *, const
     auto *parser = static_cast<xmlParserCtxt *>(context);
     static_cast<Attempt *>(parser->_private)->has_document_type = true;
     xmlStopParser(parser);
+}
+
+void keep_first_error(void *context, xmlError *error) {
+    auto &attempt = *static_cast<Attempt *>(static_cast<xmlParserCtxt *>(context)->_private);
+    if (attempt.line != 0 || error->message == nullptr) {
+        return;
+    }
+    attempt.line = error->line;
+    const std::string_view message = error->message;
+    attempt.message = message.substr(0, message.find('\n'));
 }
 
 void explain(const xmlParserCtxt *parser, const Attempt &attempt, char *err_text, uint32_t err_text_len) {
@@ -58,10 +70,8 @@ void explain(const xmlParserCtxt *parser, const Attempt &attempt, char *err_text
         std::snprintf(err_text, err_text_len, "line %d: a document type is not accepted", line);
         return;
     }
-    std::string_view message = parser->lastError.message != nullptr ? parser->lastError.message : "no document";
-    message = message.substr(0, message.find('\n'));
-    std::snprintf(err_text, err_text_len, "line %d: %.*s", parser->lastError.line, static_cast<int>(message.size()),
-                  message.data());
+    const char *message = attempt.message.empty() ? "no document" : attempt.message.c_str();
+    std::snprintf(err_text, err_text_len, "line %d: %s", attempt.line, message);
 }
 
 ork_xml *parse(std::string_view original, uint32_t *err, char *err_text, uint32_t err_text_len) {
@@ -80,8 +90,10 @@ ork_xml *parse(std::string_view original, uint32_t *err, char *err_text, uint32_
     Attempt attempt;
     parser->_private = &attempt;
     parser->sax->internalSubset = refuse_document_type;
+    parser->sax->serror = keep_first_error;
     xmlDoc *document = xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
-                                         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+                                         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
+                                             XML_PARSE_BIG_LINES);
     if (document == nullptr || attempt.has_document_type) {
         xmlFreeDoc(document);
         *err = EINVAL;

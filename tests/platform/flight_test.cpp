@@ -74,6 +74,39 @@ TEST(Flight, RingKeepsTheNewest) {
     flight_ring_clear();
 }
 
+std::string content_of(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+// What a file holds that was opened and closed.
+std::string untouched_file() {
+    const std::string path = testing::TempDir() + "flight_test.untouched";
+    uint32_t err = 0;
+    flight_open(path.c_str(), &err);
+    flight_close();
+    const std::string content = err == 0 ? content_of(path) : "";
+    std::remove(path.c_str());
+    return content;
+}
+
+TEST(FlightDeathTest, FileBeforeAnyModuleOrTraceHasAHeadWithoutBuildId) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process in which nobody registered
+    EXPECT_EXIT(std::exit(untouched_file() == std::string("FLIGHT1\n\0", 9) ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST(Flight, HeadNamesTheFileOfAKnownModule) {
+    static uint16_t id = 0;
+    static uint32_t once = 0;
+    flight_module_init_fn("known", &id, &once);
+    const std::string bytes = untouched_file();
+    ASSERT_GT(bytes.size(), 29u);
+    EXPECT_EQ(bytes.substr(0, 9), "FLIGHT1\n\x14");
+    EXPECT_EQ(bytes.substr(29, 4), "FLFT");
+}
+
 TEST(Flight, FileHoldsHeadModulesTheTracedFileAndTheTrace) {
     const std::string path = testing::TempDir() + "flight_test.trace";
     uint16_t id = 0;
@@ -85,11 +118,13 @@ TEST(Flight, FileHoldsHeadModulesTheTracedFileAndTheTrace) {
     __FLf_1(section, 17, id, ORK_LEVEL_ERROR, "the argument");
     flight_close();
     __FLf_1(section, 18, id, ORK_LEVEL_ERROR, "after the end");
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    const std::string bytes = content.str();
-    EXPECT_EQ(bytes.substr(0, 12), "FLIGHT1\nFLFT");
+    const std::string bytes = content_of(path);
+    EXPECT_EQ(bytes.substr(0, 8), "FLIGHT1\n");
+    ASSERT_GT(bytes.size(), 9u);
+    const std::string build_id = bytes.substr(9, static_cast<uint8_t>(bytes[8]));
+    EXPECT_EQ(build_id.size(), 20u) << "of this program: the trace came from it";
+    EXPECT_EQ(bytes.substr(9 + build_id.size(), 4), "FLFT");
+    EXPECT_NE(bytes.find(build_id, 9 + build_id.size()), std::string::npos) << "again in front of the file's first trace";
     EXPECT_NE(bytes.find("in_the_file"), std::string::npos);
     EXPECT_NE(bytes.find(std::string(reinterpret_cast<const char *>(section), 16)), std::string::npos);
     EXPECT_NE(bytes.find("the argument"), std::string::npos);

@@ -7,11 +7,11 @@ class App;
 
 namespace wayfind {
 
-void add_agent(CLI::App &app);
-void add_show(CLI::App &app);
-void add_recording(CLI::App &app);
-void add_trace(CLI::App &app);
-void add_manifest(CLI::App &app);
-void add_types(CLI::App &app);
+void add_agent(CLI::App& app);
+void add_show(CLI::App& app);
+void add_recording(CLI::App& app);
+void add_trace(CLI::App& app);
+void add_manifest(CLI::App& app);
+void add_types(CLI::App& app);
 
 }  // namespace wayfind

@@ -1,0 +1,117 @@
+"""The sections for offline tools, in the built file and in a copy after strip."""
+import bz2
+import collections
+import re
+import struct
+import unittest
+
+from elf import ALLOC, EXECUTE, WRITE
+from subject import HERE, built, rows, stripped, types
+
+INDEX = [("d8386ffc9b58056dfed00107189c605a", 611), ("865a9f4b483b8238b89d4ae9c97bf0ff", 3865),
+         ("9e8b28a9eb796d25a381ca4855746a0f", 1180)]
+PATTERNS = ["1", "0", "44", "444", "51", "15", "111", "11", "4"]
+DIGITS = {"s": "1", "d": "4", "u": "4", "p": "5"}
+DECODER = ("01 03 04 01 01 03 04 04 04 04 04 04 04 05 04 01 04 04 01 05 07 04 01 04 01 04 01 05 04 01 04 01 02 04")
+
+
+def pattern_of(text):
+    return "".join(DIGITS[letter] for letter in re.findall("%([sdup])", text)) or "0"
+
+
+def form_of(text):
+    """The text with names put back in the places where each entry has its own."""
+    text = re.sub(r"(?<=value for )fwe_\w+", "{record}", text)
+    text = re.sub(r"(?<=detached )fwe_\w+", "{record}", text)
+    text = re.sub(r"detached {record} value for {record}", "detached {record} value for {message}", text)
+    text = re.sub(r"fwe_\w+(?= message)|(?<=fwe_ui_wayfind_)fwe_\w+(?=_message)|(?<=for message )fwe_\w+", "{message}", text)
+    text = re.sub(r"(?<=when printing )fwe_\w+|(?<=rendering XML for )fwe_\w+|(?<=when rendering )fwe_\w+", "{message}", text)
+    return re.sub(r"\bfwe_(cl|dp|pal)_\w+", "{type}", text)
+
+
+def entries_of(file):
+    """(pattern, text) of every entry, section by section."""
+    stream = bz2.decompress(file.sections[".flight_format_strings"].data).decode()
+    place = 0
+    for luid, _ in INDEX:
+        for identity, length in struct.iter_unpack("<IH", file.sections[".flight_luids_" + luid].data[20:]):
+            yield PATTERNS[identity >> 16], stream[place:place + length]
+            place += length
+    assert place == len(stream)
+
+
+class Sections(unittest.TestCase):
+    files = {"built": built, "stripped": stripped()}
+
+    def each(self):
+        for name, file in self.files.items():
+            with self.subTest(name):
+                yield file
+
+    def test_strip_takes_the_symbol_table(self):
+        self.assertNotIn(".symtab", self.files["stripped"].sections)
+
+    def test_index_sections_are_loaded_read_only_data_with_their_head_and_entries(self):
+        for file in self.each():
+            self.assertEqual([n for n in file.sections if n.startswith(".flight_luids_")], [".flight_luids_" + luid for luid, _ in INDEX])
+            for number, (luid, entries) in enumerate(INDEX):
+                section = file.sections[".flight_luids_" + luid]
+                self.assertEqual(section.kind, 1)
+                self.assertEqual(section.flags & (ALLOC | WRITE | EXECUTE), ALLOC)
+                self.assertTrue(file.loaded(section))
+                self.assertEqual(section.size, 20 + 6 * entries)
+                self.assertEqual(section.data[:20], struct.pack("<HH", 1, number) + bytes.fromhex(luid))
+
+    def test_texts_decoder_and_manifest_are_not_loaded(self):
+        for file in self.each():
+            for name, size in ((".flight_format_strings", 4101), (".flight_decoder", 34), (".manifest", 8000)):
+                section = file.sections[name]
+                self.assertEqual((section.kind, section.flags, section.address, section.size), (1, 0, 0, size), name)
+                self.assertFalse(file.loaded(section), name)
+
+    def test_texts_are_packed_to_the_told_bytes(self):
+        for file in self.each():
+            packed = file.sections[".flight_format_strings"].data
+            self.assertEqual(len(bz2.decompress(packed)), 214548)
+            self.assertEqual(packed[:4], b"BZh9")
+            self.assertEqual(bz2.decompress(packed), bz2.decompress((HERE / "trace_texts.bz2").read_bytes()))
+            self.assertEqual(packed, (HERE / "trace_texts.bz2").read_bytes())
+
+    def test_each_form_has_its_number_of_entries(self):
+        told = {text: int(entries) for entries, _, _, text in rows("trace_forms.tsv")}
+        self.assertEqual((len(told), sum(told.values())), (58, 5656))
+        for file in self.each():
+            self.assertEqual(dict(collections.Counter(form_of(text[1:]) for _, text in entries_of(file))), told)
+
+    def test_each_entry_has_the_pattern_of_its_conversions_and_begins_with_a_blank(self):
+        told = {text: pattern for _, pattern, _, text in rows("trace_forms.tsv")}
+        for file in self.each():
+            for pattern, text in entries_of(file):
+                self.assertEqual(text[0], " ")
+                self.assertEqual(pattern, pattern_of(text))
+                self.assertEqual(pattern, told[form_of(text[1:])])
+
+    def test_decoder_section(self):
+        for file in self.each():
+            self.assertEqual(file.sections[".flight_decoder"].data, bytes.fromhex(DECODER))
+
+    def test_manifest_is_a_digest_and_a_build_record(self):
+        words = {"type": "type", "enum": "enum", "flag": "flag", "message": "mess"}
+
+        def line(t):
+            size = 0 if t.kind == "message" else (t.variants[-1][0] + 7) // 8 * 8
+            return f"{t.luid}:{t.definition}{words[t.kind]}{len(t.variants) - 1:03}:{size:05}N\n"
+        lines = [line(t) for t in sorted((t for t in types if t.kind != "message"), key=lambda t: t.name)]
+        lines += [line(t) for t in sorted((t for t in types if t.kind == "message"), key=lambda t: t.luid)]
+        digest = ("# fwe_ui_wayfind.digest\n" + "".join(lines)).encode() + b"\0"
+        self.assertEqual((len(lines), len(digest)), (96, 7705))
+        for file in self.each():
+            data = file.sections[".manifest"].data
+            self.assertEqual(data[:8 + 7705 + 3], struct.pack("<II", 7705, 2) + digest + bytes(3))
+            self.assertEqual(struct.unpack_from("<II", data, 7716), (276, 1))
+            self.assertRegex(data[7724:8000].decode(), r"\Afwe_ui_wayfind\npkg_id: 0{40}\nbuilt by: .+\non host: .+\npid: .+\nat: .+\n"
+                                                       r"comment: .*\n\0\Z")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,280 @@
+// What marshal, unmarshal, to_xml, from_xml and the small types call, in order.
+#include "fwe_ui_wayfind/fwe_ui_wayfind.h"
+#include "support/fixture.h"
+#include "tests/behaviour/encoders_records.h"
+
+namespace {
+
+using namespace forms;
+
+// A mem_st under a spy: fields at 12, 16 and 24, its states behind the body of 40.
+class MemStCalls : public testing::Test {
+protected:
+    explicit MemStCalls(const fixture::Mode &mode = fixture::plain) : h(mode), object(mem.create(h, instance)) {
+        spy::name(object, 40, "obj");
+        spy::name(buffer, sizeof buffer, "buf");
+    }
+    ~MemStCalls() override { mem.destroy(h, instance, object); }
+
+    const Calls &mem = calls_of("fwe_cl_wayfind_mem_st");
+    fixture::Handle h;
+    void *object;
+    uint8_t buffer[100] = {};
+};
+
+struct TrackedMemStCalls : MemStCalls {
+    TrackedMemStCalls() : MemStCalls(fixture::tracked) {}
+};
+
+TEST_F(MemStCalls, OfMarshal) {
+    spy::Log log;
+    mem.marshal(h, instance, buffer, object, 90, &h.err);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
+                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),err)", "_ork_instance_variant_marshal(7,buf,?,90,err)",
+                       "ork_get_instance_obj_flag(obj,1,0)", "_ork_instance_obj_flag_marshal(7,buf+1,?,89,err)",
+                       "_ork_variant_jump_marshal(7,buf+2,?,88,err)", "u_int32_marshal(7,buf+6,obj+12,84,err)",
+                       "u_int64_marshal(7,buf+10,obj+16,80,err)", "u_int64_marshal(7,buf+18,obj+24,72,err)",
+                       "_ork_variant_jump_marshal(7,buf+2,?,4,err)"});
+}
+
+TEST_F(TrackedMemStCalls, OfMarshalLeaveRoomForTheStates) {
+    spy::Log log;
+    mem.marshal(h, instance, buffer, object, 90, &h.err);
+    EXPECT_CALLS(log.calls_of({"u_int32_marshal", "u_int64_marshal", "_ork_variant_jump_marshal", "orklib_get_sttr_offset"}),
+                 {"_ork_variant_jump_marshal(7,buf+2,?,88,err)", "u_int32_marshal(7,buf+6,obj+12,84,err)",
+                  "u_int64_marshal(7,buf+11,obj+16,79,err)", "u_int64_marshal(7,buf+20,obj+24,70,err)",
+                  "_ork_variant_jump_marshal(7,buf+2,?,4,err)"});
+}
+
+TEST_F(MemStCalls, OfMarshalForCloneAskTheDomainAsWellAndDoNotHeedIt) {
+    const auto older = spy::answer(ork_domain_lookup_variant, int8_t{-1});
+    spy::Log log;
+    EXPECT_EQ(mem.marshal_for_clone(h, instance, buffer, object, 90, &h.err), 26u);
+    EXPECT_EQ(log.count("ork_domain_lookup_variant"), 1u);
+    EXPECT_EQ(log.count("ork_store_epoch_err"), 0u);
+}
+
+TEST_F(MemStCalls, OfMarshalReportALoweredVariant) {
+    const auto older = spy::answer(ork_domain_lookup_variant, int8_t{-1});
+    spy::Log log;
+    EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 6u);
+    EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), {"ork_store_epoch_err(43,err)"});
+}
+
+TEST_F(MemStCalls, OfMarshalWriteRaDataFromAZeroWordAndByte) {
+    static_cast<ork_object *>(object)->obj_flags |= OBJ_RA_DATA;
+    spy::Log log;
+    EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 35u);
+    EXPECT_CALLS(log.calls_of({"_ork_instance_ra_data_marshal", "_ork_variant_jump_marshal"}),
+                 {"_ork_instance_ra_data_marshal(7,buf+2,?,?,88,err)", "_ork_variant_jump_marshal(7,buf+11,?,79,err)",
+                  "_ork_variant_jump_marshal(7,buf+11,?,4,err)"});
+    static_cast<ork_object *>(object)->obj_flags &= static_cast<uint8_t>(~OBJ_RA_DATA);
+}
+
+TEST_F(MemStCalls, OfMarshalAreAllMadeAfterAnErrorToo) {
+    const auto failing = spy::fail(u_int32_marshal, 5);
+    spy::Log log;
+    mem.marshal(h, instance, buffer, object, 90, &h.err);
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_CALLS(log.calls_of({"u_int32_marshal", "u_int64_marshal", "_ork_variant_jump_marshal"}),
+                 {"_ork_variant_jump_marshal(7,buf+2,?,88,err)", "u_int32_marshal(7,buf+6,obj+12,84,err)",
+                  "u_int64_marshal(7,buf+6,obj+16,84,err)", "u_int64_marshal(7,buf+6,obj+24,84,err)",
+                  "_ork_variant_jump_marshal(7,buf+2,?,4,err)"});
+}
+
+TEST_F(MemStCalls, OfUnmarshalHandReuseStorageOn) {
+    mem.marshal(h, instance, buffer, object, 90, &h.err);
+    spy::Log log;
+    mem.unmarshal(h, instance, buffer, object, 90, 3, &h.err);
+    EXPECT_CALLS(log.calls_of({"ork_clear_last_error", "_ork_instance_variant_unmarshal", "_ork_instance_obj_flag_unmarshal",
+                               "_ork_variant_jump_unmarshal", "u_int32_unmarshal", "u_int64_unmarshal"}),
+                 {"ork_clear_last_error()", "_ork_instance_variant_unmarshal(7,buf,?,90,err)", "_ork_instance_obj_flag_unmarshal(7,buf+1,?,89,err)",
+                  "_ork_variant_jump_unmarshal(7,buf+2,?,88,err)", "u_int32_unmarshal(7,buf+6,obj+12,84,3,err)",
+                  "u_int64_unmarshal(7,buf+10,obj+16,80,3,err)", "u_int64_unmarshal(7,buf+18,obj+24,72,3,err)"});
+}
+
+TEST_F(MemStCalls, OfLengthAskForEachWidth) {
+    spy::Log log;
+    mem.len(h, instance, object);
+    EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}), {"u_int32_len(7,obj+12)", "u_int64_len(7,obj+16)", "u_int64_len(7,obj+24)"});
+}
+
+TEST_F(MemStCalls, OfLengthOfNullAskWithNull) {
+    spy::Log log;
+    mem.len(h, instance, nullptr);
+    EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}), {"u_int32_len(7,null)", "u_int64_len(7,null)", "u_int64_len(7,null)"});
+}
+
+TEST_F(TrackedMemStCalls, OfToXmlPassEachState) {
+    uint32_t err = 0;
+    fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(object), 6, &err);
+    spy::Log log;
+    char text[400];
+    spy::name(text, sizeof text, "text");
+    mem.to_xml(h, instance, "m", text, object, 400, 5, &h.err);
+    EXPECT_CALLS(log.calls_of({"start_tag", "u_int32_to_xml", "u_int64_to_xml", "end_tag"}),
+                 {"start_tag(7,text,'m',400,5,err)", "u_int32_to_xml(7,'fwe_num',text+14,obj+12,386,0,err)",
+                  "u_int64_to_xml(7,'ppe_addr',text+35,obj+16,365,6,err)", "u_int64_to_xml(7,'exmem_addr',text+68,obj+24,332,0,err)",
+                  "end_tag(7,text+94,'m',306,err)"});
+}
+
+TEST_F(MemStCalls, OfToXmlSkipFieldsOnceAnErrorStandsButCloseTheElement) {
+    const auto failing = spy::fail(u_int32_to_xml, 5);
+    spy::Log log;
+    char text[400];
+    mem.to_xml(h, instance, "m", text, object, 400, 0, &h.err);
+    EXPECT_EQ(log.count("u_int32_to_xml"), 1u);
+    EXPECT_EQ(log.count("u_int64_to_xml"), 0u);
+    EXPECT_EQ(log.count("end_tag"), 1u);
+    EXPECT_EQ(h.err, 5u);
+}
+
+TEST_F(MemStCalls, OfFromXmlAskForTheElementAndThenForEachField) {
+    const Document document = parsed("<r><fwe_num>1</fwe_num></r>");
+    spy::name_at(document.get(), "xml");
+    char reason[10];
+    spy::name(reason, sizeof reason, "reason");
+    spy::Log log;
+    mem.from_xml(h, instance, "//r", document.get(), object, &h.err, reason, 10);
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_CALLS(log.calls_of({"ork_clear_last_error", "xml_get_element_nodecount", "u_int32_from_xml", "u_int64_from_xml"}),
+                 {"ork_clear_last_error()", "xml_get_element_nodecount(xml,'//r',?)", "u_int32_from_xml(7,'//r/fwe_num',xml,obj+12,err,reason,10)",
+                  "u_int64_from_xml(7,'//r/ppe_addr',xml,obj+16,err,reason,10)", "u_int64_from_xml(7,'//r/exmem_addr',xml,obj+24,err,reason,10)"});
+}
+
+TEST(ArrayCalls, OfFromXmlMakeAScratchForEachElementAndOneMore) {
+    fixture::Handle h;
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    void *const object = path.create(h, instance);
+    const Document document = parsed("<r><path_id>1</path_id><path_id>2</path_id></r>");
+    spy::name_at(document.get(), "xml");
+    {
+        spy::Log log;
+        path.from_xml(h, instance, "//r", document.get(), object, &h.err, nullptr, 0);
+        EXPECT_EQ(h.err, 0u);
+        std::vector<std::string> names;
+        for (const std::string &call : log.calls_of({"u_int32_create", "u_int32_from_xml", "u_int32_set", "u_int32_destroy"})) {
+            names.push_back(call.substr(0, call.find('(')));
+        }
+        EXPECT_EQ(names, (std::vector<std::string>{"u_int32_create", "u_int32_from_xml", "u_int32_set", "u_int32_destroy", "u_int32_create",
+                                                   "u_int32_from_xml", "u_int32_set", "u_int32_destroy", "u_int32_create", "u_int32_from_xml",
+                                                   "u_int32_destroy"}));
+    }
+    path.destroy(h, instance, object);
+}
+
+TEST(ArrayCalls, OfFromXmlStartTheTraceModuleBeforeEachRecordScratch) {
+    fixture::Handle h;
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    void *const object = path.create(h, instance);
+    const Document document = parsed("<r><path_id_str/><path_id_str/></r>");
+    {
+        spy::Log log;
+        path.from_xml(h, instance, "//r", document.get(), object, &h.err, nullptr, 0);
+        EXPECT_EQ(h.err, 0u);
+        EXPECT_EQ(log.count("flight_module_init_fn"), 3u);
+    }
+    path.destroy(h, instance, object);
+}
+
+TEST(ArrayCalls, OfLengthOfFixedElementsAskTheFirstOne) {
+    fixture::Handle h;
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    void *const object = path.create(h, instance);
+    fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_set(
+        h, instance, static_cast<fwe_cl_wayfind_sel_lb_path_human_readable_st *>(object), 4, nullptr, &h.err);
+    {
+        spy::Log log;
+        EXPECT_EQ(path.len(h, instance, object), 10u + 5 * 20);
+        EXPECT_EQ(log.count("char_len"), 1u);
+    }
+    path.destroy(h, instance, object);
+}
+
+TEST(ArrayCalls, OfUnmarshalTellTheDistanceBeforeTheElementIsInitialised) {
+    fixture::Handle h(fixture::tracked);
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    void *const object = path.create(h, instance);
+    fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_set_cr(
+        h, static_cast<fwe_cl_wayfind_sel_lb_path_human_readable_st *>(object), 0, nullptr, 1);
+    h->cr_error = 0;
+    Bytes image = hex("00 08 00000024 00000001 00 08 00000013 6162000000000000000000000000 02 02 02");
+    {
+        spy::Log log;
+        path.unmarshal(h, instance, image.data(), object, static_cast<int32_t>(image.size()), 0, &h.err);
+        EXPECT_EQ(h.err, 0u);
+        std::vector<std::string> names;
+        for (const std::string &call : log.calls_of({"orklib_update_sttr_offset", "orklib_type_stats_create_object", "char_unmarshal"})) {
+            if (names.empty() || names.back() != call.substr(0, call.find('('))) {
+                names.push_back(call.substr(0, call.find('(')));
+            }
+        }
+        EXPECT_EQ(names, (std::vector<std::string>{"orklib_update_sttr_offset", "orklib_type_stats_create_object", "char_unmarshal"}));
+    }
+    path.destroy(h, instance, object);
+}
+
+// ---- Enums and the flag set --------------------------------------------------------------------------------------
+
+TEST(EnumCalls, OfMarshalAndUnmarshal) {
+    fixture::Handle h;
+    auto *const state = fwe_cl_wayfind_chan_state_e_create(h, instance);
+    spy::name(state, 16, "obj");
+    uint8_t buffer[10] = {};
+    spy::name(buffer, sizeof buffer, "buf");
+    {
+        spy::Log log;
+        fwe_cl_wayfind_chan_state_e_marshal(h, instance, buffer, state, 10, &h.err);
+        EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,0,1)", "ork_get_manifested_type_info(obj)",
+                           "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_chan_state_e),err)",
+                           "_ork_instance_variant_marshal(7,buf,?,10,err)", "u_int32_marshal(7,buf+1,obj+12,9,err)"});
+        log.clear();
+        fwe_cl_wayfind_chan_state_e_unmarshal(h, instance, buffer, state, 10, 4, &h.err);
+        EXPECT_CALLS(log.calls_of({"ork_clear_last_error", "_ork_instance_variant_unmarshal", "u_int32_unmarshal", "write_notify_fn"}),
+                     {"ork_clear_last_error()", "_ork_instance_variant_unmarshal(7,buf,?,10,err)", "u_int32_unmarshal(7,buf+1,obj+12,9,4,err)",
+                      "write_notify_fn(obj+12,4,7,obj)"});
+    }
+    fwe_cl_wayfind_chan_state_e_destroy(h, instance, state);
+}
+
+TEST(EnumCalls, OfFromXmlProbeEachNameInTurnUntilOneIsThere) {
+    fixture::Handle h;
+    auto *const type = fwe_cl_wayfind_show_global_type_e_create(h, instance);
+    const Document document = parsed("<e><WAYFIND_UI_GLOBAL_INFO/></e>");
+    spy::name_at(document.get(), "xml");
+    {
+        spy::Log log;
+        fwe_cl_wayfind_show_global_type_e_from_xml(h, instance, "//e", document.get(), type, &h.err, nullptr, 0);
+        EXPECT_CALLS(log, {"ork_clear_last_error()", "xml_get_element_value(xml,'//e/WAYFIND_UI_GLOBAL_PARAM',?,128,0)", "ork_store_err(2)",
+                           "xml_get_element_value(xml,'//e/WAYFIND_UI_GLOBAL_INFO',?,128,0)"});
+    }
+    EXPECT_EQ(h.err, 0u);
+    fwe_cl_wayfind_show_global_type_e_destroy(h, instance, type);
+}
+
+TEST(FlagCalls, OfMarshalAndPrint) {
+    fixture::Handle h;
+    auto *const flags = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
+    fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, flags, 2, 1, &h.err);
+    spy::name(flags, 24, "obj");
+    uint8_t buffer[10] = {};
+    char text[100] = "";
+    spy::name(buffer, sizeof buffer, "buf");
+    spy::name(text, sizeof text, "text");
+    {
+        spy::Log log;
+        fwe_cl_wayfind_hop_chan_flags_marshal(h, instance, buffer, flags, 10, &h.err);
+        EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,0,1)", "ork_get_manifested_type_info(obj)",
+                           "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_hop_chan_flags),err)",
+                           "_ork_instance_variant_marshal(7,buf,?,10,err)", "_ork_variant_jump_marshal(7,buf+1,?,9,err)",
+                           "_ork_variant_jump_marshal(7,buf+1,?,4,err)"});
+        log.clear();
+        fwe_cl_wayfind_hop_chan_flags_print(h, instance, text, 2, "f", flags, 100, &h.err);
+        EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_print_space(7,text,2,100,err)",
+                           "ork_snprintf(7,text+2,98,err,'f@fwe_cl_wayfind_hop_chan_flags:')",
+                           "ork_snprintf(7,text+34,66,err,'WAYFIND_UI_HOP_CHAN_FLAG_ACK ')", "ork_snprintf(7,text+63,37,err,'\\n')"});
+    }
+    fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, flags);
+}
+
+}  // namespace

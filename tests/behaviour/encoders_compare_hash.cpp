@@ -1,0 +1,203 @@
+// Order and hash of records: values by kind, what takes part and what does not.
+#include "fwe_ui_wayfind/fwe_ui_wayfind.h"
+#include "ork/superfasthash.h"
+#include "tests/behaviour/encoders_values.h"
+
+namespace {
+
+using namespace forms;
+
+class CompareHash : public testing::Test {
+protected:
+    const Handle handle{ORK_TRACKING_OFF};
+    uint32_t err = 0;
+};
+
+TEST_F(CompareHash, NumbersDifferByOneWhateverTheirDistance) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_mem_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    auto *const mem = static_cast<fwe_cl_wayfind_mem_st *>(b.get());
+    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, 3, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -1);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
+    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, 0xffffffff, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -1) << "unsigned";
+    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, 0, &err);
+    fwe_cl_wayfind_mem_st_exmem_addr_set_value(handle, instance, mem, UINT64_MAX, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -1);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
+}
+
+TEST_F(CompareHash, TheFirstFieldThatDiffersDecides) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_mem_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    fwe_cl_wayfind_mem_st_ppe_addr_set_value(handle, instance, static_cast<fwe_cl_wayfind_mem_st *>(a.get()), 1, &err);
+    fwe_cl_wayfind_mem_st_exmem_addr_set_value(handle, instance, static_cast<fwe_cl_wayfind_mem_st *>(b.get()), 9, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), 1);
+}
+
+TEST_F(CompareHash, EnumsDifferByTheirDistance) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_chan_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    fwe_cl_wayfind_chan_st_state_set_value(handle, instance, static_cast<fwe_cl_wayfind_chan_st *>(b.get()), 3, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -3);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 3);
+}
+
+TEST_F(CompareHash, FlagSetsDifferByTheirBytes) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_hop_chan_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    auto *const flags = fwe_cl_wayfind_hop_chan_st_flags_show_get(handle, instance, static_cast<fwe_cl_wayfind_hop_chan_st *>(b.get()), &err);
+    fwe_cl_wayfind_hop_chan_flags_set_value(handle, instance, flags, 4, 1, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -16);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 16);
+}
+
+TEST_F(CompareHash, ArraysOfDifferentCountDifferByThatAlone) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    auto *const shorter = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(a.get());
+    auto *const longer = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(b.get());
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, shorter, 0, 0xffffffff, &err);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, longer, 1, 0, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -1);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
+}
+
+TEST_F(CompareHash, ArraysOfNumbersDifferAsTheirBytesInMemoryDo) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(a.get()), 0, 0x0100, &err);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(b.get()), 0, 0x0001, &err);
+    EXPECT_LT(calls.compare(a.get(), b.get()), 0) << "the lower byte comes first in memory";
+    EXPECT_GT(calls.compare(b.get(), a.get()), 0);
+}
+
+TEST_F(CompareHash, ArraysOfRecordsDifferByTheFirstElementThatDoes) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    const Object a = filled(handle, calls, 3);
+    const Object b = filled(handle, calls, 3);
+    const auto name_second = [&](const Object &object, const char *name) {
+        auto *const element = fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_get(
+            handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_human_readable_st *>(object.get()), 1, &err);
+        fwe_cl_wayfind_hop_id_readable_format_st_hop_id_str_set(handle, instance, element, name, 1, &err);
+    };
+    name_second(a, "b");
+    name_second(b, "a");
+    EXPECT_GT(calls.compare(a.get(), b.get()), 0);
+    EXPECT_LT(calls.compare(b.get(), a.get()), 0);
+}
+
+TEST_F(CompareHash, EmptyArraysAreEqualAndHashAsNothing) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), 0);
+    const uint32_t zero = 0;
+    EXPECT_EQ(calls.hash(a.get(), 5), u_int32_hash(&zero, u_int32_hash(&zero, 5)));
+}
+
+TEST_F(CompareHash, TextsDifferBehindTheirTerminatorAsWell) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_auto_tunnel_misc");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    auto *const left = static_cast<fwe_cl_wayfind_auto_tunnel_misc *>(a.get());
+    auto *const right = static_cast<fwe_cl_wayfind_auto_tunnel_misc *>(b.get());
+    const wayfind_field &field = calls.schema->fields[0];
+    const auto set = [&](void *object, const char *text) {
+        find<void(ork_handle *, uint32_t, void *, const char *, uint32_t, uint32_t *)>(field.functions, "_set")(
+            handle, instance, object, text, static_cast<uint32_t>(std::strlen(text)), &err);
+    };
+    set(left, "abcdef");
+    set(left, "ab");
+    set(right, "ab");
+    EXPECT_EQ(printed(handle, calls, a.get()), printed(handle, calls, b.get()));
+    EXPECT_GT(calls.compare(a.get(), b.get()), 0);
+    EXPECT_NE(calls.hash(a.get(), 0), calls.hash(b.get(), 0));
+}
+
+TEST_F(CompareHash, HeadersAndStatesTakeNoPart) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_mem_st");
+    const Handle tracking(ORK_TRACKING_ON);
+    const Object a = filled(tracking, calls, 0);
+    const Object b = filled(handle, calls, 0);
+    b.header().variant = -5;
+    b.header().variant_cap = 77;
+    EXPECT_EQ(calls.compare(a.get(), b.get()), 0);
+    EXPECT_EQ(calls.hash(a.get(), 1), calls.hash(b.get(), 1));
+    b.header().variant = 0;
+    b.header().variant_cap = 0;
+}
+
+TEST_F(CompareHash, LaterFieldsCountWhateverTheVariant) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_auto_tunnel");
+    const Object newer = filled(handle, calls, 0);
+    const Object older = filled(handle, calls, 0);
+    older.header().variant = 0;
+    EXPECT_EQ(calls.compare(newer.get(), older.get()), 0) << "they hold the same bytes";
+    std::memset(static_cast<uint8_t *>(older.get()) + 24, 0, 64);
+    EXPECT_NE(calls.compare(newer.get(), older.get()), 0);
+    newer.header().variant = 0;
+    EXPECT_NE(calls.compare(newer.get(), older.get()), 0) << "also when neither has reached them";
+    EXPECT_NE(calls.hash(newer.get(), 0), calls.hash(older.get(), 0));
+}
+
+TEST_F(CompareHash, AnOlderRecordEqualsANewerOneWhoseLaterFieldsAreZero) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_auto_tunnel");
+    const Object newer(handle, calls);
+    const TypeList list = release_list(0);
+    const Handle old_handle(Handle::Options{.release = list.get()});
+    const Object older(old_handle, calls);
+    fwe_cl_wayfind_auto_tunnel_table_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_auto_tunnel *>(newer.get()), 4, &err);
+    fwe_cl_wayfind_auto_tunnel_table_id_set_value(old_handle, instance, static_cast<fwe_cl_wayfind_auto_tunnel *>(older.get()), 4, &err);
+    EXPECT_EQ(older.header().variant, 0);
+    EXPECT_EQ(newer.header().variant, 1);
+    EXPECT_EQ(calls.compare(newer.get(), older.get()), 0);
+    EXPECT_EQ(calls.hash(newer.get(), 0), calls.hash(older.get(), 0));
+}
+
+TEST_F(CompareHash, HashOfMemStChainsItsFieldsInOrder) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_mem_st");
+    const Object object(handle, calls);
+    auto *const mem = static_cast<fwe_cl_wayfind_mem_st *>(object.get());
+    const uint32_t number = 0x01020304;
+    const uint64_t ppe = 0x1112131415161718;
+    const uint64_t exmem = 0x2122232425262728;
+    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, number, &err);
+    fwe_cl_wayfind_mem_st_ppe_addr_set_value(handle, instance, mem, ppe, &err);
+    fwe_cl_wayfind_mem_st_exmem_addr_set_value(handle, instance, mem, exmem, &err);
+    EXPECT_EQ(calls.hash(mem, 77), u_int64_hash(&exmem, u_int64_hash(&ppe, u_int32_hash(&number, 77))));
+}
+
+TEST_F(CompareHash, HashTakesTheCountOfAnArrayTwice) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_dst_site_st");
+    const Object object(handle, calls);
+    const uint16_t sites[] = {1, 2, 0xffff};
+    const uint32_t count = 3;
+    fwe_cl_wayfind_sel_lb_dst_site_st_dst_site_id_set_mem(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_dst_site_st *>(object.get()),
+                                                          sites, count, &err);
+    EXPECT_EQ(calls.hash(object.get(), 77), SuperFastHash(sites, sizeof sites, u_int32_hash(&count, u_int32_hash(&count, 77))));
+}
+
+TEST_F(CompareHash, HashOfEnumAndFlagSetCoversValueAndByteAlone) {
+    auto *const state = fwe_cl_wayfind_chan_state_e_create(handle, instance);
+    fwe_cl_wayfind_chan_state_e_set_value(handle, instance, state, 2, &err);
+    const uint32_t value = 2;
+    EXPECT_EQ(fwe_cl_wayfind_chan_state_e_hash(state, 9), SuperFastHash(&value, 4, 9));
+    EXPECT_EQ(fwe_cl_wayfind_chan_state_e_hash(nullptr, 9), 9u);
+    fwe_cl_wayfind_chan_state_e_destroy(handle, instance, state);
+    auto *const flags = fwe_cl_wayfind_hop_chan_flags_create(handle, instance);
+    fwe_cl_wayfind_hop_chan_flags_set_value(handle, instance, flags, 3, 1, &err);
+    const uint8_t byte = 8;
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_hash(flags, 9), SuperFastHash(&byte, 1, 9));
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_hash(nullptr, 9), 9u);
+    fwe_cl_wayfind_hop_chan_flags_destroy(handle, instance, flags);
+}
+
+}  // namespace

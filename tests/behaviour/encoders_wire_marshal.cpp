@@ -1,0 +1,345 @@
+// What marshal and the lengths do beyond the plain image: variants, tracking, room, and the domain.
+#include "fwe_ui_wayfind/fwe_ui_wayfind.h"
+#include "support/fixture.h"
+#include "tests/behaviour/encoders_values.h"
+
+namespace {
+
+using namespace forms;
+
+const Calls &mem() {
+    return calls_of("fwe_cl_wayfind_mem_st");
+}
+const Calls &tunnel() {
+    return calls_of("fwe_cl_wayfind_auto_tunnel");
+}
+const Calls &bytes_array() {
+    return calls_of("fwe_cl_wayfind_sel_lb_src_intf_st");
+}
+
+uint32_t marshal(ork_handle *handle, const Calls &calls, Bytes &buffer, const void *object, int32_t length, uint32_t &err) {
+    return calls.marshal(handle, instance, buffer.data(), object, length, &err);
+}
+
+TEST(Marshal, IntoNoRoomOrANegativeOneIs90) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object(handle, mem());
+    for (const int32_t length : {0, -1, INT32_MIN}) {
+        for (const auto function : {mem().marshal, mem().marshal_for_clone}) {
+            Bytes buffer(8, 0xa5);
+            uint32_t err = 0;
+            EXPECT_EQ(function(handle, instance, buffer.data() + 4, object.get(), length, &err), 0u);
+            EXPECT_EQ(err, 90u);
+            EXPECT_EQ(ork_handle_last_error(handle), 90u);
+            EXPECT_EQ(buffer, Bytes(8, 0xa5));
+        }
+    }
+}
+
+TEST(Marshal, ClearsTheLastErrorOnceItBegins) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object(handle, mem());
+    ork_store_err(handle, 5);
+    (void)marshalled(handle, mem(), object.get());
+    EXPECT_EQ(ork_handle_last_error(handle), 0u);
+}
+
+TEST(Marshal, OfANegativeVariantIsTheBaseAloneWithAJumpOf4) {
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle handle(tracking);
+        const Object object(handle, mem());
+        object.header().variant = -3;
+        EXPECT_EQ(marshalled(handle, mem(), object.get()), hex(tracking == ORK_TRACKING_ON ? "fd 08 00000004" : "fd 00 00000004"));
+        EXPECT_EQ(mem().len(handle, instance, object.get()), 6u);
+        object.header().variant = 0;
+    }
+}
+
+TEST(Marshal, OfAnUntrackedRecordWhileTrackingWritesZeroStatesAndTheFlagAllTheSame) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, mem(), 0);
+    const Bytes plain = marshalled(handle, mem(), object.get());
+    ork_handle_set_tracking(handle, ORK_TRACKING_ON);
+    const Bytes image = marshalled(handle, mem(), object.get());
+    ork_handle_set_tracking(handle, ORK_TRACKING_OFF);
+    Bytes expected = hex("00 08 0000001b");
+    for (const auto &[begin, end] : {std::pair{6, 10}, {10, 18}, {18, 26}}) {
+        expected.insert(expected.end(), plain.begin() + begin, plain.begin() + end);
+        expected.push_back(0);
+    }
+    EXPECT_EQ(image, expected);
+}
+
+TEST(Marshal, OfAnUntrackedArrayWhileTrackingWritesZeroStatesForTheArrayAndItsElements) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, bytes_array(), 3);
+    Bytes expected = marshalled(handle, bytes_array(), object.get());
+    ork_handle_set_tracking(handle, ORK_TRACKING_ON);
+    const Bytes image = marshalled(handle, bytes_array(), object.get());
+    ork_handle_set_tracking(handle, ORK_TRACKING_OFF);
+    expected[1] = 0x08;
+    expected[5] = static_cast<uint8_t>(expected[5] + 4);
+    expected.insert(expected.end(), 4, 0);
+    EXPECT_EQ(image, expected);
+}
+
+TEST(Marshal, OfATrackedArrayWhoseElementBytesAreMissingWritesZeroesForThem) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Object object = filled(handle, bytes_array(), 3);
+    // The entry of the array: the whole byte, then the pointer to the bytes of the elements at 8.
+    auto *const entry = static_cast<uint8_t *>(object.get()) + 32;
+    uint8_t *elements = nullptr;
+    std::memcpy(&elements, entry + 8, sizeof elements);
+    ASSERT_NE(elements, nullptr);
+    std::memset(entry + 8, 0, 8);
+    Bytes image = marshalled(handle, bytes_array(), object.get());
+    std::memcpy(entry + 8, &elements, sizeof elements);
+    ASSERT_EQ(image.size(), 6u + 4 + 3 + 1 + 3);
+    EXPECT_EQ(image[13], state_of("fwe_cl_wayfind_sel_lb_src_intf_st/src_intf_id"));
+    EXPECT_EQ(Bytes(image.end() - 3, image.end()), Bytes(3, 0));
+}
+
+TEST(Marshal, WhileNotTrackingLeavesATrackedRecordsStatesOut) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Object object = filled(handle, mem(), 0);
+    ork_handle_set_tracking(handle, ORK_TRACKING_OFF);
+    const Bytes image = marshalled(handle, mem(), object.get());
+    ork_handle_set_tracking(handle, ORK_TRACKING_ON);
+    EXPECT_EQ(image.size(), 26u);
+    EXPECT_EQ(image[1], 0);
+}
+
+TEST(Marshal, PutsTheLastStateByteBehindAFullBufferWithoutCountingIt) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Object object = filled(handle, mem(), 0);
+    const Bytes image = marshalled(handle, mem(), object.get());
+    Bytes buffer(30, 0xa5);
+    uint32_t err = 0;
+    EXPECT_EQ(marshal(handle, mem(), buffer, object.get(), 28, err), 28u);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(buffer[28], image[28]);
+    EXPECT_EQ(buffer[29], 0xa5);
+    EXPECT_EQ(buffer[5], 26) << "the jump does not count it either";
+}
+
+TEST(Marshal, WithAShortFieldGoesOnAndCountsTheStateBytesThatFollow) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Object object = filled(handle, mem(), 0);
+    Bytes buffer(20, 0xa5);
+    uint32_t err = 0;
+    // Room for the base, fwe_num and its state; then 2 bytes, which take the states of the two fields that do not fit.
+    EXPECT_EQ(marshal(handle, mem(), buffer, object.get(), 13, err), 13u);
+    EXPECT_EQ(err, 90u);
+    EXPECT_EQ(Bytes(buffer.begin() + 2, buffer.begin() + 6), Bytes(4, 0)) << "the primitives write nothing after an error: the reserved jump";
+    EXPECT_EQ(buffer[11], state_of("fwe_cl_wayfind_mem_st/ppe_addr"));
+    EXPECT_EQ(buffer[12], state_of("fwe_cl_wayfind_mem_st/exmem_addr"));
+    EXPECT_EQ(Bytes(buffer.begin() + 13, buffer.end()), Bytes(7, 0xa5));
+}
+
+TEST(Marshal, OfAnArrayOfBytesThatDoesNotFitCopiesWhatDoes) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, bytes_array(), 5);
+    const Bytes image = marshalled(handle, bytes_array(), object.get());
+    for (int32_t length = 10; length < 15; ++length) {
+        Bytes buffer(20, 0xa5);
+        uint32_t err = 0;
+        EXPECT_EQ(marshal(handle, bytes_array(), buffer, object.get(), length, err), static_cast<uint32_t>(length));
+        EXPECT_EQ(err, 90u);
+        EXPECT_EQ(ork_handle_last_error(handle), 90u);
+        EXPECT_EQ(Bytes(buffer.begin() + 6, buffer.begin() + length), Bytes(image.begin() + 6, image.begin() + length));
+        EXPECT_EQ(buffer[static_cast<size_t>(length)], 0xa5);
+    }
+}
+
+TEST(Marshal, LowersARecordToWhatTheDomainTakes) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, tunnel(), 0);
+    const Bytes whole = marshalled(handle, tunnel(), object.get());
+    handle.set_peer(release_list(9, tunnel().name(), 0).get());
+    const Bytes lowered = marshalled(handle, tunnel(), object.get());
+    EXPECT_EQ(ork_handle_last_error(handle), 43u);
+    Bytes expected(whole.begin(), whole.begin() + 18);
+    expected[0] = 0;
+    expected[5] = 16;
+    EXPECT_EQ(lowered, expected);
+    EXPECT_EQ(object.header().variant, 1) << "the object keeps its variant";
+    EXPECT_EQ(tunnel().len(handle, instance, object.get()), 82u) << "and the length follows the object";
+}
+
+TEST(Marshal, LoweredUnderAStrictHandleWritesNothing) {
+    const Handle handle(Handle::Options{.strict_epoch = 1});
+    const Object object = filled(handle, tunnel(), 0);
+    handle.set_peer(release_list(9, tunnel().name(), 0).get());
+    Bytes buffer(100, 0xa5);
+    uint32_t err = 0;
+    EXPECT_EQ(marshal(handle, tunnel(), buffer, object.get(), 100, err), 0u);
+    EXPECT_EQ(err, 43u);
+    EXPECT_EQ(buffer, Bytes(100, 0xa5));
+}
+
+TEST(Marshal, OfATypeThatTheDomainLacksIsTheBaseAlone) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, mem(), 0);
+    handle.set_peer(release_list(9, mem().name(), -1).get());
+    EXPECT_EQ(marshalled(handle, mem(), object.get()), hex("ff 00 00000004"));
+    EXPECT_EQ(ork_handle_last_error(handle), 43u);
+}
+
+TEST(Marshal, ForCloneDoesNotLowerTheRecordButWhatIsInIt) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Calls &calls = calls_of("fwe_cl_wayfind_hop_chan_data");
+    const Object object = filled(handle, calls, 0);
+    const Bytes whole = marshalled(handle, calls, object.get());
+    handle.set_peer(release_list(0).get());
+    Bytes buffer(ample + 1);
+    uint32_t err = 0;
+    buffer.resize(calls.marshal_for_clone(handle, instance, buffer.data(), object.get(), ample, &err));
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(buffer[0], 1) << "the record itself";
+    EXPECT_EQ(buffer[6], 0) << "hop_chan";
+    EXPECT_EQ(buffer.size(), whole.size() - 70) << "two texts and a flag set shorter";
+    EXPECT_EQ(Bytes(buffer.end() - 158, buffer.end()), Bytes(whole.end() - 158, whole.end())) << "serv";
+}
+
+TEST(Marshal, CapsAVariantAboveTheNewestInBothForms) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, mem(), 0);
+    const Bytes plain = marshalled(handle, mem(), object.get());
+    const auto newer = spy::answer(ork_domain_lookup_variant, int8_t{9});
+    object.header().variant = 5;
+    EXPECT_EQ(marshalled(handle, mem(), object.get()), plain);
+    Bytes image(27);
+    uint32_t err = 0;
+    EXPECT_EQ(mem().marshal_for_clone(handle, instance, image.data(), object.get(), 26, &err), 26u);
+    EXPECT_EQ(Bytes(image.begin(), image.end() - 1), plain);
+    object.header().variant = 0;
+}
+
+TEST(Marshal, LetsOnlyTwoFlagsTravel) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object(handle, mem());
+    object.header().obj_flags = OBJ_OID_MAPPED | OBJ_EMBEDDED | OBJ_NESTED | 0x10;
+    EXPECT_EQ(marshalled(handle, mem(), object.get())[1], 0);
+    object.header().obj_flags = 0;
+}
+
+TEST(Marshal, ReadsTheStateBlockAtItsToldDistance) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Object parent = filled(handle, calls_of("fwe_cl_wayfind_color_data"), 0);
+    uint32_t err = 0;
+    auto *const child = fwe_cl_wayfind_color_data_mem_get(handle, instance, static_cast<fwe_cl_wayfind_color_data *>(parent.get()), &err);
+    const Bytes image = marshalled(handle, mem(), child);
+    EXPECT_EQ(image[10], state_of("fwe_cl_wayfind_color_data/mem/fwe_num"));
+    EXPECT_EQ(image[28], state_of("fwe_cl_wayfind_color_data/mem/exmem_addr"));
+}
+
+// ---- Lengths -----------------------------------------------------------------------------------------------------
+
+TEST(Length, OfANullRecordIsThatOfAnEmptyOneOfVariant0WithoutTextsAndStates) {
+    for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle handle(tracking);
+        EXPECT_EQ(mem().len(handle, instance, nullptr), 26u);
+        EXPECT_EQ(tunnel().len(handle, instance, nullptr), 18u);
+        EXPECT_EQ(calls_of("fwe_cl_wayfind_auto_tunnel_misc").len(handle, instance, nullptr), 6u);
+        EXPECT_EQ(bytes_array().len(handle, instance, nullptr), 10u);
+        EXPECT_EQ(calls_of("fwe_cl_wayfind_chan_nb_st").len(handle, instance, nullptr), 24u);
+        EXPECT_EQ(calls_of("fwe_cl_wayfind_select_all_policies").len(handle, instance, nullptr), 10u);
+    }
+}
+
+TEST(Length, FollowsTheRecordsOwnVariantWithoutCapAndDomain) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object(handle, tunnel());
+    object.header().variant = 0;
+    EXPECT_EQ(tunnel().len(handle, instance, object.get()), 18u);
+    object.header().variant = 9;
+    EXPECT_EQ(tunnel().len(handle, instance, object.get()), 82u);
+    object.header().variant = -1;
+    EXPECT_EQ(tunnel().len(handle, instance, object.get()), 6u);
+    object.header().variant = 1;
+    handle.set_peer(release_list(0).get());
+    EXPECT_EQ(tunnel().len(handle, instance, object.get()), 82u);
+}
+
+TEST(Length, WithTrackingCountsOneForEachElementAndOneForTheArray) {
+    const Handle handle(ORK_TRACKING_ON);
+    for (const uint32_t elements : {0U, 1U, 5U}) {
+        const Object object = filled(handle, bytes_array(), elements);
+        EXPECT_EQ(bytes_array().len(handle, instance, object.get()), 10 + elements + 1 + elements);
+    }
+}
+
+TEST(Length, OfElementsWithArraysOfTheirOwnIsSummedOneByOne) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Calls &calls = calls_of("fwe_dp_wayfind_debug_data");
+    const Object object = filled(handle, calls, 3);
+    uint32_t err = 0;
+    auto *const element = fwe_dp_wayfind_debug_data_dbg_per_complex_get(handle, instance,
+                                                                        static_cast<fwe_dp_wayfind_debug_data *>(object.get()), 1, &err);
+    const uint32_t before = calls.len(handle, instance, object.get());
+    fwe_dp_wayfind_debug_data_per_complex_dbg_setting_remove_elements(handle, instance, element);
+    const uint32_t setting = calls_of("fwe_dp_wayfind_debug_setting").len(handle, instance, nullptr);
+    EXPECT_EQ(calls.len(handle, instance, object.get()), before - 3 * setting);
+}
+
+TEST(Length, InCrStyleIs0WhileAnErrorIsPending) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object(handle, mem());
+    EXPECT_EQ(mem().len_cr(handle, object.get()), 26u);
+    EXPECT_EQ(mem().len_cr(handle, nullptr), 26u);
+    handle->cr_error = 12;
+    EXPECT_EQ(mem().len_cr(handle, object.get()), 0u);
+}
+
+// ---- Corrupted handles -------------------------------------------------------------------------------------------
+
+class CorruptedHandle : public testing::Test {
+protected:
+    CorruptedHandle() : handle(ORK_TRACKING_ON), object(handle, mem()) {}
+
+    void corrupt() const { handle->sttr_info->sttr_mode = 0xDEAD; }
+    ~CorruptedHandle() override { handle->sttr_info->sttr_mode = ORK_STTR_ON; }
+
+    const Handle handle;
+    const Object object;
+    Bytes buffer = Bytes(100);
+    uint32_t err = 0;
+};
+using CorruptedHandleDeathTest = CorruptedHandle;
+
+TEST_F(CorruptedHandleDeathTest, EndsMarshal) {
+    corrupt();
+    EXPECT_DEATH(mem().marshal(handle, instance, buffer.data(), object.get(), 90, &err), "Corrupted ORK Handle");
+}
+
+TEST_F(CorruptedHandleDeathTest, EndsUnmarshal) {
+    corrupt();
+    EXPECT_DEATH(mem().unmarshal(handle, instance, buffer.data(), object.get(), 90, 0, &err), "Corrupted ORK Handle");
+}
+
+TEST_F(CorruptedHandleDeathTest, EndsLength) {
+    corrupt();
+    EXPECT_DEATH(mem().len(handle, instance, object.get()), "Corrupted ORK Handle");
+}
+
+TEST_F(CorruptedHandleDeathTest, IsNotLookedAtForTheLengthOfANullRecord) {
+    corrupt();
+    EXPECT_EQ(mem().len(handle, instance, nullptr), 26u);
+}
+
+TEST_F(CorruptedHandleDeathTest, EndsToXml) {
+    corrupt();
+    char text[200];
+    EXPECT_DEATH(mem().to_xml(handle, instance, "x", text, object.get(), sizeof text, 0, &err), "Corrupted ORK Handle");
+}
+
+TEST_F(CorruptedHandleDeathTest, IsNotLookedAtByPrintAndFromXml) {
+    corrupt();
+    char text[200] = "";
+    mem().print(handle, instance, text, 0, "x", object.get(), sizeof text, &err);
+    const Document document = parsed("<fwe_cl_wayfind_mem_st><fwe_num>5</fwe_num></fwe_cl_wayfind_mem_st>");
+    mem().from_xml(handle, instance, "//fwe_cl_wayfind_mem_st", document.get(), object.get(), &err, nullptr, 0);
+    EXPECT_EQ(err, 0u);
+}
+
+}  // namespace

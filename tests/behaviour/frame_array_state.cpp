@@ -1,0 +1,171 @@
+// State bytes of variable arrays: the whole, the elements, and two calls that work on different places.
+#include "frame_objects.h"
+
+namespace frame {
+
+namespace {
+
+struct Path {
+    explicit Path(const Mode &mode, uint32_t count = 3) : h(mode), obj(h, "fwe_cl_wayfind_sel_lb_path_st") {
+        const std::vector<uint32_t> values(count, 1);
+        fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, values.data(), count, &h.err);
+        if (h.tracking()) {
+            spy::name(elements(), count, "elements");
+        }
+    }
+    uint8_t *elements() const { return load<uint8_t *>(obj.state() + 8); }
+    Handle h;
+    Object obj;
+};
+
+}  // namespace
+
+TEST(FrameArrayState, whole_is_read_and_written_like_the_byte_of_a_scalar) {
+    Path p(tracked);
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_get(p.h, instance, p.obj, &p.h.err), 2u);
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_set(p.h, instance, p.obj, 200, &p.h.err);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "ork_get_instance_variant", "write_notify_fn"}),
+                 {"orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                  "write_notify_fn(state,1,7,null)"});
+    EXPECT_EQ(p.obj.state()[0], 200);
+}
+
+TEST(FrameArrayState, the_element_block_is_lent_and_writing_through_it_sets_bytes) {
+    Path p(tracked);
+    uint8_t *lent = nullptr;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get_arr(p.h, instance, p.obj, &lent, &p.h.err);
+    EXPECT_EQ(lent, p.elements());
+    lent[1] = 9;
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, 1, &p.h.err), 9u);
+}
+
+TEST(FrameArrayState, set_arr_copies_to_the_start_of_the_entry_and_not_to_the_elements) {
+    Path p(tracked);
+    const uint8_t src[] = {7, 8, 9};
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, p.obj, src, 3, &p.h.err);
+    EXPECT_EQ(log.count("write_notify_fn"), 0u);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "ork_get_instance_variant"}),
+                 {"orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)"});
+    EXPECT_EQ(std::vector<uint8_t>(p.obj.state(), p.obj.state() + 8), (std::vector<uint8_t>{7, 8, 9, 0, 0, 0, 0, 0}));
+    for (uint32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, i, &p.h.err), 0u);
+    }
+}
+
+TEST(FrameArrayState, set_arr_of_more_than_eight_goes_over_the_pointer) {
+    Path p(tracked, 12);
+    uint8_t *const elements = p.elements();
+    uint8_t src[12];
+    std::memset(src, 0x11, sizeof src);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, p.obj, src, 12, &p.h.err);
+    EXPECT_EQ(std::memcmp(p.obj.state(), src, 12), 0);
+    store(p.obj.state() + 8, elements);
+}
+
+TEST(FrameArrayState, set_arr_wants_the_arrays_own_count) {
+    Path p(tracked);
+    const uint8_t src[] = {7, 8, 9, 10};
+    const Snapshot before = p.obj.snapshot();
+    for (const uint32_t count : {0u, 2u, 4u}) {
+        spy::Log log;
+        fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, p.obj, src, count, &p.h.err);
+        EXPECT_EQ(std::exchange(p.h.err, 0), 2u);
+        EXPECT_CALLS(log.calls_of({"ork_store_err", "orklib_adjust_variant"}), {"ork_store_err(2)"});
+    }
+    EXPECT_TRUE(before.unchanged());
+}
+
+TEST(FrameArrayState, an_elements_byte_is_announced_without_an_owner_behind_index_adjust_and_gate) {
+    Path p(tracked);
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(p.h, instance, p.obj, 2, 200, &p.h.err);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "ork_get_instance_variant", "write_notify_fn"}),
+                 {"orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                  "write_notify_fn(elements+2,1,7,null)"});
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, 2, &p.h.err), 200u);
+}
+
+TEST(FrameArrayState, an_index_at_the_count_gives_2) {
+    Path p(tracked);
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, 3, &p.h.err), 0u);
+    EXPECT_EQ(std::exchange(p.h.err, 0), 2u);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(p.h, instance, p.obj, 3, 1, &p.h.err);
+    EXPECT_EQ(std::exchange(p.h.err, 0), 2u);
+    EXPECT_CALLS(log.calls_of({"ork_store_err", "trace", "orklib_adjust_variant"}), {"ork_store_err(2)", "ork_store_err(2)"});
+}
+
+TEST(FrameArrayState, with_tracking_off_all_give_22_without_a_trace) {
+    Path p(untracked);
+    uint8_t *lent = nullptr;
+    uint8_t byte = 1;
+    spy::Log log;
+    const auto refused = [&] { EXPECT_EQ(std::exchange(p.h.err, 0), 22u); };
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_get(p.h, instance, p.obj, &p.h.err), refused();
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_set(p.h, instance, p.obj, 1, &p.h.err), refused();
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get_arr(p.h, instance, p.obj, &lent, &p.h.err), refused();
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, p.obj, &byte, 3, &p.h.err), refused();
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, 0, &p.h.err), refused();
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(p.h, instance, p.obj, 0, 1, &p.h.err), refused();
+    EXPECT_CALLS(log, std::vector<std::string>(6, "ork_store_err(22)"));
+}
+
+TEST(FrameArrayState, an_untracked_object_is_refused_with_the_words_of_getter_and_setter) {
+    Path p(untracked);
+    ork_handle_set_tracking(p.h, ORK_TRACKING_ON);
+    uint8_t *lent = nullptr;
+    uint8_t byte = 1;
+    const std::vector<std::string> getter = {"ork_store_err(22)", "trace(error,The object is non state tracked)"};
+    const std::vector<std::string> setter = {"trace(error,The object is not state tracked)", "ork_store_err(22)"};
+    const auto expect = [&](const std::vector<std::string> &calls, const std::function<void()> &act) {
+        spy::Log log;
+        act();
+        EXPECT_EQ(std::exchange(p.h.err, 0), 22u);
+        EXPECT_CALLS(log, calls);
+    };
+    auto *const obj = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(p.obj);
+    uint32_t *const err = &p.h.err;
+    expect(getter, [&] { fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_get(p.h, instance, obj, err); });
+    expect(setter, [&] { fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_set(p.h, instance, obj, 1, err); });
+    expect(getter, [&] { fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get_arr(p.h, instance, obj, &lent, err); });
+    expect(setter, [&] { fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, obj, &byte, 3, err); });
+    expect(getter, [&] { fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, obj, 0, err); });
+    expect(setter, [&] { fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(p.h, instance, obj, 0, 1, err); });
+    ork_handle_set_tracking(p.h, ORK_TRACKING_OFF);
+}
+
+TEST(FrameArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_else) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
+    fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3);
+    EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(16, 3));
+    std::memset(obj.state(), 0, 16);
+}
+
+TEST(FrameArrayState, the_fill_with_elements_reads_the_pointer_behind_it) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 1, &h.err);
+    auto *const elements = load<uint8_t *>(obj.state() + 8);
+    // A pointer made of one byte value cannot be valid: the process ends on it.
+    EXPECT_DEATH(fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3), "");
+    (void)elements;
+}
+
+TEST(FrameArrayState, a_parents_fill_goes_over_the_pointer_of_an_embedded_array_and_leaves_its_bytes) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_chan_st");
+    auto *const path = fwe_cl_wayfind_chan_st_path_get(h, instance, obj, &h.err);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, path, 0, 1, &h.err);
+    uint8_t *const entry = obj.state() + told::record("fwe_cl_wayfind_chan_st")->field("path").nested;
+    auto *const elements = load<uint8_t *>(entry + 8);
+    fwe_cl_wayfind_chan_st_set_all_state_tracking_flag(h, instance, obj, 3);
+    EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(120, 3));
+    EXPECT_EQ(elements[0], 2);
+    std::memset(obj.state(), 0, 120);
+    store(entry + 8, elements);
+}
+
+}  // namespace frame

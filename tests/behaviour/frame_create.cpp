@@ -1,0 +1,257 @@
+// Making records: the calls in their order, the sentinel, cr mode, and every way to fail.
+#include "frame_objects.h"
+
+namespace frame {
+
+namespace {
+
+constexpr const char *trace_start = "flight_module_init_fn('ork_fwe_ui_wayfind',?,?)";
+
+// The statistics block of a variant, in the static descriptor.
+void name_statistics(const ork_type_info &type, const std::string &name, int variant = 0) {
+    spy::name(&type.varinfo->entries[variant].create_count, 24, name);
+}
+
+void *sentinel_of_mem(Handle &h) {
+    h->cr_error = 5;
+    void *const sentinel = fwe_cl_wayfind_mem_st_create_cr(h);
+    h->cr_error = 0;
+    return sentinel;
+}
+
+}  // namespace
+
+TEST(FrameCreate, calls_the_runtime_in_the_order_told) {
+    Handle h(plain);
+    name_statistics(_fwe_cl_wayfind_mem_st_type_info_internal, "statistics");
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    EXPECT_CALLS(log, {trace_start,
+                       "alloc_fn(7,40)=new1",
+                       "ork_clear_last_error()",
+                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)",
+                       "write_notify_fn(new1+9,1,7,new1)",
+                       "write_notify_fn(new1+8,1,7,new1)",
+                       "ork_get_manifested_type_info_ptr_mem(new1)",
+                       "write_notify_fn(new1,8,7,new1)",
+                       "write_notify_fn(new1+10,1,7,new1)",
+                       "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),statistics,?)"});
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
+TEST(FrameCreate, tracking_announces_the_flags_once_more_and_adds_the_state_bytes) {
+    Handle h(tracked);
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    EXPECT_CALLS(log.calls_of({"alloc_fn", "write_notify_fn"}),
+                 {"alloc_fn(7,43)=new1", "write_notify_fn(new1+9,1,7,new1)", "write_notify_fn(new1+8,1,7,new1)",
+                  "write_notify_fn(new1,8,7,new1)", "write_notify_fn(new1+10,1,7,new1)", "write_notify_fn(new1+10,1,7,new1)"});
+    EXPECT_EQ(header(obj).obj_flags, OBJ_STATE_TRACKED);
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
+TEST(FrameCreate, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told_of_them) {
+    Handle h(shared_and_recorded);
+    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    EXPECT_CALLS(log, {trace_start,
+                       "alloc_fn(7,40)=new1",
+                       "ork_clear_last_error()",
+                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)",
+                       "write_notify_fn(new1+9,1,7,new1)",
+                       "write_notify_fn(new1+8,1,7,new1)",
+                       "ork_type_info_ptr_get(7,type(fwe_cl_wayfind_mem_st),fwe_ui_wayfind_typeinfo_initialize)",
+                       "ork_get_manifested_type_info_ptr_mem(new1)",
+                       "write_notify_fn(new1,8,7,new1)",
+                       "write_notify_fn(new1+10,1,7,new1)",
+                       "orklib_type_stats_create_object(7,shared(fwe_cl_wayfind_mem_st),?,?)",
+                       "orkdb_record_containment2(7,new1,null,1)",
+                       "orkdb_plat_set_dirty(7,new1)"});
+    EXPECT_NE(load<const ork_type_info *>(obj), &_fwe_cl_wayfind_mem_st_type_info_internal);
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
+TEST(FrameCreate, the_platform_hooks_want_an_instance_and_watched_storage) {
+    Handle h(shared_and_recorded);
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, ORK_NO_INSTANCE);
+    EXPECT_EQ(log.count("orkdb_record_containment2"), 1u);
+    EXPECT_EQ(log.count("orkdb_plat_set_dirty"), 0u);
+    h->shared_types = 2;
+    auto *const other = fwe_cl_wayfind_mem_st_create(h, instance);
+    EXPECT_EQ(log.count("orkdb_plat_set_dirty"), 0u);
+    fwe_cl_wayfind_mem_st_destroy(h, instance, other);
+    EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
+    h->shared_types = 1;
+    fwe_cl_wayfind_mem_st_destroy(h, ORK_NO_INSTANCE, obj);
+    EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
+
+    Handle own(recorded);
+    log.clear();
+    auto *const unwatched = fwe_cl_wayfind_mem_st_create(own, instance);
+    EXPECT_EQ(log.count("orkdb_plat_set_dirty"), 0u);
+    fwe_cl_wayfind_mem_st_destroy(own, instance, unwatched);
+    EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
+}
+
+TEST(FrameCreate, a_new_record_is_zero_behind_its_header) {
+    Handle h(tracked);
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    EXPECT_EQ(load<const ork_type_info *>(obj), &_fwe_cl_wayfind_mem_st_type_info_internal);
+    EXPECT_EQ(header(obj).variant, 0);
+    EXPECT_EQ(header(obj).variant_cap, 0);
+    auto *const rest = bytes(obj) + ORK_OBJECT_HEADER_SIZE;
+    EXPECT_TRUE(std::all_of(rest, bytes(obj) + 43, [](uint8_t b) { return b == 0; }));
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(h, instance, obj, &h.err), 0u);
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(h, instance, obj, &h.err), 0u);
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_exmem_addr_get_value(h, instance, obj, &h.err), 0u);
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
+TEST(FrameCreate, without_memory_the_plain_form_gives_null_and_stores_nothing) {
+    Handle h(recorded);
+    spy::fail_alloc(1);
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
+    EXPECT_CALLS(log, {trace_start, "alloc_fn(7,40)=null", "orkdb_record_containment2(7,null,null,1)"});
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_EQ(h->cr_error, 0u);
+}
+
+TEST(FrameCreate, without_memory_the_hooks_of_shared_storage_are_told_of_null) {
+    Handle h(shared_and_recorded);
+    spy::fail_alloc(1);
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
+    EXPECT_CALLS(log, {trace_start, "alloc_fn(7,40)=null", "orkdb_record_containment2(7,null,null,1)", "orkdb_plat_set_dirty(7,null)"});
+}
+
+TEST(FrameCreate, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
+    Handle h(recorded);
+    void *const sentinel = sentinel_of_mem(h);
+    spy::name(sentinel, 40, "sentinel");
+    spy::fail_alloc(1);
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create_cr(h), sentinel);
+    EXPECT_CALLS(log, {trace_start, "alloc_fn(7,40)=null", "ork_store_err(12)", "orkdb_record_containment2(7,sentinel,null,1)"});
+    EXPECT_EQ(h->cr_error, 12u);
+    EXPECT_EQ(h->cr_active, 0u);
+    EXPECT_TRUE(std::all_of(bytes(sentinel), bytes(sentinel) + 40, [](uint8_t b) { return b == 0; }));
+}
+
+TEST(FrameCreate, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the_error) {
+    Handle h(plain);
+    h->cr_error = 5;
+    spy::Log log;
+    void *const sentinel = fwe_cl_wayfind_mem_st_create_cr(h);
+    EXPECT_CALLS(log, {trace_start});
+    EXPECT_NE(sentinel, nullptr);
+    EXPECT_EQ(load<uint64_t>(sentinel), 0u);
+    EXPECT_EQ(h->cr_error, 5u);
+}
+
+TEST(FrameCreate, create_internal_starts_no_trace_and_gives_the_sentinel_only_in_cr_mode) {
+    Handle h(plain);
+    h->cr_error = 5;
+    void *const sentinel = sentinel_of_mem(h);
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_mem_st_create_internal(h, instance);
+    EXPECT_EQ(log.count("flight_module_init_fn"), 0u);
+    EXPECT_EQ(log.calls()[0], "alloc_fn(7,40)=new1");
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+    h->cr_active = 1;
+    spy::fail_alloc(1);
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create_internal(h, instance), sentinel);
+    EXPECT_EQ(h->cr_error, 12u);
+    h->cr_active = 0;
+    h->cr_error = 0;
+    spy::fail_alloc(1);
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create_internal(h, instance), nullptr);
+    EXPECT_EQ(h->cr_error, 0u);
+}
+
+TEST(FrameCreate, a_plain_create_does_not_look_at_cr_error) {
+    Handle h(plain);
+    h->cr_error = 5;
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    ASSERT_NE(obj, nullptr);
+    EXPECT_EQ(h->cr_error, 5u);
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
+TEST(FrameCreate, cr_mode_is_active_only_while_the_object_is_made) {
+    Handle h({.cr_instance = 9});
+    uint32_t seen = 2;
+    const auto watch = spy::replace(orklib_type_stats_create_object,
+                                    [&](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
+                                        seen = handle->cr_active;
+                                        EXPECT_EQ(i, 9u);
+                                        return spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
+                                    });
+    auto *const obj = fwe_cl_wayfind_mem_st_create_cr(h);
+    EXPECT_EQ(seen, 1u);
+    EXPECT_EQ(h->cr_active, 0u);
+    fwe_cl_wayfind_mem_st_destroy_cr(h, obj);
+}
+
+TEST(FrameCreate, when_the_start_of_an_object_fails_its_block_goes_back_and_the_hooks_are_not_told) {
+    Handle h(recorded);
+    const auto &entry = _fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0];
+    const uint64_t created = entry.create_count;
+    // The statistics are the last that can fail, and they have counted by then.
+    const auto failing = spy::replace(orklib_type_stats_create_object,
+                                      [](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
+                                          spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
+                                          *e = 5;
+                                          return 0u;
+                                      });
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
+    EXPECT_CALLS(log.calls_of({"trace", "free_fn", "orkdb_record_containment2", "ork_store_err"}),
+                 {"trace(error,error in fwe_cl_wayfind_mem_st create: Input/output error)", "free_fn(7,new1)"});
+    EXPECT_EQ(entry.create_count, created + 1);
+    log.clear();
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create_cr(h), nullptr) << "no sentinel here";
+    EXPECT_EQ(h->cr_error, 0u) << "left to what the runtime stored";
+}
+
+TEST(FrameCreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trace) {
+    Handle h(tracked);
+    h->sttr_info->sttr_mode = 0x1234;
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_create_cr(h), "trace\\(fatal,Corrupted ORK Handle\\)");
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_sizeof(h), "trace\\(fatal,Corrupted ORK Handle\\)");
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_sizeof_internal(h, nullptr, 0, 0), "trace\\(fatal,Corrupted ORK Handle\\)");
+    EXPECT_DEATH(fwe_cl_wayfind_chan_st_sizeof_internal(h, nullptr, 0, 0), "trace\\(fatal,Corrupted ORK Handle\\)");
+    h->sttr_info->sttr_mode = ORK_STTR_ON;
+}
+
+TEST(FrameCreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_process) {
+    Handle h(tracked);
+    // Both words are read afresh: one at the flags, one at the state base.
+    const auto breaking = spy::replace(ork_domain_lookup_variant, [](ork_handle *handle, const ork_domain *, const ork_type_info *, uint32_t *) {
+        handle->sttr_info->sttr_mode = 1;
+        return int8_t{0};
+    });
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
+    const auto later = spy::replace(orklib_type_stats_create_object, [](ork_handle *handle, uint32_t, const ork_type_info *, void *, uint32_t *) {
+        handle->sttr_info->sttr_mode = 1;
+        return 0u;
+    });
+    const auto sound = spy::answer(ork_domain_lookup_variant, 0);
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
+}
+
+TEST(FrameCreateDeathTest, a_descriptor_without_variants_ends_the_process) {
+    Handle h(plain);
+    ork_type_info type = _fwe_cl_wayfind_mem_st_type_info_internal;
+    type.varinfo = nullptr;
+    alignas(8) uint8_t block[40] = {};
+    auto *const obj = reinterpret_cast<fwe_cl_wayfind_mem_st *>(block);
+    EXPECT_DEATH(fwe_cl_wayfind_mem_st_initialize(h, instance, obj, &type, 1, 0, 0, nullptr, &h.err), "trace\\(fatal,varinfo is NULL\\)");
+    fwe_cl_wayfind_mem_st_initialize(h, instance, obj, &type, 1, 1, 0, nullptr, &h.err);
+    EXPECT_EQ(h.err, 0u) << "no statistics, no question";
+}
+
+}  // namespace frame

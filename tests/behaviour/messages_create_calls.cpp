@@ -1,0 +1,330 @@
+// Create, destroy and the accessors call for call, over all messages.
+#include "behaviour/messages_spied.h"
+
+namespace {
+
+using family::Message;
+using family::Record;
+using spied::instance;
+using spied::Outcome;
+using spied::Stage;
+
+class MessageCreate : public testing::TestWithParam<Message> {
+protected:
+    const Message message = GetParam();
+    const std::string object_size = message.record_count() == 2 ? "48" : "40";
+};
+
+using Create = void *(*)(const Message &, ork_handle *, uint32_t);
+
+Outcome created(const Message &message, ork_tracking tracking, Create create, unsigned fail_alloc = 0) {
+    Stage stage(message, tracking);
+    void *msg;
+    Outcome outcome;
+    {
+        const spy::Log log;
+        spy::fail_alloc(fail_alloc);
+        msg = create(message, stage.handle(), instance);
+        spy::fail_alloc(0);
+        outcome = stage.outcome(log, msg != nullptr, msg);
+    }
+    message.destroy(stage.handle(), instance, msg);
+    return outcome;
+}
+
+void *library_create(const Message &message, ork_handle *handle, uint32_t each) {
+    return message.create(handle, each);
+}
+
+void *library_create_shallow(const Message &message, ork_handle *handle, uint32_t each) {
+    return message.create_shallow(handle, each);
+}
+
+TEST_P(MessageCreate, AllocatesTagsMakesRecordsAndCounts) {
+    for (const ork_tracking tracking : spied::trackings) {
+        const Outcome hand = created(message, tracking, by_hand::create);
+        const Outcome made = created(message, tracking, library_create);
+        spied::expect_same(made, hand, "create");
+        EXPECT_EQ(made.calls.front(), "alloc_fn(7," + object_size + ")=new1");
+        EXPECT_EQ(made.calls[1], "tawny_set_callsite_tag(" + std::to_string(message.schema().call_site_tag) + ")");
+        EXPECT_EQ(made.calls.back(), "counter_notify_fn(create_count,1,7)");
+        EXPECT_EQ(made.created, 1u);
+    }
+}
+
+TEST_P(MessageCreate, ShallowAllocatesAndCounts) {
+    for (const ork_tracking tracking : spied::trackings) {
+        const Outcome hand = created(message, tracking, by_hand::create_shallow);
+        const Outcome made = created(message, tracking, library_create_shallow);
+        spied::expect_same(made, hand, "create_shallow");
+        EXPECT_CALLS(made.calls, std::vector<std::string>{"alloc_fn(7," + object_size + ")=new1", "counter_notify_fn(create_count,1,7)"});
+    }
+}
+
+TEST_P(MessageCreate, EveryFailingAllocationUndoesTheSame) {
+    for (unsigned nth = 1; nth <= 3; ++nth) {
+        const Outcome hand = created(message, ORK_TRACKING_ON, by_hand::create, nth);
+        const Outcome made = created(message, ORK_TRACKING_ON, library_create, nth);
+        spied::expect_same(made, hand, "allocation " + std::to_string(nth));
+    }
+    const Outcome none = created(message, ORK_TRACKING_OFF, library_create, 1);
+    EXPECT_CALLS(none.calls, std::vector<std::string>{"alloc_fn(7," + object_size + ")=null"});
+    const Outcome no_record = created(message, ORK_TRACKING_OFF, library_create, 2);
+    EXPECT_EQ(no_record.calls.back(), "free_fn(7,new1)");
+    EXPECT_EQ(no_record.created, 0u);
+    EXPECT_EQ(no_record.live_blocks, 0u);
+}
+
+TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTable) {
+    std::vector<std::vector<std::string>> calls;
+    for (const Create create : {by_hand::create_shallow, library_create_shallow}) {
+        Stage stage(message, ORK_TRACKING_OFF);
+        static ork_type_info copy;
+        copy = *message.schema().type;
+        copy.shared = 1;
+        const auto find = spy::replace(ork_type_info_ptr_get, [&](ork_handle *, uint32_t, const ork_type_info *, ork_type_info_init_fn) {
+            return static_cast<const ork_type_info *>(&copy);
+        });
+        stage.handle()->shared_types = 1;
+        void *msg;
+        {
+            const spy::Log log;
+            msg = create(message, stage.handle(), instance);
+            calls.push_back(log.calls());
+        }
+        EXPECT_EQ(ork_get_manifested_type_info(msg), &copy);
+        message.destroy(stage.handle(), instance, msg);
+        stage.handle()->shared_types = 0;
+    }
+    EXPECT_CALLS(calls[1], calls[0]);
+    EXPECT_CALLS(calls[1], std::vector<std::string>{
+                               "alloc_fn(7," + object_size + ")=new1",
+                               std::string("ork_type_info_ptr_get(7,type(") + message.name() + "),fwe_ui_wayfind_typeinfo_initialize)",
+                               "counter_notify_fn(create_count,1,7)"});
+}
+
+TEST_P(MessageCreate, NegativeVariantCountIsTracedAndSurvived) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    // The descriptor itself is constant: a copy with a block of its own stands in, as in shared storage.
+    static ork_variant_entry entries[1];
+    static ork_variant_info odd;
+    static ork_type_info copy;
+    odd = {-1, {}, entries};
+    copy = *message.schema().type;
+    copy.varinfo = &odd;
+    copy.shared = 1;
+    const auto find = spy::replace(ork_type_info_ptr_get, [&](ork_handle *, uint32_t, const ork_type_info *type, ork_type_info_init_fn) {
+        return type == message.schema().type ? &copy : type;
+    });
+    stage.handle()->shared_types = 2;  // shared storage that no hook watches
+    const uint64_t before = entries[0].create_count;
+    const std::string told = "trace(info,variant 0 requested only 4294967295 variants present)";
+    const spy::Log log;
+    void *shallow = message.create_shallow(stage.handle(), instance);
+    void *whole = message.create(stage.handle(), instance);
+    message.destroy(stage.handle(), instance, shallow);
+    message.destroy(stage.handle(), instance, whole);
+    stage.handle()->shared_types = 0;
+    const std::vector<std::string> traces = log.calls_of({"trace"});
+    EXPECT_EQ(std::count(traces.begin(), traces.end(), told), 4);
+    EXPECT_EQ(entries[0].create_count, before + 2);
+}
+
+Outcome destroyed(const Message &message, ork_tracking tracking, decltype(&by_hand::destroy) way, size_t detach) {
+    Stage stage(message, tracking);
+    void *msg = message.create(stage.handle(), instance);
+    stage.name(msg);
+    void *detached = nullptr;
+    if (detach < message.record_count()) {
+        detached = message.get_detach(stage.handle(), instance, msg, &stage.err, detach);
+    }
+    Outcome outcome;
+    {
+        const spy::Log log;
+        way(message, stage.handle(), instance, msg);
+        outcome = stage.outcome(log, 0, nullptr);
+    }
+    if (detached != nullptr) {
+        Record(message.record(detach)).destroy(stage.handle(), instance, detached);
+    }
+    return outcome;
+}
+
+TEST_P(MessageCreate, DestroyGivesRecordsBackCountsAndFrees) {
+    for (const ork_tracking tracking : spied::trackings) {
+        for (size_t detach = 0; detach <= message.record_count(); ++detach) {
+            const Outcome hand = destroyed(message, tracking, by_hand::destroy, detach);
+            const Outcome made = destroyed(
+                message, tracking, [](const Message &m, ork_handle *handle, uint32_t each, void *msg) { m.destroy(handle, each, msg); },
+                detach);
+            spied::expect_same(made, hand, "destroy without record " + std::to_string(detach));
+            EXPECT_EQ(made.calls[made.calls.size() - 2], "counter_notify_fn(destroy_count,1,7)");
+            EXPECT_EQ(made.calls.back(), "free_fn(7,msg)");
+        }
+    }
+}
+
+TEST_P(MessageCreate, CrFormsUseTheHandlesInstance) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    stage.handle()->cr_instance = 9;
+    std::vector<std::string> calls;
+    {
+        const spy::Log log;
+        void *msg = message.create_cr(stage.handle());
+        message.destroy_cr(stage.handle(), msg);
+        calls = log.calls_of({"alloc_fn", "free_fn", "counter_notify_fn"});
+    }
+    for (const std::string &call : calls) {
+        EXPECT_TRUE(call.find("(9,") != std::string::npos || call.find(",9)") != std::string::npos) << call;
+    }
+    EXPECT_EQ(calls.front(), "alloc_fn(9," + object_size + ")=new1");
+}
+
+// The address of the message's sentinel.
+void *sentinel_of(const Message &message) {
+    const family::Handle handle = family::make_handle();
+    handle->cr_error = 5;
+    return message.create_cr(handle.get());
+}
+
+TEST_P(MessageCreate, CrCreateWithAPendingErrorStillTagsAndMakesEachRecord) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_ON);
+    stage.handle()->cr_error = 5;
+    const spy::Log log;
+    EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
+    EXPECT_EQ(log.count("alloc_fn"), 0u);
+    EXPECT_EQ(log.count("counter_notify_fn"), 0u);
+    EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
+    EXPECT_EQ(log.count("flight_module_init_fn"), message.record_count()) << "each record's create ran";
+    EXPECT_EQ(log.count("ork_store_err"), 0u);
+    EXPECT_EQ(stage.handle()->cr_error, 5u);
+    stage.handle()->cr_error = 0;
+}
+
+TEST_P(MessageCreate, CrCreateWithoutMemoryStoresTwelveOnceAndGoesOn) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_OFF);
+    stage.handle()->cr_instance = instance;
+    const spy::Log log;
+    spy::fail_alloc(1);
+    EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
+    spy::fail_alloc(0);
+    EXPECT_EQ(log.calls()[0], "alloc_fn(7," + object_size + ")=null") << "with the handle's instance";
+    EXPECT_EQ(log.calls()[1], "ork_store_err(12)");
+    EXPECT_EQ(log.count("ork_store_err"), 1u);
+    EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
+    EXPECT_EQ(stage.handle()->cr_error, 12u);
+    stage.handle()->cr_error = 0;
+}
+
+const void *sentinel_block;
+ork_free_fn free_of_platform;
+std::vector<const void *> freed;
+
+// The platform's own, but for a sentinel, which is no block of its.
+void free_but_for_the_sentinel(void *pool, uint32_t each, void *block) {
+    freed.push_back(block);
+    if (block != sentinel_block) {
+        free_of_platform(pool, each, block);
+    }
+}
+
+// A platform that lets no record start: each create gives its block back and null, in cr mode too.
+TEST_P(MessageCreate, SentinelGoesToFreeWhenARecordGivesNull) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_OFF);
+    const auto broken =
+        spy::replace(orklib_type_stats_create_object, [](ork_handle *, uint32_t, const ork_type_info *, void *, uint32_t *err) {
+            *err = 5;
+            return 5u;
+        });
+    spy::forget(stage.handle());
+    freed.clear();
+    sentinel_block = sentinel;
+    free_of_platform = std::exchange(stage.handle()->free_fn, free_but_for_the_sentinel);
+    // The object's own block fails; those of its records do not.
+    ork_handle_fail_allocation(stage.handle(), 1);
+    const auto keep = spy::replace(ork_store_err, [](ork_handle *, uint32_t) {});
+    EXPECT_EQ(message.create_cr(stage.handle()), nullptr);
+    EXPECT_EQ(freed.back(), sentinel) << "and that is how it stays";
+    EXPECT_EQ(stage.handle()->cr_active, 0u);
+    stage.handle()->free_fn = free_of_platform;
+    spy::observe(stage.handle());
+}
+
+// ---- Accessors ---------------------------------------------------------------------------------------------------------------------------
+
+TEST_P(MessageCreate, AccessorsTraceWhatKeepsThemFromActing) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    const family::Made made(message, stage.handle(), 1, instance);
+    for (size_t i = 0; i < message.record_count(); ++i) {
+        const std::string record = message.record(i).name;
+        for (const bool pending : {true, false}) {
+            stage.err = pending ? 22 : 0;
+            void *msg = pending ? made.get() : nullptr;
+            const std::string error = pending ? "Invalid argument" : "Success";
+            const spy::Log log;
+            message.get(stage.handle(), instance, msg, &stage.err, i);
+            message.get_detach(stage.handle(), instance, msg, &stage.err, i);
+            message.set(stage.handle(), instance, msg, nullptr, &stage.err, i);
+            message.free_and_set(stage.handle(), instance, msg, nullptr, &stage.err, i);
+            EXPECT_CALLS(log,
+                         std::vector<std::string>{
+                             "trace(debug,Error present when getting value for " + record + ": " + error + ")",
+                             "trace(debug,Error present getting detached " + record + " value for " + message.name() + ": " + error + ")",
+                             "trace(debug,Error present when setting value for " + record + ": " + error + ")",
+                             "trace(debug,Error present when freeing and setting value for " + record + ": " + error + ")"});
+        }
+    }
+}
+
+TEST_P(MessageCreate, AccessorsCallNothing) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    const family::Made made(message, stage.handle(), 1, instance);
+    for (size_t i = 0; i < message.record_count(); ++i) {
+        void *record = made.record(i);
+        const spy::Log log;
+        message.get(stage.handle(), instance, made.get(), &stage.err, i);
+        message.get_detach(stage.handle(), instance, made.get(), &stage.err, i);
+        message.set(stage.handle(), instance, made.get(), record, &stage.err, i);
+        EXPECT_CALLS(log, std::initializer_list<const char *>{});
+        EXPECT_EQ(made.record(i), record);
+    }
+    for (size_t i = 0; i < message.record_count(); ++i) {
+        void *const old = message.get_detach(stage.handle(), instance, made.get(), &stage.err, i);
+        {
+            const spy::Log log;
+            message.free_and_set(stage.handle(), instance, made.get(), old, &stage.err, i);
+            EXPECT_CALLS(log, std::initializer_list<const char *>{}) << "over an empty slot";
+        }
+        std::vector<std::string> alone;
+        {
+            const family::Made other(message, stage.handle(), 1, instance);
+            void *copy = message.get_detach(stage.handle(), instance, other.get(), &stage.err, i);
+            spy::name(copy, 4, "old");
+            const spy::Log log;
+            Record(message.record(i)).destroy(stage.handle(), instance, copy);
+            alone = log.calls();
+        }
+        spy::name(old, 4, "old");
+        const spy::Log log;
+        message.free_and_set(stage.handle(), instance, made.get(), nullptr, &stage.err, i);
+        EXPECT_CALLS(log, alone) << "the old record's destroy and nothing else";
+    }
+}
+
+TEST_P(MessageCreate, IsValidAsksAboutTheStaticDescriptor) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    for (const uint32_t answer : {0u, 1u, 77u}) {
+        const auto scripted = spy::answer(ork_domain_lookup_message_ok, answer);
+        const spy::Log log;
+        EXPECT_EQ(message.is_valid_cr(stage.handle()), answer);
+        EXPECT_CALLS(log,
+                     std::vector<std::string>{std::string("ork_domain_lookup_message_ok(domain,type(") + message.name() + "),cr_error)"});
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MessageCreate, testing::ValuesIn(family::messages()), family::ByName());
+
+}  // namespace

@@ -1,0 +1,229 @@
+// Messages and bundles through the dispatcher: what reaches whom, and that no stream of bad frames fills the memory.
+#include <cstdlib>
+
+#include "behaviour/bundles_family.h"
+
+namespace {
+
+using family::Bundle;
+using family::Handle;
+using family::Kind;
+using family::Message;
+
+std::vector<uint8_t> control_frame(ork_handle *handle, const family::Control &control) {
+    std::vector<uint8_t> frame(43);
+    uint32_t err = 0;
+    EXPECT_EQ(control.marshal(handle, 0, frame.data(), 43, &err), 43u);
+    EXPECT_EQ(err, 0u);
+    return frame;
+}
+
+// Every row of the module.
+class Rows {
+public:
+    explicit Rows(ork_bundle_handler on_commit = nullptr, ork_message_handler on_message = nullptr) {
+        uint32_t err = 0;
+        dispatcher_ = ork_dispatcher_create(&err);
+        for (const Message &message : family::messages()) {
+            const ork_dispatch_entry entry{{message.schema().luid, message.name(), message.unmarshal_function(), on_message, nullptr},
+                                           message.destroy_function()};
+            ork_dispatcher_add(dispatcher_, &entry, &err);
+        }
+        for (const Bundle &bundle : family::bundles()) {
+            for (const Kind kind : {family::start, family::abort, family::commit}) {
+                const family::Control control = bundle.control(kind);
+                const ork_dispatch_entry entry{
+                    {control.luid(), bundle.name(), control.unmarshal_function(), nullptr, kind == family::commit ? on_commit : nullptr},
+                    nullptr};
+                ork_dispatcher_add(dispatcher_, &entry, &err);
+            }
+        }
+        EXPECT_EQ(err, 0u);
+    }
+    ~Rows() { ork_dispatcher_free(dispatcher_); }
+    Rows(const Rows &) = delete;
+    Rows &operator=(const Rows &) = delete;
+
+    uint32_t dispatch(const Handle &handle, void *ctx, const std::vector<uint8_t> &frame) const {
+        uint32_t err = 0;
+        ork_dispatch(dispatcher_, handle.get(), 0, ctx, frame.data(), static_cast<uint32_t>(frame.size()), &err);
+        return err;
+    }
+
+private:
+    ork_dispatcher *dispatcher_;
+};
+
+struct Seen {
+    std::vector<std::string> members;
+    int commits = 0;
+};
+
+void look(ork_handle *handle, uint32_t, void *ctx, uint32_t *) {
+    auto *seen = static_cast<Seen *>(ctx);
+    seen->commits += 1;
+    for (ork_bundle_member *member = ork_bundle_next(handle, nullptr); member != nullptr; member = ork_bundle_next(handle, member)) {
+        seen->members.push_back(ork_bundle_member_info(member)->name);
+        EXPECT_NE(ork_bundle_member_message(member), nullptr);
+    }
+}
+
+class DispatchedBundle : public testing::TestWithParam<Bundle> {
+protected:
+    const Bundle bundle = GetParam();
+    const Handle sender = family::make_handle();
+    const Handle receiver = family::make_handle();
+    const Rows rows{look};
+    Seen seen;
+
+    uint32_t receive(const std::vector<uint8_t> &frame) { return rows.dispatch(receiver, &seen, frame); }
+    // Sends every member, a repeatable one three times.
+    std::vector<std::string> send_members() {
+        std::vector<std::string> sent;
+        for (const wayfind_member &member : std::span(bundle.schema().members, bundle.schema().member_count)) {
+            const Message message(*member.message);
+            for (uint32_t i = 0; i < (member.repeatable != 0 ? 3u : 1u); ++i) {
+                EXPECT_EQ(receive(family::Made(message, sender.get(), i).frame()), 0u);
+                sent.emplace_back(message.name());
+            }
+        }
+        return sent;
+    }
+};
+
+TEST_P(DispatchedBundle, CommitShowsAllMembersInOrder) {
+    EXPECT_EQ(receive(control_frame(sender.get(), bundle.start())), 0u);
+    const std::vector<std::string> sent = send_members();
+    EXPECT_TRUE(seen.members.empty());
+    EXPECT_EQ(receive(control_frame(sender.get(), bundle.commit())), 0u);
+    EXPECT_EQ(seen.commits, 1);
+    EXPECT_EQ(seen.members, sent);
+    EXPECT_EQ(family::live_blocks(receiver), 0u) << "the members went with the bundle";
+}
+
+TEST_P(DispatchedBundle, AbortDropsAllMembers) {
+    EXPECT_EQ(receive(control_frame(sender.get(), bundle.start())), 0u);
+    send_members();
+    EXPECT_GT(family::live_blocks(receiver), 0u);
+    EXPECT_EQ(receive(control_frame(sender.get(), bundle.abort())), 0u);
+    EXPECT_EQ(seen.commits, 0);
+    EXPECT_EQ(family::live_blocks(receiver), 0u);
+    EXPECT_EQ(receiver->bundle_rx_active, 0u);
+}
+
+TEST_P(DispatchedBundle, MessageThatMayStandOnceIsRefusedTheSecondTime) {
+    control_frame(sender.get(), bundle.start());
+    for (const wayfind_member &member : std::span(bundle.schema().members, bundle.schema().member_count)) {
+        const Message message(*member.message);
+        const family::Made made(message, sender.get());
+        made.frame();
+        std::vector<uint8_t> buffer(message.len(sender.get(), 0, made.get()));
+        uint32_t err = 0;
+        const uint32_t written = message.marshal(sender.get(), 0, buffer.data(), made.get(), static_cast<int32_t>(buffer.size()), &err);
+        EXPECT_EQ(err, member.repeatable != 0 ? 0u : 17u) << message.name();
+        EXPECT_EQ(written > 0, member.repeatable != 0);
+        EXPECT_EQ(sender->bundle_ctx, 1u) << "the bundle stays open";
+    }
+    control_frame(sender.get(), bundle.commit());
+}
+
+TEST_P(DispatchedBundle, SendingAndReceivingOnOneHandleAreIndependent) {
+    const Handle both = family::make_handle();
+    EXPECT_EQ(rows.dispatch(both, &seen, control_frame(sender.get(), bundle.start())), 0u);
+    EXPECT_EQ(both->bundle_rx_active, 1u);
+    EXPECT_EQ(both->bundle_ctx, 0u);
+    control_frame(both.get(), bundle.start());
+    EXPECT_EQ(rows.dispatch(both, &seen, control_frame(sender.get(), bundle.abort())), 0u);
+    EXPECT_EQ(both->bundle_rx_active, 0u);
+    EXPECT_EQ(both->bundle_ctx, 1u);
+    control_frame(both.get(), bundle.commit());
+    EXPECT_EQ(both->bundle_ctx, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DispatchedBundle, testing::ValuesIn(family::bundles()), family::ByName());
+
+TEST(Dispatched, ShowInsideAnotherShowIsRefusedAndTheFirstGoesOn) {
+    const Handle sender = family::make_handle();
+    const Handle other = family::make_handle();
+    const Handle receiver = family::make_handle();
+    const Rows rows(look);
+    Seen seen;
+    const std::vector<Bundle> bundles = family::bundles();
+    EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundles[1].start())), 0u);
+    EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(other.get(), bundles[2].start())), 17u);
+    EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundles[1].commit())), 0u);
+    EXPECT_EQ(seen.commits, 1);
+    control_frame(other.get(), bundles[2].abort());
+}
+
+// ---- Memory ------------------------------------------------------------------------------------------------------------------------------
+
+// A million when all of it is asked for.
+unsigned bad_frames() {
+    return std::getenv("WAYFIND_LONG") != nullptr ? 1'000'000 : 20'000;
+}
+
+// Deterministic damage; the header's length is kept true so that the message's own reader has to cope.
+class Damage {
+public:
+    void spoil(std::vector<uint8_t> &frame) {
+        frame.resize(43 + next() % (frame.size() - 43));
+        for (uint32_t i = next() % 8; i > 0 && frame.size() > 43; --i) {
+            frame[43 + next() % (frame.size() - 43)] = static_cast<uint8_t>(next());
+        }
+        const auto length = static_cast<uint32_t>(frame.size());
+        for (unsigned i = 0; i < 4; ++i) {
+            frame[12 + i] = static_cast<uint8_t>(length >> (24 - 8 * i));
+        }
+    }
+
+private:
+    uint32_t next() { return state_ = state_ * 1664525 + 1013904223, state_ >> 8; }
+
+    uint32_t state_ = 1;
+};
+
+TEST(Dispatched, BadFramesLeaveTheMemoryFlat) {
+    const Handle sender = family::make_handle();
+    const Handle receiver = family::make_handle([](ork_options &options) { options.memory_budget = 1 << 22; });
+    const Rows rows;
+    std::vector<std::vector<uint8_t>> frames;
+    for (const Message &message : family::messages()) {
+        frames.push_back(family::Made(message, sender.get()).frame());
+    }
+    Damage damage;
+    unsigned failed = 0;
+    for (unsigned i = 0; i < bad_frames(); ++i) {
+        std::vector<uint8_t> frame = frames[i % frames.size()];
+        damage.spoil(frame);
+        failed += rows.dispatch(receiver, nullptr, frame) != 0 ? 1 : 0;
+        ASSERT_EQ(family::live_blocks(receiver), 0u) << i;
+    }
+    EXPECT_EQ(failed, bad_frames()) << "whole ones find no handler";
+}
+
+TEST(Dispatched, BadFramesInsideABundleLeaveItsMembersAlone) {
+    const Handle sender = family::make_handle();
+    const Handle receiver = family::make_handle();
+    const Rows rows(look);
+    Seen seen;
+    const Bundle bundle = family::bundle("fwe_cl_wayfind_show_hop_chan_response");
+    const Message member = family::message("fwe_cl_wayfind_hop_chan_msg");
+    ASSERT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundle.start())), 0u);
+    const std::vector<uint8_t> good = family::Made(member, sender.get()).frame();
+    ASSERT_EQ(rows.dispatch(receiver, &seen, good), 0u);
+    const uint64_t blocks = family::live_blocks(receiver);
+    for (size_t length = 43; length < good.size(); ++length) {
+        std::vector<uint8_t> frame(good.begin(), good.begin() + static_cast<long>(length));
+        for (unsigned i = 0; i < 4; ++i) {
+            frame[12 + i] = static_cast<uint8_t>(length >> (24 - 8 * i));
+        }
+        EXPECT_EQ(rows.dispatch(receiver, &seen, frame), 90u) << length;
+        ASSERT_EQ(family::live_blocks(receiver), blocks) << length;
+    }
+    EXPECT_EQ(rows.dispatch(receiver, &seen, good), 0u);
+    EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundle.commit())), 0u);
+    EXPECT_EQ(seen.members.size(), 2u);
+}
+
+}  // namespace

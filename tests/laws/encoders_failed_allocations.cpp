@@ -1,0 +1,141 @@
+// Every single allocation of unmarshal, clone and from_xml failing in turn: error 12, nothing lost, and a record that
+// can be used and destroyed.
+#include <functional>
+
+#include "tests/behaviour/encoders_values.h"
+
+namespace {
+
+using namespace forms;
+
+constexpr uint32_t elements = 3;
+
+// What one call allocates for the arrays of a record: a block for each, and with tracking one for its state bytes.
+unsigned array_blocks(const wayfind_record &record, bool tracking) {
+    unsigned result = 0;
+    for (unsigned i = 0; i < record.field_count; ++i) {
+        const wayfind_field &field = record.fields[i];
+        const bool array = field.cls == WAYFIND_VALUE_ARRAY || field.cls == WAYFIND_RECORD_ARRAY;
+        result += array ? (tracking ? 2U : 1U) : 0U;
+        if (field.record != nullptr) {
+            result += array_blocks(*field.record, tracking) * (array ? elements : 1);
+        }
+    }
+    return result;
+}
+
+class FailedAllocation : public testing::TestWithParam<unsigned> {
+protected:
+    const Calls &calls() const { return all_records()[GetParam()]; }
+
+    // Makes a record with arrays of that length and runs a call on it with the first, the second, ... allocation in it
+    // failing, until it gets through without one. Gives how many failed.
+    unsigned fail_each(const Handle &handle, const std::function<uint32_t(Object &)> &call, uint32_t before = 0) const {
+        for (unsigned nth = 1;; ++nth) {
+            Object object = filled(handle, calls(), before);
+            const uint64_t refused = handle.memory().refusals;
+            ork_handle_fail_allocation(handle, nth);
+            const uint32_t err = call(object);
+            ork_handle_fail_allocation(handle, 0);
+            if (handle.memory().refusals == refused) {
+                EXPECT_EQ(err, 0u);
+                return nth - 1;
+            }
+            EXPECT_EQ(err, 12u) << "allocation " << nth;
+            if (object.get() != nullptr) {
+                (void)printed(handle, calls(), object.get());
+                (void)as_xml(handle, calls(), object.get());
+                (void)marshalled(handle, calls(), object.get());
+                (void)calls().hash(object.get(), 0);
+            }
+        }
+    }
+};
+
+TEST_P(FailedAllocation, InUnmarshalLeavesARecordThatCanBeUsed) {
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        for (const uint32_t reuse : {0U, 1U}) {
+            const Handle handle(tracking);
+            const Bytes image = marshalled(handle, calls(), filled(handle, calls(), elements).get());
+            const unsigned failed = fail_each(handle, [&](Object &object) {
+                uint32_t err = 0;
+                calls().unmarshal(handle, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), reuse, &err);
+                EXPECT_EQ(ork_handle_last_error(handle), err);
+                return err;
+            });
+            EXPECT_EQ(failed, array_blocks(*calls().schema, tracking == ORK_TRACKING_ON));
+        }
+    }
+}
+
+TEST_P(FailedAllocation, InUnmarshalIntoAFilledRecordLeavesOneThatCanBeUsed) {
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        for (const uint32_t before : {1U, elements}) {
+            const Handle handle(tracking);
+            const Bytes image = marshalled(handle, calls(), filled(handle, calls(), elements).get());
+            const auto call = [&](Object &object) {
+                uint32_t err = 0;
+                calls().unmarshal(handle, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 1, &err);
+                return err;
+            };
+            fail_each(handle, call, before);
+        }
+    }
+}
+
+TEST_P(FailedAllocation, InCloneLeavesNoObject) {
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle handle(tracking);
+        const Object source = filled(handle, calls(), elements);
+        Bytes workspace(ample + 1);
+        const unsigned failed = fail_each(handle, [&](Object &) {
+            uint32_t err = 0;
+            void *slot = nullptr;
+            calls().clone(handle, instance, source.get(), &slot, workspace.data(), ample, &err);
+            EXPECT_EQ(slot == nullptr, err != 0);
+            EXPECT_EQ(ork_handle_last_error(handle), err);
+            if (slot != nullptr) {
+                calls().destroy(handle, instance, slot);
+            }
+            return err;
+        });
+        EXPECT_EQ(failed, 1 + array_blocks(*calls().schema, tracking == ORK_TRACKING_ON)) << "the object's own block too";
+    }
+}
+
+TEST_P(FailedAllocation, InCloneToACallersObjectDestroysThat) {
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle handle(tracking);
+        const Object source = filled(handle, calls(), elements);
+        Bytes workspace(ample + 1);
+        fail_each(handle, [&](Object &object) {
+            uint32_t err = 0;
+            void *slot = object.release();
+            calls().clone_internal(handle, instance, source.get(), &slot, workspace.data(), ample, &err);
+            EXPECT_EQ(slot == nullptr, err != 0);
+            EXPECT_EQ(ork_handle_last_error(handle), err);
+            if (slot != nullptr) {
+                calls().destroy(handle, instance, slot);
+            }
+            return err;
+        });
+    }
+}
+
+TEST_P(FailedAllocation, InFromXmlKeepsWhatWasRead) {
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle handle(tracking);
+        const Document document = parsed(as_xml(handle, calls(), filled(handle, calls(), elements).get()));
+        const std::string path = std::string("//") + calls().name();
+        const unsigned failed = fail_each(handle, [&](Object &object) {
+            uint32_t err = 0;
+            calls().from_xml(handle, instance, path.c_str(), document.get(), object.get(), &err, nullptr, 0);
+            return err;
+        });
+        EXPECT_EQ(failed == 0, !holds_arrays(*calls().schema));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Records, FailedAllocation, testing::Range(0U, wayfind_record_count), short_name);
+
+}  // namespace

@@ -1,0 +1,122 @@
+// All enums and the flag set: sizes, counts and the range of their values.
+#include "frame_fields.h"
+
+namespace frame_law {
+
+namespace {
+
+struct Small {
+    const told::Small &told;
+    const wayfind_small_type &schema;
+
+    template <class F>
+    F *function(const std::string &suffix) const {
+        return fixture::function<F>(schema.functions, suffix);
+    }
+    void *create(Handle &h) const { return function<void *(ork_handle *, uint32_t)>("_create")(h, instance); }
+    void destroy(Handle &h, void *obj) const { function<void(ork_handle *, uint32_t, void *)>("_destroy")(h, instance, obj); }
+};
+
+void for_each_small(const std::function<void(const Small &)> &visit) {
+    for (unsigned i = 0; i < wayfind_small_type_count; ++i) {
+        visit({*told::small(wayfind_small_types[i].name), wayfind_small_types[i]});
+    }
+}
+
+}  // namespace
+
+TEST(FrameLawSmall, create_and_destroy_balance_in_every_mode) {
+    for (const Mode &mode : fixture::all_modes()) {
+        Handle h(mode);
+        for_each_small([&](const Small &small) {
+            void *const obj = small.create(h);
+            ASSERT_NE(obj, nullptr);
+            const auto *const type = load<const ork_type_info *>(obj);
+            const ork_variant_entry &entry = type->varinfo->entries[0];
+            const uint64_t alive = entry.create_count - entry.destroy_count;
+            EXPECT_EQ(type == small.schema.type, !mode.shared);
+            EXPECT_EQ(h.memory().live_bytes, small.told.size) << small.told.name;
+            EXPECT_EQ(header(obj).obj_flags, 0);
+            for (unsigned i = ORK_OBJECT_HEADER_SIZE; i < small.told.size; ++i) {
+                EXPECT_EQ(bytes(obj)[i], 0);
+            }
+            small.destroy(h, obj);
+            EXPECT_EQ(entry.create_count - entry.destroy_count, alive - 1) << small.told.name << ", " << mode.text();
+            EXPECT_EQ(h.memory().live_blocks, 0u);
+        });
+    }
+}
+
+TEST(FrameLawSmall, every_value_is_taken_and_none_above) {
+    Handle h;
+    for_each_small([&](const Small &small) {
+        if (small.told.flags) {
+            return;
+        }
+        void *const obj = small.create(h);
+        const auto set = small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t *)>("_set_value");
+        const auto get = small.function<uint32_t(ork_handle *, uint32_t, void *, uint32_t *)>("_get_value");
+        const auto valid = small.function<uint32_t(ork_handle *, int32_t)>("_is_valid_cr");
+        const auto n = static_cast<uint32_t>(small.told.values.size());
+        for (uint32_t value = 0; value < n; ++value) {
+            set(h, instance, obj, value, &h.err);
+            EXPECT_EQ(h.last_error(), 0u);
+            EXPECT_EQ(get(h, instance, obj, &h.err), value) << small.told.name;
+            EXPECT_EQ(valid(h, static_cast<int32_t>(value)), 1u);
+        }
+        for (const uint32_t value : {n, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+            set(h, instance, obj, value, &h.err);
+            EXPECT_EQ(h.last_error(), 43u) << small.told.name;
+            EXPECT_EQ(get(h, instance, obj, &h.err), n - 1) << small.told.name;
+            EXPECT_EQ(valid(h, static_cast<int32_t>(value)), value >> 31) << small.told.name << " " << value;
+        }
+        EXPECT_EQ(small.function<uint32_t()>("_sizeof")(), 16u);
+        small.destroy(h, obj);
+    });
+}
+
+TEST(FrameLawSmall, an_error_standing_stops_them) {
+    Handle h({.recording = true});
+    for_each_small([&](const Small &small) {
+        void *const obj = small.create(h);
+        void *const src = small.create(h);
+        bytes(src)[small.told.flags ? 11 : 12] = 1;
+        const Snapshot before(obj, small.told.size);
+        h.err = 5;
+        {
+            spy::Log log;
+            small.function<void(ork_handle *, uint32_t, void *, void *, uint32_t *)>("_set")(h, instance, obj, src, &h.err);
+            if (small.told.flags) {
+                small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, 1, &h.err);
+            } else {
+                small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, &h.err);
+            }
+            EXPECT_CALLS(log, {}) << small.told.name;
+        }
+        EXPECT_TRUE(before.unchanged()) << small.told.name;
+        h.err = 0;
+        small.destroy(h, obj);
+        small.destroy(h, src);
+    });
+}
+
+TEST(FrameLawSmall, set_copies_the_object_whole_and_announced) {
+    Handle h;
+    for_each_small([&](const Small &small) {
+        void *const obj = small.create(h);
+        void *const src = small.create(h);
+        spy::name(obj, small.told.size, "obj");
+        bytes(src)[small.told.flags ? 11 : 12] = 1;
+        {
+            spy::Log log;
+            small.function<void(ork_handle *, uint32_t, void *, void *, uint32_t *)>("_set")(h, instance, obj, src, &h.err);
+            EXPECT_CALLS(log.calls_of({"write_notify_fn"}), std::vector<std::string>{"write_notify_fn(obj," + std::to_string(small.told.size) + ",7,obj)"})
+                << small.told.name;
+        }
+        EXPECT_EQ(std::memcmp(obj, src, small.told.size), 0);
+        small.destroy(h, obj);
+        small.destroy(h, src);
+    });
+}
+
+}  // namespace frame_law

@@ -1,0 +1,100 @@
+"""What an agent says of data that it cannot take: file, line and reason, and it does not start."""
+from product import Case, run
+from schema import CL, Data
+
+
+class DataErrors(Case):
+    def refused(self, text, *words, name="bad.xml"):
+        path = self.folder / name
+        path.write_text(text)
+        self.assert_fails(run("agent", "--listen", self.socket, "--data", self.folder), *words)
+
+    def hop_chan(self, inside):
+        return f"<fwe_ui_wayfind>\n<{CL}hop_chan_data>\n{inside}\n</{CL}hop_chan_data>\n</fwe_ui_wayfind>\n"
+
+    def test_missing_folder(self):
+        self.assert_fails(run("agent", "--listen", self.socket, "--data", self.folder / "none"), self.folder / "none", "No such file")
+
+    def test_folder_without_data(self):
+        self.assert_fails(run("agent", "--listen", self.socket, "--data", self.folder), "no file in it ends in .xml")
+
+    def test_unreadable_file(self):
+        (self.folder / "folder.xml").mkdir()
+        self.assert_fails(run("agent", "--listen", self.socket, "--data", self.folder), "folder.xml: Is a directory")
+
+    def test_text_that_is_no_xml(self):
+        self.refused("hello\n", "bad.xml:1: ")
+
+    def test_file_without_content(self):
+        self.refused("", "bad.xml:")
+
+    def test_element_that_is_not_closed(self):
+        self.refused(self.hop_chan("<hop_chan>\n<hop_id>1</hop_id>\n"), "bad.xml:6: ", "hop_chan")
+
+    def test_document_type(self):
+        self.refused('<!DOCTYPE a [<!ENTITY b "c">]>\n<fwe_ui_wayfind/>\n', "bad.xml:1: ", "document type")
+
+    def test_unknown_root(self):
+        self.refused("<weather/>\n", "bad.xml:1: unknown element <weather> at the root")
+
+    def test_unknown_record(self):
+        self.refused(f"<fwe_ui_wayfind>\n\n<{CL}hop_chan_date/>\n</fwe_ui_wayfind>\n", "bad.xml:3: unknown element <fwe_cl_wayfind_hop_chan_date> in")
+
+    def test_unknown_field(self):
+        self.refused(self.hop_chan("<hop_chan>\n<hop_idd>1</hop_idd>\n</hop_chan>"), "bad.xml:4: unknown element <hop_idd> in <hop_chan>")
+
+    def test_unknown_enumerator(self):
+        self.refused(self.hop_chan("<probe><rx_state><WAYFIND_UI_UP/></rx_state></probe>"), "bad.xml:3: unknown element <WAYFIND_UI_UP> in <rx_state>")
+
+    def test_field_that_stands_twice(self):
+        self.refused(self.hop_chan("<dscp_str>ef</dscp_str>\n<dscp_str>ef</dscp_str>"), "bad.xml:4: a second <dscp_str> in")
+
+    def test_number_out_of_range(self):
+        self.refused(self.hop_chan("<hop_chan>\n<dscp>256</dscp>\n</hop_chan>"), 'bad.xml:4: <dscp> is "256"', "out of its range")
+
+    def test_text_in_place_of_a_number(self):
+        self.refused(self.hop_chan("<stats>\n<send_probes>many</send_probes>\n</stats>"), 'bad.xml:4: <send_probes> is "many"')
+
+    def test_text_longer_than_its_field(self):
+        self.refused(self.hop_chan("<dscp_str>123456789</dscp_str>"), 'bad.xml:3: <dscp_str> is "123456789": longer than its field')
+
+    def test_element_of_an_array(self):
+        self.refused(f"<{CL}channel_data><chan><path>\n<path_id>1</path_id>\n<path_id>x</path_id>\n</path></chan></{CL}channel_data>",
+                     'bad.xml:3: <path_id[2]> is "x"')
+
+    def test_value_beyond_line_65535(self):
+        self.refused(self.hop_chan("\n" * 70_000 + "<dscp_str>123456789</dscp_str>"), "bad.xml:70003: <dscp_str>")
+
+    def test_second_record_of_a_kind_that_a_show_holds_once(self):
+        self.refused(f"<fwe_ui_wayfind>{'<fwe_pal_wayfind_site_prefix_data/>' * 2}</fwe_ui_wayfind>", "bad.xml: one more <fwe_pal_wayfind_site_prefix_data>")
+
+    def test_tunnel_without_its_name(self):
+        self.refused(f"<fwe_ui_wayfind><{CL}auto_tunnel/></fwe_ui_wayfind>", "bad.xml: 1 of <fwe_cl_wayfind_auto_tunnel> and 0 of")
+
+    def test_error_in_the_last_of_many_files(self):
+        Data(2).write(self.folder)
+        self.refused("<weather/>\n", "zzz.xml:1: unknown element", name="zzz.xml")
+
+
+class DataForms(Case):
+    def shown(self, text):
+        (self.folder / "data.xml").write_text(text)
+        self.start_agent(data=self.folder)
+        return self.show("hop-chan", "--format", "xml").stdout
+
+    def test_record_may_be_the_root(self):
+        self.assertIn("<dscp_str>ef</dscp_str>", self.shown(f"<{CL}hop_chan_data><dscp_str>ef</dscp_str></{CL}hop_chan_data>"))
+
+    def test_what_is_not_given_keeps_its_default(self):
+        shown = self.shown(f"<{CL}hop_chan_data/>")
+        self.assertIn("<num_hop_chans>1</num_hop_chans>", shown)
+        self.assertIn("<WAYFIND_UI_HOP_CHAN_STATE_UNREACHABLE/>", shown)
+        self.assertIn("<hop_id>0</hop_id>", shown)
+
+    def test_show_without_entries_tells_their_count(self):
+        shown = self.shown("<fwe_ui_wayfind/>")
+        self.assertIn("<num_hop_chans>0</num_hop_chans>", shown)
+        self.assertNotIn("hop_chan_msg", shown)
+
+    def test_numbers_may_be_hexadecimal(self):
+        self.assertIn("<flags>31</flags>", self.shown(f"<{CL}hop_chan_data><hop_chan><flags> 0x1f </flags></hop_chan></{CL}hop_chan_data>"))

@@ -1,0 +1,94 @@
+"""Recordings: what a client records of a show is read back into the same messages."""
+import re
+
+from product import Case, OLD_RELEASE, run
+from schema import CL, SUBJECTS, Data
+
+
+def without_root(xml):
+    return xml.split("\n", 1)[1].rsplit("\n", 2)[0]
+
+
+class Recordings(Case):
+    def setUp(self):
+        super().setUp()
+        self.file = self.folder / "recording"
+
+    def test_of_every_show_reads_back(self):
+        self.start_agent()
+        for subject in SUBJECTS:
+            self.file.unlink(missing_ok=True)
+            shown = self.show(subject, "--format", "xml", "--record", self.file).stdout
+            read = run("recording", self.file, "--format", "xml")
+            self.assertEqual(read.returncode, 0, read.stderr)
+            self.assertEqual(without_root(read.stdout), without_root(shown), subject)
+
+    def test_of_hard_values_reads_back(self):
+        folder = self.folder / "data"
+        folder.mkdir()
+        Data(50).write(folder)
+        self.start_agent(data=folder)
+        for subject in ("selection", "channel", "intf"):
+            self.file.unlink(missing_ok=True)
+            shown = self.show(subject, "--format", "xml", "--record", self.file).stdout
+            self.assertEqual(without_root(run("recording", self.file, "--format", "xml").stdout), without_root(shown), subject)
+
+    def test_reads_back_as_text(self):
+        self.start_agent()
+        shown = self.show("channel", "--record", self.file).stdout
+        self.assertEqual(run("recording", self.file).stdout, shown)
+
+    def test_shows_are_appended(self):
+        self.start_agent()
+        first = self.show("intf", "--record", self.file).stdout
+        second = self.show("channel", "--record", self.file).stdout
+        self.assertEqual(run("recording", self.file).stdout, first + second)
+
+    def test_each_message_has_its_time(self):
+        self.start_agent()
+        self.show("intf", "--record", self.file)
+        self.assertEqual(len(re.findall(r'^<fwe_ui_wayfind time="\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z">$', self.file.read_text(), re.M)), 5)
+
+    def test_lowered_messages_read_back_as_their_release(self):
+        self.start_agent()
+        shown = self.show("hop-chan", "--record", self.file, "--release", OLD_RELEASE).stdout
+        self.assertEqual(run("recording", self.file, "--release", OLD_RELEASE).stdout, shown)
+
+    def test_message_too_large_to_record_is_still_shown(self):
+        folder = self.folder / "data"
+        folder.mkdir()
+        policies = "".join(f"<policy><policy_seq>{n}</policy_seq></policy>" for n in range(1000))
+        (folder / "flow.xml").write_text(f"<{CL}select_flow_data><sel_all_policies>{policies}</sel_all_policies></{CL}select_flow_data>")
+        self.start_agent(data=folder)
+        shown = self.show("selection", "--record", self.file, "--format", "xml").stdout
+        self.assertEqual(shown.count("<policy_seq>"), 1000)
+        read = run("recording", self.file, "--format", "xml").stdout
+        self.assertIn("select_state_msg", read)
+        self.assertNotIn("select_flow_msg", read)
+
+    def test_that_cannot_be_written(self):
+        self.start_agent()
+        self.assert_fails(self.show("intf", "--record", self.folder / "none/recording"), "cannot record to")
+
+    def test_cut_short(self):
+        self.start_agent()
+        self.show("intf", "--record", self.file)
+        self.file.write_text(self.file.read_text()[:-30])
+        read = run("recording", self.file)
+        self.assert_fails(read, f"{self.file}:", "no whole recorded message")
+        self.assertEqual(read.stdout.count("message@"), 4)
+
+    def test_that_is_something_else(self):
+        self.file.write_text("hello\n")
+        self.assert_fails(run("recording", self.file), f"{self.file}:1: ")
+
+    def test_with_a_foreign_element(self):
+        self.start_agent()
+        self.show("intf", "--record", self.file)
+        lines = self.file.read_text().splitlines(True)
+        at = lines.index("<fwe_if_h>12</fwe_if_h>\n")
+        self.file.write_text("".join(lines[:at] + ["<weather/>\n"] + lines[at:]))
+        self.assert_fails(run("recording", self.file), f"{self.file}:{at + 1}: unknown element <weather>")
+
+    def test_missing_file(self):
+        self.assert_fails(run("recording", self.file), self.file, "No such file")

@@ -1,0 +1,164 @@
+"""Shows between two processes, every field compared at the far end."""
+import os
+import pathlib
+import subprocess
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+from product import OLD_RELEASE, WAYFIND, Case
+from schema import CL, SUBJECTS, Data, bundle_of
+from shown_xml import Comparison
+
+LONG = os.environ.get("WAYFIND_LONG") == "1"
+OLD = ("--release", OLD_RELEASE)
+NEWEST = 3
+
+
+class ShowCase(Case):
+    def compare(self, data, subject, newest, tracking, client=()):
+        result = self.show(subject, "--format", "xml", "--tracking", tracking, *client)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        bundle = bundle_of(subject)
+        root = ElementTree.fromstring(result.stdout)
+        Comparison(self, newest, tracking == "on").bundle(root, bundle, data.shown(bundle))
+        return result
+
+    def start_with(self, data, *options):
+        folder = self.folder / "data"
+        folder.mkdir()
+        data.write(folder)
+        return self.start_agent(*options, data=folder)
+
+
+class TenThousandHopChannels(ShowCase):
+    def go_through(self, tracking):
+        data = Data(10_000, only=[CL + "hop_chan_msg", CL + "hop_chan_state_msg"])
+        agent = self.start_with(data, "--tracking", tracking)
+        self.compare(data, "hop-chan", NEWEST, tracking)
+        self.compare(data, "hop-chan", 0, tracking, OLD)
+        self.assertEqual(agent.stop(), 0)
+
+    def test_come_through_without_tracking(self):
+        self.go_through("off")
+
+    def test_come_through_with_tracking(self):
+        self.go_through("on")
+
+
+class AllShows(ShowCase):
+    def go_through(self, agent_options, newest, client):
+        for tracking in ("off", "on") if LONG else ("on",):
+            data = Data(1_000 if LONG else 100, seed=tracking)
+            agent = self.start_with(data, *agent_options, "--tracking", tracking)
+            for subject in SUBJECTS:
+                with self.subTest(subject=subject, tracking=tracking):
+                    self.compare(data, subject, newest, tracking, client)
+            self.assertEqual(agent.stop(), 0)
+            self.doCleanups()
+            self.setUp()
+
+    def test_between_equal_releases(self):
+        self.go_through((), NEWEST, ())
+
+    def test_from_a_new_agent_to_an_old_client(self):
+        self.go_through((), 0, OLD)
+
+    def test_from_an_old_agent_to_a_new_client(self):
+        self.go_through(OLD, 0, ())
+
+
+class Releases(ShowCase):
+    def test_client_says_what_was_lowered_for_it(self):
+        self.start_agent()
+        self.assertEqual(self.show("hop-chan").stderr, "")
+        self.assertEqual(self.show("hop-chan", *OLD).stderr,
+                         "wayfind: lowered for this release: fwe_cl_wayfind_hop_chan_data from variant 1 to 0, "
+                         "fwe_cl_wayfind_hop_chan_st from variant 1 to 0\n")
+
+    def test_client_says_that_the_agent_is_older(self):
+        self.start_agent(*OLD)
+        self.assertEqual(self.show("enforce-hop").stderr,
+                         "wayfind: the agent's release is older: fwe_cl_wayfind_enforce_hop from variant 1 to 0\n")
+
+    def test_agent_logs_what_it_lowered(self):
+        agent = self.start_agent()
+        self.show("channel", *OLD)
+        self.assertIn("show channel, 9 messages; lowered: fwe_cl_wayfind_channel_data from variant 1 to 0, "
+                      "fwe_cl_wayfind_chan_st from variant 3 to 0, fwe_cl_wayfind_chan_stats_st from variant 1 to 0", agent.log())
+
+    def test_old_text_of_hop_channels_holds_no_later_field(self):
+        self.start_agent()
+        text = self.show("hop-chan", *OLD).stdout
+        self.assertEqual(text.count("hop_chan_id:"), 126)
+        for later in ("create_ts_msec", "update_ts_msec", "flags_show", "serv@"):
+            self.assertNotIn(later, text)
+
+    def release_without(self, name):
+        path = self.folder / "release"
+        path.write_text("".join(line for line in OLD_RELEASE.read_text().splitlines(True) if not line.startswith(name + " ")))
+        return "--release", path
+
+    def test_message_that_the_client_does_not_know_is_left_out(self):
+        self.start_agent()
+        result = self.show("selection", *self.release_without(CL + "select_flow_msg"))
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("fwe_cl_wayfind_select_flow_msg left out", result.stderr)
+        self.assertIn("select_tc_msg", result.stdout)
+        self.assertNotIn("select_flow_msg", result.stdout)
+
+    def test_show_of_which_the_client_knows_no_message_is_refused(self):
+        self.start_agent()
+        result = self.show("enforce-hop", *self.release_without(CL + "enforce_hop_msg"))
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("takes no message of show enforce-hop", result.stderr)
+
+    def test_tracking_may_differ_between_the_two(self):
+        data = Data(10, only=[CL + "hop_chan_msg"])
+        self.start_with(data, "--tracking", "on")
+        self.show("hop-chan", "--tracking", "off", "--format", "xml")
+        self.assert_serves()
+
+    def test_text_closes_every_newest_record(self):
+        self.start_agent()
+        for subject in SUBJECTS:
+            text = self.show(subject).stdout
+            self.assertEqual(text.count("{\n"), text.count("}\n"), subject)
+
+
+class Output(ShowCase):
+    def test_xml_of_a_show_is_a_data_file(self):
+        self.start_agent()
+        first = self.show("selection", "--format", "xml").stdout
+        folder = self.folder / "again"
+        folder.mkdir()
+        (folder / "selection.xml").write_text(first)
+        self.socket = self.folder / "second"
+        self.start_agent(data=folder)
+        self.assertEqual(self.show("selection", "--format", "xml").stdout, first)
+
+    def test_tracked_fields_carry_their_state(self):
+        self.start_agent("--tracking", "on")
+        xml = self.show("hop-chan", "--tracking", "on", "--format", "xml").stdout
+        self.assertRegex(xml, r'<num_hop_chans state="\d+">126</num_hop_chans>')
+
+    def test_full_disk_is_no_success(self):
+        self.start_agent()
+        with open("/dev/full", "w") as full:
+            result = subprocess.run([WAYFIND, "show", "hop-chan", "--connect", str(self.socket)], stdout=full, stderr=subprocess.PIPE,
+                                    text=True, check=False)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("cannot write to stdout", result.stderr)
+
+
+class LiveInterfaces(ShowCase):
+    def test_are_those_of_the_host(self):
+        self.start_agent("--live-interfaces")
+        root = ElementTree.fromstring(self.show("intf", "--format", "xml").stdout)
+        shown = {(data.findtext("if_name"), data.findtext("fwe_if_h")) for data in root.iter(CL + "intf_data")}
+        host = {(index.parent.name, index.read_text().strip()) for index in pathlib.Path("/sys/class/net").glob("*/ifindex")}
+        self.assertTrue(host)
+        self.assertEqual(shown, host)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,245 @@
+#!/usr/bin/env python3
+"""What holds for the source tree itself: who may include whom, who may name a type, who may touch raw memory.
+
+Run from anywhere; one unittest method per rule.
+"""
+
+import re
+import shutil
+import subprocess
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+SKIPPED_FOLDERS = {".git", "build", "__pycache__"}
+
+
+def walk(folder=ROOT):
+    for path in sorted(folder.iterdir()):
+        if path.is_dir() and not path.is_symlink():
+            if path.name not in SKIPPED_FOLDERS:
+                yield from walk(path)
+        elif path.is_file():
+            yield path
+
+
+FILES = {path.relative_to(ROOT).as_posix(): path for path in walk()}
+CODE = [name for name in FILES if name.endswith((".h", ".cpp", ".c"))]
+ENGINES = ("frame/", "encoders/", "messages/")
+
+
+def text(name):
+    return FILES[name].read_text(encoding="utf-8")
+
+
+def code_lines(name):
+    """Lines with comments and the insides of string literals taken out."""
+    bare = re.sub(r'"(?:\\.|[^"\\\n])*"', '""', text(name))
+    bare = re.sub(r"/\*.*?\*/", lambda m: "\n" * m.group().count("\n"), bare, flags=re.S)
+    return [re.sub(r"//.*", "", line) for line in bare.split("\n")]
+
+
+# Layers. A file belongs to the first prefix that fits, and may include its own layer and those named behind it.
+TABLES = ["tables"]
+ENGINE_GROUND = TABLES + ["ork"]
+PUBLIC = ["ork", "set-up", "generated headers", "schema", "support"]
+LAYERS = [
+    ("include/ork/platform.h", "set-up", ["ork"]),
+    ("include/ork/", "ork", []),
+    ("model/exports.h", "exports", ["messages", "encoders", "frame"] + ENGINE_GROUND),
+    ("model/generator/", "generator", TABLES),
+    ("model/", "tables", []),
+    ("frame/", "frame", ENGINE_GROUND),
+    ("encoders/", "encoders", ["frame"] + ENGINE_GROUND),
+    ("messages/", "messages", ["encoders", "frame"] + ENGINE_GROUND),
+    ("platform/", "platform", ["ork", "set-up"]),
+    ("tools/schema/", "schema", ["ork", "generated headers"]),
+    ("tools/", "tools", PUBLIC),
+    ("tests/support/", "support", PUBLIC),
+    ("tests/platform/", "tests", PUBLIC + ["platform"]),
+    ("tests/abi/", "tests", PUBLIC + ["tools"]),
+    ("tests/", "tests", PUBLIC),
+    ("bench/", "bench", PUBLIC),
+    ("fuzz/", "fuzz", PUBLIC + ["tools"]),
+    ("examples/", "examples", PUBLIC),
+    ("fwe_ui_wayfind/", "generated headers", ["ork"]),
+]
+
+
+def layer(name):
+    for prefix, label, allowed in LAYERS:
+        if name.startswith(prefix):
+            return label, [label] + allowed
+    raise AssertionError(f"{name} is in no layer")
+
+
+def included(name):
+    """Each file that a file includes in quotes, as a path from the root."""
+    for target in re.findall(r'^\s*#\s*include\s+"([^"]+)"', text(name), flags=re.M):
+        beside = (FILES[name].parent / target).resolve()
+        if beside.is_file() and beside.is_relative_to(ROOT):
+            yield beside.relative_to(ROOT).as_posix()
+        elif target in FILES or target.startswith("fwe_ui_wayfind/"):
+            yield target
+        elif "include/" + target in FILES:
+            yield "include/" + target
+        else:
+            # Found through an include folder of the target's own, as tests do with their support.
+            matches = [file for file in FILES if file.endswith("/" + target)]
+            yield matches[0] if len(matches) == 1 else target
+
+
+class Includes(unittest.TestCase):
+    def test_point_one_way(self):
+        wrong = []
+        for name in CODE:
+            _, allowed = layer(name)
+            for target in included(name):
+                if layer(target)[0] not in allowed:
+                    wrong.append(f"{name} includes {target}")
+        self.assertEqual(wrong, [])
+
+    def test_modules_know_nothing_of_set_up(self):
+        wrong = [n for n in CODE if n.startswith(ENGINES + ("model/",)) and "include/ork/platform.h" in included(n)]
+        self.assertEqual(wrong, [])
+
+    def test_headers_include_in_no_circle(self):
+        open_names, done = [], set()
+
+        def visit(name):
+            if name in open_names:
+                self.fail(" -> ".join(open_names[open_names.index(name) :] + [name]))
+            if name in done or name not in FILES:
+                return
+            open_names.append(name)
+            for target in included(name):
+                visit(target)
+            open_names.pop()
+            done.add(name)
+
+        for name in CODE:
+            visit(name)
+
+    def test_engines_need_only_the_standard_library(self):
+        allowed = {"alloca.h", "algorithm", "array", "cerrno", "cstddef", "cstdint", "cstdio", "cstdlib", "cstring",
+                   "initializer_list", "utility"}
+        wrong = []
+        for name in CODE:
+            if name.startswith(ENGINES) or (name.startswith("model/") and not name.startswith("model/generator/")):
+                used = re.findall(r"^\s*#\s*include\s+<([^>]+)>", text(name), flags=re.M)
+                wrong += [f"{name} includes <{header}>" for header in used if header not in allowed]
+        self.assertEqual(wrong, [])
+
+
+class Names(unittest.TestCase):
+    # Tables name types, users of the library name them; engines, platform and generator get rows as arguments.
+    NAMELESS = ENGINES + ("model/", "platform/", "include/", "tools/schema/")
+
+    def test_types_are_named_in_tables_and_by_users_only(self):
+        wrong = []
+        for name in FILES:
+            if not name.startswith(self.NAMELESS) or name.startswith("model/subjects/") or name.endswith(".txt"):
+                continue
+            for number, line in enumerate(text(name).split("\n"), 1):
+                if re.search(r"\bfwe_(cl|dp|pal)_", line):
+                    wrong.append(f"{name}:{number}: {line.strip()}")
+        self.assertEqual(wrong, [])
+
+
+class Sizes(unittest.TestCase):
+    def test_no_engine_file_is_long(self):
+        limit = 400
+        watched = ENGINES + ("model/", "platform/", "tools/", "bench/", "fuzz/")
+        long = [f"{name}: {n}" for name in CODE if name.startswith(watched) and (n := text(name).count("\n")) > limit]
+        self.assertEqual(long, [])
+
+
+class Memory(unittest.TestCase):
+    # Bytes of a caller's buffer are reached through the cursor. What is left by name:
+    BUFFER_LINES = {
+        # the one byte that the flag set's image is read without a test of its length
+        "encoders/small_wire.cpp": ["*frame::byte_at(object, frame::at_flag_bits) = *in.here();"],
+    }
+
+    def test_caller_buffers_are_walked_by_the_cursor_alone(self):
+        raw = re.compile(r"\b(?:buffer|bytes|here\(\))\s*(?:\[|[+-](?![+>-]))|\*\s*\w+\.here\(\)|\+\+\s*buffer|buffer\s*\+\+")
+        wrong = []
+        for name in CODE:
+            if not name.startswith(("encoders/", "messages/")) or name == "encoders/cursor.h":
+                continue
+            for number, line in enumerate(code_lines(name), 1):
+                if raw.search(line) and line.strip() not in self.BUFFER_LINES.get(name, []):
+                    wrong.append(f"{name}:{number}: {line.strip()}")
+        self.assertEqual(wrong, [])
+
+    # Stores that go past frame/call.h's announcing store. A file stands here with what makes its stores right: the
+    # memory is no live object yet, was announced in the line before, or is required to be written in silence.
+    RAW_STORES = {
+        "frame/call.h": "store and put themselves",
+        "frame/array.cpp": "fresh element bytes, and pointers announced in front of the allocation",
+        "frame/array_state.cpp": "a caller's bytes into an entry that was announced",
+        "frame/create.cpp": "blocks that are no object yet, and the flag that goes unannounced without notify",
+        "frame/destroy.cpp": "a state entry of an object that is going",
+        "frame/module.cpp": "a descriptor's copy in the shared table",
+        "frame/record_array.cpp": "a fresh block, filled before it replaces the old one",
+        "frame/small_type.cpp": "blocks that are no object yet, and whole copies announced in front",
+        "frame/small_type.h": "the embedded flag goes unannounced",
+        "frame/state.cpp": "the whole state block, in silence as required",
+        "frame/typeinfo.cpp": "the type slot, announced in front",
+        "frame/value_array.cpp": "blocks announced in front of the allocation",
+        "frame/whole_record.cpp": "whole copies announced in front",
+        "frame/whole_values.cpp": "a caller's own variables, and texts announced in front",
+        "encoders/cursor.h": "a caller's buffer",
+        "encoders/small_wire.cpp": "the header of an object read from the wire goes unannounced",
+        "encoders/unmarshal.cpp": "blocks announced in front, and the header, unannounced as required",
+        "encoders/xml_read.cpp": "an enum's value read from a document goes unannounced",
+        "messages/message.cpp": "nothing of a message object is announced",
+        "messages/message.h": "nothing of a message object is announced",
+    }
+
+    def test_raw_stores_stand_where_a_reason_is_written(self):
+        raw = re.compile(r"\b(?:memcpy|memset|memmove|strncpy)\s*\(|\b(?:frame::)?put(?:<[^>]*>)?\((?!call, out)|"
+                         r"\*(?:frame::)?byte_at\([^)]*\)\s*[|&^+-]?=[^=]")
+        found = {name for name in CODE if name.startswith(ENGINES) and any(raw.search(line) for line in code_lines(name))}
+        found.discard("encoders/text.cpp")  # its put is a line of text
+        self.assertEqual(found - set(self.RAW_STORES), set(), "raw stores without a reason")
+        self.assertEqual(set(self.RAW_STORES) - found, set(), "reasons without a raw store")
+
+
+class Scripts(unittest.TestCase):
+    def scripts(self):
+        for name, path in FILES.items():
+            with path.open("rb") as file:
+                head = file.readline(80)
+            if re.match(rb"#!.*\b(?:ba)?sh\b", head):
+                yield name, path
+
+    def test_parse(self):
+        for name, path in self.scripts():
+            with self.subTest(name):
+                subprocess.run(["bash", "-n", path], check=True)
+
+    @unittest.skipUnless(shutil.which("shellcheck"), "needs shellcheck")
+    def test_pass_shellcheck(self):
+        for name, path in self.scripts():
+            with self.subTest(name):
+                done = subprocess.run(["shellcheck", "-x", path], cwd=ROOT, capture_output=True, text=True)
+                self.assertEqual(done.returncode, 0, done.stdout)
+
+    def test_are_executable(self):
+        self.assertEqual([name for name, path in self.scripts() if not path.stat().st_mode & 0o100], [])
+
+
+class Places(unittest.TestCase):
+    def test_no_file_names_a_path_of_one_machine(self):
+        machine = re.compile(rb"(?<![\w.}~$*-])/(?:home|root|work|Users|mnt|srv)/\w")
+        wrong = []
+        for name, path in FILES.items():
+            for number, line in enumerate(path.read_bytes().split(b"\n"), 1):
+                if machine.search(line):
+                    wrong.append(f"{name}:{number}")
+        self.assertEqual(wrong, [])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,94 @@
+// wayfind recording: reads recorded messages back and prints them.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "commands.h"
+#include "data_check.h"
+#include "data_file.h"
+#include "failure.h"
+#include "message_printer.h"
+#include "session.h"
+
+namespace wayfind {
+namespace {
+
+struct RecordingOptions {
+  std::string path;
+  std::string format = "text";
+  Session session;
+};
+
+// Finds the first message's element.
+uint32_t find_message(void* ctx, uint32_t, const char* name, const char*, uint32_t) {
+  auto& found = *static_cast<const MessageType**>(ctx);
+  found = find_message_type(name);
+  return found != nullptr ? 1 : 0;
+}
+
+class RecordingReader {
+ public:
+  RecordingReader(const std::string& path, ork_handle* handle, MessagePrinter& printer)
+      : path_(path), text_(file_content(path)), handle_(handle), printer_(printer) {}
+
+  void print_all() {
+    while (begin_ < text_.size()) {
+      const std::string_view rest = std::string_view(text_).substr(begin_);
+      if (rest.find_first_not_of(" \t\r\n") == std::string_view::npos) return;
+      const size_t length = ork_xml_document_length(rest.data(), rest.size());
+      if (length == 0) fail("from here on there is no whole recorded message; the messages before are complete");
+      print(rest.substr(0, length));
+      line_ += static_cast<uint32_t>(std::count(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
+      begin_ += length;
+    }
+  }
+
+ private:
+  [[noreturn]] void fail(const std::string& reason) const { throw Failure(path_ + ":" + std::to_string(line_) + ": " + reason); }
+
+  void print(std::string_view document) {
+    uint32_t err = 0;
+    char reason[256] = "";
+    const Xml xml(ork_xml_parse(document.data(), document.size(), &err, reason, sizeof reason));
+    if (err != 0) fail(*reason != 0 ? std::string("in the message that begins here, ") + reason : words_for(err));
+    check_elements(*xml, path_, line_);
+    const MessageType* type = nullptr;
+    ork_xml_each(xml.get(), find_message, &type);
+    if (type == nullptr) fail("no recorded message; give a file that was recorded");
+    void* message = type->from_xml(handle_, ORK_NO_INSTANCE, xml.get(), &err, reason, sizeof reason);
+    if (err != 0) fail(*reason != 0 ? reason : words_for(err));
+    printer_.print(*type, message);
+    type->destroy(handle_, ORK_NO_INSTANCE, message);
+  }
+
+  std::string path_;
+  std::string text_;
+  ork_handle* handle_;
+  MessagePrinter& printer_;
+  size_t begin_ = 0;
+  uint32_t line_ = 1;
+};
+
+void run(RecordingOptions& options) {
+  options.session.begin();
+  const Handle handle = options.session.make_handle(nullptr);
+  MessagePrinter printer(handle.get(), format_named(options.format));
+  RecordingReader reader(options.path, handle.get(), printer);
+  printer.open("fwe_ui_wayfind");
+  reader.print_all();
+  printer.close("fwe_ui_wayfind");
+  MessagePrinter::expect_written();
+}
+
+}  // namespace
+
+void add_recording(CLI::App& app) {
+  CLI::App* command = app.add_subcommand("recording", "Read a recording back into messages and print them");
+  const auto options = std::make_shared<RecordingOptions>();
+  command->add_option("file", options->path, "Recording to read")->required();
+  command->add_option("--format", options->format, "How to print")->check(CLI::IsMember({"text", "xml"}))->capture_default_str();
+  options->session.add_options(*command);
+  command->callback([options] { run(*options); });
+}
+
+}  // namespace wayfind

@@ -1,0 +1,41 @@
+// The agent's loop: takes clients and serves all of them at once until a signal ends it.
+#pragma once
+
+#include <list>
+
+#include "connection.h"
+#include "session.h"
+#include "unix_socket.h"
+
+namespace wayfind {
+
+struct ServerOptions {
+  std::string path;
+  Connection::Refresh refresh;
+  unsigned idle_limit;  // seconds without a byte after which a client is let go
+  bool once;            // end with the first client
+};
+
+class Server {
+ public:
+  // The storage holds the data and the handles of all clients.
+  Server(const ServerOptions& options, const Session& session, ork_storage* storage, DataFolder& data);
+
+  // Returns after SIGINT or SIGTERM, or after the first client with once.
+  void run();
+
+ private:
+  void accept_client();
+  void let_idle_clients_go();
+  bool serve_clients(const std::vector<short>& events);
+
+  const ServerOptions& options_;
+  const Session& session_;
+  ork_storage* storage_;
+  DataFolder& data_;
+  Listener listener_;
+  std::list<Connection> clients_;
+  unsigned accepted_ = 0;
+};
+
+}  // namespace wayfind

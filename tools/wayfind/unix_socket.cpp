@@ -1,0 +1,77 @@
+#include "unix_socket.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <cerrno>
+
+#include "failure.h"
+
+namespace wayfind {
+namespace {
+
+constexpr int waiting_clients = 64;
+
+sockaddr_un address_of(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.empty() || path.size() >= sizeof address.sun_path) {
+    throw Failure(path + ": a socket's path has 1 to " + std::to_string(sizeof address.sun_path - 1) + " bytes; choose another one");
+  }
+  path.copy(address.sun_path, path.size());
+  return address;
+}
+
+Descriptor new_socket(int flags) {
+  Descriptor made(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
+  if (made.get() < 0) throw Failure("no socket: " + words_for(errno));
+  return made;
+}
+
+template <int (*Call)(int, const sockaddr*, socklen_t)>
+int with_address(const Descriptor& descriptor, const std::string& path) {
+  const sockaddr_un address = address_of(path);
+  return Call(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+// Makes room for a listener at path.
+void remove_stale_socket(const std::string& path) {
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return;
+  if (!S_ISSOCK(status.st_mode)) throw Failure(path + " is there and is no socket; choose another path");
+  const int number = with_address<connect>(new_socket(SOCK_NONBLOCK), path);
+  if (number == 0 || number == EAGAIN) throw Failure("an agent is listening at " + path + " already; stop it or choose another path");
+  if (number == ECONNREFUSED) unlink(path.c_str());
+}
+
+}  // namespace
+
+Descriptor connect_to_agent(const std::string& path) {
+  Descriptor made = new_socket(0);
+  const int number = with_address<connect>(made, path);
+  const std::string start = "; start one with: wayfind agent --listen " + path + " --data DIR";
+  if (number == ENOENT) throw Failure("no agent: there is no socket at " + path + start);
+  if (number == ECONNREFUSED) throw Failure("no agent: nobody listens at " + path + start);
+  if (number != 0) throw Failure("cannot connect to " + path + ": " + words_for(number));
+  return made;
+}
+
+Listener::Listener(const std::string& path) : path_(path), socket_(new_socket(SOCK_NONBLOCK)) {
+  remove_stale_socket(path);
+  const int number = with_address<bind>(socket_, path);
+  if (number != 0) throw Failure("cannot listen at " + path + ": " + words_for(number));
+  struct stat status {};
+  if (lstat(path.c_str(), &status) == 0) {
+    device_ = status.st_dev;
+    inode_ = status.st_ino;
+  }
+  if (listen(socket_.get(), waiting_clients) != 0) throw Failure("cannot listen at " + path + ": " + words_for(errno));
+}
+
+Listener::~Listener() {
+  struct stat status {};
+  if (lstat(path_.c_str(), &status) == 0 && status.st_dev == device_ && status.st_ino == inode_) unlink(path_.c_str());
+}
+
+}  // namespace wayfind
