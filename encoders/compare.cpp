@@ -73,7 +73,9 @@ uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
   const void* counter = frame::byte_at(object, field.counter);
   uint32_t running = with_primitive(field.counter_kind, [&](auto coded) { return coded.hash(counter, seed); });
   if (field.cls == Class::value_array) {
-    return SuperFastHash(static_cast<const char*>(frame::block_of(object, field)), count * uint32_t{field.width}, running);
+    const uint64_t bytes = uint64_t{count} * field.width;
+    const auto length = static_cast<uint32_t>(bytes < UINT32_MAX ? bytes : UINT32_MAX);
+    return SuperFastHash(static_cast<const char*>(frame::block_of(object, field)), length, running);
   }
   for (uint32_t i = 0; i < count; ++i) running = hash(frame::element_at(object, field, i), running, frame::child_record(field));
   return running;
@@ -84,7 +86,9 @@ uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
 int32_t compare(const void* a, const void* b, const RecordRow& record) {
   int32_t order = 0;
   if (settle_nulls(a, b, order)) return order;
-  for (const FieldRow& field : model::fields_of(record)) {
+  const auto first = frame::laid_out_fields(record, a);
+  const auto second = frame::laid_out_fields(record, b);
+  for (const FieldRow& field : first.last < second.last ? first : second) {
     const bool array = field.array != model::no_type;
     order = array ? compare_array(a, b, field) : compare_at(frame::field_of(a, field), frame::field_of(b, field), field);
     if (order != 0) return order;
@@ -95,7 +99,7 @@ int32_t compare(const void* a, const void* b, const RecordRow& record) {
 uint32_t hash(const void* object, uint32_t seed, const RecordRow& record) {
   if (object == nullptr) return seed;
   uint32_t running = seed;
-  for (const FieldRow& field : model::fields_of(record)) {
+  for (const FieldRow& field : frame::laid_out_fields(record, object)) {
     const bool array = field.array != model::no_type;
     running = array ? hash_array(object, running, field) : hash_at(frame::field_of(object, field), running, field);
   }

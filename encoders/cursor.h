@@ -57,7 +57,7 @@ class Writer {
 // A jump may lead behind the end: positions count on there, but nothing is touched.
 class Reader {
  public:
-  Reader(const uint8_t* buffer, int32_t length) : buffer_(buffer), length_(length) {}
+  Reader(const uint8_t* buffer, int32_t length) : buffer_(buffer), length_(length < 0 ? 0 : length) {}
 
   const uint8_t* here() const { return buffer_ + (position_ < length_ ? position_ : length_); }
   int32_t room() const {

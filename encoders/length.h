@@ -9,30 +9,30 @@ namespace encoders {
 inline constexpr uint32_t base_length = 6;  // variant, flags, jump
 
 template <size_t R>
-uint32_t length_body(const Call& call, const void* object);
+uint64_t length_body(const Call& call, const void* object);
 
 // Elements that hold arrays themselves differ in length and are summed one by one.
 template <size_t R>
 constexpr bool has_fixed_length = !model::holds_array(*model::records[R]);
 
 template <size_t I>
-[[gnu::always_inline]] inline uint32_t array_length(const Call& call, const void* object) {
+[[gnu::always_inline]] inline uint64_t array_length(const Call& call, const void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
-  const uint32_t count = object != nullptr ? frame::element_count(object, field) : 0;
+  const uint64_t count = object != nullptr ? frame::element_count(object, field) : 0;
   const void* first = count != 0 ? frame::element_at(object, field, 0) : nullptr;
   if constexpr (field.kind != Kind::record) {
     return count * Coded<field.kind>::len(call, first);
   } else if constexpr (has_fixed_length<field.type>) {
     return count * length_body<field.type>(call, first);
   } else {
-    uint32_t sum = 0;
+    uint64_t sum = 0;
     for (uint32_t i = 0; i < count; ++i) sum += length_body<field.type>(call, frame::element_at(object, field, i));
     return sum;
   }
 }
 
 template <size_t I>
-[[gnu::always_inline]] inline uint32_t field_length(const Call& call, const void* object) {
+[[gnu::always_inline]] inline uint64_t field_length(const Call& call, const void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
   const void* at = object != nullptr ? frame::field_of(object, field) : nullptr;
   if constexpr (field.array != model::no_type) {
@@ -52,7 +52,7 @@ template <size_t I>
 
 // State bytes as counted here: one per field, a fixed string with one per character besides, an array with one for the whole.
 template <size_t I>
-[[gnu::always_inline]] inline uint32_t state_length(const void* object) {
+[[gnu::always_inline]] inline uint64_t state_length(const void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
   if constexpr (field.cls == Class::counter) return 0;
   if constexpr (field.cls == Class::text) return field.width + 1u;
@@ -61,10 +61,10 @@ template <size_t I>
 }
 
 template <size_t R>
-uint32_t length_body(const Call& call, const void* object) {
+uint64_t length_body(const Call& call, const void* object) {
   constexpr const RecordRow& record = model::record_rows[R];
   const int variant = frame::variant_of(object);
-  uint32_t length = base_length;
+  uint64_t length = base_length;
   walk<R>(variant, [&]<size_t I>() __attribute__((always_inline)) {
     length += field_length<I>(call, object);
     return true;
@@ -80,7 +80,8 @@ uint32_t length_body(const Call& call, const void* object) {
 template <size_t R>
 uint32_t length(ork_handle* handle, uint32_t instance, const void* object) {
   uint32_t local = 0;
-  return length_body<R>({handle, instance, &local}, object);
+  const uint64_t bytes = length_body<R>({handle, instance, &local}, object);
+  return bytes < UINT32_MAX ? static_cast<uint32_t>(bytes) : UINT32_MAX;
 }
 template <size_t R>
 uint32_t length_cr(ork_handle* handle, const void* object) {

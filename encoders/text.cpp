@@ -77,7 +77,9 @@ uint32_t flag_set_print(const Call& call, TextBuffer& out, const void* object, c
       ork_store_epoch_err(call.handle, EIDRM, &scratch);
       if (scratch != 0) put(call, out, "%s", "ERR ");
     } else if ((frame::flag_bits(object) >> flag & 1) != 0) {
-      put(call, out, "%s ", type.texts[flag]);
+      char text[sizeof type.texts[flag] + 1];
+      snprintf(text, sizeof text, "%s ", type.texts[flag]);
+      put(call, out, "%s", static_cast<const char*>(text));
     }
   }
   put(call, out, "\n");

@@ -12,8 +12,8 @@ struct TextBuffer {
   uint32_t position = 0;
 
   char* here() const { return start + (position < length ? position : length); }
-  int32_t room() const { return position < length ? static_cast<int32_t>(length - position) : 0; }
   uint32_t room_bytes() const { return position < length ? length - position : 0; }
+  int32_t room() const { return room_bytes() < INT32_MAX ? static_cast<int32_t>(room_bytes()) : INT32_MAX; }
 };
 
 uint32_t print(const Call& call, char* buffer, uint32_t indent, const char* name, const void* object, uint32_t length,

@@ -17,7 +17,7 @@ void settle_states(const Call& call, Image& image, void* object, const RecordRow
   if (image.tracked) {
     image.states = sent ? States::copy : States::none;
     image.flags |= OBJ_STATE_TRACKED;
-    if (sent || record.has_array) image.block = frame::state_block(call, object, record);
+    if (sent) image.block = frame::state_block(call, object, record);
   } else {
     image.states = sent ? States::skip : States::none;
     image.flags = static_cast<uint8_t>(image.flags & ~OBJ_STATE_TRACKED);
@@ -71,15 +71,15 @@ bool prepare_block(const Call& call, const Image& image, void* object, uint32_t 
 
 // One byte per element. Without state bytes in the image the old ones are kept, as far as the new count reaches.
 bool prepare_element_states(const Call& call, const Image& image, void* object, uint32_t old_count, uint32_t count, const FieldRow& field) {
-  uint8_t* entry = image.block + field.state;
+  const bool sent = image.states == States::copy;
+  if (!sent && old_count == count) return true;
+  uint8_t* entry = sent ? image.block + field.state : frame::state_entry(call, object, field);
   uint8_t* elements = frame::element_states(entry);
-  if (image.states == States::copy && image.reuse != 0 && old_count == count && elements != nullptr) {
+  if (sent && image.reuse != 0 && old_count == count && elements != nullptr) {
     memset(elements, 0, count);
     return true;
   }
-  if (image.states == States::none && old_count == count && elements != nullptr) return true;
-  const bool made = image.states == States::copy ? frame::renew_element_states(call, entry, count)
-                                                 : frame::replace_element_states(call, entry, count, old_count);
+  const bool made = sent ? frame::renew_element_states(call, entry, count) : frame::replace_element_states(call, entry, count, old_count);
   return made || out_of_memory(call, object, field);
 }
 

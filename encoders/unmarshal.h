@@ -18,7 +18,7 @@ struct Image {
   int64_t jump_base = 0;
   States states = States::none;
   bool tracked = false;      // the handle tracks
-  uint8_t* block = nullptr;  // the record's state block, when the handle tracks
+  uint8_t* block = nullptr;  // the record's state block, when its bytes are taken
   uint32_t reuse = 0;        // keep storage that fits
 };
 
@@ -43,7 +43,10 @@ void unmarshal_records(const Call& call, Reader& in, const Image& image, void* o
   constexpr const FieldRow& field = model::field_rows[I];
   for (uint32_t i = 0; i < count; ++i) {
     if (!call.failed()) begin_element(call, image, object, i, count, field);
-    if (call.failed()) return frame::store_count(call, object, field, i);
+    if (call.failed()) {
+      frame::store_count(call, object, field, i);
+      return frame::close_ranks(call, frame::record_block(frame::block_of(object, field), count, field), i, field);
+    }
     in.advance(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
   }
 }
@@ -60,7 +63,7 @@ template <size_t I>
   } else if constexpr (field.kind == Kind::u_int8) {
     in.copy(frame::block_of(object, field), count);
   } else {
-    for (uint32_t i = 0; i < count; ++i) {
+    for (uint32_t i = 0; i < count && !call.failed(); ++i) {
       in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
     }
   }

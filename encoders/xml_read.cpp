@@ -115,7 +115,11 @@ void read_flags(const Call& call, const char* path, const Document& document, vo
     const Probe answer = probe(call, path, type.texts[flag], document);
     if (answer == Probe::failed) return;
     if (answer == Probe::missing) continue;
-    frame::flag_set_value(call, object, flag, 1, type);
+    if (object != nullptr) {
+      frame::flag_set_value(call, object, flag, 1, type);
+    } else if (call.begins()) {
+      frame::small_adjust_variant(call, object);
+    }
     if (*call.err == ENOENT) *call.err = 0;
   }
 }

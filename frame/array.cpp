@@ -73,6 +73,18 @@ uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_
   return block.count;
 }
 
+void close_ranks(const Call& call, const RecordBlock& block, uint64_t kept, const FieldRow& field) {
+  const RecordBlock left = record_block(block.start, kept, field);
+  if (kept == 0 || !has_flag(block.start, OBJ_STATE_TRACKED)) return;
+  memmove(left.element_state(0), block.element_state(0), kept * left.state);
+  uint32_t local = 0;
+  const Call own{call.handle, call.instance, &local};
+  for (uint64_t i = 0; i < kept; ++i) {
+    orklib_update_sttr_offset(call.handle, call.instance, left.element(i), left.distance(i));
+    offset_update(own, left.element(i), left.element_state(i), child_record(field));
+  }
+}
+
 void destroy_elements(const Call& call, void* object, uint64_t count, const FieldRow& field) {
   if (field.cls != model::Class::record_array) return;
   for (uint64_t i = 0; i < count; ++i) {

@@ -63,6 +63,8 @@ inline bool states_in_reach(bool tracked, uint64_t count, const FieldRow& field)
   return !tracked || count * record_stride(true, field) <= INT32_MAX;
 }
 
+// After a failure left only the first `kept` elements: their state blocks follow the last of them again.
+void close_ranks(const Call& call, const RecordBlock& block, uint64_t kept, const FieldRow& field);
 // Initialises elements from `first` on, until one fails; gives back how many are whole.
 uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, const FieldRow& field);
 void destroy_elements(const Call& call, void* object, uint64_t count, const FieldRow& field);

@@ -32,17 +32,26 @@ void forget_old_element(const Call& call, void* object, void* element, bool on, 
   if (watched(call)) orkdb_plat_set_detach(call.handle, call.instance, element, 0);
 }
 
-bool any_tracked(const RecordBlock& block) {
-  for (uint64_t i = 0; i < block.count; ++i) {
-    if (has_flag(block.element(i), OBJ_STATE_TRACKED)) return true;
-  }
-  return false;
+// The first element that has state bytes; the count when there is none.
+uint64_t first_tracked(const RecordBlock& block) {
+  uint64_t i = 0;
+  while (i < block.count && !has_flag(block.element(i), OBJ_STATE_TRACKED)) ++i;
+  return i;
+}
+
+// Where the old elements' state bytes begin, or null: behind the elements that the block was made for. An 8-bit counter may have wrapped since,
+// so there the runtime is asked for what it was told.
+const uint8_t* old_states(const Call& call, const RecordBlock& from, const FieldRow& field) {
+  const uint64_t i = first_tracked(from);
+  if (i == from.count) return nullptr;
+  return field.counter_kind == Kind::u_int8 ? mapped_states(call, from.element(i)) - i * from.state : from.element_state(0);
 }
 
 // State bytes first, then bodies, then whatever must follow an element to its new place. Tracked elements always lie in a block with state bytes.
 void move_elements(const Call& call, void* object, const RecordBlock& from, const RecordBlock& to, bool on, const FieldRow& field) {
   const RecordRow& record = child_record(field);
-  if (on && any_tracked(from)) memcpy(to.element_state(0), from.element_state(0), from.count * from.state);
+  const uint8_t* states = on ? old_states(call, from, field) : nullptr;
+  if (states != nullptr) memcpy(to.element_state(0), states, from.count * from.state);
   memcpy(to.start, from.start, from.count * from.body);
   for (uint64_t i = 0; i < from.count; ++i) {
     if (on) {
@@ -81,7 +90,10 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
     orklib_update_sttr_offset(call.handle, call.instance, to.element(i), to.distance(i));
   }
   const uint64_t made = initialize_elements(call, to, from.count, field);
-  if (made < count) store_count(call, object, field, made);
+  if (made < count) {
+    store_count(call, object, field, made);
+    close_ranks(call, to, made, field);
+  }
   if (tracking<Function::array_set_record, 1>(call.handle, field) != Tracking::on) {
     drop_element_states(call, object, field);
     return made == count;

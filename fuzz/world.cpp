@@ -129,6 +129,26 @@ void render(World& world, const wayfind_record& type, void* object) {
   require(hash(object, 1) == hash(object, 1), "a hash depends on the record alone");
 }
 
+void raise(const wayfind_record& type, void* object) {
+  auto* bytes = static_cast<uint8_t*>(object);
+  auto* header = static_cast<ork_object*>(object);
+  header->variant = static_cast<int8_t>(header->variant_cap);
+  uint32_t count = 0;
+  for (unsigned f = 0; f < type.field_count; ++f) {
+    const wayfind_field& field = type.fields[f];
+    uint8_t* at = bytes + field.offset;
+    if (field.cls == WAYFIND_COUNTER) {
+      count = *at;
+      if (field.kind == WAYFIND_U_INT32) std::memcpy(&count, at, sizeof count);
+    }
+    if (field.cls == WAYFIND_OBJECT && field.kind == WAYFIND_RECORD) raise(*field.record, at);
+    if (field.cls != WAYFIND_RECORD_ARRAY) continue;
+    uint8_t* block = nullptr;
+    std::memcpy(&block, at, sizeof block);
+    for (uint32_t i = 0; block != nullptr && i < count; ++i) raise(*field.record, block + size_t{i} * field.width);
+  }
+}
+
 const ork_dispatcher* dispatcher() {
   static const ork_dispatcher* const table = [] {
     uint32_t err = 0;

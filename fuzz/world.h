@@ -64,6 +64,10 @@ class Exact {
 // its buffer.
 void render(World& world, const wayfind_record& type, void* object);
 
+// Makes a record's variant, and that of the records and elements inside it, what its storage was laid out for. An image can lower a filled record, and a
+// document fills fields beyond the variant: destroy visits neither, so who reads into a record like that raises it before giving it back.
+void raise(const wayfind_record& type, void* object);
+
 // A look-up table of all messages and control messages of the library, made once.
 const ork_dispatcher* dispatcher();
 

@@ -23,6 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                                            sizeof reason);
     fuzz::require(std::memchr(reason, '\0', sizeof reason) != nullptr, "a reason is ended");
     fuzz::render(world, type, object);
+    fuzz::raise(type, object);
     sample::destroy(world.handle(), type, object);
   }
   ork_xml_free(document);

@@ -41,30 +41,25 @@ void open_bundle(const Call& call, const Bundle& bundle) {
   }
 }
 
+// A place of the chain is read once: another thread may register or unregister at any moment.
+template <Form F, size_t Nth = 0>
+bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const char* name, const Bundle& bundle) {
+  if (handler == nullptr) return false;
+  trace::raise<Function::commit_handler, F, Nth>(bundle.row, name);
+  handler(call.handle, call.instance, ctx, call.err);
+  return true;
+}
+
 // The chain of five places; the first handler that exists wins.
 void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& info, ork_bundle_handler linked_in, const Bundle& bundle) {
   using enum Form;
-  constexpr Function here = Function::commit_handler;
-  const model::BundleRow& row = bundle.row;
-  const auto run = [&](ork_bundle_handler handler) { handler(call.handle, call.instance, ctx, call.err); };
-  if (info.bundle_handler != nullptr) {
-    trace::raise<here, calling_dispatch_handler>(row, info.name);
-    run(info.bundle_handler);
-  } else if (call.handle->bundle_handler != nullptr) {
-    trace::raise<here, calling_handle_handler>(row, info.name);
-    run(call.handle->bundle_handler);
-  } else if (fwe_ui_wayfind_bundle_registered_handler != nullptr) {
-    trace::raise<here, calling_dispatch_handler, 1>(row, info.name);
-    run(fwe_ui_wayfind_bundle_registered_handler);
-  } else if (*bundle.registered != nullptr) {
-    trace::raise<here, calling_registered_handler>(row, info.name);
-    run(*bundle.registered);
-  } else if (linked_in != nullptr) {
-    trace::raise<here, calling_linked_handler>(row, info.name);
-    run(linked_in);
-  } else {
-    trace::raise<here, no_handler>(row, info.name);
-  }
+  const bool called =
+      try_handler<calling_dispatch_handler>(call, ctx, info.bundle_handler, info.name, bundle) ||
+      try_handler<calling_handle_handler>(call, ctx, call.handle->bundle_handler, info.name, bundle) ||
+      try_handler<calling_dispatch_handler, 1>(call, ctx, fwe_ui_wayfind_bundle_registered_handler, info.name, bundle) ||
+      try_handler<calling_registered_handler>(call, ctx, *bundle.registered, info.name, bundle) ||
+      try_handler<calling_linked_handler>(call, ctx, linked_in, info.name, bundle);
+  if (!called) trace::raise<Function::commit_handler, no_handler>(bundle.row, info.name);
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const
     return 0;
   }
   encoders::Reader in(buffer, length);
-  if (!call.failed()) in.advance(_ork_message_header_unmarshal(handle, instance, in.here(), header_of(object), in.room(), err));
+  if (!call.failed()) in.advance(_ork_message_header_unmarshal(handle, instance, buffer, header_of(object), length, err));
   in.advance(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);

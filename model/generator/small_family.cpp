@@ -8,9 +8,9 @@ namespace {
 
 // What both have, in the order of their functions.
 constexpr Family frame_family[] = {
-    {"_variant_data_index_cap", "int32_t", "int32_t variant", "frame::index_cap(variant, 0)",
+    {"_variant_data_index_cap", "int32_t", "int32_t variant", "frame::small_index_cap(variant)",
      "Index of a variant in the type's variant table. The low byte of variant counts, signed: a negative one comes\n"
-     "back as it is, any other with 0 in the low byte."},
+     "back as it is, any other as 0."},
     {"_create", "struct $T *", "struct ork_handle *handle, uint32_t instance", "frame::small_create_internal(handle, instance, $R)",
      "Makes a new object of value 0. The caller owns it. Null when there is no memory; no error is stored then."},
     {"_create_internal", "struct $T *", "struct ork_handle *handle, uint32_t instance",

@@ -37,8 +37,8 @@ uint32_t fnv1a(const std::vector<uint8_t> &bytes) {
 }  // namespace
 
 TraceFile::TraceFile(std::FILE *stream, const std::vector<Module> &modules) : stream_(stream), modules_(modules) {
-    const auto known = std::find_if(modules.begin(), modules.end(),
-                                    [](const Module &module) { return module.file.base != nullptr; });
+    const auto known =
+        std::find_if(modules.begin(), modules.end(), [](const Module &module) { return module.file.base != nullptr; });
     if (known != modules.end()) {
         begin(known->file);
     }

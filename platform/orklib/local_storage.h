@@ -12,9 +12,7 @@ public:
     explicit LocalStorage(size_t budget) : heap_(budget) {}
 
     void serve(ork_handle &handle) override;
-    void set_distance(const void *object, int32_t distance) noexcept override {
-        heap_.mapping().set(object, distance);
-    }
+    void set_distance(const void *object, int32_t distance) noexcept override { heap_.mapping().set(object, distance); }
     std::optional<int32_t> distance(const void *object) const override { return heap_.mapping().find(object); }
     void drop_distance(const void *object) override { heap_.mapping().drop(object); }
     uint64_t begin_frame() override { return heap_.mark(); }

@@ -36,7 +36,7 @@ struct SharedHead {
     uint64_t size;
     RobustLock lock;  // for all that follows, and the allocator
     ork_memory_report report{};
-    SharedMap<uintptr_t, int32_t> distances;            // from an object's address to its state bytes
+    SharedMap<uintptr_t, int32_t> distances;             // from an object's address to its state bytes
     SharedMap<std::string_view, ork_type_info *> types;  // keys lie inside the copies
 };
 

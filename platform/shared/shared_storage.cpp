@@ -195,9 +195,8 @@ void SharedStorage::drop_distance(const void *object) {
 
 void *SharedStorage::alloc_type(void *pool, uint32_t, size_t size) {
     Segment &segment = self(pool).segment_;
-    return locked(segment.head(), static_cast<void *>(nullptr), [&] {
-        return size < segment.head().size ? segment.memory().allocate(size, std::nothrow) : nullptr;
-    });
+    return locked(segment.head(), static_cast<void *>(nullptr),
+                  [&] { return size < segment.head().size ? segment.memory().allocate(size, std::nothrow) : nullptr; });
 }
 
 ork_type_info *SharedStorage::find_type(void *table, uint32_t, const char *luid_text) {

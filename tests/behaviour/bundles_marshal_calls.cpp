@@ -221,7 +221,7 @@ TEST_P(BundleSend, CrFormsUseTheHandlesSlot) {
 
 INSTANTIATE_TEST_SUITE_P(All, BundleSend, testing::ValuesIn(family::bundles()), family::ByName());
 
-// ---- The simple functions of a control message -------------------------------------------------------------------------------------------
+// ---- The simple functions of a control message ------------------------------------------------------------------------------------------
 
 class ControlMessage : public testing::TestWithParam<Control> {
 protected:

@@ -144,14 +144,19 @@ TEST(FrameArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_els
     std::memset(obj.state(), 0, 16);
 }
 
-TEST(FrameArrayState, the_fill_with_elements_reads_the_pointer_behind_it) {
+TEST(FrameArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing_else) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 1, &h.err);
     auto *const elements = load<uint8_t *>(obj.state() + 8);
-    // A pointer made of one byte value cannot be valid: the process ends on it.
-    EXPECT_DEATH(fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3), "");
-    (void)elements;
+    fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3);
+    EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(16, 3));
+    EXPECT_EQ(elements[0], 2) << "the pointer was gone before they were looked for";
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(h, instance, obj, 0, &h.err), 0u);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 3, 1, &h.err);
+    EXPECT_EQ(h.err, 0u) << "the next growth makes new ones";
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(h, instance, obj, 3, &h.err), 2u);
+    h->free_fn(h->mem_pool, instance, elements);
 }
 
 TEST(FrameArrayState, a_parents_fill_goes_over_the_pointer_of_an_embedded_array_and_leaves_its_bytes) {

@@ -26,16 +26,10 @@ TEST(FrameCreate, calls_the_runtime_in_the_order_told) {
     name_statistics(_fwe_cl_wayfind_mem_st_type_info_internal, "statistics");
     spy::Log log;
     auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
-    EXPECT_CALLS(log, {trace_start,
-                       "alloc_fn(7,40)=new1",
-                       "ork_clear_last_error()",
-                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)",
-                       "write_notify_fn(new1+9,1,7,new1)",
-                       "write_notify_fn(new1+8,1,7,new1)",
-                       "ork_get_manifested_type_info_ptr_mem(new1)",
-                       "write_notify_fn(new1,8,7,new1)",
-                       "write_notify_fn(new1+10,1,7,new1)",
-                       "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),statistics,?)"});
+    EXPECT_CALLS(log, {trace_start, "alloc_fn(7,40)=new1", "ork_clear_last_error()",
+                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)", "write_notify_fn(new1+9,1,7,new1)",
+                       "write_notify_fn(new1+8,1,7,new1)", "ork_get_manifested_type_info_ptr_mem(new1)", "write_notify_fn(new1,8,7,new1)",
+                       "write_notify_fn(new1+10,1,7,new1)", "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),statistics,?)"});
     fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
@@ -55,19 +49,13 @@ TEST(FrameCreate, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told
     fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
     spy::Log log;
     auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
-    EXPECT_CALLS(log, {trace_start,
-                       "alloc_fn(7,40)=new1",
-                       "ork_clear_last_error()",
-                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)",
-                       "write_notify_fn(new1+9,1,7,new1)",
-                       "write_notify_fn(new1+8,1,7,new1)",
-                       "ork_type_info_ptr_get(7,type(fwe_cl_wayfind_mem_st),fwe_ui_wayfind_typeinfo_initialize)",
-                       "ork_get_manifested_type_info_ptr_mem(new1)",
-                       "write_notify_fn(new1,8,7,new1)",
-                       "write_notify_fn(new1+10,1,7,new1)",
-                       "orklib_type_stats_create_object(7,shared(fwe_cl_wayfind_mem_st),?,?)",
-                       "orkdb_record_containment2(7,new1,null,1)",
-                       "orkdb_plat_set_dirty(7,new1)"});
+    EXPECT_CALLS(
+        log, {trace_start, "alloc_fn(7,40)=new1", "ork_clear_last_error()",
+              "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)", "write_notify_fn(new1+9,1,7,new1)",
+              "write_notify_fn(new1+8,1,7,new1)", "ork_type_info_ptr_get(7,type(fwe_cl_wayfind_mem_st),fwe_ui_wayfind_typeinfo_initialize)",
+              "ork_get_manifested_type_info_ptr_mem(new1)", "write_notify_fn(new1,8,7,new1)", "write_notify_fn(new1+10,1,7,new1)",
+              "orklib_type_stats_create_object(7,shared(fwe_cl_wayfind_mem_st),?,?)", "orkdb_record_containment2(7,new1,null,1)",
+              "orkdb_plat_set_dirty(7,new1)"});
     EXPECT_NE(load<const ork_type_info *>(obj), &_fwe_cl_wayfind_mem_st_type_info_internal);
     fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
@@ -183,12 +171,12 @@ TEST(FrameCreate, a_plain_create_does_not_look_at_cr_error) {
 TEST(FrameCreate, cr_mode_is_active_only_while_the_object_is_made) {
     Handle h({.cr_instance = 9});
     uint32_t seen = 2;
-    const auto watch = spy::replace(orklib_type_stats_create_object,
-                                    [&](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
-                                        seen = handle->cr_active;
-                                        EXPECT_EQ(i, 9u);
-                                        return spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
-                                    });
+    const auto watch =
+        spy::replace(orklib_type_stats_create_object, [&](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
+            seen = handle->cr_active;
+            EXPECT_EQ(i, 9u);
+            return spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
+        });
     auto *const obj = fwe_cl_wayfind_mem_st_create_cr(h);
     EXPECT_EQ(seen, 1u);
     EXPECT_EQ(h->cr_active, 0u);
@@ -200,12 +188,12 @@ TEST(FrameCreate, when_the_start_of_an_object_fails_its_block_goes_back_and_the_
     const auto &entry = _fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0];
     const uint64_t created = entry.create_count;
     // The statistics are the last that can fail, and they have counted by then.
-    const auto failing = spy::replace(orklib_type_stats_create_object,
-                                      [](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
-                                          spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
-                                          *e = 5;
-                                          return 0u;
-                                      });
+    const auto failing =
+        spy::replace(orklib_type_stats_create_object, [](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
+            spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
+            *e = 5;
+            return 0u;
+        });
     spy::Log log;
     EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
     EXPECT_CALLS(log.calls_of({"trace", "free_fn", "orkdb_record_containment2", "ork_store_err"}),
@@ -230,15 +218,17 @@ TEST(FrameCreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal
 TEST(FrameCreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_process) {
     Handle h(tracked);
     // Both words are read afresh: one at the flags, one at the state base.
-    const auto breaking = spy::replace(ork_domain_lookup_variant, [](ork_handle *handle, const ork_domain *, const ork_type_info *, uint32_t *) {
-        handle->sttr_info->sttr_mode = 1;
-        return int8_t{0};
-    });
+    const auto breaking =
+        spy::replace(ork_domain_lookup_variant, [](ork_handle *handle, const ork_domain *, const ork_type_info *, uint32_t *) {
+            handle->sttr_info->sttr_mode = 1;
+            return int8_t{0};
+        });
     EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
-    const auto later = spy::replace(orklib_type_stats_create_object, [](ork_handle *handle, uint32_t, const ork_type_info *, void *, uint32_t *) {
-        handle->sttr_info->sttr_mode = 1;
-        return 0u;
-    });
+    const auto later =
+        spy::replace(orklib_type_stats_create_object, [](ork_handle *handle, uint32_t, const ork_type_info *, void *, uint32_t *) {
+            handle->sttr_info->sttr_mode = 1;
+            return 0u;
+        });
     const auto sound = spy::answer(ork_domain_lookup_variant, 0);
     EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
 }

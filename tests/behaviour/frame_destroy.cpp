@@ -13,13 +13,12 @@ struct OneReference {
     uint32_t list_error = 0;
     uint32_t lower_error = 0;
     spy::Replacement count = spy::answer(ip_address_get_oid_count, 1);
-    spy::Replacement list = spy::replace(
-        ip_address_get_object_references,
-        [this](ork_handle *, uint32_t, const ork_ip_address *, void **refs, uint32_t n, uint32_t *err) {
-            EXPECT_EQ(n, 1u);
-            refs[0] = oid;
-            *err = list_error;
-        });
+    spy::Replacement list = spy::replace(ip_address_get_object_references,
+                                         [this](ork_handle *, uint32_t, const ork_ip_address *, void **refs, uint32_t n, uint32_t *err) {
+                                             EXPECT_EQ(n, 1u);
+                                             refs[0] = oid;
+                                             *err = list_error;
+                                         });
     spy::Replacement lower = spy::replace(orklib_lookup_and_update_oid_ref_count,
                                           [this](ork_handle *, uint32_t, void *, uint32_t, uint32_t *err) { *err = lower_error; });
 };
@@ -52,12 +51,11 @@ TEST(FrameDestroy, a_tracked_parent_drops_the_distances_of_its_children) {
     Object obj(h, "fwe_cl_wayfind_nb_channel_data");
     spy::Log log;
     fwe_cl_wayfind_nb_channel_data_destroy(h, instance, static_cast<fwe_cl_wayfind_nb_channel_data *>(obj.release()));
-    EXPECT_CALLS(log, {"ork_get_instance_variant(obj,1,0)",
-                       "ork_get_instance_variant(obj+16,1,0)", "orklib_get_sttr_offset(7,obj+16)", "ork_get_manifested_type_info(obj+16)",
-                       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_chan_nb_st),?,?)", "ork_hd_mapping_destroy(7,obj+16,?)",
-                       "ork_get_instance_variant(obj+80,1,0)", "orklib_get_sttr_offset(7,obj+80)", "ork_get_manifested_type_info(obj+80)",
-                       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "ork_hd_mapping_destroy(7,obj+80,?)",
-                       "ork_get_manifested_type_info(obj)",
+    EXPECT_CALLS(log, {"ork_get_instance_variant(obj,1,0)", "ork_get_instance_variant(obj+16,1,0)", "orklib_get_sttr_offset(7,obj+16)",
+                       "ork_get_manifested_type_info(obj+16)", "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_chan_nb_st),?,?)",
+                       "ork_hd_mapping_destroy(7,obj+16,?)", "ork_get_instance_variant(obj+80,1,0)", "orklib_get_sttr_offset(7,obj+80)",
+                       "ork_get_manifested_type_info(obj+80)", "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)",
+                       "ork_hd_mapping_destroy(7,obj+80,?)", "ork_get_manifested_type_info(obj)",
                        "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_nb_channel_data),?,?)", "write_notify_fn(obj,8,7,null)",
                        "free_fn(7,obj)"});
 }
@@ -157,11 +155,10 @@ TEST(FrameDestroyOid, a_mapping_that_goes_lets_the_object_go) {
     ork_oid_map(h, instance, obj.get(), nullptr, &h.err);
     spy::Log log;
     fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
-    EXPECT_CALLS(log, {"ork_request_oid_mapping_destroy(7,obj,?)",
-                       "trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)",
-                       "ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
-                       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "write_notify_fn(obj,8,7,null)",
-                       "free_fn(7,obj)"});
+    EXPECT_CALLS(
+        log, {"ork_request_oid_mapping_destroy(7,obj,?)", "trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)",
+              "ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
+              "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
 TEST(FrameDestroyOid, open_references_keep_the_object_and_its_statistics) {
@@ -176,8 +173,9 @@ TEST(FrameDestroyOid, open_references_keep_the_object_and_its_statistics) {
     const Snapshot before = obj.snapshot();
     spy::Log log;
     fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
-    EXPECT_CALLS(log, {"ork_request_oid_mapping_destroy(7,obj,?)",
-                       "trace(info,fwe_cl_wayfind_mem_st destroy: Object has references and will be cleaned up when all of them are released)"});
+    EXPECT_CALLS(log,
+                 {"ork_request_oid_mapping_destroy(7,obj,?)",
+                  "trace(info,fwe_cl_wayfind_mem_st destroy: Object has references and will be cleaned up when all of them are released)"});
     EXPECT_TRUE(before.unchanged());
     EXPECT_EQ(_fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0].destroy_count, destroyed);
     orklib_lookup_and_update_oid_ref_count(h, instance, oid, 0, &h.err);
@@ -225,8 +223,9 @@ TEST(FrameDestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed)
         reference.list_error = 5;
         spy::Log log;
         fwe_cl_wayfind_multi_nh_map_destroy(h, instance, obj);
-        EXPECT_CALLS(log.calls_of({"ip_address_destroy_internal", "ork_store_err", "trace", "orklib_type_stats_destroy_object", "free_fn"}),
-                     {"trace(error,fwe_cl_wayfind_multi_nh_map destroy: Failed to get oid references from object. Error Input/output error)"});
+        EXPECT_CALLS(
+            log.calls_of({"ip_address_destroy_internal", "ork_store_err", "trace", "orklib_type_stats_destroy_object", "free_fn"}),
+            {"trace(error,fwe_cl_wayfind_multi_nh_map destroy: Failed to get oid references from object. Error Input/output error)"});
     }
     // The first field's list comes through, the second's fails: what came before is gone.
     {
@@ -252,9 +251,10 @@ TEST(FrameDestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed
     spy::name_at(reference.oid, "oid");
     spy::Log log;
     fwe_pal_wayfind_site_prefix_data_destroy(h, instance, static_cast<fwe_pal_wayfind_site_prefix_data *>(obj.release()));
-    EXPECT_CALLS(log.calls_of({"trace", "ork_store_err", "free_fn"}),
-                 {"trace(error,fwe_pal_wayfind_site_prefix_data destroy: Failed to decrement ref count of oid oid. Error Input/output error)",
-                  "free_fn(7,obj)"});
+    EXPECT_CALLS(
+        log.calls_of({"trace", "ork_store_err", "free_fn"}),
+        {"trace(error,fwe_pal_wayfind_site_prefix_data destroy: Failed to decrement ref count of oid oid. Error Input/output error)",
+         "free_fn(7,obj)"});
 }
 
 TEST(FrameDestroyReferences, the_last_field_is_asked_for_its_count_as_well) {

@@ -39,8 +39,9 @@ TEST(FrameInitialize, a_nested_object_wants_a_state_base_while_tracking) {
                                             &_fwe_cl_wayfind_hop_chan_data_type_info_internal, 1, 0, OBJ_NESTED, nullptr, &h.err);
     EXPECT_EQ(h.err, 22u);
     EXPECT_CALLS(log.calls_of({"ork_store_err", "trace"}),
-                 {"ork_store_err(22)", "trace(error,sttr_base can not be NULL in NESTED case. Please check the parent object and provide "
-                                       "the correct state tracking base pointer)"});
+                 {"ork_store_err(22)",
+                  "trace(error,sttr_base can not be NULL in NESTED case. Please check the parent object and provide "
+                  "the correct state tracking base pointer)"});
     EXPECT_EQ(load<uint64_t>(block + 16), 0u) << "the children stay uninitialised";
     EXPECT_EQ(log.count("orklib_type_stats_create_object"), 1u) << "the object itself was counted";
 }
@@ -64,7 +65,8 @@ TEST(FrameInitialize, a_variant_count_below_the_variant_is_traced_and_survived) 
     alignas(8) uint8_t block[104] = {};
     const auto newest = spy::answer(ork_domain_lookup_variant, 1);
     spy::Log log;
-    fwe_cl_wayfind_auto_tunnel_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_auto_tunnel *>(block), &type, 0, 0, 0, nullptr, &h.err);
+    fwe_cl_wayfind_auto_tunnel_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_auto_tunnel *>(block), &type, 0, 0, 0, nullptr,
+                                          &h.err);
     EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,variant 1 requested only 0 variants present)"});
     EXPECT_EQ(log.count("orklib_type_stats_create_object"), 1u);
 }
@@ -76,14 +78,11 @@ TEST(FrameInitialize, a_parent_tells_the_runtime_where_its_children_keep_their_s
     auto *const obj = fwe_cl_wayfind_nb_channel_data_create(h, instance);
     // Body 136: chan_nb at 16, mem at 80; state bytes: chan_nb 0, its own 1 to 4, mem 5, its own 6 to 8.
     EXPECT_CALLS(log.calls_of({"alloc_fn", "orklib_update_sttr_offset", "orklib_type_stats_create_object", "orklib_get_sttr_offset"}),
-                 {"alloc_fn(7,145)=new1",
-                  "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_nb_channel_data),?,?)",
-                  "orklib_update_sttr_offset(7,new1+16,121)",
-                  "orklib_update_sttr_offset(7,new1+80,62)",
+                 {"alloc_fn(7,145)=new1", "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_nb_channel_data),?,?)",
+                  "orklib_update_sttr_offset(7,new1+16,121)", "orklib_update_sttr_offset(7,new1+80,62)",
                   "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_chan_nb_st),?,?)",
                   "orklib_get_sttr_offset(7,new1+16)", /* asked and dropped: no children there */
-                  "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),?,?)",
-                  "orklib_get_sttr_offset(7,new1+80)"});
+                  "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "orklib_get_sttr_offset(7,new1+80)"});
     EXPECT_EQ(bytes(obj)[16 + 10], OBJ_NESTED | OBJ_STATE_TRACKED | OBJ_STTR_OFFSET);
     EXPECT_EQ(bytes(obj)[80 + 10], OBJ_NESTED | OBJ_STATE_TRACKED | OBJ_STTR_OFFSET);
     fwe_cl_wayfind_nb_channel_data_destroy(h, instance, obj);
@@ -150,8 +149,8 @@ TEST(FrameEmbedded, marks_the_fields_first_and_the_record_last) {
     spy::Log log;
     fwe_cl_wayfind_inst_data_set_instance_embedded(h, instance, obj);
     // inst at 16 with its address at 24 inside, mem at 144.
-    EXPECT_CALLS(log, {"ip_address_set_instance_embedded(7,obj+40)", "write_notify_fn(obj+26,1,7,obj+16)", "write_notify_fn(obj+154,1,7,obj+144)",
-                       "write_notify_fn(obj+10,1,7,obj)"});
+    EXPECT_CALLS(log, {"ip_address_set_instance_embedded(7,obj+40)", "write_notify_fn(obj+26,1,7,obj+16)",
+                       "write_notify_fn(obj+154,1,7,obj+144)", "write_notify_fn(obj+10,1,7,obj)"});
     EXPECT_EQ(bytes(obj.get())[10], OBJ_EMBEDDED);
     EXPECT_EQ(bytes(obj.get())[26], OBJ_EMBEDDED | OBJ_NESTED);
     EXPECT_EQ(bytes(obj.get())[40 + 10] & OBJ_EMBEDDED, OBJ_EMBEDDED);

@@ -284,7 +284,7 @@ TEST(FrameDescriptor, every_descriptor_is_the_image_told) {
         }
         EXPECT_EQ(luid, text) << name;
         EXPECT_EQ(luid, type.luid_text) << name;
-        const auto padded = [&](const char (&field)[64], const std::string &expected) {
+        const auto padded = [&](const char(&field)[64], const std::string &expected) {
             char whole[64] = {};
             std::memcpy(whole, expected.data(), expected.size());
             EXPECT_EQ(std::memcmp(field, whole, sizeof whole), 0) << name;

@@ -78,9 +78,7 @@ public:
     std::vector<uint8_t> state_bytes() const { return {state(), state() + told_.newest().state}; }
 
     // Everything, state bytes included.
-    Snapshot snapshot() const {
-        return Snapshot(obj_, told_.newest().body + (handle_.tracking() ? told_.newest().state : 0));
-    }
+    Snapshot snapshot() const { return Snapshot(obj_, told_.newest().body + (handle_.tracking() ? told_.newest().state : 0)); }
 
 private:
     Handle &handle_;

@@ -17,7 +17,8 @@ uint8_t &flags_of(Flags *obj) {
 }
 
 struct EnumObject {
-    explicit EnumObject(Handle &handle, const std::string &name = "obj") : h(handle), obj(fwe_cl_wayfind_chan_tx_state_e_create(h, instance)) {
+    explicit EnumObject(Handle &handle, const std::string &name = "obj")
+        : h(handle), obj(fwe_cl_wayfind_chan_tx_state_e_create(h, instance)) {
         spy::name(obj, 16, name);
     }
     ~EnumObject() { fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, obj); }
@@ -29,7 +30,8 @@ struct EnumObject {
 };
 
 struct FlagObject {
-    explicit FlagObject(Handle &handle, const std::string &name = "obj") : h(handle), obj(fwe_cl_wayfind_hop_chan_flags_create(h, instance)) {
+    explicit FlagObject(Handle &handle, const std::string &name = "obj")
+        : h(handle), obj(fwe_cl_wayfind_hop_chan_flags_create(h, instance)) {
         spy::name(obj, 24, name);
     }
     ~FlagObject() { fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, obj); }
@@ -86,10 +88,11 @@ TEST(FrameEnum, a_negative_variant_counts_nothing) {
 TEST(FrameEnum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_failure) {
     Handle h({.cr_instance = 9});
     uint32_t seen = 2;
-    const auto watch = spy::replace(ork_domain_lookup_variant, [&](ork_handle *handle, const ork_domain *, const ork_type_info *, uint32_t *) {
-        seen = handle->cr_active;
-        return int8_t{0};
-    });
+    const auto watch =
+        spy::replace(ork_domain_lookup_variant, [&](ork_handle *handle, const ork_domain *, const ork_type_info *, uint32_t *) {
+            seen = handle->cr_active;
+            return int8_t{0};
+        });
     auto *const obj = fwe_cl_wayfind_chan_tx_state_e_create_cr(h);
     EXPECT_EQ(seen, 1u);
     EXPECT_EQ(h->cr_active, 0u);

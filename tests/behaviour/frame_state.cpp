@@ -55,7 +55,8 @@ TEST(FrameState, without_a_mode_at_all_an_object_that_claims_tracking_is_read_be
     // A block with room for state bytes that the handle does not know of.
     alignas(8) uint8_t block[104 + 14] = {};
     auto *const obj = reinterpret_cast<fwe_cl_wayfind_global_info_data *>(block);
-    fwe_cl_wayfind_global_info_data_initialize(h, instance, obj, &_fwe_cl_wayfind_global_info_data_type_info_internal, 0, 1, 0, nullptr, &h.err);
+    fwe_cl_wayfind_global_info_data_initialize(h, instance, obj, &_fwe_cl_wayfind_global_info_data_type_info_internal, 0, 1, 0, nullptr,
+                                               &h.err);
     EXPECT_EQ(fwe_cl_wayfind_global_info_data_num_inst_state_flag_get(h, instance, obj, &h.err), 0u);
     EXPECT_EQ(h.err, 22u) << "not tracked";
     h.err = 0;

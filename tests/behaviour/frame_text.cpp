@@ -54,7 +54,9 @@ TEST(FrameText, a_shorter_text_leaves_what_lies_behind_its_end) {
     Object obj(h, "fwe_cl_wayfind_hop_chan_data");
     fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "1234567", 7, &h.err);
     fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "abc", 3, &h.err);
-    EXPECT_EQ(text_at(obj, "dscp_str", 8), std::string("abc\0" "567\0", 8));
+    EXPECT_EQ(text_at(obj, "dscp_str", 8), std::string("abc\0"
+                                                       "567\0",
+                                                       8));
 }
 
 TEST(FrameText, a_source_that_ends_early_is_filled_with_zeros_up_to_its_length) {
@@ -62,7 +64,9 @@ TEST(FrameText, a_source_that_ends_early_is_filled_with_zeros_up_to_its_length) 
     Object obj(h, "fwe_cl_wayfind_hop_chan_data");
     fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "12345678", 8, &h.err);
     fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "ab", 5, &h.err);
-    EXPECT_EQ(text_at(obj, "dscp_str", 8), std::string("ab\0\0\0\0" "78", 8));
+    EXPECT_EQ(text_at(obj, "dscp_str", 8), std::string("ab\0\0\0\0"
+                                                       "78",
+                                                       8));
 }
 
 TEST(FrameText, set_announces_its_length_and_not_its_end) {

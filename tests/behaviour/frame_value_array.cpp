@@ -19,10 +19,10 @@ TEST(FrameValueArray, the_first_set_makes_array_count_and_element_bytes_in_this_
     EXPECT_EQ(calls.at(4), "u_int32_sizeof()");
     std::erase(calls, "u_int32_sizeof()"); /* asked as often as wanted */
     EXPECT_CALLS(calls, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
-                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
-                       "alloc_fn(7,12)=new1", "write_notify_fn(obj+16,8,7,obj)", "write_notify_fn(obj+12,4,7,obj)",
-                       "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,3)=new2", "orkdb_record_containment2(7,new1+8,obj,1)",
-                       "u_int32_set(7,new1+8,src,err)", "write_notify_fn(state,1,7,null)", "write_notify_fn(new2+2,1,7,null)"});
+                         "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                         "alloc_fn(7,12)=new1", "write_notify_fn(obj+16,8,7,obj)", "write_notify_fn(obj+12,4,7,obj)",
+                         "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,3)=new2", "orkdb_record_containment2(7,new1+8,obj,1)",
+                         "u_int32_set(7,new1+8,src,err)", "write_notify_fn(state,1,7,null)", "write_notify_fn(new2+2,1,7,null)"});
     EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 0, 5}));
     EXPECT_EQ(obj.state()[0], 2);
     EXPECT_EQ(element_bytes(obj, "path_id", 3), (std::vector<uint8_t>{0, 0, 2}));
@@ -40,7 +40,7 @@ TEST(FrameValueArray, a_set_inside_moves_nothing) {
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 1, &src, &h.err);
     EXPECT_CALLS(array_doings(log), {"orkdb_record_containment2(7,array+4,obj,1)", "u_int32_set(7,array+4,src,err)",
-                               "write_notify_fn(state,1,7,null)", "write_notify_fn(elements+1,1,7,null)"});
+                                     "write_notify_fn(state,1,7,null)", "write_notify_fn(elements+1,1,7,null)"});
     EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 6, 5}));
 }
 
@@ -83,8 +83,9 @@ TEST(FrameValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_
     spy::Log log;
     fwe_cl_wayfind_sel_lb_src_intf_st_src_intf_id_set_value(h, instance, intf, 3, 200, &h.err);
     fwe_cl_wayfind_sel_lb_dst_site_st_dst_site_id_set_value(h, instance, site, 3, 60000, &h.err);
-    EXPECT_CALLS(log.calls_of({"alloc_fn", "u_int8_set_value", "u_int16_set_value"}),
-                 {"alloc_fn(7,4)=new1", "u_int8_set_value(7,new1+3,200,err)", "alloc_fn(7,8)=new2", "u_int16_set_value(7,new2+6,60000,err)"});
+    EXPECT_CALLS(
+        log.calls_of({"alloc_fn", "u_int8_set_value", "u_int16_set_value"}),
+        {"alloc_fn(7,4)=new1", "u_int8_set_value(7,new1+3,200,err)", "alloc_fn(7,8)=new2", "u_int16_set_value(7,new2+6,60000,err)"});
     EXPECT_GE(log.count("u_int8_sizeof"), 1u);
     EXPECT_GE(log.count("u_int16_sizeof"), 1u);
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_src_intf_st_src_intf_id_get_value(h, instance, intf, 3, &h.err), 200u);
@@ -273,8 +274,9 @@ TEST(FrameValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_o
     spy::name(elements_of(obj, "path_id"), 2, "elements");
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 3, &h.err);
-    EXPECT_CALLS(array_doings(log), {"orkdb_record_containment2(7,array,obj,1)", "orkdb_record_containment2(7,array,obj,1)",
-                               "u_int32_set_value(7,array,3,err)", "write_notify_fn(state,1,7,null)", "write_notify_fn(elements,1,7,null)"});
+    EXPECT_CALLS(array_doings(log),
+                 {"orkdb_record_containment2(7,array,obj,1)", "orkdb_record_containment2(7,array,obj,1)",
+                  "u_int32_set_value(7,array,3,err)", "write_notify_fn(state,1,7,null)", "write_notify_fn(elements,1,7,null)"});
 }
 
 TEST(FrameValueArray, set_value_behind_the_end_grows_first) {
@@ -283,9 +285,9 @@ TEST(FrameValueArray, set_value_behind_the_end_grows_first) {
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 3, &h.err);
     EXPECT_CALLS(array_doings(log), {"alloc_fn(7,8)=new1", "write_notify_fn(obj+16,8,7,obj)", "write_notify_fn(obj+12,4,7,obj)",
-                               "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,2)=new2", "orkdb_record_containment2(7,new1+4,obj,1)",
-                               "orkdb_record_containment2(7,new1+4,obj,1)", "u_int32_set_value(7,new1+4,3,err)",
-                               "write_notify_fn(state,1,7,null)", "write_notify_fn(new2+1,1,7,null)"});
+                                     "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,2)=new2", "orkdb_record_containment2(7,new1+4,obj,1)",
+                                     "orkdb_record_containment2(7,new1+4,obj,1)", "u_int32_set_value(7,new1+4,3,err)",
+                                     "write_notify_fn(state,1,7,null)", "write_notify_fn(new2+1,1,7,null)"});
 }
 
 TEST(FrameValueArray, set_value_takes_another_error_of_the_private_slot_over) {
@@ -294,7 +296,8 @@ TEST(FrameValueArray, set_value_takes_another_error_of_the_private_slot_over) {
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
     unsigned asked = 0;
     // The gate inside the element's getter refuses, and the runtime writes the slot.
-    const auto gate = spy::replace(ork_get_instance_variant, [&](const void *, uint32_t, uint32_t) { return ++asked == 2 ? int8_t{-1} : int8_t{0}; });
+    const auto gate =
+        spy::replace(ork_get_instance_variant, [&](const void *, uint32_t, uint32_t) { return ++asked == 2 ? int8_t{-1} : int8_t{0}; });
     const auto strict = spy::replace(ork_store_epoch_err, [](ork_handle *, uint32_t number, uint32_t *err) { *err = number; });
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 3, &h.err);

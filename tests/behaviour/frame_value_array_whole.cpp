@@ -14,9 +14,9 @@ TEST(FrameSetMem, replaces_everything_in_the_order_told) {
     const uint32_t src[] = {1, 2, 3};
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 3, &h.err);
-    EXPECT_CALLS(array_doings(log), {"free_fn(7,array)", "write_notify_fn(obj+16,8,7,obj)", "alloc_fn(7,12)=new1",
-                               "write_notify_fn(obj+12,4,7,obj)", "write_notify_fn(state,1,7,null)", "free_fn(7,elements)",
-                               "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,3)=new2"});
+    EXPECT_CALLS(array_doings(log),
+                 {"free_fn(7,array)", "write_notify_fn(obj+16,8,7,obj)", "alloc_fn(7,12)=new1", "write_notify_fn(obj+12,4,7,obj)",
+                  "write_notify_fn(state,1,7,null)", "free_fn(7,elements)", "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,3)=new2"});
     EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2, 3}));
     EXPECT_EQ(obj.state()[0], 2);
     EXPECT_EQ(element_bytes(obj, "path_id", 3), (std::vector<uint8_t>{0, 0, 0}));
@@ -173,8 +173,8 @@ TEST(FrameValueArray, destroy_gives_both_blocks_back_and_announces_the_pointer_a
     spy::name(elements_of(obj, "path_id"), 2, "elements");
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_destroy(h, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(obj.release()));
-    EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}),
-                 {"free_fn(7,array)", "write_notify_fn(obj+16,8,7,null)", "free_fn(7,elements)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
+    EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}), {"free_fn(7,array)", "write_notify_fn(obj+16,8,7,null)",
+                                                                "free_fn(7,elements)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
 TEST(FrameValueArray, destroy_of_an_empty_one_frees_no_null) {

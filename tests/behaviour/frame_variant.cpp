@@ -96,7 +96,8 @@ TEST(FrameVariant, a_type_that_the_domain_lacks_gives_an_object_without_fields) 
     for (const auto *const get : {"_hop_chan", "_stats", "_mem", "_probe", "_serv"}) {
         const std::string suffix = "_get";
         const auto &fields = told::record("fwe_cl_wayfind_hop_chan_data")->fields;
-        const auto index = static_cast<size_t>(std::find_if(fields.begin(), fields.end(), [&](const auto &f) { return "_" + f.name == get; }) - fields.begin());
+        const auto index = static_cast<size_t>(
+            std::find_if(fields.begin(), fields.end(), [&](const auto &f) { return "_" + f.name == get; }) - fields.begin());
         ork_clear_last_error(h);
         EXPECT_EQ(fixture::function<void *(ork_handle *, uint32_t, void *, uint32_t *)>(
                       schema("fwe_cl_wayfind_hop_chan_data").fields[index].functions, suffix)(h, instance, obj.get(), &h.err),
@@ -244,7 +245,8 @@ TEST(FrameLayout, a_cap_beyond_the_known_means_the_newest) {
     for (const told::Record &record : told::tables().records) {
         for (const int cap : {int(record.layouts.size()), 77, 127, 128, 255}) {
             head[9] = static_cast<uint8_t>(cap);
-            EXPECT_EQ(sizeof_internal(record.name, on, head, 1, 0), record.newest().body + record.newest().state) << record.name << " " << cap;
+            EXPECT_EQ(sizeof_internal(record.name, on, head, 1, 0), record.newest().body + record.newest().state)
+                << record.name << " " << cap;
         }
     }
 }

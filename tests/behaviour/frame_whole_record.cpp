@@ -152,13 +152,13 @@ TEST(FrameRecordSet, re_points_its_children_before_their_state_is_copied_and_set
     spy::Log log;
     fwe_cl_wayfind_nb_channel_data_set(h, instance, dst, src, &h.err);
     EXPECT_EQ(h.err, 0u);
-    EXPECT_CALLS(log.calls_of({"orklib_update_sttr_offset", "write_notify_fn", "orklib_adjust_variant"}),
-                 {"orklib_adjust_variant(7,dst,type(fwe_cl_wayfind_nb_channel_data),0,err)", "write_notify_fn(dst,136,7,dst)",
-                  "orklib_update_sttr_offset(7,dst+16,121)", "orklib_update_sttr_offset(7,dst+80,62)",
-                  "write_notify_fn(dst_state,9,7,dst_state)", "orklib_adjust_variant(7,dst+16,type(fwe_cl_wayfind_chan_nb_st),0,err)",
-                  "write_notify_fn(dst+16,64,7,dst+16)", "write_notify_fn(dst_state+1,4,7,dst_state+1)",
-                  "orklib_adjust_variant(7,dst+80,type(fwe_cl_wayfind_mem_st),0,err)", "write_notify_fn(dst+80,40,7,dst+80)",
-                  "write_notify_fn(dst_state+6,3,7,dst_state+6)"});
+    EXPECT_CALLS(
+        log.calls_of({"orklib_update_sttr_offset", "write_notify_fn", "orklib_adjust_variant"}),
+        {"orklib_adjust_variant(7,dst,type(fwe_cl_wayfind_nb_channel_data),0,err)", "write_notify_fn(dst,136,7,dst)",
+         "orklib_update_sttr_offset(7,dst+16,121)", "orklib_update_sttr_offset(7,dst+80,62)", "write_notify_fn(dst_state,9,7,dst_state)",
+         "orklib_adjust_variant(7,dst+16,type(fwe_cl_wayfind_chan_nb_st),0,err)", "write_notify_fn(dst+16,64,7,dst+16)",
+         "write_notify_fn(dst_state+1,4,7,dst_state+1)", "orklib_adjust_variant(7,dst+80,type(fwe_cl_wayfind_mem_st),0,err)",
+         "write_notify_fn(dst+80,40,7,dst+80)", "write_notify_fn(dst_state+6,3,7,dst_state+6)"});
     EXPECT_EQ(dst.state_bytes(), src.state_bytes());
     EXPECT_EQ(std::memcmp(dst.get(), src.get(), 136), 0);
 }

@@ -1,5 +1,5 @@
-// The operations of a message done by hand, step by step, with nothing but the platform and the families of its records. What the library does for a
-// message has to show the same calls, results and bytes.
+// The operations of a message done by hand, step by step, with nothing but the platform and the families of its records. The library must
+// show the same calls, results and bytes.
 #pragma once
 
 #include "behaviour/messages_family.h"

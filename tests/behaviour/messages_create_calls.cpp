@@ -253,7 +253,7 @@ TEST_P(MessageCreate, SentinelGoesToFreeWhenARecordGivesNull) {
     spy::observe(stage.handle());
 }
 
-// ---- Accessors ---------------------------------------------------------------------------------------------------------------------------
+// ---- Accessors --------------------------------------------------------------------------------------------------------------------------
 
 TEST_P(MessageCreate, AccessorsTraceWhatKeepsThemFromActing) {
     Stage stage(message, ORK_TRACKING_OFF);

@@ -156,7 +156,7 @@ TEST(Dispatched, ShowInsideAnotherShowIsRefusedAndTheFirstGoesOn) {
     control_frame(other.get(), bundles[2].abort());
 }
 
-// ---- Memory ------------------------------------------------------------------------------------------------------------------------------
+// ---- Memory -----------------------------------------------------------------------------------------------------------------------------
 
 // A million when all of it is asked for.
 unsigned bad_frames() {

@@ -270,7 +270,7 @@ TEST_P(MessageRecording, FileReadsBackAsTheMessage) {
 
 INSTANTIATE_TEST_SUITE_P(All, MessageRecording, testing::ValuesIn(family::messages()), family::ByName());
 
-// ---- The limit ---------------------------------------------------------------------------------------------------------------------------
+// ---- The limit --------------------------------------------------------------------------------------------------------------------------
 
 class RecordingLimit : public MessageRecording {
 protected:

@@ -212,7 +212,7 @@ TEST_F(TwoRecords, NeitherRecordStarts) {
     message.destroy(stage.handle(), instance, msg);
 }
 
-// ---- Text --------------------------------------------------------------------------------------------------------------------------------
+// ---- Text -------------------------------------------------------------------------------------------------------------------------------
 
 TEST_F(TwoRecords, PrintSkipsTheSecondAfterTheFirstFailed) {
     const family::Handle handle = family::make_handle();

@@ -202,7 +202,8 @@ TEST(FrameLawAnnounce, functions_of_the_whole_record_store_nothing_that_was_not_
                 type.call(suffix, words);
                 watch.check();
                 EXPECT_EQ(h.err, 0u) << type.told.name << suffix;
-                EXPECT_TRUE(watch.unannounced().empty()) << type.told.name << suffix << ", " << mode.text() << ":" << list(watch.unannounced());
+                EXPECT_TRUE(watch.unannounced().empty())
+                    << type.told.name << suffix << ", " << mode.text() << ":" << list(watch.unannounced());
             }
         }
     }
@@ -211,7 +212,8 @@ TEST(FrameLawAnnounce, functions_of_the_whole_record_store_nothing_that_was_not_
 TEST(FrameLawAnnounce, initialize_with_notify_stores_nothing_that_was_not_announced) {
     for (const Mode &mode : fixture::all_modes()) {
         Handle h(mode);
-        fixture::function<void *(ork_handle *, uint32_t)>(types()[0].schema.functions, "_create"); /* the table is filled by the first object */
+        fixture::function<void *(ork_handle *, uint32_t)>(types()[0].schema.functions,
+                                                          "_create"); /* the table is filled by the first object */
         for (const Type &type : types()) {
             std::vector<uint64_t> block(type.told.newest().body / 8 + type.told.newest().state / 8 + 2, 0);
             void *const obj = block.data();
@@ -225,7 +227,8 @@ TEST(FrameLawAnnounce, initialize_with_notify_stores_nothing_that_was_not_announ
                 EXPECT_EQ(h.err, 0u) << type.told.name;
                 EXPECT_TRUE(watch.unannounced().empty()) << type.told.name << ", " << mode.text() << ":" << list(watch.unannounced());
             }
-            fixture::function<void(ork_handle *, uint32_t, void *, uint32_t)>(type.schema.functions, "_destroy_internal")(h, instance, obj, 0);
+            fixture::function<void(ork_handle *, uint32_t, void *, uint32_t)>(type.schema.functions, "_destroy_internal")(h, instance, obj,
+                                                                                                                          0);
         }
     }
 }
@@ -253,7 +256,8 @@ TEST(FrameLawAnnounce, destroy_in_place_and_removal_clear_nothing_silently_but_t
                 if (h.tracking()) {
                     allow_entries(type.told, bytes(obj) + type.told.newest().body);
                 }
-                fixture::function<void(ork_handle *, uint32_t, void *, uint32_t)>(type.schema.functions, "_destroy_internal")(h, instance, obj, 0);
+                fixture::function<void(ork_handle *, uint32_t, void *, uint32_t)>(type.schema.functions, "_destroy_internal")(h, instance,
+                                                                                                                              obj, 0);
                 watch.check();
                 EXPECT_TRUE(watch.unannounced().empty()) << type.told.name << ", " << mode.text() << ":" << list(watch.unannounced());
             }

@@ -70,7 +70,8 @@ TEST(FrameLawLifecycle, memory_distances_and_statistics_balance) {
                 EXPECT_EQ(h.memory().live_distances, 0u) << type.told.name;
                 Counts expected;
                 expect_counts(expected, type.told, variant, true);
-                EXPECT_EQ(difference(counts(h.storage()), before), expected) << type.told.name << " variant " << variant << ", " << mode.text();
+                EXPECT_EQ(difference(counts(h.storage()), before), expected)
+                    << type.told.name << " variant " << variant << ", " << mode.text();
             }
         }
     }
@@ -193,7 +194,8 @@ TEST(FrameLawVariantIndex, is_capped_to_the_newest) {
         const int newest = static_cast<int>(type.told.newest_variant());
         for (int v = -128; v < 128; ++v) {
             const int expected = v <= newest ? v : newest;
-            EXPECT_EQ(static_cast<int8_t>(type.call("_variant_data_index_cap", {static_cast<uint64_t>(static_cast<uint32_t>(v))})), expected)
+            EXPECT_EQ(static_cast<int8_t>(type.call("_variant_data_index_cap", {static_cast<uint64_t>(static_cast<uint32_t>(v))})),
+                      expected)
                 << type.told.name;
         }
     }

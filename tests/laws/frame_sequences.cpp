@@ -85,9 +85,12 @@ public:
     // With tracking off there is no word; without a mode at all it is the object that lacks state bytes.
     Calls state_get() const {
         switch (h_.mode().tracking) {
-            case ORK_TRACKING_ON: return {};
-            case ORK_TRACKING_OFF: return {"ork_store_err(22)"};
-            case ORK_TRACKING_ABSENT: break;
+            case ORK_TRACKING_ON:
+                return {};
+            case ORK_TRACKING_OFF:
+                return {"ork_store_err(22)"};
+            case ORK_TRACKING_ABSENT:
+                break;
         }
         return {"ork_store_err(22)", "trace(error,The object is non state tracked)"};
     }
@@ -107,7 +110,8 @@ public:
     Calls begin_set() const { return {"ork_clear_last_error()", manifested(), adjust(), variant()}; }
     Calls gate() const { return {"ork_clear_last_error()", variant()}; }
     Calls mark() const {
-        return h_.tracking() ? Calls{"write_notify_fn(" + offset_text("state", static_cast<size_t>(f_.told.state)) + ",1,7,null)"} : Calls{};
+        return h_.tracking() ? Calls{"write_notify_fn(" + offset_text("state", static_cast<size_t>(f_.told.state)) + ",1,7,null)"}
+                             : Calls{};
     }
     Calls record(const std::string &child, const std::string &parent) const {
         return h_.mode().recording ? Calls{"orkdb_record_containment2(7," + child + "," + parent + ",1)"} : Calls{};
@@ -234,7 +238,8 @@ TEST(FrameLawSequence, of_objects) {
             } else {
                 Calls calls = log.calls();
                 std::erase_if(calls, [&](const std::string &call) { /* how the flag set finds its descriptor is its own affair */
-                    return call == "ork_get_manifested_type_info(" + offset_text("obj", f.told.offset) + ")";
+                                                                    return call == "ork_get_manifested_type_info(" +
+                                                                                       offset_text("obj", f.told.offset) + ")";
                 });
                 EXPECT_CALLS(calls, told.set()) << f.name() << ", " << mode.text();
             }

@@ -87,7 +87,8 @@ TEST(FrameLawSmall, an_error_standing_stops_them) {
             spy::Log log;
             small.function<void(ork_handle *, uint32_t, void *, void *, uint32_t *)>("_set")(h, instance, obj, src, &h.err);
             if (small.told.flags) {
-                small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, 1, &h.err);
+                small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, 1,
+                                                                                                                   &h.err);
             } else {
                 small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, &h.err);
             }
@@ -110,7 +111,8 @@ TEST(FrameLawSmall, set_copies_the_object_whole_and_announced) {
         {
             spy::Log log;
             small.function<void(ork_handle *, uint32_t, void *, void *, uint32_t *)>("_set")(h, instance, obj, src, &h.err);
-            EXPECT_CALLS(log.calls_of({"write_notify_fn"}), std::vector<std::string>{"write_notify_fn(obj," + std::to_string(small.told.size) + ",7,obj)"})
+            EXPECT_CALLS(log.calls_of({"write_notify_fn"}),
+                         std::vector<std::string>{"write_notify_fn(obj," + std::to_string(small.told.size) + ",7,obj)"})
                 << small.told.name;
         }
         EXPECT_EQ(std::memcmp(obj, src, small.told.size), 0);

@@ -82,15 +82,16 @@ std::vector<std::string> dump() {
     for (unsigned i = 0; i < wayfind_message_count; ++i) {
         const wayfind_message &message = wayfind_messages[i];
         const ork_variant_entry &entry = message.type->varinfo->entries[0];
-        lines.push_back(line("message %s luid %s used %u slop %u", message.name, hex(message.type->luid).c_str(), entry.used_length, entry.alloc_slop));
+        lines.push_back(
+            line("message %s luid %s used %u slop %u", message.name, hex(message.type->luid).c_str(), entry.used_length, entry.alloc_slop));
         for (int r = 0; r < message.record_count; ++r) {
             lines.push_back(line("  carries %s tag 0x%08x", message.records[r]->name, message.call_site_tag + static_cast<unsigned>(r)));
         }
     }
     for (unsigned i = 0; i < wayfind_bundle_count; ++i) {
         const wayfind_bundle &bundle = wayfind_bundles[i];
-        lines.push_back(line("bundle %s start %s abort %s commit %s", bundle.name, hex(bundle.luids[0]).c_str(), hex(bundle.luids[1]).c_str(),
-                             hex(bundle.luids[2]).c_str()));
+        lines.push_back(line("bundle %s start %s abort %s commit %s", bundle.name, hex(bundle.luids[0]).c_str(),
+                             hex(bundle.luids[1]).c_str(), hex(bundle.luids[2]).c_str()));
         for (int m = 0; m < bundle.member_count; ++m) {
             lines.push_back(line("  member %s repeatable %d", bundle.members[m].message->name, bundle.members[m].repeatable));
         }
@@ -141,8 +142,8 @@ TEST(FrameLawTables, each_field_has_exactly_the_accessors_of_its_class) {
         {Class::text, {"_get", "_state_flag_get", "_set", "_set_cr", "_state_flag_set"}},
         {Class::counter, {"_get", "_get_value"}},
         {Class::value_array,
-         {"_get_mem", "_get", "_get_value", "_state_flag_whole_get", "_state_flag_get_arr", "_state_flag_get", "_set_mem", "_set_mem_cr", "_set",
-          "_set_cr", "_set_value", "_remove_elements", "_state_flag_whole_set", "_state_flag_set_arr", "_state_flag_set"}},
+         {"_get_mem", "_get", "_get_value", "_state_flag_whole_get", "_state_flag_get_arr", "_state_flag_get", "_set_mem", "_set_mem_cr",
+          "_set", "_set_cr", "_set_value", "_remove_elements", "_state_flag_whole_set", "_state_flag_set_arr", "_state_flag_set"}},
         {Class::record_array,
          {"_get", "_state_flag_whole_get", "_state_flag_get_arr", "_state_flag_get", "_set", "_set_cr", "_remove_elements",
           "_state_flag_whole_set", "_state_flag_set_arr", "_state_flag_set"}},

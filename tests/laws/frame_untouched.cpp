@@ -26,7 +26,8 @@ TEST(FrameLawSticky, no_accessor_does_anything_with_an_error_standing) {
                 EXPECT_EQ(h.err, 5u);
                 EXPECT_EQ(h->cr_error, 5u);
                 EXPECT_EQ(h.last_error(), 77u) << f.name() << call.suffix;
-                EXPECT_TRUE(std::all_of(std::begin(out.bytes), std::end(out.bytes), [](uint8_t b) { return b == 0; })) << f.name() << call.suffix;
+                EXPECT_TRUE(std::all_of(std::begin(out.bytes), std::end(out.bytes), [](uint8_t b) { return b == 0; }))
+                    << f.name() << call.suffix;
                 if (call.cr) {
                     EXPECT_EQ(static_cast<uint32_t>(result), 5u) << f.name() << call.suffix;
                 }
@@ -96,7 +97,8 @@ TEST(FrameLawState, with_tracking_off_or_untracked_every_state_accessor_refuses_
                 EXPECT_EQ(std::exchange(h.err, 0), 22u) << f.name() << call.suffix;
                 EXPECT_TRUE(before.unchanged());
                 const bool setter = call.suffix.find("_set") != std::string::npos;
-                const std::string words = setter ? "trace(error,The object is not state tracked)" : "trace(error,The object is non state tracked)";
+                const std::string words =
+                    setter ? "trace(error,The object is not state tracked)" : "trace(error,The object is non state tracked)";
                 const std::vector<std::string> expected = off      ? std::vector<std::string>{"ork_store_err(22)"}
                                                           : setter ? std::vector<std::string>{words, "ork_store_err(22)"}
                                                                    : std::vector<std::string>{"ork_store_err(22)", words};

@@ -124,7 +124,8 @@ TEST(Flight, FileHoldsHeadModulesTheTracedFileAndTheTrace) {
     const std::string build_id = bytes.substr(9, static_cast<uint8_t>(bytes[8]));
     EXPECT_EQ(build_id.size(), 20u) << "of this program: the trace came from it";
     EXPECT_EQ(bytes.substr(9 + build_id.size(), 4), "FLFT");
-    EXPECT_NE(bytes.find(build_id, 9 + build_id.size()), std::string::npos) << "again in front of the file's first trace";
+    EXPECT_NE(bytes.find(build_id, 9 + build_id.size()), std::string::npos)
+        << "again in front of the file's first trace";
     EXPECT_NE(bytes.find("in_the_file"), std::string::npos);
     EXPECT_NE(bytes.find(std::string(reinterpret_cast<const char *>(section), 16)), std::string::npos);
     EXPECT_NE(bytes.find("the argument"), std::string::npos);

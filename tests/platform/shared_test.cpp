@@ -240,8 +240,8 @@ TEST_F(Shared, BlockOfTheProcessGoesBackToIt) {
 const uint8_t luid[16] = {1};
 
 // Takes a block, gives another one back, and fails as a message that cannot be read.
-uint32_t unmarshal_and_fail(ork_handle *handle, uint32_t, void *, void **, const uint8_t *, int32_t, ork_message_handler,
-                            uint32_t *err) {
+uint32_t unmarshal_and_fail(ork_handle *handle, uint32_t, void *, void **, const uint8_t *, int32_t,
+                            ork_message_handler, uint32_t *err) {
     handle->alloc_fn(handle->mem_pool, 0, 50);
     handle->free_fn(handle->mem_pool, 0, handle->alloc_fn(handle->mem_pool, 0, 60));
     *err = 90;

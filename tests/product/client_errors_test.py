@@ -4,7 +4,7 @@ import socket
 import tempfile
 
 from product import Agent, Case, FakeAgent, RawClient, TREE, greeting
-from schema import CL, bundle_of, schema
+from schema import CL, SUBJECTS, schema
 
 
 def with_length(frame, length):
@@ -42,7 +42,7 @@ class ClientErrors(Case):
         return self.answered(self.greeting, b"ok\n", *frames, **how)
 
     def abort(self, subject):
-        return with_luid(self.hop_chan[0], bytes.fromhex(schema()["bundles"][bundle_of(subject)]["luids"][1]))
+        return with_luid(self.hop_chan[0], bytes.fromhex(schema()["bundles"][SUBJECTS[subject]]["luids"][1]))
 
     def test_whole_show_is_printed(self):
         result = self.given(*self.hop_chan)

@@ -33,20 +33,27 @@ def record(name):
     return schema()["records"][name]
 
 
-def bundle_of(subject):
-    topic = subject.replace("-", "_")
-    for layer in ("fwe_cl_", "fwe_pal_", "fwe_dp_"):
-        plain = topic.removeprefix(layer[4:])
-        for end in ("_response", "_resp"):
-            if plain != topic or layer == "fwe_cl_" or subject == "site-prefix":
-                name = f"{layer}wayfind_show_{plain}{end}"
-                if name in schema()["bundles"]:
-                    return name
-    raise KeyError(subject)
-
-
-SUBJECTS = ["site-prefix", "prefixtosite", "sitetohop", "pal-debug", "cl-debug", "global", "global-new", "auto-tunnel", "selection",
-            "traffic-class", "nb-channel", "enforce-hop", "multi-nh-map", "dcid-siteip-map", "channel", "hop-chan", "dp-debug", "intf"]
+# Subject by subject, the bundle that is shown.
+SUBJECTS = {
+    "site-prefix": "fwe_pal_wayfind_show_site_prefix_response",
+    "prefixtosite": "fwe_cl_wayfind_show_prefixtosite_response",
+    "sitetohop": "fwe_cl_wayfind_show_sitetohop_response",
+    "pal-debug": "fwe_pal_wayfind_show_debug_response",
+    "cl-debug": "fwe_cl_wayfind_show_debug_response",
+    "global": "fwe_cl_wayfind_show_global_response",
+    "global-new": "fwe_cl_wayfind_show_global_new_response",
+    "auto-tunnel": "fwe_cl_wayfind_show_auto_tunnel_response",
+    "selection": "fwe_cl_wayfind_show_selection_response",
+    "traffic-class": "fwe_cl_wayfind_show_traffic_class_response",
+    "nb-channel": "fwe_cl_wayfind_show_nb_channel_response",
+    "enforce-hop": "fwe_cl_wayfind_show_enforce_hop_resp",
+    "multi-nh-map": "fwe_cl_wayfind_show_multi_nh_map_resp",
+    "dcid-siteip-map": "fwe_cl_wayfind_show_dcid_siteip_map_resp",
+    "channel": "fwe_cl_wayfind_show_channel_response",
+    "hop-chan": "fwe_cl_wayfind_show_hop_chan_response",
+    "dp-debug": "fwe_dp_wayfind_show_debug_response",
+    "intf": "fwe_cl_wayfind_show_intf_response",
+}
 
 
 def number(bits, dice):

@@ -6,7 +6,7 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 
 from product import OLD_RELEASE, WAYFIND, Case
-from schema import CL, SUBJECTS, Data, bundle_of
+from schema import CL, SUBJECTS, Data, schema
 from shown_xml import Comparison
 
 LONG = os.environ.get("WAYFIND_LONG") == "1"
@@ -18,7 +18,7 @@ class ShowCase(Case):
     def compare(self, data, subject, newest, tracking, client=()):
         result = self.show(subject, "--format", "xml", "--tracking", tracking, *client)
         self.assertEqual(result.returncode, 0, result.stderr)
-        bundle = bundle_of(subject)
+        bundle = SUBJECTS[subject]
         root = ElementTree.fromstring(result.stdout)
         Comparison(self, newest, tracking == "on").bundle(root, bundle, data.shown(bundle))
         return result
@@ -123,6 +123,10 @@ class Releases(ShowCase):
         for subject in SUBJECTS:
             text = self.show(subject).stdout
             self.assertEqual(text.count("{\n"), text.count("}\n"), subject)
+
+
+    def test_every_bundle_is_a_subject(self):
+        self.assertEqual(set(SUBJECTS.values()), set(schema()["bundles"]))
 
 
 class Output(ShowCase):

@@ -198,8 +198,7 @@ void store(void *address, T value) {
 // A copy of bytes to compare with later.
 class Snapshot {
 public:
-    Snapshot(const void *address, size_t size)
-        : address_(static_cast<const uint8_t *>(address)), bytes_(address_, address_ + size) {}
+    Snapshot(const void *address, size_t size) : address_(static_cast<const uint8_t *>(address)), bytes_(address_, address_ + size) {}
 
     // Where the first byte differs now, or -1.
     ptrdiff_t first_change() const {

@@ -55,8 +55,7 @@ std::string symbol(const void *address) {
     if (exact != names.rend()) {
         return exact->text;
     }
-    const auto range =
-        std::find_if(names.rbegin(), names.rend(), [&](const Name &n) { return at >= n.start && at < n.start + n.size; });
+    const auto range = std::find_if(names.rbegin(), names.rend(), [&](const Name &n) { return at >= n.start && at < n.start + n.size; });
     if (range == names.rend()) {
         return "?";
     }

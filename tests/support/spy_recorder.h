@@ -27,19 +27,26 @@ const std::any *replacement_of(const void *function);
 
 // ---- How an argument prints; an empty text is left out of the call -----------------------------------------------------------------------
 
-inline std::string text_of(const ork_handle *) { return ""; }
-inline std::string text_of(const ork_domain *) { return "domain"; }
+inline std::string text_of(const ork_handle *) {
+    return "";
+}
+inline std::string text_of(const ork_domain *) {
+    return "domain";
+}
 std::string text_of(const ork_type_info *type);
 std::string text_of(const char *text);
-inline std::string text_of(char *buffer) { return symbol(buffer); }
-inline std::string text_of(const void *address) { return symbol(address); }
+inline std::string text_of(char *buffer) {
+    return symbol(buffer);
+}
+inline std::string text_of(const void *address) {
+    return symbol(address);
+}
 template <class R, class... A>
 std::string text_of(R (*function)(A...));
 std::string text_of_function(const void *function);
 
 template <class T>
-    requires std::is_integral_v<T>
-std::string text_of(T number) {
+requires std::is_integral_v<T> std::string text_of(T number) {
     return std::to_string(number);
 }
 

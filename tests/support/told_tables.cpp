@@ -41,12 +41,9 @@ private:
 };
 
 Class class_of(const std::string &word) {
-    static const std::map<std::string, Class> classes = {{"value", Class::value},
-                                                         {"object", Class::object},
-                                                         {"text", Class::text},
-                                                         {"counter", Class::counter},
-                                                         {"value_array", Class::value_array},
-                                                         {"record_array", Class::record_array}};
+    static const std::map<std::string, Class> classes = {
+        {"value", Class::value},     {"object", Class::object},           {"text", Class::text},
+        {"counter", Class::counter}, {"value_array", Class::value_array}, {"record_array", Class::record_array}};
     return classes.at(word);
 }
 

@@ -45,8 +45,7 @@ public:
             } else if (section_name == ".flight_format_strings") {
                 auto length = static_cast<unsigned>(words.size());
                 std::string packed = content;
-                if (BZ2_bzBuffToBuffDecompress(words.data(), &length, packed.data(), static_cast<unsigned>(packed.size()), 0, 0) !=
-                    BZ_OK) {
+                if (BZ2_bzBuffToBuffDecompress(words.data(), &length, packed.data(), static_cast<unsigned>(packed.size()), 0, 0) != BZ_OK) {
                     throw std::runtime_error("the texts do not unpack");
                 }
             }

@@ -58,11 +58,13 @@ int diff(const Options& options) {
 }  // namespace
 
 void add_manifest(CLI::App& app) {
-  CLI::App* manifest = app.add_subcommand("manifest", "Print what a library defines, by its file: LUID, kind, newest variant, size, definition, name");
+  CLI::App* manifest =
+      app.add_subcommand("manifest", "Print what a library defines, by its file: LUID, kind, newest variant, size, definition, name");
   const auto options = std::make_shared<Options>();
   manifest->add_option("LIB", options->library, "The library, as a file");
 
-  CLI::App* comparison = manifest->add_subcommand("diff", "Can peers of two builds talk, each way? Status 0: yes, 1: no, 2: a file is unreadable");
+  CLI::App* comparison =
+      manifest->add_subcommand("diff", "Can peers of two builds talk, each way? Status 0: yes, 1: no, 2: a file is unreadable");
   comparison->add_option("OLD", options->older, "The library of the older build")->required();
   comparison->add_option("NEW", options->newer, "The library of the newer build")->required();
   comparison->callback([options] {

@@ -1,8 +1,7 @@
 // The subcommands trace decode and trace texts.
-#include <ctime>
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <ctime>
 #include <nlohmann/json.hpp>
 
 #include "commands.h"

@@ -18,7 +18,7 @@ struct DecodedTrace {
 
 struct DecodeCount {
   size_t decoded = 0;
-  size_t damaged = 0;  // stretches without a whole record
+  size_t damaged = 0;   // stretches without a whole record
   size_t foreign = 0;   // traces of other libraries, and of the library's sections where it has no such entry
   size_t unproven = 0;  // traces of which no record says who raised them; decoded all the same when forced
 };

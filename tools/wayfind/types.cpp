@@ -8,7 +8,8 @@
 namespace wayfind {
 
 void add_types(CLI::App& app) {
-  CLI::App* types = app.add_subcommand("types", "Print the types of this release, name, LUID and number of variants, as --release reads them");
+  CLI::App* types =
+      app.add_subcommand("types", "Print the types of this release, name, LUID and number of variants, as --release reads them");
   types->callback([] { std::fputs(text_of(*newest_release()).c_str(), stdout); });
 }
 

@@ -36,7 +36,8 @@ struct Bundle {
   void handle(const char* kind, const Handle& handle, uint32_t error) const {
     handle.err = error;
     const std::string handler = prefixed("_bundle_") + kind + "_message_handler";
-    function<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(schema.functions, handler)(handle, instance, nullptr, nullptr, &handle.err);
+    function<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(schema.functions, handler)(handle, instance, nullptr, nullptr,
+                                                                                              &handle.err);
   }
 };
 

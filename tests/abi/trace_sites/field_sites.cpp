@@ -159,10 +159,9 @@ TEST(FieldSites, SetOfAnArrayWhoseHandleOrObjectChangesUnderWay) {
     const auto set = [&](bool has_element) {
       handle = new Handle(ORK_TRACKING_ON);
       object = field.create(*handle);
-      const void* source = nullptr;
       if (has_element) field.set_element(*handle, object, 0, *handle);
       static const uint64_t number = 0;
-      source = field.schema.cls == WAYFIND_RECORD_ARRAY ? Field::create_record(*handle, *field.schema.record) : &number;
+      const void* source = field.schema.cls == WAYFIND_RECORD_ARRAY ? Field::create_record(*handle, *field.schema.record) : &number;
       count_calls_from_now();
       field.call("_set", *handle, object, {0, word(source)});
     };

@@ -56,16 +56,17 @@ TEST(MessageSites, Create) {
     });
     // The records come before the message's own header, and would meet the corrupted handle first.
     const Handle* handle = nullptr;
-    expect_trace_after_change({message.full("_create"), text::corrupted, "fatal", {}},
-                              [&] {
-                                handle = new Handle;
-                                const auto records = spy::replace(tawny_set_callsite_tag, [&](auto tag) {
-                                  spy::next(tawny_set_callsite_tag)(tag);
-                                  if (tag == message.schema().call_site_tag + message.record_count() - 1) count_calls_from_now();
-                                });
-                                message.create(*handle, instance);
-                              },
-                              [&] { handle->corrupt(); });
+    expect_trace_after_change(
+        {message.full("_create"), text::corrupted, "fatal", {}},
+        [&] {
+          handle = new Handle;
+          const auto records = spy::replace(tawny_set_callsite_tag, [&](auto tag) {
+            spy::next(tawny_set_callsite_tag)(tag);
+            if (tag == message.schema().call_site_tag + message.record_count() - 1) count_calls_from_now();
+          });
+          message.create(*handle, instance);
+        },
+        [&] { handle->corrupt(); });
   }
 }
 

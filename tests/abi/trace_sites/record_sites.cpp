@@ -168,8 +168,8 @@ TEST(RecordSites, DestroyOfAnAddressWithReferences) {
           references[0] = reference;
           *err = list_error;
         });
-        const auto update = spy::replace(orklib_lookup_and_update_oid_ref_count,
-                                         [&](auto, auto, auto, auto, uint32_t* err) { *err = count_error; });
+        const auto update =
+            spy::replace(orklib_lookup_and_update_oid_ref_count, [&](auto, auto, auto, auto, uint32_t* err) { *err = count_error; });
         record.destroy_internal(handle, object);
       };
       expect_trace({name, text::references_failed(record.schema.name), "error", {words_of(EIO)}}, [&] { destroy(EIO, 0); });
@@ -235,7 +235,7 @@ TEST(RecordSites, OtherForms) {
       void* object = object_of(handle);
       uint8_t buffer[64];
       record.call<uint32_t(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*)>("_marshal")(handle, instance, buffer, object,
-                                                                                                       sizeof buffer, &handle.err);
+                                                                                                          sizeof buffer, &handle.err);
     });
     expect_trace({record.name("_to_xml"), text::corrupted, "fatal", {}}, [&] {
       const Handle handle;

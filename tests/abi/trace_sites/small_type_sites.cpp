@@ -63,8 +63,8 @@ TEST_F(SmallTypeSites, References) {
     const auto list = [&](int error) {
       const Handle handle;
       handle.err = static_cast<uint32_t>(error);
-      call<void(ork_handle*, uint32_t, const void*, void**, uint32_t, uint32_t*)>(type, "_get_object_references")(
-          handle, instance, nullptr, nullptr, 0, &handle.err);
+      call<void(ork_handle*, uint32_t, const void*, void**, uint32_t, uint32_t*)>(type, "_get_object_references")(handle, instance, nullptr,
+                                                                                                                  nullptr, 0, &handle.err);
     };
     expect_trace({name + "_get_oid_count", text::oid_count_error, "error", {}}, [&] { count(EIO); });
     expect_trace({name + "_get_oid_count", text::oid_count_object, "error", {}}, [&] { count(0); });

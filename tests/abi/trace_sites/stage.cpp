@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 
@@ -39,9 +40,14 @@ const wayfind::TraceTexts& texts() {
   return all;
 }
 
+// One file for all children in turn, removed when the parent ends.
 const std::string& trace_path() {
-  static const std::string path = testing::TempDir() + "trace_sites." + std::to_string(getpid());
-  return path;
+  struct File {
+    std::string path = testing::TempDir() + "trace_sites." + std::to_string(getpid());
+    ~File() { std::remove(path.c_str()); }
+  };
+  static const File file;
+  return file.path;
 }
 
 [[noreturn]] void run_child(const Action& action) {
@@ -175,7 +181,8 @@ void expect_trace_after_change(const Expected& expected, const Action& action, c
   constexpr unsigned most_calls = 200;
   const Heard awaited = told(expected);
   due_change = &change;
-  const spy::Replacement runtime[] = {ticking(orklib_get_sttr_offset), ticking(orklib_update_sttr_offset), ticking(ork_get_instance_variant)};
+  const spy::Replacement runtime[] = {ticking(orklib_get_sttr_offset), ticking(orklib_update_sttr_offset),
+                                      ticking(ork_get_instance_variant)};
   for (unsigned calls = 1; calls <= most_calls; ++calls) {
     calls_left = calls;
     const int end = run(action);

@@ -60,7 +60,7 @@ class Handle {
 // The descriptor with something wrong about it; lives as long as the process.
 ork_type_info* without_variants(const ork_type_info& type);
 ork_type_info* with_fewer_variants(const ork_type_info& type);  // their number is -1
-inline const std::string minus_one = "4294967295";             // as %u shows it
+inline const std::string minus_one = "4294967295";              // as %u shows it
 
 std::string words_of(int error);
 std::string digits_of(const void* pointer);

@@ -33,9 +33,7 @@ inline std::string mapping_removed(const std::string& type) { return type + " de
 inline std::string references_failed(const std::string& type) {
   return type + " destroy: Failed to get oid references from object. Error %s";
 }
-inline std::string reference_stays(const std::string& type) {
-  return type + " destroy: Failed to decrement ref count of oid %p. Error %s";
-}
+inline std::string reference_stays(const std::string& type) { return type + " destroy: Failed to decrement ref count of oid %p. Error %s"; }
 inline std::string reallocating(const std::string& type) { return "Reallocating resource for " + type; }
 
 inline const std::string start_inside = "Start message %s received while aready in bundle context";
@@ -61,12 +59,8 @@ inline const std::string unmarshal_only_error = "Error present in call to %s unm
 inline const std::string recorder_memory = "ORK record - malloc failed";
 
 inline std::string recording_error(const std::string& message) { return "Error %d in recording " + message + " message"; }
-inline std::string default_handler(const std::string& message) {
-  return "default fwe_ui_wayfind_" + message + "_message handler called";
-}
-inline std::string record_in_error(const std::string& message) {
-  return "Already passed in error to " + message + " message record %d";
-}
+inline std::string default_handler(const std::string& message) { return "default fwe_ui_wayfind_" + message + "_message handler called"; }
+inline std::string record_in_error(const std::string& message) { return "Already passed in error to " + message + " message record %d"; }
 inline std::string recorder_stream(const std::string& message) { return "ORK record - NULL file handle for message " + message; }
 inline std::string not_recorded(const std::string& message) { return "Error %d " + message + " message not recorded, xml len %d"; }
 

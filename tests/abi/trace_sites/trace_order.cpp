@@ -87,9 +87,9 @@ struct TraceOrder::Writer {
     const std::string name = bundle.name;
     add(name + "_start", {text::start_inside, text::starting, text::starting_unnamed});
     add(name + "_abort", {text::abort_error, text::outside_bundle, text::aborting});
-    add(name + "_commit", {text::commit_error, text::outside_bundle, text::calling_dispatch_handler, text::calling_handle_handler,
-                           text::calling_dispatch_handler, text::calling_registered_handler, text::calling_linked_handler,
-                           text::no_handler});
+    add(name + "_commit",
+        {text::commit_error, text::outside_bundle, text::calling_dispatch_handler, text::calling_handle_handler,
+         text::calling_dispatch_handler, text::calling_registered_handler, text::calling_linked_handler, text::no_handler});
   }
 
   void message(const wayfind_message& message) {

@@ -1,5 +1,5 @@
-// A program that defines half of the functions which a process may define, to be called by the library: they run, and for the other half the
-// paths without a handler do.
+// A program that defines half of the functions which a process may define, to be called by the library: they run, and for the other half
+// the paths without a handler do.
 #include <map>
 
 #include "behaviour/messages_spied.h"
