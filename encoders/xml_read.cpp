@@ -69,7 +69,11 @@ Then read_array(const Call& call, const char* parent, const Document& document, 
     }
     read_at(call, Path(parent, field.name, static_cast<int>(n)), document, scratch, field);
     const bool found = !call.failed();
-    if (found) store_element(call, object, n - 1, scratch, field);
+    if (found) {
+      store_element(call, object, n - 1, scratch, field);
+    } else if (field.cls == Class::record_array && *call.err != ENOENT) {
+      frame::destroy_later_fields(call, scratch, frame::child_record(field));
+    }
     destroy_scratch(call, scratch, field);
     if (!found) return Then::test;
   }

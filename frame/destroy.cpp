@@ -96,6 +96,15 @@ void free_element_states(const Call& call, void* object, const RecordRow& record
 
 }  // namespace
 
+void destroy_later_fields(const Call& call, void* object, const RecordRow& record) {
+  uint32_t local = 0;
+  const Call own{call.handle, call.instance, &local};
+  const int variant = variant_of(object);
+  for (const FieldRow& field : laid_out_fields(record, object)) {
+    if (field.variant > variant) destroy_field(own, object, field);
+  }
+}
+
 void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record) {
   if (object == sentinel(record)) return;
   destroy_internal(handle, instance, object, 1, record);

@@ -54,7 +54,8 @@ ork_handle *create(const ork_options &options, uint32_t *err) {
     handle->db_recording = options.db_recording;
     handle->strict_epoch = options.strict_epoch != 0;
     handle->suppress_messages = options.suppress_messages != 0;
-    handle->workspace = std::make_unique_for_overwrite<uint8_t[]>(options.workspace_size);
+    // A marshal may store one state byte right behind the buffer that it is given.
+    handle->workspace = std::make_unique_for_overwrite<uint8_t[]>(options.workspace_size + 1);
     handle->workspace_size = static_cast<int32_t>(options.workspace_size);
     set_tracking(*handle, options.tracking);
     if (options.release != nullptr) {
