@@ -41,6 +41,7 @@ struct Received {
     uint32_t last_error;
     uint32_t active;
     bool list_empty;
+    bool list_untouched;
     const void *rx_dispatch;
     const void *rx_lut;
     const void *commit_dispatch;
@@ -48,8 +49,12 @@ struct Received {
     bool operator==(const Received &) const = default;
 };
 
+// What the handle holds of a dispatch and of a list before a call.
 int lut_object;
-int other_object;
+int stale_lut;
+ork_bundle_dispatch_info stale_start;
+ork_bundle_dispatch_info stale_commit;
+ork_list_head stale_entry;
 
 class BundleReceive : public testing::TestWithParam<Bundle> {
 protected:
@@ -76,7 +81,14 @@ protected:
         fwe_ui_wayfind_bundle_handler_register(each.chain.module ? handler<'m'> : nullptr);
         bundle.do_register(each.chain.bundle ? handler<'b'> : nullptr);
         handle->bundle_rx_active = each.accumulating ? 1 : 0;
-        handle->bundle_rx_lut = &other_object;
+        handle->bundle_rx_dispatch = &stale_start;
+        handle->bundle_rx_lut = &stale_lut;
+        handle->bundle_commit_dispatch = &stale_commit;
+        ork_list_head &list = handle->bundle_receive_list;
+        if (kind == family::start) {  // the others walk the list
+            list = {&stale_entry, &stale_entry};
+        }
+        const ork_list_head list_before = list;
         void *msg = each.with_message ? handle->alloc_fn(handle->mem_pool, instance, 0) : nullptr;
         const auto dispatching = spy::replace(orklib_in_dispatch_message_info, [&](ork_handle *, void **lut) {
             if (lut != nullptr) {
@@ -98,11 +110,12 @@ protected:
         received.err = err;
         received.last_error = ork_handle_last_error(handle.get());
         received.active = handle->bundle_rx_active;
-        received.list_empty = handle->bundle_receive_list.next == &handle->bundle_receive_list &&
-                              handle->bundle_receive_list.prev == &handle->bundle_receive_list;
+        received.list_empty = list.next == &list && list.prev == &list;
+        received.list_untouched = list.next == list_before.next && list.prev == list_before.prev;
         received.rx_dispatch = handle->bundle_rx_dispatch;
         received.rx_lut = handle->bundle_rx_lut;
         received.commit_dispatch = handle->bundle_commit_dispatch;
+        list = {&list, &list};
         spy::forget(handle.get());
         return received;
     }
@@ -112,6 +125,11 @@ protected:
         EXPECT_CALLS(made.calls, hand.calls) << bundle.control(kind).name();
         EXPECT_TRUE(made == hand) << bundle.control(kind).name();
         return made;
+    }
+    static void expect_dispatch_forgotten(const Received &received) {
+        EXPECT_EQ(received.rx_dispatch, nullptr);
+        EXPECT_EQ(received.rx_lut, nullptr);
+        EXPECT_EQ(received.commit_dispatch, nullptr);
     }
     // The calls that are told in words, without the questions to the platform.
     static std::vector<std::string> steps(const Received &received) {
@@ -159,7 +177,10 @@ TEST_P(BundleReceive, SecondStartIsSeventeenAndChangesNothingElse) {
     EXPECT_EQ(received.err, 17u);
     EXPECT_EQ(received.last_error, 17u);
     EXPECT_EQ(received.active, 1u);
-    EXPECT_EQ(received.rx_lut, &other_object);
+    EXPECT_TRUE(received.list_untouched);
+    EXPECT_EQ(received.rx_dispatch, &stale_start);
+    EXPECT_EQ(received.rx_lut, &stale_lut);
+    EXPECT_EQ(received.commit_dispatch, &stale_commit);
     EXPECT_CALLS(received.calls, std::vector<std::string>{"orklib_is_accumulating_bundle()", "ork_store_err(17)",
                                                           "trace(error,Start message fwe_ui_wayfind_" + name +
                                                               "_bundle_start_message received while aready in bundle context)",
@@ -170,7 +191,7 @@ TEST_P(BundleReceive, AbortDropsTheListAndThenTheDispatch) {
     const Received received = same(family::abort, {0, true, true, true});
     EXPECT_EQ(received.err, 0u);
     EXPECT_EQ(received.active, 0u);
-    EXPECT_EQ(received.rx_lut, nullptr);
+    expect_dispatch_forgotten(received);
     EXPECT_CALLS(steps(received), {"orklib_is_accumulating_bundle()", "bundle_receive_message_list_destroy(7,err)",
                                    "trace(debug,Bundle aborting for the row with LUT lut)", "free_fn(7,msg)"});
 }
@@ -179,7 +200,7 @@ TEST_P(BundleReceive, AbortOutsideABundle) {
     const Received received = same(family::abort, {0, false, true});
     EXPECT_EQ(received.err, 74u);
     EXPECT_EQ(received.last_error, 74u);
-    EXPECT_EQ(received.rx_lut, nullptr) << "cleared all the same";
+    expect_dispatch_forgotten(received);
     EXPECT_CALLS(steps(received),
                  {"orklib_is_accumulating_bundle()", "trace(error,Abort message received outside of bundle context)", "ork_store_err(74)",
                   "bundle_receive_message_list_destroy(7,err)", "trace(debug,Bundle aborting for the row with LUT lut)"});
@@ -188,6 +209,7 @@ TEST_P(BundleReceive, AbortOutsideABundle) {
 TEST_P(BundleReceive, CommitOutsideABundleSaysAbortToo) {
     const Received received = same(family::commit, {0, false, true, false, {true, true, true, true}});
     EXPECT_EQ(received.err, 74u);
+    expect_dispatch_forgotten(received);
     EXPECT_CALLS(received.calls, {"orklib_is_accumulating_bundle()", "trace(error,Abort message received outside of bundle context)",
                                   "ork_store_err(74)", "bundle_receive_message_list_destroy(7,err)"})
         << "no handler";
@@ -200,18 +222,20 @@ TEST_P(BundleReceive, PendingErrorStillDropsTheList) {
         EXPECT_EQ(aborted.calls[1], "bundle_receive_message_list_destroy(7,err)");
         EXPECT_EQ(aborted.active, 0u);
         EXPECT_EQ(aborted.err, 5u);
+        expect_dispatch_forgotten(aborted);
         const Received committed = same(family::commit, {5, accumulating, true, true, {true, true, true, true}});
         EXPECT_CALLS(committed.calls, {"trace(error,Error set in committing bundle: Input/output error)",
                                        "bundle_receive_message_list_destroy(7,err)", "free_fn(7,msg)"});
         EXPECT_EQ(committed.active, 0u);
         EXPECT_EQ(committed.err, 5u);
-        EXPECT_EQ(committed.rx_lut, nullptr);
+        expect_dispatch_forgotten(committed);
     }
 }
 
 TEST_P(BundleReceive, CommitWithoutADispatchRunsNoHandler) {
     const Received received = same(family::commit, {0, true, false, false, {true, true, true, true}});
     EXPECT_EQ(received.err, 0u);
+    expect_dispatch_forgotten(received);
     EXPECT_CALLS(received.calls, {"orklib_is_accumulating_bundle()", "orklib_in_dispatch_message_info(null)",
                                   "bundle_receive_message_list_destroy(7,err)"});
 }
@@ -236,7 +260,7 @@ TEST_P(BundleReceive, ChainOfHandlers) {
                                               std::string("handler ") + place.who + " 7 ctx err",
                                               "bundle_receive_message_list_destroy(7,err)", "free_fn(7,msg)"});
         EXPECT_EQ(received.err, 0u);
-        EXPECT_EQ(received.commit_dispatch, nullptr);
+        expect_dispatch_forgotten(received);
     }
 }
 
@@ -259,7 +283,7 @@ TEST_P(BundleReceive, LastStepsOfAbortAndCommitComeInOppositeOrder) {
         cleared_at_free.clear();
         platform_free = handle->free_fn;
         handle->bundle_rx_active = 1;
-        handle->bundle_rx_lut = &other_object;
+        handle->bundle_rx_lut = &stale_lut;
         handle->free_fn = [](void *pool, uint32_t each, void *block) {
             cleared_at_free.push_back(watched->bundle_rx_lut == nullptr);
             platform_free(pool, each, block);
@@ -288,74 +312,6 @@ TEST_P(BundleReceive, HandlerSeesTheDispatchOfTheCommit) {
     EXPECT_EQ(err, 5u) << "what the handler set stands";
     EXPECT_EQ(handle->bundle_commit_dispatch, nullptr);
     EXPECT_EQ(handle->bundle_rx_active, 0u);
-}
-
-// ---- Unmarshal --------------------------------------------------------------------------------------------------------------------------
-
-struct Taken {
-    int runs = 0;
-    void *msg = nullptr;
-    uint32_t *err = nullptr;
-};
-
-void take(ork_handle *, uint32_t, void *ctx, void *msg, uint32_t *err) {
-    *static_cast<Taken *>(ctx) = {static_cast<Taken *>(ctx)->runs + 1, msg, err};
-}
-
-TEST_P(BundleReceive, UnmarshalGivesFortyThreeWithoutALookAtTheBuffer) {
-    for (const Kind kind : kinds) {
-        const Control control = bundle.control(kind);
-        const Handle handle = family::make_handle();
-        Taken taken;
-        uint32_t err = 0;
-        void *out = &taken;
-        EXPECT_EQ(control.unmarshal(handle.get(), instance, &taken, &out, nullptr, -5, take, &err), 43u);
-        EXPECT_EQ(taken.runs, 1);
-        EXPECT_EQ(taken.msg, nullptr);
-        EXPECT_EQ(taken.err, &err);
-        EXPECT_EQ(out, nullptr);
-        EXPECT_EQ(handle->bundle_rx_active, 0u) << "a handler that is given keeps the books itself";
-        EXPECT_EQ(control.unmarshal(handle.get(), instance, &taken, nullptr, nullptr, 0, take, &err), 43u);
-        EXPECT_EQ(taken.runs, 2);
-    }
-}
-
-TEST_P(BundleReceive, UnmarshalWithAPendingErrorCallsNoHandler) {
-    for (const Kind kind : kinds) {
-        const Handle handle = family::make_handle();
-        Taken taken;
-        uint32_t err = 5;
-        void *out = &taken;
-        const spy::Log log;
-        EXPECT_EQ(bundle.control(kind).unmarshal(handle.get(), instance, &taken, &out, nullptr, 0, take, &err), 43u);
-        EXPECT_EQ(bundle.control(kind).unmarshal(handle.get(), instance, &taken, &out, nullptr, 0, nullptr, &err), 43u);
-        EXPECT_EQ(taken.runs, 0);
-        EXPECT_EQ(out, &taken);
-        EXPECT_CALLS(log, std::initializer_list<const char *>{});
-    }
-}
-
-TEST_P(BundleReceive, UnmarshalWithoutAHandlerRunsTheLibrarysOwn) {
-    const Handle handle = family::make_handle();
-    uint32_t err = 0;
-    EXPECT_EQ(bundle.start().unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr, &err), 43u);
-    EXPECT_EQ(handle->bundle_rx_active, 1u);
-    EXPECT_EQ(bundle.abort().unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr, &err), 43u);
-    EXPECT_EQ(handle->bundle_rx_active, 0u);
-    EXPECT_EQ(err, 0u);
-    EXPECT_EQ(bundle.commit().unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr, &err), 43u);
-    EXPECT_EQ(err, 74u);
-}
-
-TEST_P(BundleReceive, NoControlMessageIsRecorded) {
-    const auto on = spy::answer(orklib_msg_recorder_get_state, 1);
-    for (const Kind kind : kinds) {
-        const Handle handle = family::make_handle();
-        uint32_t err = 0;
-        const spy::Log log;
-        bundle.control(kind).unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr, &err);
-        EXPECT_EQ(log.count("orklib_msg_recorder_get_state"), 0u);
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, BundleReceive, testing::ValuesIn(family::bundles()), family::ByName());

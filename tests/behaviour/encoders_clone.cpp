@@ -134,7 +134,8 @@ TEST_F(Clone, LowersWhatIsInsideUnderAnOlderDomain) {
         ASSERT_NE(copy.get(), nullptr);
         EXPECT_EQ(log.count("ork_store_epoch_err"), 1u) << "hop_chan alone";
         EXPECT_EQ(copy.header().variant, 1);
-        auto *const inside = fwe_cl_wayfind_hop_chan_data_hop_chan_get(handle, instance, static_cast<fwe_cl_wayfind_hop_chan_data *>(copy.get()), &err);
+        auto *const inside =
+            fwe_cl_wayfind_hop_chan_data_hop_chan_get(handle, instance, static_cast<fwe_cl_wayfind_hop_chan_data *>(copy.get()), &err);
         EXPECT_EQ(reinterpret_cast<const ork_object *>(inside)->variant, 0);
     }
 }

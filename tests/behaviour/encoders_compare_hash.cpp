@@ -51,7 +51,8 @@ TEST_F(CompareHash, FlagSetsDifferByTheirBytes) {
     const Calls &calls = calls_of("fwe_cl_wayfind_hop_chan_st");
     const Object a(handle, calls);
     const Object b(handle, calls);
-    auto *const flags = fwe_cl_wayfind_hop_chan_st_flags_show_get(handle, instance, static_cast<fwe_cl_wayfind_hop_chan_st *>(b.get()), &err);
+    auto *const flags =
+        fwe_cl_wayfind_hop_chan_st_flags_show_get(handle, instance, static_cast<fwe_cl_wayfind_hop_chan_st *>(b.get()), &err);
     fwe_cl_wayfind_hop_chan_flags_set_value(handle, instance, flags, 4, 1, &err);
     EXPECT_EQ(calls.compare(a.get(), b.get()), -16);
     EXPECT_EQ(calls.compare(b.get(), a.get()), 16);
@@ -73,8 +74,10 @@ TEST_F(CompareHash, ArraysOfNumbersDifferAsTheirBytesInMemoryDo) {
     const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
     const Object a(handle, calls);
     const Object b(handle, calls);
-    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(a.get()), 0, 0x0100, &err);
-    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(b.get()), 0, 0x0001, &err);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(a.get()), 0, 0x0100,
+                                                    &err);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(b.get()), 0, 0x0001,
+                                                    &err);
     EXPECT_LT(calls.compare(a.get(), b.get()), 0) << "the lower byte comes first in memory";
     EXPECT_GT(calls.compare(b.get(), a.get()), 0);
 }

@@ -12,13 +12,14 @@ const std::vector<std::pair<std::string, std::vector<std::string>>> told = {
     {"fwe_cl_wayfind_select_tc_ui_status_e",
      {"WAYFIND_UI_SELECT_TC_STATUS_NORAMAL", "WAYFIND_UI_SELECT_TC_STATUS_NULL_PATH", "WAYFIND_UI_SELECT_TC_STATUS_ALL_UNREACH"}},
     {"fwe_cl_wayfind_select_tc_type_e",
-     {"WAYFIND_UI_SELECT_TC_TYPE_NONE", "WAYFIND_UI_SELECT_TC_TYPE_DSCP", "WAYFIND_UI_SELECT_TC_TYPE_APP_SET", "WAYFIND_UI_SELECT_TC_TYPE_APP",
-      "WAYFIND_UI_SELECT_TC_TYPE_DEFAULT"}},
+     {"WAYFIND_UI_SELECT_TC_TYPE_NONE", "WAYFIND_UI_SELECT_TC_TYPE_DSCP", "WAYFIND_UI_SELECT_TC_TYPE_APP_SET",
+      "WAYFIND_UI_SELECT_TC_TYPE_APP", "WAYFIND_UI_SELECT_TC_TYPE_DEFAULT"}},
     {"fwe_cl_wayfind_select_ui_type_e", {"WAYFIND_UI_SELECT_TC", "WAYFIND_UI_SELECT_FLOW", "WAYFIND_UI_SELECT_ALL"}},
     {"fwe_cl_wayfind_hop_chan_state_e",
      {"WAYFIND_UI_HOP_CHAN_STATE_UNREACHABLE", "WAYFIND_UI_HOP_CHAN_STATE_REACHABLE", "WAYFIND_UI_HOP_CHAN_STATE_INITIATED"}},
     {"fwe_cl_wayfind_chan_state_e",
-     {"WAYFIND_UI_CHAN_STATE_INITIATED", "WAYFIND_UI_CHAN_STATE_REACHABLE", "WAYFIND_UI_CHAN_STATE_UNREACHABLE", "WAYFIND_UI_CHAN_STATE_MAX"}},
+     {"WAYFIND_UI_CHAN_STATE_INITIATED", "WAYFIND_UI_CHAN_STATE_REACHABLE", "WAYFIND_UI_CHAN_STATE_UNREACHABLE",
+      "WAYFIND_UI_CHAN_STATE_MAX"}},
     {"fwe_cl_wayfind_chan_rx_state_e",
      {"WAYFIND_UI_CHAN_RX_STATE_SMP_INITIAL_STATE", "WAYFIND_UI_CHAN_RX_STATE_SMP_REACHABLE", "WAYFIND_UI_CHAN_RX_STATE_SMP_UNREACHABLE",
       "WAYFIND_UI_CHAN_RX_STATE_MAX"}},
@@ -84,8 +85,8 @@ TEST_P(EveryEnum, OutOfRangeIsRefusedByTheSetterOnly) {
         EXPECT_EQ(ork_handle_last_error(handle), 43u);
         EXPECT_EQ(object.object().value, 1u);
 
-        EXPECT_EQ(object.unmarshal({0, static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
-                                    static_cast<uint8_t>(value)},
+        EXPECT_EQ(object.unmarshal({0, static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16),
+                                    static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)},
                                    &err),
                   5u);
         EXPECT_EQ(object.object().value, value) << "taken from the wire as it is";
@@ -224,8 +225,10 @@ TEST_P(EveryEnum, DoesNothingOnceAnErrorStands) {
     EXPECT_EQ(err, 5u);
     handle->cr_error = 5;
     char text[100] = "";
-    EXPECT_EQ((object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_print_cr")(handle, object.get(), text, 100)), 0xffffffffu);
-    EXPECT_EQ((object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_toxml_cr")(handle, object.get(), text, 100)), 0xffffffffu);
+    EXPECT_EQ((object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_print_cr")(handle, object.get(), text, 100)),
+              0xffffffffu);
+    EXPECT_EQ((object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_toxml_cr")(handle, object.get(), text, 100)),
+              0xffffffffu);
     EXPECT_STREQ(text, "");
 }
 

@@ -7,8 +7,8 @@ namespace {
 
 using namespace forms;
 
-constexpr const char *names[] = {"WAYFIND_UI_HOP_CHAN_FLAG_INT_SHUT", "WAYFIND_UI_HOP_CHAN_FLAG_ADDR_CHANGE", "WAYFIND_UI_HOP_CHAN_FLAG_ACK",
-                                 "WAYFIND_UI_HOP_CHAN_FLAG_INIT", "WAYFIND_UI_HOP_CHAN_FLAG_MUTE"};
+constexpr const char *names[] = {"WAYFIND_UI_HOP_CHAN_FLAG_INT_SHUT", "WAYFIND_UI_HOP_CHAN_FLAG_ADDR_CHANGE",
+                                 "WAYFIND_UI_HOP_CHAN_FLAG_ACK", "WAYFIND_UI_HOP_CHAN_FLAG_INIT", "WAYFIND_UI_HOP_CHAN_FLAG_MUTE"};
 
 class Flags : public testing::Test {
 protected:

@@ -139,20 +139,20 @@ struct Calls {
           destroy(find<void(ork_handle *, uint32_t, void *)>(record.functions, "_destroy")),
           marshal(find<marshal_fn>(record.functions, "_marshal")),
           marshal_for_clone(find<marshal_fn>(record.functions, "_marshal_for_clone")),
-          unmarshal(find<uint32_t(ork_handle *, uint32_t, const uint8_t *, void *, int32_t, uint32_t, uint32_t *)>(
-              record.functions, "_unmarshal")),
+          unmarshal(find<uint32_t(ork_handle *, uint32_t, const uint8_t *, void *, int32_t, uint32_t, uint32_t *)>(record.functions,
+                                                                                                                   "_unmarshal")),
           len(find<uint32_t(ork_handle *, uint32_t, const void *)>(record.functions, "_len")),
           len_cr(find<uint32_t(ork_handle *, const void *)>(record.functions, "_len_cr")),
           compare(find<int32_t(const void *, const void *)>(record.functions, "_compare")),
           hash(find<uint32_t(const void *, uint32_t)>(record.functions, "_hash")),
-          print(find<uint32_t(ork_handle *, uint32_t, char *, uint32_t, const char *, const void *, uint32_t, uint32_t *)>(
-              record.functions, "_print")),
+          print(find<uint32_t(ork_handle *, uint32_t, char *, uint32_t, const char *, const void *, uint32_t, uint32_t *)>(record.functions,
+                                                                                                                           "_print")),
           print_cr(find<uint32_t(ork_handle *, const void *, char *, uint32_t)>(record.functions, "_print_cr")),
-          to_xml(find<uint32_t(ork_handle *, uint32_t, const char *, char *, void *, uint32_t, uint8_t, uint32_t *)>(
-              record.functions, "_to_xml")),
+          to_xml(find<uint32_t(ork_handle *, uint32_t, const char *, char *, void *, uint32_t, uint8_t, uint32_t *)>(record.functions,
+                                                                                                                     "_to_xml")),
           toxml_cr(find<uint32_t(ork_handle *, void *, char *, uint32_t)>(record.functions, "_toxml_cr")),
-          from_xml(find<void(ork_handle *, uint32_t, const char *, ork_xml *, void *, uint32_t *, char *, uint32_t)>(
-              record.functions, "_from_xml")),
+          from_xml(find<void(ork_handle *, uint32_t, const char *, ork_xml *, void *, uint32_t *, char *, uint32_t)>(record.functions,
+                                                                                                                     "_from_xml")),
           clone(find<clone_fn>(record.functions, "_clone")),
           clone_internal(find<clone_fn>(record.functions, "_clone_internal")),
           clone_cr(find<void *(ork_handle *, const void *)>(record.functions, "_clone_cr")) {}
@@ -198,8 +198,7 @@ class Object {
 public:
     Object(ork_handle *handle, const Calls &calls) : Object(handle, calls, calls.create(handle, instance)) {}
     Object(ork_handle *handle, const Calls &calls, void *adopted) : handle_(handle), calls_(&calls), object_(adopted) {}
-    Object(Object &&other) noexcept
-        : handle_(other.handle_), calls_(other.calls_), object_(std::exchange(other.object_, nullptr)) {}
+    Object(Object &&other) noexcept : handle_(other.handle_), calls_(other.calls_), object_(std::exchange(other.object_, nullptr)) {}
     Object(const Object &) = delete;
     Object &operator=(const Object &) = delete;
     Object &operator=(Object &&) = delete;
@@ -254,8 +253,7 @@ inline Bytes marshalled(ork_handle *handle, const Calls &calls, const void *obje
 inline std::string printed(ork_handle *handle, const Calls &calls, const void *object) {
     std::string buffer(ample, '\0');
     uint32_t err = 0;
-    const uint32_t length =
-        calls.print(handle, instance, buffer.data(), 0, calls.name(), object, static_cast<uint32_t>(ample), &err);
+    const uint32_t length = calls.print(handle, instance, buffer.data(), 0, calls.name(), object, static_cast<uint32_t>(ample), &err);
     EXPECT_EQ(err, 0u) << calls.name();
     buffer.resize(length);
     return buffer;
@@ -264,8 +262,7 @@ inline std::string printed(ork_handle *handle, const Calls &calls, const void *o
 inline std::string as_xml(ork_handle *handle, const Calls &calls, void *object) {
     std::string buffer(ample, '\0');
     uint32_t err = 0;
-    const uint32_t length =
-        calls.to_xml(handle, instance, calls.name(), buffer.data(), object, static_cast<uint32_t>(ample), 0, &err);
+    const uint32_t length = calls.to_xml(handle, instance, calls.name(), buffer.data(), object, static_cast<uint32_t>(ample), 0, &err);
     EXPECT_EQ(err, 0u) << calls.name();
     buffer.resize(length);
     return buffer;

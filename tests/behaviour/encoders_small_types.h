@@ -33,7 +33,7 @@ public:
     }
     uint32_t marshal(uint8_t *buffer, int32_t length, uint32_t *err) const {
         return call<uint32_t(ork_handle *, uint32_t, uint8_t *, const void *, int32_t, uint32_t *)>("_marshal")(handle_, instance, buffer,
-                                                                                                             object_, length, err);
+                                                                                                                object_, length, err);
     }
     uint32_t unmarshal(const Bytes &bytes, uint32_t *err) const {
         return call<uint32_t(ork_handle *, uint32_t, const uint8_t *, void *, int32_t, uint32_t, uint32_t *)>("_unmarshal")(

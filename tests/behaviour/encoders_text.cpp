@@ -24,11 +24,12 @@ TEST_F(TextForm, OfMemSt) {
     const Object object(handle, calls_of("fwe_cl_wayfind_mem_st"));
     fwe_cl_wayfind_mem_st_ppe_addr_set_value(handle, instance, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), 5, &err);
     char text[200] = "";
-    const char *const expected = "fwe_cl_wayfind_mem_st@fwe_cl_wayfind_mem_st: {\n"
-                                 "  fwe_num: 0\n"
-                                 "  ppe_addr: 5\n"
-                                 "  exmem_addr: 0\n"
-                                 "}\n";
+    const char *const expected =
+        "fwe_cl_wayfind_mem_st@fwe_cl_wayfind_mem_st: {\n"
+        "  fwe_num: 0\n"
+        "  ppe_addr: 5\n"
+        "  exmem_addr: 0\n"
+        "}\n";
     EXPECT_EQ(fwe_cl_wayfind_mem_st_print_cr(handle, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), text, sizeof text),
               std::strlen(expected));
     EXPECT_STREQ(text, expected);
@@ -37,31 +38,34 @@ TEST_F(TextForm, OfMemSt) {
 TEST_F(TextForm, OfColorDataIndentsEachLevelByTwo) {
     const Calls &calls = calls_of("fwe_cl_wayfind_color_data");
     const Object object(handle, calls);
-    EXPECT_EQ(print(calls, object.get(), calls.name(), 0), "fwe_cl_wayfind_color_data@fwe_cl_wayfind_color_data: {\n"
-                                                           "  color@fwe_cl_wayfind_color_st: {\n"
-                                                           "    fwe_if_h: 0\n"
-                                                           "    if_name: \n"
-                                                           "    color: \n"
-                                                           "    tag: 0\n"
-                                                           "  }\n"
-                                                           "  mem@fwe_cl_wayfind_mem_st: {\n"
-                                                           "    fwe_num: 0\n"
-                                                           "    ppe_addr: 0\n"
-                                                           "    exmem_addr: 0\n"
-                                                           "  }\n"
-                                                           "}\n");
+    EXPECT_EQ(print(calls, object.get(), calls.name(), 0),
+              "fwe_cl_wayfind_color_data@fwe_cl_wayfind_color_data: {\n"
+              "  color@fwe_cl_wayfind_color_st: {\n"
+              "    fwe_if_h: 0\n"
+              "    if_name: \n"
+              "    color: \n"
+              "    tag: 0\n"
+              "  }\n"
+              "  mem@fwe_cl_wayfind_mem_st: {\n"
+              "    fwe_num: 0\n"
+              "    ppe_addr: 0\n"
+              "    exmem_addr: 0\n"
+              "  }\n"
+              "}\n");
 }
 
 TEST_F(TextForm, OfAnArrayNamesEachElementByItsIndex) {
     const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
     const Object object(handle, calls);
     const uint32_t hops[] = {4, 9};
-    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get()), hops, 2, &err);
-    EXPECT_EQ(print(calls, object.get(), "path", 2), "  path@fwe_cl_wayfind_sel_lb_path_st: {\n"
-                                                     "    num_hops: 2\n"
-                                                     "    path_id[0]: 4\n"
-                                                     "    path_id[1]: 9\n"
-                                                     "  }\n");
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get()), hops, 2,
+                                                  &err);
+    EXPECT_EQ(print(calls, object.get(), "path", 2),
+              "  path@fwe_cl_wayfind_sel_lb_path_st: {\n"
+              "    num_hops: 2\n"
+              "    path_id[0]: 4\n"
+              "    path_id[1]: 9\n"
+              "  }\n");
 }
 
 TEST_F(TextForm, OfAnEmptyArrayIsTheCountAlone) {
@@ -144,12 +148,13 @@ TEST_F(TextForm, AValueOutOfRangeHasNoNewlineAndTheNextFieldGoesOnBehindIt) {
     Bytes image = marshalled(handle, calls, object.get());
     image[14] = 3;
     calls.unmarshal(handle, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0, &err);
-    EXPECT_EQ(print(calls, object.get(), "c", 0), "c@fwe_cl_wayfind_chan_nb_st: {\n"
-                                                  "  chan_id: 0\n"
-                                                  "  state@fwe_cl_wayfind_chan_nb_state_e:Enum value out of range"
-                                                  "  tx_state@fwe_cl_wayfind_chan_tx_state_e:WAYFIND_UI_CHAN_TX_STATE_REACHABLE\n"
-                                                  "  vrf_id: 0\n"
-                                                  "}\n");
+    EXPECT_EQ(print(calls, object.get(), "c", 0),
+              "c@fwe_cl_wayfind_chan_nb_st: {\n"
+              "  chan_id: 0\n"
+              "  state@fwe_cl_wayfind_chan_nb_state_e:Enum value out of range"
+              "  tx_state@fwe_cl_wayfind_chan_tx_state_e:WAYFIND_UI_CHAN_TX_STATE_REACHABLE\n"
+              "  vrf_id: 0\n"
+              "}\n");
 }
 
 TEST_F(TextForm, InATooSmallBufferStopsGrowingAndReturns) {
@@ -192,11 +197,11 @@ TEST(TextCalls, GiveOrkPrintSpaceTheStartOfTheTextBothTimes) {
         spy::Log log;
         calls_of("fwe_cl_wayfind_mem_st").print(h, instance, text, 2, "mem", object, 500, &h.err);
         // "  mem@fwe_cl_wayfind_mem_st: {" has 31 characters with its newline, the fields 15, 16 and 18.
-        EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_print_space(7,text,2,500,err)",
-                           "ork_snprintf(7,text+2,498,err,'mem@fwe_cl_wayfind_mem_st: {\n')",
-                           "u_int32_print(7,text+31,4,'fwe_num',obj+12,469,err)", "u_int64_print(7,text+46,4,'ppe_addr',obj+16,454,err)",
-                           "u_int64_print(7,text+62,4,'exmem_addr',obj+24,438,err)", "ork_print_space(7,text,2,420,err)",
-                           "ork_snprintf(7,text+82,418,err,'}\n')"});
+        EXPECT_CALLS(
+            log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_print_space(7,text,2,500,err)",
+                  "ork_snprintf(7,text+2,498,err,'mem@fwe_cl_wayfind_mem_st: {\n')", "u_int32_print(7,text+31,4,'fwe_num',obj+12,469,err)",
+                  "u_int64_print(7,text+46,4,'ppe_addr',obj+16,454,err)", "u_int64_print(7,text+62,4,'exmem_addr',obj+24,438,err)",
+                  "ork_print_space(7,text,2,420,err)", "ork_snprintf(7,text+82,418,err,'}\n')"});
     }
     EXPECT_EQ(h.err, 0u);
     calls_of("fwe_cl_wayfind_mem_st").destroy(h, instance, object);

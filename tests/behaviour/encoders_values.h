@@ -81,17 +81,14 @@ public:
     }
 
     // One field alone, under a root of its own.
-    void fill_one(const wayfind_field &field, void *object, const std::string &root) {
-        fill_field(field, object, root + "/" + field.name);
-    }
+    void fill_one(const wayfind_field &field, void *object, const std::string &root) { fill_field(field, object, root + "/" + field.name); }
 
     uint32_t err = 0;
 
 private:
     template <class... Arguments>
     void call(const wayfind_field &field, const char *suffix, Arguments... arguments) {
-        find<void(ork_handle *, uint32_t, Arguments..., uint32_t *)>(field.functions, suffix)(handle_, instance,
-                                                                                             arguments..., &err);
+        find<void(ork_handle *, uint32_t, Arguments..., uint32_t *)>(field.functions, suffix)(handle_, instance, arguments..., &err);
         EXPECT_EQ(err, 0u) << field.name << suffix;
     }
 
@@ -152,8 +149,8 @@ private:
             const ork_ip_address address = address_of(path);
             return call(field, "_set", object, &address);
         }
-        void *const child = find<void *(ork_handle *, uint32_t, void *, uint32_t *)>(field.functions, "_get")(
-            handle_, instance, object, &err);
+        void *const child =
+            find<void *(ork_handle *, uint32_t, void *, uint32_t *)>(field.functions, "_get")(handle_, instance, object, &err);
         ASSERT_NE(child, nullptr) << field.name;
         if (field.kind == WAYFIND_RECORD) {
             return fill(*field.record, child, path);
@@ -214,7 +211,8 @@ inline unsigned deepest_variant(const wayfind_record &record) {
 inline bool holds_arrays(const wayfind_record &record) {
     for (unsigned i = 0; i < record.field_count; ++i) {
         const wayfind_field &field = record.fields[i];
-        if (field.cls == WAYFIND_VALUE_ARRAY || (field.record != nullptr && (field.cls == WAYFIND_RECORD_ARRAY || holds_arrays(*field.record)))) {
+        if (field.cls == WAYFIND_VALUE_ARRAY ||
+            (field.record != nullptr && (field.cls == WAYFIND_RECORD_ARRAY || holds_arrays(*field.record)))) {
             return true;
         }
     }

@@ -126,8 +126,8 @@ TEST_P(ArrayFields, WithoutStatesOnTheWireStillGetABlockThatFitsTheNewCount) {
     ASSERT_NE(entry_of(object).elements, nullptr);
     EXPECT_EQ(Bytes(entry_of(object).elements, entry_of(object).elements + 3), (Bytes{first, 0, 0}));
     const wayfind_field &field = calls().schema->fields[1];
-    find<void(ork_handle *, uint32_t, void *, uint32_t, uint8_t, uint32_t *)>(field.functions, "_state_flag_set")(
-        handle, instance, object.get(), 2, 9, &err);
+    find<void(ork_handle *, uint32_t, void *, uint32_t, uint8_t, uint32_t *)>(field.functions, "_state_flag_set")(handle, instance,
+                                                                                                                  object.get(), 2, 9, &err);
     EXPECT_EQ(err, 0u);
     EXPECT_EQ(entry_of(object).elements[2], 9);
 }

@@ -62,17 +62,15 @@ protected:
 };
 
 TEST_F(AutoTunnelLayout, OfVariant1WithoutTracking) {
-    EXPECT_EQ(image(ORK_TRACKING_OFF, 1),
-              hex("01 00 00000050 00000001 00000002 00000003"
-                  "6162630000000000000000000000000000000000000000000000000000000000"
-                  "3031323334353637383961626364656630313233343536373839616263646566"));
+    EXPECT_EQ(image(ORK_TRACKING_OFF, 1), hex("01 00 00000050 00000001 00000002 00000003"
+                                              "6162630000000000000000000000000000000000000000000000000000000000"
+                                              "3031323334353637383961626364656630313233343536373839616263646566"));
 }
 
 TEST_F(AutoTunnelLayout, OfVariant1WithTracking) {
-    EXPECT_EQ(image(ORK_TRACKING_ON, 1),
-              hex("01 08 00000055 00000001 02 00000002 02 00000003 02"
-                  "6162630000000000000000000000000000000000000000000000000000000000 02"
-                  "3031323334353637383961626364656630313233343536373839616263646566 02"));
+    EXPECT_EQ(image(ORK_TRACKING_ON, 1), hex("01 08 00000055 00000001 02 00000002 02 00000003 02"
+                                             "6162630000000000000000000000000000000000000000000000000000000000 02"
+                                             "3031323334353637383961626364656630313233343536373839616263646566 02"));
 }
 
 TEST_F(AutoTunnelLayout, OfVariant0) {
@@ -111,8 +109,8 @@ protected:
         Object object(handle, calls_of(name));
         uint32_t err = 0;
         for (uint32_t i = 0; i < hops.size(); ++i) {
-            fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance,
-                                                            static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get()), i, hops[i], &err);
+            fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get()), i,
+                                                            hops[i], &err);
         }
         EXPECT_EQ(err, 0u);
         return object;
@@ -157,10 +155,9 @@ TEST(WireLayout, OfAnEmbeddedRecordIsItsWholeImageWithAJumpOfItsOwn) {
     set_mem(handle, fwe_cl_wayfind_select_policy_mem_get(handle, instance, policy, &err));
     fwe_cl_wayfind_select_policy_blackhole_bytes_set_value(handle, instance, policy, 6, &err);
     fwe_cl_wayfind_select_policy_blackhole_packets_set_value(handle, instance, policy, 7, &err);
-    EXPECT_EQ(marshalled(handle, calls, object.get()),
-              hex("00 00 00000032 00000005"
-                  "00 00 00000018 01020304 1112131415161718 2122232425262728"
-                  "0000000000000006 0000000000000007"));
+    EXPECT_EQ(marshalled(handle, calls, object.get()), hex("00 00 00000032 00000005"
+                                                           "00 00 00000018 01020304 1112131415161718 2122232425262728"
+                                                           "0000000000000006 0000000000000007"));
 }
 
 TEST(WireLayout, TakesTheStateBytesOfARecordWithRecordsInItFromTheirPlacesInItsBlock) {

@@ -130,7 +130,8 @@ TEST(Marshal, WithAShortFieldGoesOnAndCountsTheStateBytesThatFollow) {
     // Room for the base, fwe_num and its state; then 2 bytes, which take the states of the two fields that do not fit.
     EXPECT_EQ(marshal(handle, mem(), buffer, object.get(), 13, err), 13u);
     EXPECT_EQ(err, 90u);
-    EXPECT_EQ(Bytes(buffer.begin() + 2, buffer.begin() + 6), Bytes(4, 0)) << "the primitives write nothing after an error: the reserved jump";
+    EXPECT_EQ(Bytes(buffer.begin() + 2, buffer.begin() + 6), Bytes(4, 0))
+        << "the primitives write nothing after an error: the reserved jump";
     EXPECT_EQ(buffer[11], state_of("fwe_cl_wayfind_mem_st/ppe_addr"));
     EXPECT_EQ(buffer[12], state_of("fwe_cl_wayfind_mem_st/exmem_addr"));
     EXPECT_EQ(Bytes(buffer.begin() + 13, buffer.end()), Bytes(7, 0xa5));
@@ -274,8 +275,8 @@ TEST(Length, OfElementsWithArraysOfTheirOwnIsSummedOneByOne) {
     const Calls &calls = calls_of("fwe_dp_wayfind_debug_data");
     const Object object = filled(handle, calls, 3);
     uint32_t err = 0;
-    auto *const element = fwe_dp_wayfind_debug_data_dbg_per_complex_get(handle, instance,
-                                                                        static_cast<fwe_dp_wayfind_debug_data *>(object.get()), 1, &err);
+    auto *const element =
+        fwe_dp_wayfind_debug_data_dbg_per_complex_get(handle, instance, static_cast<fwe_dp_wayfind_debug_data *>(object.get()), 1, &err);
     const uint32_t before = calls.len(handle, instance, object.get());
     fwe_dp_wayfind_debug_data_per_complex_dbg_setting_remove_elements(handle, instance, element);
     const uint32_t setting = calls_of("fwe_dp_wayfind_debug_setting").len(handle, instance, nullptr);

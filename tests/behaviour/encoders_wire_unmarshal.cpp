@@ -232,9 +232,10 @@ TEST(Unmarshal, StepsOverTheTailOfANewerRecordInsideWithoutTheParentSeeingIt) {
     const Handle handle(ORK_TRACKING_OFF);
     const Calls &calls = calls_of("fwe_cl_wayfind_select_policy");
     const Object object(handle, calls);
-    const Bytes image = hex("00 00 00000035 00000005"
-                            "07 00 0000001b 01020304 1112131415161718 2122232425262728 eeeeee"
-                            "0000000000000006 0000000000000007");
+    const Bytes image =
+        hex("00 00 00000035 00000005"
+            "07 00 0000001b 01020304 1112131415161718 2122232425262728 eeeeee"
+            "0000000000000006 0000000000000007");
     uint32_t err = 0;
     EXPECT_EQ(unmarshal(handle, calls, image, object.get(), err), image.size());
     auto *const policy = static_cast<fwe_cl_wayfind_select_policy *>(object.get());

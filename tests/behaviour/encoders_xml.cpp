@@ -26,8 +26,9 @@ protected:
 TEST_F(XmlForm, OfMemSt) {
     const Object object(handle, mem);
     fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), 12, &err);
-    const std::string expected = "<fwe_cl_wayfind_mem_st>\n<fwe_num>12</fwe_num>\n<ppe_addr>0</ppe_addr>\n"
-                                 "<exmem_addr>0</exmem_addr>\n</fwe_cl_wayfind_mem_st>\n";
+    const std::string expected =
+        "<fwe_cl_wayfind_mem_st>\n<fwe_num>12</fwe_num>\n<ppe_addr>0</ppe_addr>\n"
+        "<exmem_addr>0</exmem_addr>\n</fwe_cl_wayfind_mem_st>\n";
     EXPECT_EQ(as_xml(handle, mem, object.get()), expected);
 }
 
@@ -39,8 +40,9 @@ TEST_F(XmlForm, CarriesEachStateAndThatOfTheRecordItself) {
     fwe_cl_wayfind_mem_st_exmem_addr_state_flag_set(tracking, instance, record, 7, &err);
     char text[300] = "";
     mem.to_xml(tracking, instance, "mem", text, object.get(), sizeof text, 9, &err);
-    EXPECT_STREQ(text, "<mem state=\"9\">\n<fwe_num>0</fwe_num>\n<ppe_addr state=\"2\">3</ppe_addr>\n"
-                       "<exmem_addr state=\"7\">0</exmem_addr>\n</mem>\n");
+    EXPECT_STREQ(text,
+                 "<mem state=\"9\">\n<fwe_num>0</fwe_num>\n<ppe_addr state=\"2\">3</ppe_addr>\n"
+                 "<exmem_addr state=\"7\">0</exmem_addr>\n</mem>\n");
 }
 
 TEST_F(XmlForm, OfATrackedRecordWithoutTrackingHasNoStatesButTheCallers) {
@@ -152,7 +154,8 @@ TEST_F(XmlForm, EndsAtAnErrorOtherThan2AndKeepsWhatCameBefore) {
     const Object object = filled(handle, mem, 0);
     auto *const record = static_cast<fwe_cl_wayfind_mem_st *>(object.get());
     const uint64_t exmem = fwe_cl_wayfind_mem_st_exmem_addr_get_value(handle, instance, record, &err);
-    read(mem, "<fwe_cl_wayfind_mem_st><fwe_num>1</fwe_num><ppe_addr>two</ppe_addr><exmem_addr>3</exmem_addr></fwe_cl_wayfind_mem_st>", object);
+    read(mem, "<fwe_cl_wayfind_mem_st><fwe_num>1</fwe_num><ppe_addr>two</ppe_addr><exmem_addr>3</exmem_addr></fwe_cl_wayfind_mem_st>",
+         object);
     EXPECT_EQ(err, 22u);
     EXPECT_STREQ(reason, "Failed xpath: //fwe_cl_wayfind_mem_st/ppe_addr");
     EXPECT_EQ(mem.schema->field_count, 3);
@@ -164,7 +167,8 @@ TEST_F(XmlForm, EndsAtAnErrorOtherThan2AndKeepsWhatCameBefore) {
 TEST_F(XmlForm, AnErrorInTheThirdFieldLeavesTheFirstTwoStored) {
     const Object object(handle, mem);
     auto *const record = static_cast<fwe_cl_wayfind_mem_st *>(object.get());
-    read(mem, "<fwe_cl_wayfind_mem_st><fwe_num>1</fwe_num><ppe_addr>2</ppe_addr><exmem_addr>x</exmem_addr></fwe_cl_wayfind_mem_st>", object);
+    read(mem, "<fwe_cl_wayfind_mem_st><fwe_num>1</fwe_num><ppe_addr>2</ppe_addr><exmem_addr>x</exmem_addr></fwe_cl_wayfind_mem_st>",
+         object);
     EXPECT_EQ(err, 22u);
     err = 0;
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(handle, instance, record, &err), 1u);
@@ -184,7 +188,8 @@ TEST_F(XmlForm, AMissingRecordInsideIsAMissingField) {
 TEST_F(XmlForm, ReadsAnArrayByItsElementsAndNotByItsCount) {
     const Object object(handle, path);
     auto *const record = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get());
-    read(path, "<fwe_cl_wayfind_sel_lb_path_st><num_hops>9</num_hops><path_id>4</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>",
+    read(path,
+         "<fwe_cl_wayfind_sel_lb_path_st><num_hops>9</num_hops><path_id>4</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>",
          object);
     EXPECT_EQ(err, 0u);
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, record, &err), 2u);
@@ -207,7 +212,8 @@ TEST_F(XmlForm, OverwritesAnArrayByIndexAndKeepsWhatIsBehind) {
 TEST_F(XmlForm, AWrongElementEndsTheArrayAndTheWalk) {
     const Object object(handle, path);
     auto *const record = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get());
-    read(path, "<fwe_cl_wayfind_sel_lb_path_st><path_id>4</path_id><path_id>no</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>",
+    read(path,
+         "<fwe_cl_wayfind_sel_lb_path_st><path_id>4</path_id><path_id>no</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>",
          object);
     EXPECT_EQ(err, 22u);
     EXPECT_STREQ(reason, "Failed xpath: //fwe_cl_wayfind_sel_lb_path_st/path_id[2]");
@@ -223,7 +229,8 @@ TEST_F(XmlForm, AFailedScratchElementIs12AndEndsTheWalkAtTheNextField) {
     EXPECT_EQ(err, 12u);
     EXPECT_EQ(ork_handle_last_error(handle), 12u);
     err = 0;
-    EXPECT_EQ(fwe_dp_wayfind_debug_data_is_none_get_value(handle, instance, static_cast<fwe_dp_wayfind_debug_data *>(object.get()), &err), 0u);
+    EXPECT_EQ(fwe_dp_wayfind_debug_data_is_none_get_value(handle, instance, static_cast<fwe_dp_wayfind_debug_data *>(object.get()), &err),
+              0u);
 }
 
 TEST_F(XmlForm, StatesDoNotComeBack) {
@@ -231,7 +238,8 @@ TEST_F(XmlForm, StatesDoNotComeBack) {
     const Object object(tracking, mem);
     const Document document = parsed("<fwe_cl_wayfind_mem_st><fwe_num state=\"5\">1</fwe_num></fwe_cl_wayfind_mem_st>");
     mem.from_xml(tracking, instance, "//fwe_cl_wayfind_mem_st", document.get(), object.get(), &err, nullptr, 0);
-    EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_state_flag_get(tracking, instance, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), &err), 0);
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_state_flag_get(tracking, instance, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), &err),
+              0);
     EXPECT_EQ(err, 0u);
 }
 
@@ -240,7 +248,8 @@ TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNodeAndEndsAnArray) {
     const std::string name(244, 'n');
     const Object object(handle, mem);
     auto *const record = static_cast<fwe_cl_wayfind_mem_st *>(object.get());
-    read(mem, "<" + name + "><fwe_num>1</fwe_num><ppe_addr>2</ppe_addr><exmem_addr>3</exmem_addr></" + name + ">", object, ("//" + name).c_str());
+    read(mem, "<" + name + "><fwe_num>1</fwe_num><ppe_addr>2</ppe_addr><exmem_addr>3</exmem_addr></" + name + ">", object,
+         ("//" + name).c_str());
     EXPECT_EQ(err, 0u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(handle, instance, record, &err), 1u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err), 2u) << "255 characters";
@@ -255,8 +264,9 @@ TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNodeAndEndsAnArray) {
     const Object hops(handle, path);
     read(path, text + "</" + shorter + ">", hops, ("//" + shorter).c_str());
     EXPECT_EQ(err, 0u);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(hops.get()), &err),
-              9u);
+    EXPECT_EQ(
+        fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(hops.get()), &err),
+        9u);
 }
 
 TEST_F(XmlForm, AnnouncesNothingOnItsOwn) {
@@ -273,13 +283,11 @@ TEST_F(XmlForm, AnnouncesNothingOnItsOwn) {
 
 class XmlText : public XmlForm {
 protected:
-    static constexpr auto name = "fwe_cl_wayfind_auto_tunnel";
-
     // Writes a text into a field of 32 bytes, renders it, parses it and reads it back.
     std::string there_and_back(const std::string &chars) {
         const Object object(handle, tunnel);
-        fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(handle, instance, static_cast<fwe_cl_wayfind_auto_tunnel *>(object.get()), chars.data(),
-                                                      static_cast<uint32_t>(chars.size()), &err);
+        fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(handle, instance, static_cast<fwe_cl_wayfind_auto_tunnel *>(object.get()),
+                                                      chars.data(), static_cast<uint32_t>(chars.size()), &err);
         const Object copy(handle, tunnel);
         read(tunnel, as_xml(handle, tunnel, object.get()), copy);
         EXPECT_EQ(err, 0u);
@@ -298,8 +306,26 @@ TEST_F(XmlText, EveryByteComesBack) {
 }
 
 TEST_F(XmlText, TextsOfManyKindsComeBack) {
-    for (const char *chars : {"", " ", "  x  ", "\n", "a\r\nb", "\t", "]]>", "<a>&amp;</a>", "\\", "\\x41", "\\\\", "\"'", "\xc3\xa9\xe2\x82\xac", "\xf0\x9f\x98\x80",
-                              "\xc0\x80", "\xed\xa0\x80", "\xef\xbf\xbf", "\xc2\x85", "\x7f", "0123456789abcdef0123456789abcdef"}) {
+    for (const char *chars : {"",
+                              " ",
+                              "  x  ",
+                              "\n",
+                              "a\r\nb",
+                              "\t",
+                              "]]>",
+                              "<a>&amp;</a>",
+                              "\\",
+                              "\\x41",
+                              "\\\\",
+                              "\"'",
+                              "\xc3\xa9\xe2\x82\xac",
+                              "\xf0\x9f\x98\x80",
+                              "\xc0\x80",
+                              "\xed\xa0\x80",
+                              "\xef\xbf\xbf",
+                              "\xc2\x85",
+                              "\x7f",
+                              "0123456789abcdef0123456789abcdef"}) {
         EXPECT_EQ(there_and_back(chars), chars);
     }
 }
@@ -317,7 +343,9 @@ TEST_F(XmlText, BytesBehindTheTerminatorDoNotTravel) {
 
 TEST_F(XmlText, TooLongForItsFieldIs28AndABadEscape22) {
     const Object object(handle, tunnel);
-    read(tunnel, "<fwe_cl_wayfind_auto_tunnel><create_ts_msec>0123456789abcdef0123456789abcdefX</create_ts_msec></fwe_cl_wayfind_auto_tunnel>", object);
+    read(tunnel,
+         "<fwe_cl_wayfind_auto_tunnel><create_ts_msec>0123456789abcdef0123456789abcdefX</create_ts_msec></fwe_cl_wayfind_auto_tunnel>",
+         object);
     EXPECT_EQ(err, 28u);
     err = 0;
     read(tunnel, "<fwe_cl_wayfind_auto_tunnel><create_ts_msec>\\q</create_ts_msec></fwe_cl_wayfind_auto_tunnel>", object);

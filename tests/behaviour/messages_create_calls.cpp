@@ -75,32 +75,59 @@ TEST_P(MessageCreate, EveryFailingAllocationUndoesTheSame) {
     EXPECT_EQ(no_record.live_blocks, 0u);
 }
 
-TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTable) {
-    std::vector<std::vector<std::string>> calls;
-    for (const Create create : {by_hand::create_shallow, library_create_shallow}) {
-        Stage stage(message, ORK_TRACKING_OFF);
-        static ork_type_info copy;
-        copy = *message.schema().type;
-        copy.shared = 1;
-        const auto find = spy::replace(ork_type_info_ptr_get, [&](ork_handle *, uint32_t, const ork_type_info *, ork_type_info_init_fn) {
-            return static_cast<const ork_type_info *>(&copy);
-        });
-        stage.handle()->shared_types = 1;
-        void *msg;
-        {
-            const spy::Log log;
-            msg = create(message, stage.handle(), instance);
-            calls.push_back(log.calls());
+// A descriptor of shared storage, with counters of its own; those with shared 0 are counted atomically, to the same effect.
+TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTableAndAreCountedThere) {
+    struct Way {
+        Create hand;
+        Create library;
+    };
+    for (const auto &[by_hand_create, made_create] :
+         {Way{by_hand::create_shallow, library_create_shallow}, Way{by_hand::create, library_create}}) {
+        for (const uint32_t shared : {1u, 0u}) {
+            std::vector<std::vector<std::string>> calls;
+            for (const Create create : {by_hand_create, made_create}) {
+                Stage stage(message, ORK_TRACKING_OFF);
+                ork_variant_entry entries[1] = {message.schema().type->varinfo->entries[0]};
+                entries[0].create_count = 10;
+                entries[0].destroy_count = 4;
+                ork_variant_info varinfo{1, {}, entries};
+                ork_type_info copy = *message.schema().type;
+                copy.varinfo = &varinfo;
+                copy.shared = shared;
+                const auto find =
+                    spy::replace(ork_type_info_ptr_get, [&](ork_handle *, uint32_t, const ork_type_info *type, ork_type_info_init_fn) {
+                        return type == message.schema().type ? &copy : type;
+                    });
+                spy::name_at(&entries[0].create_count, "copy's create_count");
+                spy::name_at(&entries[0].destroy_count, "copy's destroy_count");
+                stage.handle()->shared_types = 2;  // shared storage that no hook watches
+                void *msg;
+                {
+                    const spy::Log log;
+                    msg = create(message, stage.handle(), instance);
+                    calls.push_back(log.calls());
+                }
+                EXPECT_EQ(ork_get_manifested_type_info(msg), &copy);
+                EXPECT_EQ(entries[0].create_count, 11u);
+                const spy::Log log;
+                message.destroy(stage.handle(), instance, msg);
+                EXPECT_EQ(entries[0].destroy_count, 5u);
+                EXPECT_CALLS(log.calls_of({"counter_notify_fn"}), {"counter_notify_fn(copy's destroy_count,1,7)"});
+                const Outcome outcome = stage.outcome(log, 0, nullptr);
+                EXPECT_EQ(outcome.created, 0u) << "the static descriptor";
+                EXPECT_EQ(outcome.destroyed, 0u);
+                stage.handle()->shared_types = 0;
+            }
+            EXPECT_CALLS(calls[1], calls[0]);
+            EXPECT_EQ(calls[1].front(), "alloc_fn(7," + object_size + ")=new1");
+            EXPECT_EQ(calls[1][calls[1].size() - 2],
+                      std::string("ork_type_info_ptr_get(7,type(") + message.name() + "),fwe_ui_wayfind_typeinfo_initialize)");
+            EXPECT_EQ(calls[1].back(), "counter_notify_fn(copy's create_count,1,7)");
+            if (made_create == library_create_shallow) {
+                EXPECT_EQ(calls[1].size(), 3u);
+            }
         }
-        EXPECT_EQ(ork_get_manifested_type_info(msg), &copy);
-        message.destroy(stage.handle(), instance, msg);
-        stage.handle()->shared_types = 0;
     }
-    EXPECT_CALLS(calls[1], calls[0]);
-    EXPECT_CALLS(calls[1], std::vector<std::string>{
-                               "alloc_fn(7," + object_size + ")=new1",
-                               std::string("ork_type_info_ptr_get(7,type(") + message.name() + "),fwe_ui_wayfind_typeinfo_initialize)",
-                               "counter_notify_fn(create_count,1,7)"});
 }
 
 TEST_P(MessageCreate, NegativeVariantCountIsTracedAndSurvived) {
@@ -162,95 +189,6 @@ TEST_P(MessageCreate, DestroyGivesRecordsBackCountsAndFrees) {
             EXPECT_EQ(made.calls.back(), "free_fn(7,msg)");
         }
     }
-}
-
-TEST_P(MessageCreate, CrFormsUseTheHandlesInstance) {
-    Stage stage(message, ORK_TRACKING_OFF);
-    stage.handle()->cr_instance = 9;
-    std::vector<std::string> calls;
-    {
-        const spy::Log log;
-        void *msg = message.create_cr(stage.handle());
-        message.destroy_cr(stage.handle(), msg);
-        calls = log.calls_of({"alloc_fn", "free_fn", "counter_notify_fn"});
-    }
-    for (const std::string &call : calls) {
-        EXPECT_TRUE(call.find("(9,") != std::string::npos || call.find(",9)") != std::string::npos) << call;
-    }
-    EXPECT_EQ(calls.front(), "alloc_fn(9," + object_size + ")=new1");
-}
-
-// The address of the message's sentinel.
-void *sentinel_of(const Message &message) {
-    const family::Handle handle = family::make_handle();
-    handle->cr_error = 5;
-    return message.create_cr(handle.get());
-}
-
-TEST_P(MessageCreate, CrCreateWithAPendingErrorStillTagsAndMakesEachRecord) {
-    void *const sentinel = sentinel_of(message);
-    Stage stage(message, ORK_TRACKING_ON);
-    stage.handle()->cr_error = 5;
-    const spy::Log log;
-    EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
-    EXPECT_EQ(log.count("alloc_fn"), 0u);
-    EXPECT_EQ(log.count("counter_notify_fn"), 0u);
-    EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
-    EXPECT_EQ(log.count("flight_module_init_fn"), message.record_count()) << "each record's create ran";
-    EXPECT_EQ(log.count("ork_store_err"), 0u);
-    EXPECT_EQ(stage.handle()->cr_error, 5u);
-    stage.handle()->cr_error = 0;
-}
-
-TEST_P(MessageCreate, CrCreateWithoutMemoryStoresTwelveOnceAndGoesOn) {
-    void *const sentinel = sentinel_of(message);
-    Stage stage(message, ORK_TRACKING_OFF);
-    stage.handle()->cr_instance = instance;
-    const spy::Log log;
-    spy::fail_alloc(1);
-    EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
-    spy::fail_alloc(0);
-    EXPECT_EQ(log.calls()[0], "alloc_fn(7," + object_size + ")=null") << "with the handle's instance";
-    EXPECT_EQ(log.calls()[1], "ork_store_err(12)");
-    EXPECT_EQ(log.count("ork_store_err"), 1u);
-    EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
-    EXPECT_EQ(stage.handle()->cr_error, 12u);
-    stage.handle()->cr_error = 0;
-}
-
-const void *sentinel_block;
-ork_free_fn free_of_platform;
-std::vector<const void *> freed;
-
-// The platform's own, but for a sentinel, which is no block of its.
-void free_but_for_the_sentinel(void *pool, uint32_t each, void *block) {
-    freed.push_back(block);
-    if (block != sentinel_block) {
-        free_of_platform(pool, each, block);
-    }
-}
-
-// A platform that lets no record start: each create gives its block back and null, in cr mode too.
-TEST_P(MessageCreate, SentinelGoesToFreeWhenARecordGivesNull) {
-    void *const sentinel = sentinel_of(message);
-    Stage stage(message, ORK_TRACKING_OFF);
-    const auto broken =
-        spy::replace(orklib_type_stats_create_object, [](ork_handle *, uint32_t, const ork_type_info *, void *, uint32_t *err) {
-            *err = 5;
-            return 5u;
-        });
-    spy::forget(stage.handle());
-    freed.clear();
-    sentinel_block = sentinel;
-    free_of_platform = std::exchange(stage.handle()->free_fn, free_but_for_the_sentinel);
-    // The object's own block fails; those of its records do not.
-    ork_handle_fail_allocation(stage.handle(), 1);
-    const auto keep = spy::replace(ork_store_err, [](ork_handle *, uint32_t) {});
-    EXPECT_EQ(message.create_cr(stage.handle()), nullptr);
-    EXPECT_EQ(freed.back(), sentinel) << "and that is how it stays";
-    EXPECT_EQ(stage.handle()->cr_active, 0u);
-    stage.handle()->free_fn = free_of_platform;
-    spy::observe(stage.handle());
 }
 
 // ---- Accessors --------------------------------------------------------------------------------------------------------------------------

@@ -1,13 +1,17 @@
 // Two threads on two handles share the descriptors and nothing else. Made to be run under the thread sanitizer too.
 #include <thread>
 
-#include "behaviour/bundles_family.h"
+#include "behaviour/bundles_rows.h"
 #include "fwe_ui_wayfind/module.h"
 
 namespace {
 
 using family::Bundle;
+using family::control_frame;
+using family::Handle;
 using family::Message;
+using family::Rows;
+using family::Seen;
 
 constexpr unsigned rounds = 20;
 
@@ -32,27 +36,33 @@ void exercise(const Message &message, ork_handle *handle, uint32_t seed) {
     message.get(handle, 0, nullptr, &err);  // a trace
 }
 
-void run_show(const Bundle &bundle, ork_handle *handle, uint32_t seed) {
-    uint8_t frame[43];
-    uint32_t err = 0;
-    EXPECT_EQ(bundle.start().marshal(handle, 0, frame, 43, &err), 43u);
+// One show sent and received on the same handle. Every second one is aborted.
+void run_show(const Rows &rows, const Bundle &bundle, const Handle &handle, uint32_t seed) {
+    Seen seen;
+    std::vector<std::string> sent;
+    EXPECT_EQ(rows.dispatch(handle, &seen, control_frame(handle.get(), bundle.start())), 0u);
     for (const wayfind_member &member : std::span(bundle.schema().members, bundle.schema().member_count)) {
-        family::Made(Message(*member.message), handle, seed).frame();
+        for (uint32_t i = 0; i < (member.repeatable != 0 ? 3u : 1u); ++i) {
+            const std::vector<uint8_t> frame = family::Made(Message(*member.message), handle.get(), seed + i).frame();
+            EXPECT_EQ(rows.dispatch(handle, &seen, frame), 0u);
+            sent.emplace_back(member.message->name);
+        }
     }
-    EXPECT_EQ((seed % 2 == 0 ? bundle.commit() : bundle.abort()).marshal(handle, 0, frame, 43, &err), 43u);
-    bundle.start().unmarshal(handle, 0, nullptr, nullptr, frame, 43, nullptr, &err);
-    bundle.commit().unmarshal(handle, 0, nullptr, nullptr, frame, 43, nullptr, &err);
-    EXPECT_EQ(err, 0u);
+    const bool committed = seed % 2 == 0;
+    EXPECT_EQ(rows.dispatch(handle, &seen, control_frame(handle.get(), committed ? bundle.commit() : bundle.abort())), 0u);
+    EXPECT_EQ(seen.commits, committed ? 1 : 0);
+    EXPECT_EQ(seen.members, committed ? sent : std::vector<std::string>{});
+    EXPECT_EQ(family::live_blocks(handle), 0u);
 }
 
 class TwoThreads : public testing::TestWithParam<ork_tracking> {
 protected:
     // Runs work on a handle of its own in each of two threads.
-    void run(const std::function<void(ork_handle *, uint32_t)> &work) const {
+    void run(const std::function<void(const Handle &, uint32_t)> &work) const {
         const auto thread = [&](uint32_t first) {
-            const family::Handle handle = family::tracking_handle(GetParam());
+            const Handle handle = family::tracking_handle(GetParam());
             for (uint32_t round = 0; round < rounds; ++round) {
-                work(handle.get(), first + round);
+                work(handle, first + round);
             }
         };
         std::thread other(thread, 0);
@@ -63,18 +73,19 @@ protected:
 
 TEST_P(TwoThreads, EveryMessage) {
     const std::vector<Message> messages = family::messages();
-    run([&](ork_handle *handle, uint32_t seed) {
+    run([&](const Handle &handle, uint32_t seed) {
         for (const Message &message : messages) {
-            exercise(message, handle, seed);
+            exercise(message, handle.get(), seed);
         }
     });
 }
 
 TEST_P(TwoThreads, EveryShow) {
     const std::vector<Bundle> bundles = family::bundles();
-    run([&](ork_handle *handle, uint32_t seed) {
+    const Rows rows(family::look);
+    run([&](const Handle &handle, uint32_t seed) {
         for (const Bundle &bundle : bundles) {
-            run_show(bundle, handle, seed);
+            run_show(rows, bundle, handle, seed);
         }
     });
 }
@@ -84,9 +95,9 @@ TEST_P(TwoThreads, CountersLoseNothing) {
     const ork_variant_entry &entry = message.schema().type->varinfo->entries[0];
     const ork_variant_entry before = entry;
     constexpr unsigned each = 5000;
-    run([&](ork_handle *handle, uint32_t) {
+    run([&](const Handle &handle, uint32_t) {
         for (unsigned i = 0; i < each; ++i) {
-            message.destroy(handle, 0, message.create_shallow(handle, 0));
+            message.destroy(handle.get(), 0, message.create_shallow(handle.get(), 0));
         }
     });
     EXPECT_EQ(entry.create_count - before.create_count, 2 * rounds * each);
@@ -94,7 +105,7 @@ TEST_P(TwoThreads, CountersLoseNothing) {
 }
 
 TEST_P(TwoThreads, StartOfTheTraceChannel) {
-    run([](ork_handle *, uint32_t) { EXPECT_EQ(ork_fwe_ui_wayfind_trace_init(), 0); });
+    run([](const Handle &, uint32_t) { EXPECT_EQ(ork_fwe_ui_wayfind_trace_init(), 0); });
     EXPECT_NE(g_ork_fwe_ui_wayfind_trace_module_id, 0);
 }
 

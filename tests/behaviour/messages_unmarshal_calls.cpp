@@ -178,6 +178,24 @@ TEST_P(MessageUnmarshal, OnlyAsksNoDomain) {
     message.destroy(handle.get(), 0, msg);
 }
 
+// A negative length is the header's reader's to refuse; nothing of the buffer is the library's then.
+TEST_P(MessageUnmarshal, OnlyHandsANegativeLengthToTheHeadersReader) {
+    for (const int32_t length : {-1, INT32_MIN}) {
+        Stage stage(message, ORK_TRACKING_OFF);
+        uint8_t &byte = stage.give_buffer(0)[0];
+        void *msg = nullptr;
+        {
+            const spy::Log log;
+            EXPECT_EQ(message.unmarshal_only(stage.handle(), instance, &msg, &byte, length, &stage.err), 16u);
+            EXPECT_CALLS(log.calls_of({"_ork_message_header_unmarshal"}),
+                         std::vector<std::string>{"_ork_message_header_unmarshal(7,buffer,new1+12," + std::to_string(length) + ",err)"});
+        }
+        EXPECT_EQ(stage.err, 90u);
+        ASSERT_NE(msg, nullptr);
+        message.destroy(stage.handle(), instance, msg);
+    }
+}
+
 // ---- Delivery ---------------------------------------------------------------------------------------------------------------------------
 
 struct Delivered {

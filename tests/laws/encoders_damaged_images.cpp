@@ -90,8 +90,7 @@ TEST_P(DamagedImage, CutAtAnyByteGivesAnErrorOrAToldResult) {
                 const Exact cut(image, length, spare());
                 const Object object(reader, calls());
                 uint32_t err = 0;
-                const uint32_t read =
-                    calls().unmarshal(reader, instance, cut.get(), object.get(), static_cast<int32_t>(length), 0, &err);
+                const uint32_t read = calls().unmarshal(reader, instance, cut.get(), object.get(), static_cast<int32_t>(length), 0, &err);
                 // Without an error only state bytes, the end of a block of bytes or the byte of a flag set were missing,
                 // and the jump still leads to the told end.
                 const bool lacks_flags = last_field(*calls().schema).kind == WAYFIND_FLAG_SET && length + 1 == image.size();

@@ -14,9 +14,7 @@ struct Span {
 // Walks an image that no newer release wrote; a span is told behind those inside it, the whole image last.
 class ImageWalk {
 public:
-    ImageWalk(const Bytes &image, const wayfind_record &record) : image_(image) {
-        EXPECT_EQ(walk(record), image.size());
-    }
+    ImageWalk(const Bytes &image, const wayfind_record &record) : image_(image) { EXPECT_EQ(walk(record), image.size()); }
 
     const std::vector<Span> &spans() const { return spans_; }
 

@@ -34,8 +34,8 @@ inline void initialize_field(ork_handle *handle, const wayfind_field &field, uin
         ip_address_initialize(handle, instance, reinterpret_cast<ork_ip_address *>(child), &_ip_address_type_info_internal, 0, 0,
                               OBJ_NESTED, states, &err);
     } else if (field.kind == WAYFIND_LINK_TYPE) {
-        link_type_initialize(handle, instance, reinterpret_cast<ork_link_type *>(child), &_link_type_type_info_internal, 0, 0,
-                             OBJ_NESTED, states, &err);
+        link_type_initialize(handle, instance, reinterpret_cast<ork_link_type *>(child), &_link_type_type_info_internal, 0, 0, OBJ_NESTED,
+                             states, &err);
     }
     EXPECT_EQ(err, 0u) << field.name;
 }

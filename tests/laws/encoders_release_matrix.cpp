@@ -55,7 +55,8 @@ Bytes apart(const Pair &pair, const void *object) {
         if (field.variant > pair.common() && field.variant <= pair.layout) {
             result.insert(result.end(), bytes + field.offset, bytes + field.offset + field.width);
             if (pair.reader == ORK_TRACKING_ON) {
-                const size_t size = field.kind == WAYFIND_RECORD ? field.nested - field.state + field.record->layouts[field.record->variants - 1].state : 1;
+                const size_t size =
+                    field.kind == WAYFIND_RECORD ? field.nested - field.state + field.record->layouts[field.record->variants - 1].state : 1;
                 const uint8_t *const state = bytes + sizes.body + field.state;
                 result.insert(result.end(), state, state + size);
             }
@@ -71,7 +72,7 @@ void expect_states(const Pair &pair, const Handle &reader, void *object, const s
         if (field.variant <= pair.common() && (field.cls == WAYFIND_VALUE || field.cls == WAYFIND_OBJECT || field.cls == WAYFIND_TEXT)) {
             uint32_t err = 0;
             EXPECT_EQ(find<uint8_t(ork_handle *, uint32_t, void *, uint32_t *)>(field.functions, "_state_flag_get")(reader, instance,
-                                                                                                                object, &err),
+                                                                                                                    object, &err),
                       state_of(root + "/" + field.name))
                 << field.name;
         }

@@ -43,8 +43,7 @@ TEST_P(EveryRecord, ComesBackFromTheWireAndGoesOutTheSame) {
             const Object copy(handle, calls());
             for (int pass = 0; pass < (reuse != 0 || !nests_arrays(*calls().schema) ? 2 : 1); ++pass) {
                 uint32_t err = 0;
-                EXPECT_EQ(calls().unmarshal(handle, instance, image.data(), copy.get(), static_cast<int32_t>(image.size()),
-                                            reuse, &err),
+                EXPECT_EQ(calls().unmarshal(handle, instance, image.data(), copy.get(), static_cast<int32_t>(image.size()), reuse, &err),
                           image.size());
                 EXPECT_EQ(err, 0u);
                 EXPECT_EQ(marshalled(handle, calls(), copy.get()), image);
@@ -135,7 +134,7 @@ TEST_P(EveryRecord, DiffersByEachFieldAloneTheSameWayInCompareAndHash) {
             Filler(handle, 3).fill_one(schema.fields[i], b.get(), root);
             const int32_t forth = calls().compare(a.get(), b.get());
             const int32_t back = calls().compare(b.get(), a.get());
-            EXPECT_EQ(forth < 0, back > 0) << schema.fields[i].name;
+            EXPECT_EQ(forth<0, back> 0) << schema.fields[i].name;
             EXPECT_EQ(forth > 0, back < 0) << schema.fields[i].name;
             for (const uint32_t seed : seeds) {
                 EXPECT_EQ(forth == 0, calls().hash(a.get(), seed) == calls().hash(b.get(), seed)) << schema.fields[i].name;

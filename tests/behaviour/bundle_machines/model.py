@@ -55,13 +55,17 @@ for state in ("idle", "accumulating"):
     for event in ("abort", "commit"):
         RECEIVE[state, "pending:" + event] = (PENDING, False, DROP, "idle")
     RECEIVE[state, "pending:unmarshal"] = (PENDING, False, KEEP, state)
+# The start handler does not look at a pending error.
+RECEIVE["idle", "pending:start"] = (PENDING, False, DROP, "accumulating")
+RECEIVE["accumulating", "pending:start"] = (17, False, KEEP, "accumulating")
 
 SEND_ALPHABETS = [
     ["start", "abort", "commit", "allowed", "refused", "failing", "short:" + short, "pending:" + pending]
     for short, pending in (("start", "start"), ("abort", "abort"), ("commit", "commit"), ("commit", "allowed"))
 ]
 RECEIVE_ALPHABETS = [
-    ["start", "abort", "commit", "member", "failing", "pending:abort", "pending:commit", "pending:unmarshal"],
+    ["start", "abort", "commit", "member", "failing", "pending:abort", "pending:commit", "pending:" + pending]
+    for pending in ("unmarshal", "start")
 ]
 
 

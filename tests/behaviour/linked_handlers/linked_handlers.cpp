@@ -1,5 +1,5 @@
 // A program that defines half of the functions which a process may define, to be called by the library: they run, and for the other half
-// the paths without a handler do.
+// the paths without a handler do. Built twice, once for each half.
 #include <map>
 
 #include "behaviour/messages_spied.h"
@@ -29,6 +29,8 @@ std::vector<Call> calls;
         calls.push_back({#bundle, handle, instance, ctx, nullptr, err});                                                        \
     }
 
+#ifndef WAYFIND_LINKED_ODD
+
 TAKES_MESSAGE(fwe_pal_wayfind_site_prefix_msg)
 TAKES_MESSAGE(fwe_cl_wayfind_sitetohop_msg)
 TAKES_MESSAGE(fwe_cl_wayfind_debug_msg)
@@ -54,6 +56,35 @@ TAKES_BUNDLE(fwe_cl_wayfind_show_multi_nh_map_resp)
 TAKES_BUNDLE(fwe_cl_wayfind_show_channel_response)
 TAKES_BUNDLE(fwe_dp_wayfind_show_debug_response)
 
+#else
+
+TAKES_MESSAGE(fwe_cl_wayfind_prefixtosite_msg)
+TAKES_MESSAGE(fwe_pal_wayfind_debug_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_global_info_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_inst_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_global_param_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_auto_tunnel_gstatus_show)
+TAKES_MESSAGE(fwe_cl_wayfind_select_state_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_select_tc_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_nb_channel_state_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_multi_nh_map_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_channel_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_hop_chan_msg)
+TAKES_MESSAGE(fwe_dp_wayfind_debug_msg)
+TAKES_MESSAGE(fwe_cl_wayfind_intf_sum_msg)
+
+TAKES_BUNDLE(fwe_cl_wayfind_show_prefixtosite_response)
+TAKES_BUNDLE(fwe_pal_wayfind_show_debug_response)
+TAKES_BUNDLE(fwe_cl_wayfind_show_global_response)
+TAKES_BUNDLE(fwe_cl_wayfind_show_auto_tunnel_response)
+TAKES_BUNDLE(fwe_cl_wayfind_show_traffic_class_response)
+TAKES_BUNDLE(fwe_cl_wayfind_show_enforce_hop_resp)
+TAKES_BUNDLE(fwe_cl_wayfind_show_dcid_siteip_map_resp)
+TAKES_BUNDLE(fwe_cl_wayfind_show_hop_chan_response)
+TAKES_BUNDLE(fwe_cl_wayfind_show_intf_response)
+
+#endif
+
 namespace {
 
 using family::Bundle;
@@ -61,12 +92,18 @@ using family::Message;
 
 constexpr uint32_t instance = 7;
 
-// Those above are the ones at even places of the tables.
+// Those above are the ones at even or at odd places of the tables.
+#ifndef WAYFIND_LINKED_ODD
+constexpr int linked_rest = 0;
+#else
+constexpr int linked_rest = 1;
+#endif
+
 template <class Family>
 bool is_linked(const std::vector<Family> &all, const Family &one) {
     const auto found =
         std::find_if(all.begin(), all.end(), [&](const Family &each) { return std::string_view(each.name()) == one.name(); });
-    return (found - all.begin()) % 2 == 0;
+    return (found - all.begin()) % 2 == linked_rest;
 }
 
 void explicit_handler(ork_handle *handle, uint32_t each, void *ctx, void *msg, uint32_t *err) {

@@ -118,6 +118,13 @@ class Growth(unittest.TestCase):
         self.assertEqual({name.replace("mem_st", "grown_st") for name in family} - self.exports, set())
         self.assertIn("fwe_cl_wayfind_grown_st_rings_set_mem", self.exports)
 
+    def test_the_manifest_follows(self):
+        # A variant more and the new size, 588 bytes in whole eights; the new record has two variants, the newer of 84 bytes.
+        manifest = (OUT / "model/libfwe_ui_wayfind.so").read_bytes()
+        for luid, rest in (("00e3b2fbd11cb82176dc46293dcfde58", "type002:00592N"), ("00112233445566778899aabbccddeeff", "type001:00088N")):
+            lines = re.findall(luid.encode() + rb":[0-9a-f]{32}(.*)\n", manifest)
+            self.assertEqual(lines, [rest.encode()])
+
     def test_wire_text_and_xml_carry_both(self):
         probe = BUILD / "probe"
         libraries = OUT / "model", OUT / "platform"

@@ -1,0 +1,164 @@
+// Create in cr mode: the handle's instance, and the sentinel where nothing could be created.
+#include "behaviour/messages_spied.h"
+
+namespace {
+
+using family::Message;
+using spied::instance;
+using spied::Stage;
+
+class MessageCr : public testing::TestWithParam<Message> {
+protected:
+    const Message message = GetParam();
+    const std::string object_size = message.record_count() == 2 ? "48" : "40";
+};
+
+TEST_P(MessageCr, CrFormsUseTheHandlesInstance) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    stage.handle()->cr_instance = 9;
+    std::vector<std::string> calls;
+    {
+        const spy::Log log;
+        void *msg = message.create_cr(stage.handle());
+        message.destroy_cr(stage.handle(), msg);
+        calls = log.calls_of({"alloc_fn", "free_fn", "counter_notify_fn"});
+    }
+    for (const std::string &call : calls) {
+        EXPECT_TRUE(call.find("(9,") != std::string::npos || call.find(",9)") != std::string::npos) << call;
+    }
+    EXPECT_EQ(calls.front(), "alloc_fn(9," + object_size + ")=new1");
+}
+
+// The address of the message's sentinel.
+void *sentinel_of(const Message &message) {
+    const family::Handle handle = family::make_handle();
+    handle->cr_error = 5;
+    return message.create_cr(handle.get());
+}
+
+TEST_P(MessageCr, CrCreateWithAPendingErrorStillTagsAndMakesEachRecord) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_ON);
+    stage.handle()->cr_error = 5;
+    const spy::Log log;
+    EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
+    EXPECT_EQ(log.count("alloc_fn"), 0u);
+    EXPECT_EQ(log.count("counter_notify_fn"), 0u);
+    EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
+    EXPECT_EQ(log.count("flight_module_init_fn"), message.record_count()) << "each record's create ran";
+    EXPECT_EQ(log.count("ork_store_err"), 0u);
+    EXPECT_EQ(stage.handle()->cr_error, 5u);
+    stage.handle()->cr_error = 0;
+}
+
+TEST_P(MessageCr, CrCreateWithoutMemoryStoresTwelveOnceAndGoesOn) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_OFF);
+    stage.handle()->cr_instance = instance;
+    const spy::Log log;
+    spy::fail_alloc(1);
+    EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
+    spy::fail_alloc(0);
+    EXPECT_EQ(log.calls()[0], "alloc_fn(7," + object_size + ")=null") << "with the handle's instance";
+    EXPECT_EQ(log.calls()[1], "ork_store_err(12)");
+    EXPECT_EQ(log.count("ork_store_err"), 1u);
+    EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
+    EXPECT_EQ(stage.handle()->cr_error, 12u);
+    stage.handle()->cr_error = 0;
+}
+
+// cr_active is read as it stands, and left so.
+TEST_P(MessageCr, PlainCreateInCrModeGivesTheSentinelToo) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_OFF);
+    stage.handle()->cr_active = 1;
+    stage.handle()->cr_instance = 9;
+    {
+        const spy::Log log;
+        spy::fail_alloc(1);
+        EXPECT_EQ(message.create(stage.handle(), instance), sentinel);
+        spy::fail_alloc(0);
+        EXPECT_EQ(log.calls()[0], "alloc_fn(7," + object_size + ")=null") << "with the instance of the call";
+        EXPECT_EQ(log.calls()[1], "ork_store_err(12)");
+        EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
+    }
+    EXPECT_EQ(stage.handle()->cr_error, 12u);
+    EXPECT_EQ(stage.handle()->cr_active, 1u);
+    stage.handle()->cr_error = 5;
+    {
+        const spy::Log log;
+        EXPECT_EQ(message.create(stage.handle(), instance), sentinel);
+        EXPECT_EQ(log.count("alloc_fn"), 0u);
+        EXPECT_EQ(log.count("ork_store_err"), 0u);
+        EXPECT_EQ(log.count("tawny_set_callsite_tag"), message.record_count());
+    }
+    EXPECT_EQ(stage.handle()->cr_error, 5u);
+    EXPECT_EQ(stage.handle()->cr_active, 1u);
+    stage.handle()->cr_error = 0;
+    stage.handle()->cr_active = 0;
+}
+
+TEST_P(MessageCr, ShallowKnowsNoCrMode) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    stage.handle()->cr_active = 1;
+    stage.handle()->cr_instance = 9;
+    for (const uint32_t pending : {5u, 0u}) {
+        stage.handle()->cr_error = pending;
+        spy::forget_names();
+        {
+            const spy::Log log;
+            void *msg = message.create_shallow(stage.handle(), instance);
+            EXPECT_NE(msg, nullptr);
+            EXPECT_EQ(log.calls()[0], "alloc_fn(7," + object_size + ")=new1");
+            EXPECT_EQ(log.count("ork_store_err"), 0u);
+            message.destroy(stage.handle(), instance, msg);
+        }
+        const spy::Log log;
+        spy::fail_alloc(1);
+        EXPECT_EQ(message.create_shallow(stage.handle(), instance), nullptr);
+        spy::fail_alloc(0);
+        EXPECT_CALLS(log, std::vector<std::string>{"alloc_fn(7," + object_size + ")=null"});
+        EXPECT_EQ(stage.handle()->cr_error, pending);
+        EXPECT_EQ(ork_handle_last_error(stage.handle()), 0u);
+    }
+    stage.handle()->cr_active = 0;
+}
+
+const void *sentinel_block;
+ork_free_fn free_of_platform;
+std::vector<const void *> freed;
+
+// The platform's own, but for a sentinel, which is no block of its.
+void free_but_for_the_sentinel(void *pool, uint32_t each, void *block) {
+    freed.push_back(block);
+    if (block != sentinel_block) {
+        free_of_platform(pool, each, block);
+    }
+}
+
+// A platform that lets no record start: each create gives its block back and null, in cr mode too.
+TEST_P(MessageCr, SentinelGoesToFreeWhenARecordGivesNull) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_OFF);
+    const auto broken =
+        spy::replace(orklib_type_stats_create_object, [](ork_handle *, uint32_t, const ork_type_info *, void *, uint32_t *err) {
+            *err = 5;
+            return 5u;
+        });
+    spy::forget(stage.handle());
+    freed.clear();
+    sentinel_block = sentinel;
+    free_of_platform = std::exchange(stage.handle()->free_fn, free_but_for_the_sentinel);
+    // The object's own block fails; those of its records do not.
+    ork_handle_fail_allocation(stage.handle(), 1);
+    const auto keep = spy::replace(ork_store_err, [](ork_handle *, uint32_t) {});
+    EXPECT_EQ(message.create_cr(stage.handle()), nullptr);
+    EXPECT_EQ(freed.back(), sentinel) << "and that is how it stays";
+    EXPECT_EQ(stage.handle()->cr_active, 0u);
+    stage.handle()->free_fn = free_of_platform;
+    spy::observe(stage.handle());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MessageCr, testing::ValuesIn(family::messages()), family::ByName());
+
+}  // namespace
