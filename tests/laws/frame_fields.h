@@ -56,7 +56,7 @@ struct Field {
     unsigned value_width() const { return is_enum() || told.type == "link_type" ? 4 : told.width; }
     unsigned value_offset() const { return told.offset + (is_enum() || told.type == "link_type" ? 12 : 0); }
 
-    uint64_t mask() const { return value_width() == 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * value_width())) - 1; }
+    uint64_t mask() const { return value_width() >= 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * value_width())) - 1; }
 
     // Values worth trying.
     std::vector<uint64_t> boundary_values() const {
