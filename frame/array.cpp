@@ -76,6 +76,7 @@ uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_
 void close_ranks(const Call& call, const RecordBlock& block, uint64_t kept, const FieldRow& field) {
   const RecordBlock left = record_block(block.start, kept, field);
   if (kept == 0 || !has_flag(block.start, OBJ_STATE_TRACKED)) return;
+  announce(call, left.element_state(0), kept * left.state, nullptr);
   memmove(left.element_state(0), block.element_state(0), kept * left.state);
   uint32_t local = 0;
   const Call own{call.handle, call.instance, &local};
