@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 
 #include "bench/bare.h"
 #include "bench/table_driven.h"
@@ -125,10 +126,12 @@ class Catalogue {
   std::vector<Operation> operations_;
 };
 
+// Never destroyed: operations refer to it until the process ends.
 Subject& subject(ork_handle* handle, const char* name) {
+  static auto& subjects = *new std::deque<Subject>;
   const wayfind_record* type = sample::record(name);
   if (type == nullptr) std::abort();
-  return *new Subject(handle, *type);
+  return subjects.emplace_back(handle, *type);
 }
 
 }  // namespace
