@@ -237,7 +237,8 @@ uint32_t ork_frame_length(const uint8_t *bytes, uint32_t have, uint32_t max, uin
  *
  * *err: 90 when length is short of a frame or of what its header says, 74 when it is no frame, 2 for a LUID that the
  * table lacks, else what the message's own reader or handler set. What a frame that failed had allocated is given back,
- * and so is a message that nobody took (38). ctx goes to the handlers.
+ * and so is a message that nobody took: 38, which a handler that takes its message must not report. ctx goes to the
+ * handlers. One byte behind the frame must be readable: a flag set that ends a short frame is read there.
  */
 uint32_t ork_dispatch(const struct ork_dispatcher *dispatcher, struct ork_handle *handle, uint32_t instance, void *ctx,
                       const uint8_t *frame, uint32_t length, uint32_t *err);

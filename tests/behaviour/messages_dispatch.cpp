@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "behaviour/bundles_rows.h"
+#include "ork/show_core.h"
 
 namespace {
 
@@ -70,6 +71,20 @@ TEST_P(DispatchedBundle, MessageThatMayStandOnceIsRefusedTheSecondTime) {
         EXPECT_EQ(written > 0, member.repeatable != 0);
         EXPECT_EQ(sender->bundle_ctx, 1u) << "the bundle stays open";
     }
+    control_frame(sender.get(), bundle.commit());
+}
+
+TEST_P(DispatchedBundle, RequestMessageIsAMemberThatMayStandOnce) {
+    control_frame(sender.get(), bundle.start());
+    uint32_t err = 0;
+    const auto add = [&] { bundle_message_validate_add(sender.get(), 0, message_ui_req_msg_luid, message_ui_req_msg_name, &err); };
+    add();
+    EXPECT_EQ(err, 0u);
+    bundle_message_increment_count(sender.get(), message_ui_req_msg_luid, &err);
+    EXPECT_EQ(err, 0u);
+    add();
+    EXPECT_EQ(err, 17u);
+    EXPECT_EQ(sender->bundle_ctx, 1u) << "the bundle stays open";
     control_frame(sender.get(), bundle.commit());
 }
 
@@ -161,7 +176,8 @@ TEST(Dispatched, BadFramesInsideABundleLeaveItsMembersAlone) {
     ASSERT_EQ(rows.dispatch(receiver, &seen, good), 0u);
     const uint64_t blocks = family::live_blocks(receiver);
     for (size_t length = 43; length < good.size(); ++length) {
-        std::vector<uint8_t> frame(good.begin(), good.begin() + static_cast<long>(length));
+        std::vector<uint8_t> frame(good.begin(), good.begin() + static_cast<long>(length) + 1);  // the byte behind may be read
+        frame.pop_back();
         for (unsigned i = 0; i < 4; ++i) {
             frame[12 + i] = static_cast<uint8_t>(length >> (24 - 8 * i));
         }

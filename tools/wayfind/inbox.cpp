@@ -17,7 +17,7 @@ ssize_t Inbox::fill(int socket) {
   bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(begin_));
   begin_ = 0;
   const size_t had = bytes_.size();
-  bytes_.resize(had + read_size);
+  bytes_.resize(had + read_size + 1);  // whoever reads a frame may look at one byte behind it
   const ssize_t got = recv(socket, bytes_.data() + had, read_size, 0);
   bytes_.resize(had + static_cast<size_t>(std::max<ssize_t>(got, 0)));
   return got;
