@@ -86,8 +86,8 @@ uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
 int32_t compare(const void* a, const void* b, const RecordRow& record) {
   int32_t order = 0;
   if (settle_nulls(a, b, order)) return order;
-  const auto first = frame::laid_out_fields(record, a);
-  const auto second = frame::laid_out_fields(record, b);
+  const auto first = frame::held_fields(record, a);
+  const auto second = frame::held_fields(record, b);
   for (const FieldRow& field : first.last < second.last ? first : second) {
     const bool array = field.array != model::no_type;
     order = array ? compare_array(a, b, field) : compare_at(frame::field_of(a, field), frame::field_of(b, field), field);
@@ -99,7 +99,7 @@ int32_t compare(const void* a, const void* b, const RecordRow& record) {
 uint32_t hash(const void* object, uint32_t seed, const RecordRow& record) {
   if (object == nullptr) return seed;
   uint32_t running = seed;
-  for (const FieldRow& field : frame::laid_out_fields(record, object)) {
+  for (const FieldRow& field : frame::held_fields(record, object)) {
     const bool array = field.array != model::no_type;
     running = array ? hash_array(object, running, field) : hash_at(frame::field_of(object, field), running, field);
   }

@@ -162,7 +162,7 @@ void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, 
   if (object == nullptr) return trace::raise<Function::set_instance_embedded, Form::embed_object>(record);
   uint32_t local = 0;
   const Call call{handle, instance, &local};
-  for (const FieldRow& field : laid_out_fields(record, object)) {
+  for (const FieldRow& field : held_fields(record, object)) {
     if (field.cls != model::Class::value && field.cls != model::Class::object) continue;
     void* at = field_of(object, field);
     switch (field.kind) {

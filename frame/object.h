@@ -35,10 +35,15 @@ inline const Layout& layout_of(const RecordRow& record, const void* object) {
   return named < record.newest() ? record.layouts[named] : record.newest_layout();
 }
 
-// The fields that the object's storage has room for: what an older layout lacks is not there, whatever the variant.
+// The fields of the object's layout: those that its storage was made for, with state bytes.
 inline model::FieldSpan laid_out_fields(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).fields};
+}
+// The fields that lie inside the object's storage, with those that an older layout has mere room for.
+inline model::FieldSpan held_fields(const RecordRow& record, const void* object) {
+  const FieldRow* first = model::fields_of(record).begin();
+  return {first, first + layout_of(record, object).held};
 }
 
 inline void* field_of(void* object, const FieldRow& field) { return byte_at(object, field.offset); }

@@ -6,9 +6,8 @@
 namespace frame {
 namespace {
 
-void copy_body(const Call& call, void* to, const void* from, const RecordRow& record) {
-  const bool absent = tracking<Function::record_set>(call.handle, record) == Tracking::absent;
-  const size_t announced = absent ? record.newest_layout().body : layout_of(record, to).body;
+void copy_body(const Call& call, void* to, const void* from, Tracking mode, const RecordRow& record) {
+  const size_t announced = mode == Tracking::absent ? record.newest_layout().body : layout_of(record, to).body;
   const size_t copied = layout_of(record, from).body;
   const uint8_t before = flags_of(to);
   announce(call, to, announced, to);
@@ -91,9 +90,10 @@ void record_set(const Call& call, void* to, const void* source, const RecordRow&
   adjust(call, to, record.newest());
   if (to == from) return;
   if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from)) return call.lacks();
-  const bool on = mode_of(call.handle) == Tracking::on;
-  if (!on || !has_flag(from, OBJ_STATE_TRACKED)) drop_all_element_states(call, to, record);
-  copy_body(call, to, from, record);
+  const Tracking mode = tracking<Function::record_set>(call.handle, record);
+  if (mode != Tracking::on || !has_flag(from, OBJ_STATE_TRACKED)) drop_all_element_states(call, to, record);
+  copy_body(call, to, from, mode, record);
+  const bool on = tracking<Function::record_set>(call.handle, record) == Tracking::on;
   if (on && !has_flag(to, OBJ_STATE_TRACKED)) {
     detach_all_arrays(call, from, record);
     call.fail(EINVAL);

@@ -108,6 +108,13 @@ constexpr size_t used_length(const Record& record, size_t variant) { return fiel
 
 constexpr size_t newest_body_size(const Record& record) { return body_size(used_length(record, variant_count(record) - 1)); }
 
+// How many fields end within the first `body` bytes.
+constexpr size_t held_fields(const Record& record, size_t body) {
+  size_t n = 0;
+  while (n < field_count(record) && field_offset(record, n) + width(record.fields[n]) <= body) ++n;
+  return n;
+}
+
 // The state block: a running offset over the fields.
 struct StatePlace {
   size_t entry;   // the field's byte, or the entry of an array

@@ -47,6 +47,7 @@ struct Layout {
   uint16_t body;
   uint16_t state;
   uint8_t fields;  // fields of the variants up to this one
+  uint8_t held;    // fields that end inside the body: what an object of this layout can rise to in place
   uint8_t bound;   // end of its field numbers
 };
 
@@ -148,7 +149,7 @@ constexpr auto make_record_rows() {
     for (size_t v = 0; v < row.variants; ++v) {
       const Sizes size = sizes(record, v);
       row.layouts[v] = {size.used, size.body, size.state, static_cast<uint8_t>(field_count(record, v)),
-                        static_cast<uint8_t>(field_number_bound(record, v))};
+                        static_cast<uint8_t>(held_fields(record, size.body)), static_cast<uint8_t>(field_number_bound(record, v))};
     }
     row.holds_array = holds_array(record);
     for (size_t i = 0; i < row.fields; ++i) {
