@@ -19,7 +19,7 @@ void array_whole_set(ork_handle* handle, uint32_t instance, void* object, uint8_
 void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8_t** out, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::states_get>(call, object, field)) return;
-  *out = load<uint8_t*>(state_entry(call, object, field) + elements_offset);
+  *out = element_states(state_entry(call, object, field));
 }
 
 // Never past the entry: what follows it belongs to other fields or other objects.
@@ -35,7 +35,7 @@ void array_states_set(ork_handle* handle, uint32_t instance, void* object, const
 uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
-  if (index >= count_of(object, field)) {
+  if (index >= element_count(object, field)) {
     call.fail(ENOENT);
     return 0;
   }
@@ -47,7 +47,7 @@ void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32
                      const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
-  if (index >= count_of(object, field)) return call.fail(ENOENT);
+  if (index >= element_count(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
   uint8_t* elements = element_states(state_entry(call, object, field));
   if (elements != nullptr) store(call, elements + index, value, nullptr);

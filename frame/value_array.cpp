@@ -4,8 +4,8 @@
 namespace frame {
 namespace {
 
-size_t bytes(const Call& call, uint64_t count, const FieldRow& field) {
-  return count * with_element(field.kind, [&](auto element) { return element.size(call); });
+size_t width_of(const Call& call, const FieldRow& field) {
+  return with_element(field.kind, [&](auto element) -> size_t { return element.size(call); });
 }
 
 // Moves the array to a block that reaches up to `index`. False, with the error set, when that cannot be had.
@@ -14,15 +14,16 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
   const uint32_t old_count = element_count(object, field);
   const uint64_t count = uint64_t{index} + 1;
   if (old != nullptr) report_reallocation(field);
-  void* fresh = allocate(call, bytes(call, count, field));
+  const size_t width = width_of(call, field);
+  void* fresh = allocate(call, count * width);
   if (fresh == nullptr) {
     call.fail(ENOMEM);
     return false;
   }
   store(call, field_of(object, field), fresh, object);
-  memset(fresh, 0, bytes(call, count, field));
+  memset(fresh, 0, count * width);
   if (old != nullptr) {
-    memcpy(fresh, old, bytes(call, old_count, field));
+    memcpy(fresh, old, old_count * width);
     release(call, old);
   }
   store_count(call, object, field, count);
@@ -66,7 +67,7 @@ void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return;
   if (element_count(object, field) < count) return call.fail(EINVAL);
-  if (count != 0) memcpy(to, block_of(object, field), bytes(call, count, field));
+  if (count != 0) memcpy(to, block_of(object, field), count * width_of(call, field));
 }
 
 void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t count, uint32_t* err,
@@ -76,17 +77,18 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
   const uint32_t old_count = count_of(object, field);
   if (void* old = block_of(object, field); old != nullptr) release(call, old);
   announce(call, field_of(object, field), sizeof(void*), object);
-  void* block = allocate(call, bytes(call, count, field));
+  const size_t size = count * width_of(call, field);
+  void* block = allocate(call, size);
   put(field_of(object, field), block);
   if (block == nullptr) return call.fail(ENOMEM);
 
   const bool on = tracking<Function::array_set_mem>(handle, field) == Tracking::on;
   if (!tracked_as_asked<Function::array_set_mem, 0>(call, object, field)) {
-    memset(block, 0, bytes(call, count, field));
+    memset(block, 0, size);
     if (old_count > count) store_count(call, object, field, count);
     return;
   }
-  if (count != 0) memcpy(block, from, bytes(call, count, field));
+  if (count != 0) memcpy(block, from, size);
   store_count(call, object, field, count);
   if (!on) {
     if (count != old_count) drop_element_states(call, object, field);
