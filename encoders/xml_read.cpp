@@ -19,7 +19,10 @@ struct Path {
 };
 
 void read_at(const Call& call, const Path& path, const Document& document, void* at, const FieldRow& field) {
-  if (!path.fits) return call.fail(ENOENT);
+  if (!path.fits) {
+    if (!call.failed()) call.fail(ENOENT);
+    return;
+  }
   switch (field.kind) {
     case Kind::record: return from_xml(call, path.text, document, at, frame::child_record(field));
     case Kind::enumeration:
@@ -69,10 +72,9 @@ Then read_array(const Call& call, const char* parent, const Document& document, 
     }
     read_at(call, Path(parent, field.name, static_cast<int>(n)), document, scratch, field);
     const bool found = !call.failed();
-    if (found) {
-      store_element(call, object, n - 1, scratch, field);
-    } else if (field.cls == Class::record_array && *call.err != ENOENT) {
-      frame::destroy_later_fields(call, scratch, frame::child_record(field));
+    if (found) store_element(call, object, n - 1, scratch, field);
+    if (field.cls == Class::record_array && call.failed() && *call.err != ENOENT) {
+      frame::destroy_later_fields(call, scratch, frame::child_record(field));  // what was read there belongs to nobody else
     }
     destroy_scratch(call, scratch, field);
     if (!found) return Then::test;
