@@ -56,7 +56,7 @@ void* control_create(ork_handle* handle, uint32_t instance) { return handle->all
 void* control_create_cr(ork_handle* handle, Control kind, const Bundle& bundle) {
   void* message = handle->cr_error == 0 ? control_create(handle, handle->cr_instance) : nullptr;
   if (message != nullptr) return message;
-  if (handle->cr_error == 0) ork_store_err(handle, ENOMEM);
+  if (handle->cr_error == 0) Call{handle, handle->cr_instance, &handle->cr_error}.fail(ENOMEM);
   return sentinel(kind, bundle);
 }
 

@@ -1,15 +1,10 @@
 // The receive side of a bundle on a handle: idle, or accumulating between start and commit or abort.
-#include <cstdio>
-
 #include "messages/bundle.h"
 
 extern "C" ork_bundle_handler fwe_ui_wayfind_bundle_registered_handler;
 
 namespace messages {
 namespace {
-
-constexpr char module_prefix[] = "fwe_ui_wayfind_";
-constexpr size_t name_size = 128;
 
 void forget_dispatch(ork_handle* handle) {
   handle->bundle_rx_dispatch = nullptr;
@@ -34,10 +29,7 @@ void open_bundle(const Call& call, const Bundle& bundle) {
   if (info != nullptr) {
     trace::raise<Function::start_handler, Form::starting>(bundle.row, info->name, static_cast<const void*>(lut));
   } else {
-    char name[name_size];
-    snprintf(name, sizeof name, "%s%s", module_prefix, bundle.name);
-    trace::raise<Function::start_handler, Form::starting_unnamed>(bundle.row, static_cast<const char*>(name),
-                                                                  static_cast<const void*>(lut));
+    trace::raise<Function::start_handler, Form::starting_unnamed>(bundle.row, bundle.full_name, static_cast<const void*>(lut));
   }
 }
 
@@ -69,9 +61,7 @@ void handle_start(ork_handle* handle, uint32_t instance, void* message, uint32_t
   const Call call{handle, instance, err};
   if (orklib_is_accumulating_bundle(handle) != 0) {
     call.fail(EEXIST);
-    char name[name_size];
-    snprintf(name, sizeof name, "%s%s_bundle_start_message", module_prefix, bundle.name);
-    trace::raise<Function::start_handler, Form::start_inside>(bundle.row, static_cast<const char*>(name));
+    trace::raise<Function::start_handler, Form::start_inside>(bundle.row, bundle.start_name);
   } else {
     open_bundle(call, bundle);
   }

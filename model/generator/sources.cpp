@@ -122,9 +122,11 @@ void write_bundles(const std::string& folder) {
     includes += include(name + "_bundle");
     data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name + "_bundle_handler) fwe_ui_wayfind_" + name + "_bundle_handler;\n";
     data += table(bundle, b);
-    data += "constexpr messages::Bundle bundle_" + std::to_string(b) + "{model::bundle_rows[" + std::to_string(b) + "], \"" + name + "\", {" +
-            prefix + "start_luid, " + prefix + "abort_luid, " + prefix + "commit_luid}, table_" + std::to_string(b) + ", &fwe_ui_wayfind_" +
-            name + "_bundle_registered_handler};\n";
+    const std::string number = std::to_string(b);
+    const std::string full_name = "fwe_ui_wayfind_" + name;
+    data += "constexpr messages::Bundle bundle_" + number + "{\n    model::bundle_rows[" + number + "], \"" + name + "\", \"" + full_name +
+            "\", \"" + full_name + "_bundle_start_message\",\n    {" + prefix + "start_luid, " + prefix + "abort_luid, " + prefix +
+            "commit_luid}, table_" + number + ", &" + full_name + "_bundle_registered_handler};\n";
     code += "ork_bundle_handler fwe_ui_wayfind_" + name + "_bundle_registered_handler;\n";
     code += identity(name + "_bundle_start", bundle.luids.start) + identity(name + "_bundle_abort", bundle.luids.abort) +
             identity(name + "_bundle_commit", bundle.luids.commit);
