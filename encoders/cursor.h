@@ -54,49 +54,54 @@ class Writer {
   int32_t position_ = 0;
 };
 
-// A jump may lead behind the end: positions count on there, but nothing is touched.
+// A jump may lead behind the end: positions count on there, but the place stays at the end and nothing is touched.
 class Reader {
  public:
-  Reader(const uint8_t* buffer, int32_t length) : buffer_(buffer), length_(length < 0 ? 0 : length) {}
+  Reader(const uint8_t* buffer, int32_t length) : here_(buffer), length_(length < 0 ? 0 : length), room_(length_) {}
 
-  const uint8_t* here() const { return buffer_ + (position_ < length_ ? position_ : length_); }
-  int32_t room() const {
-    const int64_t room = length_ - position_;
-    return room < INT32_MIN ? INT32_MIN : static_cast<int32_t>(room);
-  }
-  int64_t position() const { return position_; }
-  uint32_t consumed() const { return static_cast<uint32_t>(position_); }
-  bool at_end() const { return position_ == length_; }
-  bool inside() const { return position_ < length_; }
+  const uint8_t* here() const { return here_; }
+  int32_t room() const { return room_ < INT32_MIN ? INT32_MIN : static_cast<int32_t>(room_); }
+  int64_t position() const { return length_ - room_; }
+  uint32_t consumed() const { return static_cast<uint32_t>(position()); }
   size_t within(uint64_t count) const {
-    const uint64_t room = inside() ? static_cast<uint64_t>(length_ - position_) : 0;
+    const uint64_t room = room_ > 0 ? static_cast<uint64_t>(room_) : 0;
     return count < room ? count : room;
   }
-  void advance(uint64_t bytes) { position_ += static_cast<int64_t>(bytes); }
-  void move_to(int64_t position) { position_ = position; }
+  // Behind bytes that were there to be read.
+  void advance(uint64_t bytes) {
+    here_ += bytes;
+    room_ -= static_cast<int64_t>(bytes);
+  }
+  // By what an image says of itself, which may lead behind the end.
+  void follow(uint64_t bytes) {
+    here_ += within(bytes);
+    room_ -= static_cast<int64_t>(bytes);
+  }
 
-  // False at the end: there is no byte to take, and none is counted.
+  // False at the end: there is no byte to take, and none is counted. Behind it bytes count, but none is taken.
   bool take_state_byte(uint8_t& state) {
-    if (at_end()) return false;
-    const bool read = inside();
-    if (read) state = *here();
-    ++position_;
-    return read;
+    if (room_ > 0) {
+      state = *here_;
+      advance(1);
+      return true;
+    }
+    skip_state_byte();
+    return false;
   }
   void skip_state_byte() {
-    if (!at_end()) ++position_;
+    if (room_ != 0) follow(1);
   }
   void copy(void* to, uint64_t count) {
     const size_t bytes = within(count);
-    if (bytes != 0) memcpy(to, here(), bytes);
+    if (bytes != 0) memcpy(to, here_, bytes);
     advance(bytes);
   }
   void skip(uint64_t count) { advance(within(count)); }
 
  private:
-  const uint8_t* buffer_;
+  const uint8_t* here_;
   int64_t length_;
-  int64_t position_ = 0;
+  int64_t room_;
 };
 
 }  // namespace encoders

@@ -89,11 +89,11 @@ uint32_t flag_set_unmarshal(const Call& call, const uint8_t* buffer, void* objec
   in.advance(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &jump, in.room(), call.err));
   store_header(call, object, variant, type);
   *frame::byte_at(object, frame::at_flag_bits) = *in.here();
-  in.advance(1);
+  in.follow(1);
   const int64_t target = base + static_cast<int32_t>(jump);
   if (target > in.position()) {
     trace::raise<Function::flag_set_unmarshal, Form::jump>(type, in.consumed(), static_cast<uint32_t>(base), jump);
-    in.move_to(target);
+    in.follow(static_cast<uint64_t>(target - in.position()));
   }
   return in.consumed();
 }

@@ -104,7 +104,7 @@ void unmarshal_end(const Call& call, Reader& in, const Image& image, void* objec
   const int64_t target = image.jump_base + static_cast<int32_t>(image.jump);
   if (target > in.position()) {
     trace::raise<Function::unmarshal, Form::jump>(record, in.consumed(), static_cast<uint32_t>(image.jump_base), image.jump);
-    in.move_to(target);
+    in.follow(static_cast<uint64_t>(target - in.position()));
   }
   *frame::byte_at(object, frame::at_variant) = static_cast<uint8_t>(image.variant);
   // Other bits would free or redirect memory.
@@ -112,12 +112,9 @@ void unmarshal_end(const Call& call, Reader& in, const Image& image, void* objec
   frame::store_type(call, object, frame::descriptor(record));
 }
 
-void unmarshal_state(Reader& in, const Image& image, const FieldRow& field) {
-  switch (image.states) {
-    case States::copy: in.take_state_byte(image.block[field.state]); break;
-    case States::skip: in.skip_state_byte(); break;
-    case States::none: break;
-  }
+void take_state(Reader& in, const Image& image, const FieldRow& field) {
+  if (image.states == States::skip) return in.skip_state_byte();
+  in.take_state_byte(image.block[field.state]);
 }
 
 void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field) {

@@ -26,7 +26,10 @@ void unmarshal_base(const Call& call, Reader& in, Image& image, void* object, co
 // Steps over what a newer writer added, then writes the header.
 void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object, const RecordRow& record);
 
-void unmarshal_state(Reader& in, const Image& image, const FieldRow& field);
+void take_state(Reader& in, const Image& image, const FieldRow& field);
+inline void unmarshal_state(Reader& in, const Image& image, const FieldRow& field) {
+  if (image.states != States::none) take_state(in, image, field);
+}
 void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field);
 
 // Makes the array's storage fit the count that has just been read. False when memory was refused: the record is left as it stands.
@@ -47,7 +50,7 @@ void unmarshal_records(const Call& call, Reader& in, const Image& image, void* o
       frame::store_count(call, object, field, i);
       return frame::close_ranks(call, frame::record_block(frame::block_of(object, field), count, field), i, field);
     }
-    in.advance(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
+    in.follow(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
   }
 }
 
@@ -89,11 +92,11 @@ template <size_t I>
   if constexpr (field.cls == Class::text) {
     unmarshal_text(call, in, static_cast<char*>(at), field.width, image.reuse);
   } else if constexpr (field.kind == Kind::record) {
-    in.advance(unmarshal_body<field.type>(call, in.here(), at, in.room(), image.reuse));
+    in.follow(unmarshal_body<field.type>(call, in.here(), at, in.room(), image.reuse));
   } else if constexpr (field.kind == Kind::enumeration) {
-    in.advance(enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
+    in.follow(enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
   } else if constexpr (field.kind == Kind::flag_set) {
-    in.advance(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
+    in.follow(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
   } else {
     in.advance(Coded<field.kind>::unmarshal(call, in.here(), at, in.room(), image.reuse));
   }

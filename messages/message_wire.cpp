@@ -89,13 +89,13 @@ uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const
   }
   encoders::Reader in(buffer, length);
   if (!call.failed()) in.advance(_ork_message_header_unmarshal(handle, instance, buffer, header_of(object), length, err));
-  in.advance(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
+  in.follow(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
     void* record = frame::create_internal(handle, instance, record_of(place));
     put_record(object, place, record);
     if (record == nullptr) call.fail(ENOMEM);
-    if (!call.failed()) in.advance(message.wire[slot].unmarshal(handle, instance, in.here(), record, in.room(), 0, err));
+    if (!call.failed()) in.follow(message.wire[slot].unmarshal(handle, instance, in.here(), record, in.room(), 0, err));
   }
   *out = object;
   return in.consumed();
