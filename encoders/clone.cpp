@@ -15,8 +15,7 @@ void destroy_target(const Call& call, void** slot, const RecordRow& record) {
 }
 void renew_target(const Call& call, void** slot, const RecordRow& record) { frame::renew(call, *slot, record); }
 
-void clone_into(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form,
-                GiveUp give_up) {
+void clone_into(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form, GiveUp give_up) {
   if (!call.begins()) return;
   if (slot == nullptr || ws.bytes == nullptr) return call.fail(ENOENT);
   const uint32_t n = form.marshal_for_clone(call.handle, call.instance, ws.bytes, from, ws.length, call.err);

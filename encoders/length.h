@@ -65,15 +65,17 @@ uint64_t length_body(const Call& call, const void* object) {
   constexpr const RecordRow& record = model::record_rows[R];
   const int variant = frame::variant_of(object);
   uint64_t length = base_length;
-  walk<R>(variant, [&]<size_t I>() __attribute__((always_inline)) {
-    length += field_length<I>(call, object);
-    return true;
-  });
+  walk<R>(
+      variant, [&]<size_t I>() __attribute__((always_inline)) {
+        length += field_length<I>(call, object);
+        return true;
+      });
   if (object == nullptr || frame::tracking<Function::len>(call.handle, record) != Tracking::on) return length;
-  walk<R>(variant, [&]<size_t I>() __attribute__((always_inline)) {
-    length += state_length<I>(object);
-    return true;
-  });
+  walk<R>(
+      variant, [&]<size_t I>() __attribute__((always_inline)) {
+        length += state_length<I>(object);
+        return true;
+      });
   return length;
 }
 

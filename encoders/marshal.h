@@ -95,19 +95,20 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   const uint8_t* states = tracked ? states_to_send(call, object, record) : nullptr;
   const int32_t jump_base = marshal_base(call, out, flags, tracked);
 
-  walk<R>(variant, [&]<size_t I>() __attribute__((always_inline)) {
-    constexpr const FieldRow& field = model::field_rows[I];
-    if constexpr (field.cls == Class::counter) {
-      const auto count = static_cast<typename Coded<field.kind>::Storage>(frame::element_count(object, model::field_rows[I + 1]));
-      out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
-    } else if constexpr (field.array != model::no_type) {
-      marshal_array<I>(call, out, object, states, tracked);
-    } else {
-      marshal_field<I>(call, out, object);
-      if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
-    }
-    return true;
-  });
+  walk<R>(
+      variant, [&]<size_t I>() __attribute__((always_inline)) {
+        constexpr const FieldRow& field = model::field_rows[I];
+        if constexpr (field.cls == Class::counter) {
+          const auto count = static_cast<typename Coded<field.kind>::Storage>(frame::element_count(object, model::field_rows[I + 1]));
+          out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
+        } else if constexpr (field.array != model::no_type) {
+          marshal_array<I>(call, out, object, states, tracked);
+        } else {
+          marshal_field<I>(call, out, object);
+          if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
+        }
+        return true;
+      });
   marshal_jump(call, out, jump_base);
   return out.produced();
 }

@@ -7,7 +7,7 @@
 namespace encoders {
 namespace {
 
-constexpr uint32_t step = 2;            // blanks per level
+constexpr uint32_t step = 2;  // blanks per level
 constexpr size_t element_name_size = 80;
 
 #pragma GCC diagnostic push

@@ -115,27 +115,29 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
   unmarshal_base(call, in, image, object, record);
   uint32_t old_count = 0;
 
-  const bool whole = walk<R>(image.variant, [&]<size_t I>() __attribute__((always_inline)) {
-    constexpr const FieldRow& field = model::field_rows[I];
-    if constexpr (field.cls == Class::counter) {
-      old_count = frame::count_of(object, model::field_rows[I + 1]);
-      in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field), in.room(), reuse));
-      return true;
-    } else if constexpr (field.array != model::no_type) {
-      return unmarshal_array<I>(call, in, image, object, old_count);
-    } else {
-      unmarshal_field<I>(call, in, image, object);
-      unmarshal_state(in, image, field);
-      return true;
-    }
-  });
+  const bool whole = walk<R>(
+      image.variant, [&]<size_t I>() __attribute__((always_inline)) {
+        constexpr const FieldRow& field = model::field_rows[I];
+        if constexpr (field.cls == Class::counter) {
+          old_count = frame::count_of(object, model::field_rows[I + 1]);
+          in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field), in.room(), reuse));
+          return true;
+        } else if constexpr (field.array != model::no_type) {
+          return unmarshal_array<I>(call, in, image, object, old_count);
+        } else {
+          unmarshal_field<I>(call, in, image, object);
+          unmarshal_state(in, image, field);
+          return true;
+        }
+      });
   if (!whole) return 0;
   unmarshal_end(call, in, image, object, record);
   return in.consumed();
 }
 
 template <size_t R>
-uint32_t unmarshal(ork_handle* handle, uint32_t instance, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse, uint32_t* err) {
+uint32_t unmarshal(ork_handle* handle, uint32_t instance, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse,
+                   uint32_t* err) {
   return unmarshal_body<R>({handle, instance, err}, buffer, object, length, reuse);
 }
 

@@ -29,7 +29,8 @@ template <size_t R, size_t V, class Visit>
   if (variant < static_cast<int>(V)) return false;
   return [&]<size_t... I>(std::index_sequence<I...>) __attribute__((always_inline)) {
     return (visit.template operator()<first + I>() && ...);
-  }(std::make_index_sequence<last - first>{});
+  }
+  (std::make_index_sequence<last - first>{});
 }
 template <size_t R, class Visit>
 [[gnu::always_inline]] inline bool walk(int variant, Visit&& visit) {
@@ -37,7 +38,8 @@ template <size_t R, class Visit>
   [&]<size_t... V>(std::index_sequence<V...>) __attribute__((always_inline)) {
     // A variant that the object lacks ends the walk, but not as a failure.
     (void)((variant >= static_cast<int>(V) && (whole = walk_variant<R, V>(variant, visit))) && ...);
-  }(std::make_index_sequence<model::record_rows[R].variants>{});
+  }
+  (std::make_index_sequence<model::record_rows[R].variants>{});
   return whole;
 }
 

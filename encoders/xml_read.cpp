@@ -38,9 +38,8 @@ void read_at(const Call& call, const Path& path, const Document& document, void*
     case Kind::link_type:
     case Kind::ip_address: break;
   }
-  with_primitive(field.kind, [&](auto coded) {
-    coded.from_xml(call, path.text, document.xml, at, document.err_text, document.err_text_len);
-  });
+  with_primitive(field.kind,
+                 [&](auto coded) { coded.from_xml(call, path.text, document.xml, at, document.err_text, document.err_text_len); });
 }
 
 // An array's element is read into an object of its own first.

@@ -136,7 +136,8 @@ void initialize(const Call& call, void* object, const ork_type_info* type, Initi
   }
   const Initialization child{how.notify, how.no_stats, OBJ_NESTED, how.base};
   for (const FieldRow& field : model::fields_of(record)) {
-    if (field.cls == model::Class::value || field.cls == model::Class::object) initialize_field(call, field_of(object, field), child, field);
+    if (field.cls == model::Class::value || field.cls == model::Class::object)
+      initialize_field(call, field_of(object, field), child, field);
   }
 }
 

@@ -45,8 +45,8 @@ inline constinit auto record_entries = make_entries<R>();
 template <size_t R>
 inline constinit ork_variant_info record_variants{static_cast<int8_t>(record_entries<R>.size()), {}, record_entries<R>.data()};
 template <size_t R>
-inline constexpr ork_type_info record_descriptor =
-    describe(model::records[R]->name, model::records[R]->identity.luid, "type", &record_variants<R>);
+inline constexpr ork_type_info record_descriptor = describe(model::records[R]->name, model::records[R]->identity.luid, "type",
+                                                            &record_variants<R>);
 
 // All other types have one variant.
 constexpr ork_variant_entry single_entry(size_t used, size_t slop) {
@@ -74,7 +74,7 @@ inline constinit ork_variant_entry message_entry = single_entry(32 + sizeof(void
 template <size_t M>
 inline constinit ork_variant_info message_variants{1, {}, &message_entry<M>};
 template <size_t M>
-inline constexpr ork_type_info message_descriptor =
-    describe(model::messages[M]->name, model::messages[M]->identity.luid, "message", &message_variants<M>);
+inline constexpr ork_type_info message_descriptor = describe(model::messages[M]->name, model::messages[M]->identity.luid, "message",
+                                                             &message_variants<M>);
 
 }  // namespace frame

@@ -19,8 +19,8 @@ using trace::Function;
 inline constexpr size_t at_variant = 8;
 inline constexpr size_t at_variant_cap = 9;
 inline constexpr size_t at_flags = 10;
-inline constexpr size_t at_value = 12;     // of an enum
-inline constexpr size_t at_flag_bits = 11; // of the flag set
+inline constexpr size_t at_value = 12;      // of an enum
+inline constexpr size_t at_flag_bits = 11;  // of the flag set
 
 inline uint8_t flags_of(const void* object) { return *byte_at(object, at_flags); }
 inline bool has_flag(const void* object, uint8_t flag) { return (flags_of(object) & flag) != 0; }

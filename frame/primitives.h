@@ -10,21 +10,19 @@ namespace frame {
 template <Kind>
 struct Primitive;
 
-#define WAYFIND_PRIMITIVE(family, storage, value)                                                                                    \
-  template <>                                                                                                                        \
-  struct Primitive<Kind::family> {                                                                                                   \
-    using Storage = storage;                                                                                                         \
-    using Value = value;                                                                                                             \
-    static Storage* get(const Call& c, void* at) { return family##_get(c.handle, c.instance, static_cast<Storage*>(at), c.err); }    \
-    static Value get_value(const Call& c, void* at) {                                                                                \
-      return family##_get_value(c.handle, c.instance, static_cast<Storage*>(at), c.err);                                             \
-    }                                                                                                                                \
-    static void set(const Call& c, void* at, const void* from) {                                                                     \
-      family##_set(c.handle, c.instance, static_cast<Storage*>(at), static_cast<const Storage*>(from), c.err);                       \
-    }                                                                                                                                \
-    static void set_value(const Call& c, void* at, Value v) {                                                                        \
-      family##_set_value(c.handle, c.instance, static_cast<Storage*>(at), v, c.err);                                                 \
-    }                                                                                                                                \
+#define WAYFIND_PRIMITIVE(family, storage, value)                                                                                          \
+  template <>                                                                                                                              \
+  struct Primitive<Kind::family> {                                                                                                         \
+    using Storage = storage;                                                                                                               \
+    using Value = value;                                                                                                                   \
+    static Storage* get(const Call& c, void* at) { return family##_get(c.handle, c.instance, static_cast<Storage*>(at), c.err); }          \
+    static Value get_value(const Call& c, void* at) { return family##_get_value(c.handle, c.instance, static_cast<Storage*>(at), c.err); } \
+    static void set(const Call& c, void* at, const void* from) {                                                                           \
+      family##_set(c.handle, c.instance, static_cast<Storage*>(at), static_cast<const Storage*>(from), c.err);                             \
+    }                                                                                                                                      \
+    static void set_value(const Call& c, void* at, Value v) {                                                                              \
+      family##_set_value(c.handle, c.instance, static_cast<Storage*>(at), v, c.err);                                                       \
+    }                                                                                                                                      \
   };
 
 WAYFIND_PRIMITIVE(u_int8, uint8_t, uint8_t)
@@ -58,12 +56,12 @@ template <class Use>
 template <Kind>
 struct Element;
 
-#define WAYFIND_ELEMENT(family)                                                                                                      \
-  template <>                                                                                                                        \
-  struct Element<Kind::family> : Primitive<Kind::family> {                                                                           \
-    static size_t size(const Call& c) { return family##_sizeof(c.handle); }                                                          \
-    static void* create(const Call& c) { return family##_create(c.handle, c.instance); }                                             \
-    static void destroy(const Call& c, void* scratch) { family##_destroy(c.handle, c.instance, static_cast<Storage*>(scratch)); }    \
+#define WAYFIND_ELEMENT(family)                                                                                                   \
+  template <>                                                                                                                     \
+  struct Element<Kind::family> : Primitive<Kind::family> {                                                                        \
+    static size_t size(const Call& c) { return family##_sizeof(c.handle); }                                                       \
+    static void* create(const Call& c) { return family##_create(c.handle, c.instance); }                                          \
+    static void destroy(const Call& c, void* scratch) { family##_destroy(c.handle, c.instance, static_cast<Storage*>(scratch)); } \
   };
 
 WAYFIND_ELEMENT(u_int8)

@@ -11,11 +11,11 @@ enum class Control : uint8_t { start, abort, commit };
 struct Bundle {
   const model::BundleRow& row;
   const char* name;
-  const char* full_name;                   // with the module's name in front
-  const char* start_name;                  // of the start message, in full
-  const uint8_t* luids[3];                 // of start, abort, commit
-  const ork_bundle_message_row* table;     // messages allowed inside, ended by a row of zeros
-  ork_bundle_handler* registered;          // the bundle's own handler slot
+  const char* full_name;                // with the module's name in front
+  const char* start_name;               // of the start message, in full
+  const uint8_t* luids[3];              // of start, abort, commit
+  const ork_bundle_message_row* table;  // messages allowed inside, ended by a row of zeros
+  ork_bundle_handler* registered;       // the bundle's own handler slot
 };
 
 // Control messages.

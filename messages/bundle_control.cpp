@@ -92,8 +92,8 @@ uint32_t control_print(const Call& call, char* buffer, uint32_t length, Control 
   if (call.failed()) return 0;
   TextBuffer out{buffer, length};
   out.position = ork_print_space(call.handle, call.instance, out.start, 0, out.room(), call.err);
-  out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, "bundle %s@%s: <<<<<<<<\n", word(kind),
-                               bundle.name);
+  out.position +=
+      ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, "bundle %s@%s: <<<<<<<<\n", word(kind), bundle.name);
   return out.position;
 }
 

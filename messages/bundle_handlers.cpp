@@ -45,12 +45,11 @@ bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const 
 // The chain of five places; the first handler that exists wins.
 void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& info, ork_bundle_handler linked_in, const Bundle& bundle) {
   using enum Form;
-  const bool called =
-      try_handler<calling_dispatch_handler>(call, ctx, info.bundle_handler, info.name, bundle) ||
-      try_handler<calling_handle_handler>(call, ctx, call.handle->bundle_handler, info.name, bundle) ||
-      try_handler<calling_dispatch_handler, 1>(call, ctx, fwe_ui_wayfind_bundle_registered_handler, info.name, bundle) ||
-      try_handler<calling_registered_handler>(call, ctx, *bundle.registered, info.name, bundle) ||
-      try_handler<calling_linked_handler>(call, ctx, linked_in, info.name, bundle);
+  const bool called = try_handler<calling_dispatch_handler>(call, ctx, info.bundle_handler, info.name, bundle) ||
+                      try_handler<calling_handle_handler>(call, ctx, call.handle->bundle_handler, info.name, bundle) ||
+                      try_handler<calling_dispatch_handler, 1>(call, ctx, fwe_ui_wayfind_bundle_registered_handler, info.name, bundle) ||
+                      try_handler<calling_registered_handler>(call, ctx, *bundle.registered, info.name, bundle) ||
+                      try_handler<calling_linked_handler>(call, ctx, linked_in, info.name, bundle);
   if (!called) trace::raise<Function::commit_handler, no_handler>(bundle.row, info.name);
 }
 

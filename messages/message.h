@@ -95,10 +95,10 @@ uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const
 
 // A received buffer.
 struct Delivery {
-  void* ctx;                       // the caller's, handed on unread
-  void** out;                      // may be null
-  ork_message_handler handler;     // may be null
-  ork_message_handler linked_in;   // the function that a process may define, or null
+  void* ctx;                      // the caller's, handed on unread
+  void** out;                     // may be null
+  ork_message_handler handler;    // may be null
+  ork_message_handler linked_in;  // the function that a process may define, or null
 };
 uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery, const uint8_t* buffer, int32_t length, uint32_t* err,
                    const Message& message);

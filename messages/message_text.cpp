@@ -30,8 +30,8 @@ uint32_t print(const Call& call, char* buffer, const void* object, uint32_t leng
       call.fail(EMSGSIZE);
       break;
     }
-    out.position += encoders::print(call, out.here(), record_indent, name_of(place), record_in(object, place), out.room_bytes(),
-                                    record_of(place));
+    out.position +=
+        encoders::print(call, out.here(), record_indent, name_of(place), record_in(object, place), out.room_bytes(), record_of(place));
   }
   put_space(call, out);
   out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, "}\n");

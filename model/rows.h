@@ -26,19 +26,19 @@ inline constexpr uint8_t no_type = 0xFF;
 // One field. Offsets count from the start of the object, state places from the start of the state block.
 struct FieldRow {
   char name[28];
-  uint16_t index;      // among the fields of all records
+  uint16_t index;  // among the fields of all records
   uint16_t offset;
-  uint16_t width;      // bytes of a text, of an embedded value, or of one element of an array
-  uint16_t state;      // the field's byte, or the entry of an array
-  uint16_t nested;     // the state block of an embedded record
-  uint16_t counter;    // offset of an array's counter
+  uint16_t width;    // bytes of a text, of an embedded value, or of one element of an array
+  uint16_t state;    // the field's byte, or the entry of an array
+  uint16_t nested;   // the state block of an embedded record
+  uint16_t counter;  // offset of an array's counter
   Class cls;
   Kind kind;
   uint8_t variant;
-  uint8_t type;        // row of an embedded or element record, or of an enum or flag set; no_type for primitives
-  uint8_t record;      // row of the record that has the field
-  uint8_t array;       // number of an array among all arrays
-  Kind counter_kind;   // of an array's counter
+  uint8_t type;       // row of an embedded or element record, or of an enum or flag set; no_type for primitives
+  uint8_t record;     // row of the record that has the field
+  uint8_t array;      // number of an array among all arrays
+  Kind counter_kind;  // of an array's counter
 };
 
 // What an object is when `variant_cap` names this variant.
@@ -148,8 +148,12 @@ constexpr auto make_record_rows() {
     row.index = static_cast<uint8_t>(r);
     for (size_t v = 0; v < row.variants; ++v) {
       const Sizes size = sizes(record, v);
-      row.layouts[v] = {size.used, size.body, size.state, static_cast<uint8_t>(field_count(record, v)),
-                        static_cast<uint8_t>(held_fields(record, size.body)), static_cast<uint8_t>(field_number_bound(record, v))};
+      row.layouts[v] = {size.used,
+                        size.body,
+                        size.state,
+                        static_cast<uint8_t>(field_count(record, v)),
+                        static_cast<uint8_t>(held_fields(record, size.body)),
+                        static_cast<uint8_t>(field_number_bound(record, v))};
     }
     row.holds_array = holds_array(record);
     for (size_t i = 0; i < row.fields; ++i) {
@@ -176,9 +180,9 @@ constexpr uint8_t value_count(const FlagSet& type) {
 
 // An enum or flag set: how many values or bits it has and where their texts are.
 struct SmallRow {
-  uint8_t index;       // among the enums and flag sets
+  uint8_t index;  // among the enums and flag sets
   uint8_t values;
-  uint8_t size;        // of an object
+  uint8_t size;  // of an object
   bool is_flag_set;
   char texts[max_values][48];
 };
@@ -211,9 +215,7 @@ struct FieldSpan {
   constexpr const FieldRow* begin() const { return first; }
   constexpr const FieldRow* end() const { return last; }
 };
-constexpr FieldSpan fields_of(const RecordRow& record) {
-  return {&field_rows[record.first], &field_rows[record.first] + record.fields};
-}
+constexpr FieldSpan fields_of(const RecordRow& record) { return {&field_rows[record.first], &field_rows[record.first] + record.fields}; }
 // Those that an object of `variant` has: none when it is negative.
 constexpr FieldSpan fields_of(const RecordRow& record, int variant) {
   const size_t n = variant < 0 ? 0 : record.layouts[variant > record.newest() ? record.newest() : variant].fields;

@@ -70,11 +70,11 @@ struct Field {
   const char* name;
   Class cls;
   Kind kind;
-  uint8_t variant;         // the oldest variant that holds the field
-  uint16_t count;          // characters of a text, else 1
-  const Record* record;    // of an embedded record or a record array
-  const Enum* enumeration; // of an enum
-  const FlagSet* flags;    // of a flag set
+  uint8_t variant;          // the oldest variant that holds the field
+  uint16_t count;           // characters of a text, else 1
+  const Record* record;     // of an embedded record or a record array
+  const Enum* enumeration;  // of an enum
+  const FlagSet* flags;     // of a flag set
   const char* meaning;
 };
 

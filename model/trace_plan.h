@@ -160,27 +160,31 @@ constexpr uint16_t position(Function function, Form form, size_t nth) {
 // Which functions trace for a type, in the order of its functions. ---------------------------------------------------------------------
 
 // Those of the fields stand between the head and the tail: function by function, each over all fields.
-inline constexpr Function record_head_functions[] = {Function::create_internal,       Function::initialize,
-                                                     Function::set_instance_embedded, Function::get_oid_count,
-                                                     Function::get_object_references, Function::destroy_mapping,
-                                                     Function::destroy_internal,      Function::size_of,
-                                                     Function::len,                   Function::record_set};
-inline constexpr Function field_function_order[] = {Function::set,        Function::set_value,  Function::array_set_mem,
-                                                    Function::whole_get,  Function::whole_set,  Function::states_get,
+inline constexpr Function record_head_functions[] = {Function::create_internal,
+                                                     Function::initialize,
+                                                     Function::set_instance_embedded,
+                                                     Function::get_oid_count,
+                                                     Function::get_object_references,
+                                                     Function::destroy_mapping,
+                                                     Function::destroy_internal,
+                                                     Function::size_of,
+                                                     Function::len,
+                                                     Function::record_set};
+inline constexpr Function field_function_order[] = {Function::set,        Function::set_value,      Function::array_set_mem,
+                                                    Function::whole_get,  Function::whole_set,      Function::states_get,
                                                     Function::states_set, Function::state_flag_get, Function::state_flag_set};
 inline constexpr Function record_tail_functions[] = {Function::marshal, Function::unmarshal, Function::to_xml};
-inline constexpr Function small_functions[] = {Function::small_create_internal, Function::small_initialize,
+inline constexpr Function small_functions[] = {Function::small_create_internal,       Function::small_initialize,
                                                Function::small_set_instance_embedded, Function::get_oid_count,
-                                               Function::get_object_references, Function::small_destroy_internal};
+                                               Function::get_object_references,       Function::small_destroy_internal};
 inline constexpr Function bundle_functions[] = {Function::start_handler, Function::abort_handler, Function::commit_handler};
 inline constexpr Function message_head_functions[] = {Function::message_create_shallow, Function::message_create,
                                                       Function::message_destroy};
 inline constexpr Function carried_functions[] = {Function::carried_get, Function::carried_detach, Function::carried_set,
                                                  Function::carried_replace};
 inline constexpr Function message_tail_functions[] = {
-    Function::message_marshal,        Function::message_unmarshal, Function::message_default_handler,
-    Function::message_unmarshal_only, Function::message_record,    Function::message_print,
-    Function::message_to_xml,         Function::message_from_xml};
+    Function::message_marshal, Function::message_unmarshal, Function::message_default_handler, Function::message_unmarshal_only,
+    Function::message_record,  Function::message_print,     Function::message_to_xml,          Function::message_from_xml};
 
 // Whose entry it is.
 enum class Owner : uint8_t { module, record, field, small_type, bundle, message, carried };
@@ -245,8 +249,8 @@ struct CarriedRow {
   uint8_t index;
   uint8_t message;
   uint8_t record;
-  uint8_t slot;       // 0 for the first record of its message
-  uint32_t tag;       // call-site tag for memory accounting
+  uint8_t slot;  // 0 for the first record of its message
+  uint32_t tag;  // call-site tag for memory accounting
 };
 constexpr size_t count_carried() {
   size_t n = 0;
@@ -315,7 +319,8 @@ constexpr void walk_plan(Visit&& visit) {
   for (size_t b = 0; b < bundle_count; ++b) walk(bundle_functions, 2, Owner::bundle, b, visit);
   for (const MessageRow& message : message_rows) {
     walk(message_head_functions, 2, Owner::message, message.index, visit);
-    for (size_t c = message.carried; c < size_t{message.carried} + message.records; ++c) walk(carried_functions, 2, Owner::carried, c, visit);
+    for (size_t c = message.carried; c < size_t{message.carried} + message.records; ++c)
+      walk(carried_functions, 2, Owner::carried, c, visit);
     walk(message_tail_functions, 2, Owner::message, message.index, visit);
   }
 }

@@ -209,35 +209,35 @@ typedef void (*ork_type_info_init_fn)(struct ork_handle *handle, uint32_t instan
  * reached through it. A runtime may keep members of its own behind the last one.
  */
 struct ork_handle {
-    ork_alloc_fn shared_alloc_fn;                 /* from shared_pool; nothing goes back */
-    ork_alloc_fn alloc_fn;                        /* objects and arrays, from mem_pool */
-    ork_free_fn free_fn;                          /* back to mem_pool */
-    ork_write_notify_fn write_notify_fn;          /* never null */
-    ork_counter_notify_fn counter_notify_fn;      /* never null */
-    ork_type_table_add_fn type_table_add_fn;      /* set when shared_types is */
-    ork_type_table_find_fn type_table_find_fn;    /* set when shared_types is */
-    uint32_t shared_types;                        /* 0: private objects; 1: shared storage that the hooks watch */
-    void *mem_pool;                               /* pool argument of alloc_fn, free_fn, counter_notify_fn */
-    void *type_table;                             /* argument of the type table functions */
-    void *shared_pool;                            /* pool argument of shared_alloc_fn */
-    uint32_t bundle_ctx;                          /* sending: 1 while a bundle is open */
-    uint32_t bundle_rx_active;                    /* receiving: 1 while a bundle is open */
+    ork_alloc_fn shared_alloc_fn;                      /* from shared_pool; nothing goes back */
+    ork_alloc_fn alloc_fn;                             /* objects and arrays, from mem_pool */
+    ork_free_fn free_fn;                               /* back to mem_pool */
+    ork_write_notify_fn write_notify_fn;               /* never null */
+    ork_counter_notify_fn counter_notify_fn;           /* never null */
+    ork_type_table_add_fn type_table_add_fn;           /* set when shared_types is */
+    ork_type_table_find_fn type_table_find_fn;         /* set when shared_types is */
+    uint32_t shared_types;                             /* 0: private objects; 1: shared storage that the hooks watch */
+    void *mem_pool;                                    /* pool argument of alloc_fn, free_fn, counter_notify_fn */
+    void *type_table;                                  /* argument of the type table functions */
+    void *shared_pool;                                 /* pool argument of shared_alloc_fn */
+    uint32_t bundle_ctx;                               /* sending: 1 while a bundle is open */
+    uint32_t bundle_rx_active;                         /* receiving: 1 while a bundle is open */
     const struct ork_bundle_message_row *bundle_table; /* sending: the open bundle's table */
-    struct ork_list_head bundle_send_list;        /* sending: what the open bundle holds so far */
-    struct ork_list_head bundle_receive_list;     /* receiving: the members kept until commit */
-    const struct ork_bundle_dispatch_info *bundle_rx_dispatch; /* receiving: found at start */
-    void *bundle_rx_lut;                          /* receiving: the look-up table found at start */
+    struct ork_list_head bundle_send_list;             /* sending: what the open bundle holds so far */
+    struct ork_list_head bundle_receive_list;          /* receiving: the members kept until commit */
+    const struct ork_bundle_dispatch_info *bundle_rx_dispatch;     /* receiving: found at start */
+    void *bundle_rx_lut;                                           /* receiving: the look-up table found at start */
     const struct ork_bundle_dispatch_info *bundle_commit_dispatch; /* receiving: found at commit */
-    ork_bundle_handler bundle_handler;            /* for all bundles of this handle; may be null */
-    const char *domain_name;                      /* for people; never null */
-    uint32_t send_sequence;                       /* goes into each frame; the sender advances it */
-    struct ork_domain domain;                     /* the peer */
-    uint32_t cr_error;                            /* error slot of the calls that take none */
-    uint32_t cr_instance;                         /* instance of the calls that take none */
-    uint32_t cr_active;                           /* 1 only while a create in cr mode runs */
-    struct ork_sttr_info *sttr_info;              /* null: no state tracking */
-    void *hd_mapping;                             /* null: no map from objects to state-byte distances is kept */
-    uint32_t db_recording;                        /* nonzero: the database hooks are told of each object touched */
+    ork_bundle_handler bundle_handler;                             /* for all bundles of this handle; may be null */
+    const char *domain_name;                                       /* for people; never null */
+    uint32_t send_sequence;                                        /* goes into each frame; the sender advances it */
+    struct ork_domain domain;                                      /* the peer */
+    uint32_t cr_error;                                             /* error slot of the calls that take none */
+    uint32_t cr_instance;                                          /* instance of the calls that take none */
+    uint32_t cr_active;                                            /* 1 only while a create in cr mode runs */
+    struct ork_sttr_info *sttr_info;                               /* null: no state tracking */
+    void *hd_mapping;      /* null: no map from objects to state-byte distances is kept */
+    uint32_t db_recording; /* nonzero: the database hooks are told of each object touched */
 };
 
 static_assert(sizeof(struct ork_object) == ORK_OBJECT_HEADER_SIZE, "object header");

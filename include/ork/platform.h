@@ -40,8 +40,7 @@ struct ork_type_list *ork_type_list_parse(const char *text, size_t length, uint3
 struct ork_type_list *ork_type_list_read(const char *path, uint32_t *err, char *err_text, uint32_t err_text_len);
 
 /* What both lists have, each type at the lower number of variants. */
-struct ork_type_list *ork_type_list_common(const struct ork_type_list *a, const struct ork_type_list *b,
-                                           uint32_t *err);
+struct ork_type_list *ork_type_list_common(const struct ork_type_list *a, const struct ork_type_list *b, uint32_t *err);
 
 /* Number of entries. */
 uint32_t ork_type_list_size(const struct ork_type_list *list);

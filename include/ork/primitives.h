@@ -262,8 +262,8 @@ uint32_t ork_boolean_marshal(struct ork_handle *handle, uint32_t instance, uint8
                              int32_t remaining, uint32_t *err);
 
 /* Reads 1 byte. */
-uint32_t ork_boolean_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer,
-                               ork_boolean *target, int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t ork_boolean_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, ork_boolean *target,
+                               int32_t remaining, uint32_t reuse_storage, uint32_t *err);
 
 /* 0 sorts before 1. */
 int32_t ork_boolean_compare(const ork_boolean *a, const ork_boolean *b);
@@ -351,8 +351,8 @@ int32_t ip_address_compare(const struct ork_ip_address *a, const struct ork_ip_a
 uint32_t ip_address_hash(const struct ork_ip_address *value, uint32_t seed);
 
 /* Writes the line of a field: "10.0.0.1/24", "2001:db8::1/64" or "none". */
-uint32_t ip_address_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent,
-                          const char *name, const struct ork_ip_address *value, int32_t remaining, uint32_t *err);
+uint32_t ip_address_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
+                          const struct ork_ip_address *value, int32_t remaining, uint32_t *err);
 
 /* Writes the element of a field. */
 uint32_t ip_address_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,

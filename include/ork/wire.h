@@ -66,8 +66,8 @@ uint32_t _ork_message_header_unmarshal(struct ork_handle *handle, uint32_t insta
  * text, its NUL included. A caller that begins a text puts a NUL at buffer first, or asks for 0 blanks. Works after an
  * error as well.
  */
-uint32_t ork_print_space(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent,
-                         int32_t remaining, uint32_t *err);
+uint32_t ork_print_space(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, int32_t remaining,
+                         uint32_t *err);
 
 /*
  * Prints into buffer, NUL-terminated, and gives the characters written, the NUL not counted. A text that does not fit
@@ -98,8 +98,8 @@ uint32_t end_tag(struct ork_handle *handle, uint32_t instance, char *buffer, con
                  uint32_t *err);
 
 /* Copies length characters of text, and a NUL behind them. Gives length. */
-uint32_t xml_enum_print(struct ork_handle *handle, uint32_t instance, char *buffer, const char *text,
-                        int32_t remaining, uint32_t length, uint32_t *err);
+uint32_t xml_enum_print(struct ork_handle *handle, uint32_t instance, char *buffer, const char *text, int32_t remaining,
+                        uint32_t length, uint32_t *err);
 
 /* Writes the number of nodes that xpath selects to *count. Gives 0, or 22 for a path that is none. */
 uint32_t xml_get_element_nodecount(struct ork_xml *xml, const char *xpath, uint32_t *count);

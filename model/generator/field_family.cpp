@@ -15,8 +15,7 @@ constexpr Family getters_of_state[] = {
      "The field's state byte. Errors: 22 while tracking is off, or for an object without state bytes."},
 };
 constexpr Family setters_of_state[] = {
-    {"_state_flag_set", "void", OBJECT "uint8_t value, uint32_t *err",
-     "frame::state_flag_set(handle, instance, obj, value, err, $I)",
+    {"_state_flag_set", "void", OBJECT "uint8_t value, uint32_t *err", "frame::state_flag_set(handle, instance, obj, value, err, $I)",
      "Writes the field's state byte. Errors: 22 as for the getter, 43 when the variant lacks the field."},
 };
 
@@ -28,8 +27,8 @@ constexpr Family value_family[] = {
     {"_set", "void", OBJECT "const $S *src, uint32_t *err", "frame::set<Kind::$K>(handle, instance, obj, src, err, $I)",
      "Copies the value from src. Errors: 43 when the variant lacks the field; 22, after the write, when the\n"
      "handle tracks and obj does not."},
-    {"_set_value", "void", OBJECT "$V value, uint32_t *err",
-     "frame::set_value<Kind::$K>(handle, instance, obj, value, err, $I)", "Writes the value. Errors: as $T_$F_set."},
+    {"_set_value", "void", OBJECT "$V value, uint32_t *err", "frame::set_value<Kind::$K>(handle, instance, obj, value, err, $I)",
+     "Writes the value. Errors: as $T_$F_set."},
 };
 constexpr Family enum_family[] = {
     {"_get", "$S *", OBJECT "uint32_t *err", "frame::object_get(handle, instance, obj, err, $I)",
@@ -40,8 +39,8 @@ constexpr Family enum_family[] = {
      "Copies an enum object from src. Errors: 43 when the variant lacks the field, or for a value out of range\n"
      "(nothing is written then, but the field counts as touched); 22, after the write, when the handle tracks\n"
      "and obj does not."},
-    {"_set_value", "void", OBJECT "uint32_t value, uint32_t *err",
-     "frame::enum_field_set_value(handle, instance, obj, value, err, $I)", "Writes the enumerator's number. Errors: as $T_$F_set."},
+    {"_set_value", "void", OBJECT "uint32_t value, uint32_t *err", "frame::enum_field_set_value(handle, instance, obj, value, err, $I)",
+     "Writes the enumerator's number. Errors: as $T_$F_set."},
 };
 constexpr Family object_family[] = {
     {"_get", "$S *", OBJECT "uint32_t *err", "frame::object_get(handle, instance, obj, err, $I)",
@@ -51,8 +50,7 @@ constexpr Family object_family[] = {
      "src is newer; 22, after the write, when the handle tracks and obj does not."},
 };
 constexpr Family text_family[] = {
-    {"_get", "void", OBJECT "char *dst, uint32_t dst_size, uint32_t *err",
-     "frame::text_get(handle, instance, obj, dst, dst_size, err, $I)",
+    {"_get", "void", OBJECT "char *dst, uint32_t dst_size, uint32_t *err", "frame::text_get(handle, instance, obj, dst, dst_size, err, $I)",
      "Copies the text into dst, dst_size bytes with the end byte; $W + 1 always suffice. Errors: 22 for a size of 0,\n"
      "28 for a size of at most $W (what fits is delivered, ended), 43 when the variant lacks the field."},
     {"_set", "void", OBJECT "const char *src, uint32_t length, uint32_t *err",
@@ -92,8 +90,7 @@ constexpr Family value_array_family[] = {
      "(frame::array_set({handle, handle->cr_instance, &handle->cr_error}, obj, index, &value, $I), handle->cr_error)",
      "As $T_$F_set of value, with the handle's cr_instance and cr_error, which it gives back."},
     {"_set_value", "void", OBJECT "uint32_t index, $V value, uint32_t *err",
-     "frame::array_set_value({handle, instance, err}, obj, index, value, $I)",
-     "Writes element index; grows and fails as $T_$F_set does."},
+     "frame::array_set_value({handle, instance, err}, obj, index, value, $I)", "Writes element index; grows and fails as $T_$F_set does."},
     {"_set_mem", "void", OBJECT "const $S *src, uint32_t count, uint32_t *err",
      "frame::array_set_mem(handle, instance, obj, src, count, err, $I)",
      "Replaces the whole array by count elements from src. The old array is gone even when that fails. Errors:\n"
@@ -123,15 +120,13 @@ constexpr Family array_states[] = {
     {"_state_flag_whole_set", "void", OBJECT "uint8_t value, uint32_t *err",
      "frame::array_whole_set(handle, instance, obj, value, err, $I)",
      "Writes it. Errors: 22 as for the getter, 43 when the variant lacks the field."},
-    {"_state_flag_get_arr", "void", OBJECT "uint8_t **out, uint32_t *err",
-     "frame::array_states_get(handle, instance, obj, out, err, $I)",
+    {"_state_flag_get_arr", "void", OBJECT "uint8_t **out, uint32_t *err", "frame::array_states_get(handle, instance, obj, out, err, $I)",
      "Where the state bytes of the elements lie, one each; may be null. obj keeps them. Errors: 22 as above."},
     {"_state_flag_set_arr", "void", OBJECT "const uint8_t *src, uint32_t count, uint32_t *err",
      "frame::array_states_set(handle, instance, obj, src, count, err, $I)",
      "Writes count bytes to the start of the array's state entry, which is not where the getter of the same name\n"
      "reads; at most 16 are written. Errors: 2 when count is not the array's, 22 and 43 as above."},
-    {"_state_flag_get", "uint8_t", OBJECT "uint32_t index, uint32_t *err",
-     "frame::array_state_get(handle, instance, obj, index, err, $I)",
+    {"_state_flag_get", "uint8_t", OBJECT "uint32_t index, uint32_t *err", "frame::array_state_get(handle, instance, obj, index, err, $I)",
      "The state byte of element index. Errors: 2 when there is no such element, 22 as above."},
     {"_state_flag_set", "void", OBJECT "uint32_t index, uint8_t value, uint32_t *err",
      "frame::array_state_set(handle, instance, obj, index, value, err, $I)",

@@ -57,7 +57,9 @@ class Header {
   void add(const Functions& functions) {
     for (const Function& function : functions) text_ += comment(function.doc) + prototype(function);
   }
-  void title(const std::string& text) { text_ += "/* ---- " + text + " " + std::string(text.size() < 90 ? 90 - text.size() : 1, '-') + " */\n\n"; }
+  void title(const std::string& text) {
+    text_ += "/* ---- " + text + " " + std::string(text.size() < 90 ? 90 - text.size() : 1, '-') + " */\n\n";
+  }
   void write() {
     text_ += "#ifdef __cplusplus\n}\n#endif\n\n#endif\n";
     write_file(path_, text_);
@@ -186,8 +188,9 @@ void write_message(const std::string& folder, size_t index) {
   header.open();
   descriptor_line(header, name + "_message");
   luid_lines(header, name);
-  header.say("A process may define this function: it is then given every message of this kind that no other handler was\n"
-             "named for, and owns it. The library only refers to it.");
+  header.say(
+      "A process may define this function: it is then given every message of this kind that no other handler was\n"
+      "named for, and owns it. The library only refers to it.");
   header.line("void fwe_ui_wayfind_" + name +
               "_message_handler(struct ork_handle *handle, uint32_t instance, void *ctx, void *msg, uint32_t *err);\n");
   header.add(message_functions(index));
@@ -208,8 +211,9 @@ void write_bundle(const std::string& folder, size_t index) {
   for (const char* kind : {"start", "abort", "commit"}) luid_lines(header, name + "_bundle_" + kind);
   header.say("The bundle's own handler, null when none is registered. Written by the two registration functions.");
   header.line("extern ork_bundle_handler fwe_ui_wayfind_" + name + "_bundle_registered_handler;\n");
-  header.say("A process may define this function: a committed bundle goes to it when no handler is registered anywhere. The\n"
-             "library only refers to it.");
+  header.say(
+      "A process may define this function: a committed bundle goes to it when no handler is registered anywhere. The\n"
+      "library only refers to it.");
   header.line("void fwe_ui_wayfind_" + name + "_bundle_handler(struct ork_handle *handle, uint32_t instance, void *ctx, uint32_t *err);\n");
   header.add(bundle_functions(index));
   header.write();

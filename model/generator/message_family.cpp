@@ -10,8 +10,8 @@ constexpr Family message_objects[] = {
     {"_create", "struct $M *", "struct ork_handle *handle, uint32_t instance", "messages::create(handle, instance, $R)",
      "Makes a new message with its record or records, which it owns. The caller owns the message.\n"
      "Null when there is no memory; no error is stored then."},
-    {"_create_shallow", "struct $M *", "struct ork_handle *handle, uint32_t instance",
-     "messages::create_shallow(handle, instance, $R)", "As $M_create, without a record."},
+    {"_create_shallow", "struct $M *", "struct ork_handle *handle, uint32_t instance", "messages::create_shallow(handle, instance, $R)",
+     "As $M_create, without a record."},
     {"_create_cr", "struct $M *", "struct ork_handle *handle", "messages::create_cr(handle, $R)",
      "As $M_create with the handle's cr_instance; the message's sentinel without memory or with cr_error set."},
     {"_destroy", "void", HANDLE "struct $M *msg", "messages::destroy(handle, instance, msg, $R)",
@@ -149,8 +149,7 @@ constexpr Family registration[] = {
     {"_bundle_handler_register", "ork_bundle_handler", "ork_bundle_handler handler",
      "messages::exchange(fwe_ui_wayfind_$B_bundle_registered_handler, handler)",
      "Stores the bundle's own handler and gives back the one before."},
-    {"_bundle_handler_unregister", "ork_bundle_handler", "void",
-     "messages::exchange(fwe_ui_wayfind_$B_bundle_registered_handler, nullptr)",
+    {"_bundle_handler_unregister", "ork_bundle_handler", "void", "messages::exchange(fwe_ui_wayfind_$B_bundle_registered_handler, nullptr)",
      "Takes the bundle's own handler away and gives it back."},
 };
 

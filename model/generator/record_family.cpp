@@ -34,8 +34,7 @@ constexpr Family before_values[] = {
      "A null obj is traced and left alone."},
     {"_sizeof", "uint32_t", "struct ork_handle *handle", "frame::size_of(handle, $R)",
      "Bytes to allocate for a record: $b, with state tracking on $w."},
-    {"_sizeof_internal", "uint32_t",
-     "struct ork_handle *handle, const struct $T *obj, uint32_t with_state, uint32_t state_only",
+    {"_sizeof_internal", "uint32_t", "struct ork_handle *handle, const struct $T *obj, uint32_t with_state, uint32_t state_only",
      "frame::size_of_internal(handle, obj, with_state, state_only, $R)",
      "Bytes of a record's body; with state tracking on, with_state nonzero adds its state bytes and state_only\n"
      "nonzero gives them alone (0 with tracking off). obj, if not null, says by its header which layout counts."},
@@ -45,8 +44,8 @@ constexpr Family before_values[] = {
     {"_destroy_internal", "void", "struct ork_handle *handle, uint32_t instance, struct $T *obj, uint32_t free_storage",
      "frame::destroy_internal(handle, instance, obj, free_storage, $R)",
      "As $T_destroy; with free_storage 0 the record's own block stays, as for a record inside another."},
-    {"_destroy_cr", "void", "struct ork_handle *handle, struct $T *obj",
-     "frame::destroy_internal(handle, handle->cr_instance, obj, 1, $R)", "As $T_destroy with the handle's cr_instance."},
+    {"_destroy_cr", "void", "struct ork_handle *handle, struct $T *obj", "frame::destroy_internal(handle, handle->cr_instance, obj, 1, $R)",
+     "As $T_destroy with the handle's cr_instance."},
     {"_is_valid_cr", "uint32_t", "struct ork_handle *handle, const struct $T *obj, uint32_t field_number, uint32_t flags",
      "frame::is_valid_cr(handle, obj, field_number, flags, $R)",
      "Whether a field number is in use: 1 or 0. Numbers run from 0 in field order, with one number more at each\n"
@@ -98,8 +97,7 @@ constexpr Family after_values[] = {
      "the record's layout are stepped over. reuse_storage nonzero keeps array blocks whose count has not\n"
      "changed. Errors: 90 for a short buffer, 12 for no memory; the record can always be destroyed."},
     {"_len", "uint32_t", "struct ork_handle *handle, uint32_t instance, const struct $T *obj",
-     "encoders::length<$r>(handle, instance, obj)",
-     "Bytes to reserve for the wire image of obj, or of an empty record when obj is null."},
+     "encoders::length<$r>(handle, instance, obj)", "Bytes to reserve for the wire image of obj, or of an empty record when obj is null."},
     {"_len_cr", "uint32_t", "struct ork_handle *handle, const struct $T *obj", "encoders::length_cr<$r>(handle, obj)",
      "As $T_len with the handle's cr_instance; 0 when cr_error is set."},
     {"_compare", "int32_t", "const struct $T *a, const struct $T *b", "encoders::compare(a, b, $R)",

@@ -60,8 +60,9 @@ std::string field_tables() {
       const bool typed = row.type != model::no_type;
       const bool of_record = row.kind == model::Kind::record;
       text += "    {" + quoted(field.name) + ", " + quoted(field.meaning) + ", " + class_word(row.cls) + ", " + kind_word(row.kind) + ", " +
-              (typed ? quoted(type_name(row)) : "0") + ", " + number(row.variant) + ", " + number(row.offset) + ", " + number(row.width) + ", " +
-              number(row.state) + ", " + number(row.nested) + ", " + (of_record ? "&wayfind_records[" + number(row.type) + "]" : "0") + ", " +
+              (typed ? quoted(type_name(row)) : "0") + ", " + number(row.variant) + ", " + number(row.offset) + ", " + number(row.width) +
+              ", " + number(row.state) + ", " + number(row.nested) + ", " +
+              (of_record ? "&wayfind_records[" + number(row.type) + "]" : "0") + ", " +
               (typed && !of_record ? "&wayfind_small_types[" + number(row.type) + "]" : "0") + ", field_functions_" + number(row.index) +
               "},\n";
     }
@@ -116,8 +117,8 @@ std::string message_tables() {
   for (const model::MessageRow& row : model::message_rows) {
     const model::Message& message = *model::messages[row.index];
     const std::string name = message.name;
-    text += "    {" + quoted(name) + ", " + quoted(message.meaning) + ", message_" + name + "_luid, message_" + name + "_luid_text, message_" +
-            name + "_name, &_" + name + "_message_type_info_internal, " + number(row.records) + ", {";
+    text += "    {" + quoted(name) + ", " + quoted(message.meaning) + ", message_" + name + "_luid, message_" + name +
+            "_luid_text, message_" + name + "_name, &_" + name + "_message_type_info_internal, " + number(row.records) + ", {";
     for (size_t c = 0; c < row.records; ++c) {
       text += std::string(c == 0 ? "" : ", ") + "&wayfind_records[" + number(model::carried_rows[row.carried + c].record) + "]";
     }
@@ -156,8 +157,8 @@ std::string bundle_tables() {
 
 void write_schema(const std::string& folder) {
   write_file(folder + "/wayfind_schema.c",
-             "#include \"tools/schema/wayfind_schema.h\"\n\n#include \"fwe_ui_wayfind/fwe_ui_wayfind.h\"\n\n" + field_tables() + record_tables() +
-                 small_tables() + message_tables() + bundle_tables());
+             "#include \"tools/schema/wayfind_schema.h\"\n\n#include \"fwe_ui_wayfind/fwe_ui_wayfind.h\"\n\n" + field_tables() +
+                 record_tables() + small_tables() + message_tables() + bundle_tables());
 }
 
 }  // namespace generator

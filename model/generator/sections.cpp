@@ -94,8 +94,9 @@ std::string trace_sections() {
   std::string out;
   for (size_t s = 0; s < 3; ++s) {
     const std::string symbol = "wayfind_trace_section_" + std::to_string(s);
-    out += std::string("\t.section .flight_luids_") + section_ids[s] + ",\"a\",@progbits\n\t.p2align 3\n\t.globl " + symbol + "\n\t.hidden " + symbol +
-           "\n" + symbol + ":" + assembler_bytes(little_endian(1, 2) + little_endian(s, 2) + binary(section_ids[s]) + index[s]);
+    out += std::string("\t.section .flight_luids_") + section_ids[s] + ",\"a\",@progbits\n\t.p2align 3\n\t.globl " + symbol +
+           "\n\t.hidden " + symbol + "\n" + symbol + ":" +
+           assembler_bytes(little_endian(1, 2) + little_endian(s, 2) + binary(section_ids[s]) + index[s]);
   }
   return out + unloaded(".flight_format_strings", compress(texts[0] + texts[1] + texts[2])) +
          unloaded(".flight_decoder", std::string(reinterpret_cast<const char*>(decoder), sizeof decoder));
@@ -104,7 +105,8 @@ std::string trace_sections() {
 // LUID, definition, kind, highest variant and size of one type.
 std::string digest_line(const model::Identity& identity, const char* kind, size_t variants, size_t used) {
   char text[96];
-  std::snprintf(text, sizeof text, "%s:%s%s%03zu:%05zuN\n", identity.luid, identity.definition, kind, variants - 1, model::round_up(used, 8));
+  std::snprintf(text, sizeof text, "%s:%s%s%03zu:%05zuN\n", identity.luid, identity.definition, kind, variants - 1,
+                model::round_up(used, 8));
   return text;
 }
 
@@ -130,8 +132,8 @@ std::string digest() {
 
 // Says nothing of the machine that builds, so that one source always gives one file; the comment fills the record up.
 std::string build_record(const std::string& date) {
-  const std::string head = "fwe_ui_wayfind\npkg_id: " + std::string(40, '0') + "\nbuilt by: wayfind\non host: any\npid: 0\nat: " + date +
-                           "\ncomment: ";
+  const std::string head =
+      "fwe_ui_wayfind\npkg_id: " + std::string(40, '0') + "\nbuilt by: wayfind\non host: any\npid: 0\nat: " + date + "\ncomment: ";
   const size_t tail = 2;  // line feed, zero byte
   const size_t blanks = head.size() + tail < build_record_size ? build_record_size - head.size() - tail : 0;
   return head + std::string(blanks, ' ') + '\n' + '\0';
@@ -147,8 +149,7 @@ std::string manifest_entry(uint32_t kind, const std::string& payload) {
 
 void write_sections(const std::string& folder, const std::string& date) {
   const std::string manifest = manifest_entry(2, digest()) + manifest_entry(1, build_record(date));
-  write_file(folder + "/sections.s",
-             trace_sections() + unloaded(".manifest", manifest) + "\t.section .note.GNU-stack,\"\",@progbits\n");
+  write_file(folder + "/sections.s", trace_sections() + unloaded(".manifest", manifest) + "\t.section .note.GNU-stack,\"\",@progbits\n");
 }
 
 }  // namespace generator

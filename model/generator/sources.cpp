@@ -29,8 +29,8 @@ std::string definitions(const Functions& functions) {
 }
 
 std::string file(const std::string& includes, const std::string& data, const std::string& exported) {
-  return "#include \"model/exports.h\"\n" + includes + "\n" + data + "\nextern \"C\" {\n#pragma GCC visibility push(default)\n\n" + exported +
-         "\n#pragma GCC visibility pop\n}\n";
+  return "#include \"model/exports.h\"\n" + includes + "\n" + data + "\nextern \"C\" {\n#pragma GCC visibility push(default)\n\n" +
+         exported + "\n#pragma GCC visibility pop\n}\n";
 }
 
 void write_records(const std::string& folder, size_t part) {
@@ -88,9 +88,10 @@ void write_messages(const std::string& folder) {
     const std::string name = model::messages[m]->name;
     const model::MessageRow& row = model::message_rows[m];
     includes += include(name + "_message");
-    data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name + "_message_handler) fwe_ui_wayfind_" + name + "_message_handler;\n";
-    data += "constexpr messages::Message message_" + std::to_string(m) + "{model::message_rows[" + std::to_string(m) + "], message_" + name +
-            "_luid, message_" + name + "_name, {";
+    data +=
+        "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name + "_message_handler) fwe_ui_wayfind_" + name + "_message_handler;\n";
+    data += "constexpr messages::Message message_" + std::to_string(m) + "{model::message_rows[" + std::to_string(m) + "], message_" +
+            name + "_luid, message_" + name + "_name, {";
     for (size_t c = row.carried; c < size_t{row.carried} + row.records; ++c) {
       data += std::string(c == row.carried ? "" : ", ") + "messages::record_wire<" + std::to_string(model::carried_rows[c].record) + ">()";
     }
@@ -105,7 +106,8 @@ std::string table(const model::Bundle& bundle, size_t index) {
   for (const model::Member& member : bundle.members) {
     if (member.message == nullptr) break;
     const std::string name = member.message->name;
-    text += "    {message_" + name + "_luid, message_" + name + "_name, " + (member.occurs == model::Occurs::repeatedly ? "1" : "0") + "},\n";
+    text +=
+        "    {message_" + name + "_luid, message_" + name + "_name, " + (member.occurs == model::Occurs::repeatedly ? "1" : "0") + "},\n";
   }
   return text + "    {message_ui_req_msg_luid, message_ui_req_msg_name, 0},\n    {nullptr, nullptr, 0}};\n";
 }

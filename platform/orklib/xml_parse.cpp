@@ -91,9 +91,9 @@ ork_xml *parse(std::string_view original, uint32_t *err, char *err_text, uint32_
     parser->_private = &attempt;
     parser->sax->internalSubset = refuse_document_type;
     parser->sax->serror = keep_first_error;
-    xmlDoc *document = xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
-                                         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
-                                             XML_PARSE_BIG_LINES);
+    xmlDoc *document =
+        xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
+                          XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_BIG_LINES);
     if (document == nullptr || attempt.has_document_type) {
         xmlFreeDoc(document);
         *err = EINVAL;

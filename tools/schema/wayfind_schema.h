@@ -14,7 +14,14 @@ extern "C" {
 #endif
 
 /* The access class of a field. */
-enum wayfind_class { WAYFIND_VALUE, WAYFIND_OBJECT, WAYFIND_TEXT, WAYFIND_COUNTER, WAYFIND_VALUE_ARRAY, WAYFIND_RECORD_ARRAY };
+enum wayfind_class {
+    WAYFIND_VALUE,
+    WAYFIND_OBJECT,
+    WAYFIND_TEXT,
+    WAYFIND_COUNTER,
+    WAYFIND_VALUE_ARRAY,
+    WAYFIND_RECORD_ARRAY
+};
 
 /* What a field or an array's element is made of. */
 enum wayfind_kind {
