@@ -1,9 +1,7 @@
 // Making records: allocation, the header, statistics, the base of the state bytes, and the fields that are objects.
-#include "frame/lifecycle.h"
+#include "frame/make.h"
 #include "frame/primitives.h"
-#include "frame/small_type.h"
 #include "frame/state.h"
-#include "frame/typeinfo.h"
 
 namespace frame {
 namespace {
@@ -19,11 +17,6 @@ constexpr auto sentinel_offsets = [] {
   return offsets;
 }();
 alignas(8) uint8_t sentinels[sentinel_offset(model::record_count)];
-
-size_t allocation_size(const ork_handle* handle, const RecordRow& record) {
-  const Layout& layout = record.newest_layout();
-  return tracking<Function::size_of>(handle, record) == Tracking::on ? layout.body + layout.state : layout.body;
-}
 
 // The base that embedded records take theirs from. False when a nested object was given none.
 bool find_state_base(const Call& call, void* object, uint8_t*& base, const RecordRow& record) {
@@ -76,7 +69,11 @@ void initialize_field(const Call& call, void* at, const Initialization& how, con
 
 void* sentinel(const RecordRow& record) { return &sentinels[sentinel_offsets[record.index]]; }
 
-uint32_t size_of(const ork_handle* handle, const RecordRow& record) { return static_cast<uint32_t>(allocation_size(handle, record)); }
+uint32_t size_of(const ork_handle* handle, const RecordRow& record) {
+  const Layout& layout = record.newest_layout();
+  const bool on = tracking<Function::size_of>(handle, record) == Tracking::on;
+  return on ? uint32_t{layout.body} + layout.state : layout.body;
+}
 
 uint32_t size_of_internal(const ork_handle* handle, const void* object, uint32_t with_state, uint32_t state_only, const RecordRow& record) {
   const Tracking mode = tracking<Function::size_of>(handle, record);
@@ -101,25 +98,7 @@ void* create_cr(ork_handle* handle, const RecordRow& record) {
 }
 
 void* create_internal(ork_handle* handle, uint32_t instance, const RecordRow& record) {
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
-  void* object = nullptr;
-  if (handle->cr_active == 0 || handle->cr_error == 0) object = allocate(call, allocation_size(handle, record));
-  if (object != nullptr) {
-    memset(object, 0, allocation_size(handle, record));
-    initialize(call, object, descriptor(record), {1, 0, 0, nullptr}, record);
-    if (local != 0) {
-      trace::raise<Function::create_internal, Form::create_failed>(record, strerror(static_cast<int>(local)));
-      release(call, object);
-      return nullptr;
-    }
-  } else if (handle->cr_active != 0) {
-    object = sentinel(record);
-    if (handle->cr_error == 0) ork_store_err(handle, ENOMEM);
-  }
-  contain(call, object, nullptr);
-  if (watched(call)) orkdb_plat_set_dirty(handle, instance, object);
-  return object;
+  return make<Function::create_internal, Form::create_failed>(handle, instance, record);
 }
 
 void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how, const RecordRow& record) {

@@ -1,6 +1,6 @@
 #include "frame/small_type.h"
 
-#include "frame/typeinfo.h"
+#include "frame/make.h"
 #include "frame/value_field.h"
 
 namespace frame {
@@ -9,30 +9,12 @@ namespace {
 constexpr size_t largest = 24;
 alignas(8) uint8_t sentinels[model::small_type_count][largest];
 
-void* sentinel(const SmallRow& type) { return sentinels[type.index]; }
-
 }  // namespace
 
+void* sentinel(const SmallRow& type) { return sentinels[type.index]; }
+
 void* small_create_internal(ork_handle* handle, uint32_t instance, const SmallRow& type) {
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
-  void* object = nullptr;
-  if (handle->cr_active == 0 || handle->cr_error == 0) object = allocate(call, type.size);
-  if (object != nullptr) {
-    memset(object, 0, type.size);
-    initialize(call, object, descriptor(type), {1, 0, 0, nullptr}, type);
-    if (local != 0) {
-      trace::raise<Function::small_create_internal, Form::small_create_failed>(type, strerror(static_cast<int>(local)));
-      release(call, object);
-      return nullptr;
-    }
-  } else if (handle->cr_active != 0) {
-    object = sentinel(type);
-    if (handle->cr_error == 0) ork_store_err(handle, ENOMEM);
-  }
-  contain(call, object, nullptr);
-  if (watched(call)) orkdb_plat_set_dirty(handle, instance, object);
-  return object;
+  return make<Function::small_create_internal, Form::small_create_failed>(handle, instance, type);
 }
 
 void* small_create_cr(ork_handle* handle, const SmallRow& type) {

@@ -10,6 +10,8 @@ inline uint32_t enum_value(const void* object) { return load<uint32_t>(byte_at(o
 inline uint8_t flag_bits(const void* object) { return *byte_at(object, at_flag_bits); }
 
 constexpr int32_t small_index_cap(int32_t variant) { return static_cast<int8_t>(variant) < 0 ? variant : 0; }
+constexpr uint32_t size_of(const ork_handle*, const SmallRow& type) { return type.size; }
+void* sentinel(const SmallRow& type);
 void* small_create_internal(ork_handle* handle, uint32_t instance, const SmallRow& type);
 void* small_create_cr(ork_handle* handle, const SmallRow& type);
 void initialize(const Call& call, void* object, const ork_type_info* info, Initialization how, const SmallRow& type);

@@ -1,0 +1,36 @@
+// How every object is made, be it a record, an enum or a flag set.
+#pragma once
+
+#include <cstring>
+
+#include "frame/lifecycle.h"
+#include "frame/small_type.h"
+#include "frame/typeinfo.h"
+
+namespace frame {
+
+// In cr mode a failure gives the sentinel of the type, else null. The size is worked out for each use: the tracking mode may change between.
+template <Function F, Form failed, class Row>
+void* make(ork_handle* handle, uint32_t instance, const Row& type) {
+  uint32_t local = 0;
+  const Call call{handle, instance, &local};
+  void* object = nullptr;
+  if (handle->cr_active == 0 || handle->cr_error == 0) object = allocate(call, size_of(handle, type));
+  if (object != nullptr) {
+    memset(object, 0, size_of(handle, type));
+    initialize(call, object, descriptor(type), {1, 0, 0, nullptr}, type);
+    if (local != 0) {
+      trace::raise<F, failed>(type, strerror(static_cast<int>(local)));
+      release(call, object);
+      return nullptr;
+    }
+  } else if (handle->cr_active != 0) {
+    object = sentinel(type);
+    if (handle->cr_error == 0) ork_store_err(handle, ENOMEM);
+  }
+  contain(call, object, nullptr);
+  if (watched(call)) orkdb_plat_set_dirty(handle, instance, object);
+  return object;
+}
+
+}  // namespace frame
