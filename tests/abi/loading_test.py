@@ -6,8 +6,8 @@ from subject import SANITIZED, built
 
 NEEDED, SONAME, SYMBOLIC, TEXTREL, FLAGS = 1, 14, 16, 22, 30
 INIT, FINI, INIT_ARRAY_SIZE, FINI_ARRAY_SIZE, PREINIT_ARRAY = 12, 13, 27, 28, 32
-FLAG_SYMBOLIC, FLAG_TEXTREL = 2, 4
-LOAD, STACK = 1, 0x6474E551
+FLAG_SYMBOLIC, FLAG_TEXTREL, FLAG_BIND_NOW = 2, 4, 8
+LOAD, STACK, READ_ONLY_AFTER_LOAD = 1, 0x6474E551, 0x6474E552
 
 PLATFORM = {"orklib", "flight", "tawny", "superfasthash", "ctl_link", "feat_defs", "show_base", "card_stats", "port_common",
             "match_trace_common", "show_core"}
@@ -40,6 +40,13 @@ class Loading(unittest.TestCase):
     def test_exported_objects_can_be_replaced_and_code_is_never_relocated(self):
         self.assertEqual(values(SYMBOLIC) + values(TEXTREL), [])
         self.assertEqual(sum(values(FLAGS)) & (FLAG_SYMBOLIC | FLAG_TEXTREL), 0)
+
+    def test_tables_are_read_only_once_loaded(self):
+        (start, size), = [(address, size) for kind, _, _, address, _, _, size, _ in built.segments if kind == READ_ONLY_AFTER_LOAD]
+        for name in (".data.rel.ro", ".got"):
+            section = built.sections[name]
+            self.assertTrue(start <= section.address and section.address + section.size <= start + size, name)
+        self.assertTrue(sum(values(FLAGS)) & FLAG_BIND_NOW, "the table of functions is filled at load")
 
     def test_no_segment_is_both_written_and_executed(self):
         for kind, flags, *_ in built.segments:

@@ -278,6 +278,7 @@ TEST_P(ControlMessage, CrCreateGivesTheSentinel) {
         EXPECT_CALLS(log, {"alloc_fn(9,0)=null", "ork_store_err(12)"});
     }
     ASSERT_NE(sentinel, nullptr);
+    EXPECT_EQ(handle->cr_error, 12u);
     handle->cr_error = 5;
     {
         const spy::Log log;

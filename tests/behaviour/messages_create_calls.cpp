@@ -87,36 +87,26 @@ TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTableAndAreCountedThere) {
             std::vector<std::vector<std::string>> calls;
             for (const Create create : {by_hand_create, made_create}) {
                 Stage stage(message, ORK_TRACKING_OFF);
-                ork_variant_entry entries[1] = {message.schema().type->varinfo->entries[0]};
-                entries[0].create_count = 10;
-                entries[0].destroy_count = 4;
-                ork_variant_info varinfo{1, {}, entries};
-                ork_type_info copy = *message.schema().type;
-                copy.varinfo = &varinfo;
-                copy.shared = shared;
-                const auto find =
-                    spy::replace(ork_type_info_ptr_get, [&](ork_handle *, uint32_t, const ork_type_info *type, ork_type_info_init_fn) {
-                        return type == message.schema().type ? &copy : type;
-                    });
-                spy::name_at(&entries[0].create_count, "copy's create_count");
-                spy::name_at(&entries[0].destroy_count, "copy's destroy_count");
-                stage.handle()->shared_types = 2;  // shared storage that no hook watches
+                spied::OwnDescriptor own(message, stage.handle(), shared);
+                own.entry.create_count = 10;
+                own.entry.destroy_count = 4;
+                spy::name_at(&own.entry.create_count, "copy's create_count");
+                spy::name_at(&own.entry.destroy_count, "copy's destroy_count");
                 void *msg;
                 {
                     const spy::Log log;
                     msg = create(message, stage.handle(), instance);
                     calls.push_back(log.calls());
                 }
-                EXPECT_EQ(ork_get_manifested_type_info(msg), &copy);
-                EXPECT_EQ(entries[0].create_count, 11u);
+                EXPECT_EQ(ork_get_manifested_type_info(msg), &own.type);
+                EXPECT_EQ(own.entry.create_count, 11u);
                 const spy::Log log;
                 message.destroy(stage.handle(), instance, msg);
-                EXPECT_EQ(entries[0].destroy_count, 5u);
+                EXPECT_EQ(own.entry.destroy_count, 5u);
                 EXPECT_CALLS(log.calls_of({"counter_notify_fn"}), {"counter_notify_fn(copy's destroy_count,1,7)"});
                 const Outcome outcome = stage.outcome(log, 0, nullptr);
                 EXPECT_EQ(outcome.created, 0u) << "the static descriptor";
                 EXPECT_EQ(outcome.destroyed, 0u);
-                stage.handle()->shared_types = 0;
             }
             EXPECT_CALLS(calls[1], calls[0]);
             EXPECT_EQ(calls[1].front(), "alloc_fn(7," + object_size + ")=new1");
@@ -132,29 +122,18 @@ TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTableAndAreCountedThere) {
 
 TEST_P(MessageCreate, NegativeVariantCountIsTracedAndSurvived) {
     Stage stage(message, ORK_TRACKING_OFF);
-    // The descriptor itself is constant: a copy with a block of its own stands in, as in shared storage.
-    static ork_variant_entry entries[1];
-    static ork_variant_info odd;
-    static ork_type_info copy;
-    odd = {-1, {}, entries};
-    copy = *message.schema().type;
-    copy.varinfo = &odd;
-    copy.shared = 1;
-    const auto find = spy::replace(ork_type_info_ptr_get, [&](ork_handle *, uint32_t, const ork_type_info *type, ork_type_info_init_fn) {
-        return type == message.schema().type ? &copy : type;
-    });
-    stage.handle()->shared_types = 2;  // shared storage that no hook watches
-    const uint64_t before = entries[0].create_count;
+    spied::OwnDescriptor own(message, stage.handle());
+    own.variants.n_variants = -1;
+    const uint64_t before = own.entry.create_count;
     const std::string told = "trace(info,variant 0 requested only 4294967295 variants present)";
     const spy::Log log;
     void *shallow = message.create_shallow(stage.handle(), instance);
     void *whole = message.create(stage.handle(), instance);
     message.destroy(stage.handle(), instance, shallow);
     message.destroy(stage.handle(), instance, whole);
-    stage.handle()->shared_types = 0;
     const std::vector<std::string> traces = log.calls_of({"trace"});
     EXPECT_EQ(std::count(traces.begin(), traces.end(), told), 4);
-    EXPECT_EQ(entries[0].create_count, before + 2);
+    EXPECT_EQ(own.entry.create_count, before + 2);
 }
 
 Outcome destroyed(const Message &message, ork_tracking tracking, decltype(&by_hand::destroy) way, size_t detach) {
@@ -231,35 +210,55 @@ TEST_P(MessageCreate, AccessorsCallNothing) {
     }
     for (size_t i = 0; i < message.record_count(); ++i) {
         void *const old = message.get_detach(stage.handle(), instance, made.get(), &stage.err, i);
-        {
-            const spy::Log log;
-            message.free_and_set(stage.handle(), instance, made.get(), old, &stage.err, i);
-            EXPECT_CALLS(log, std::initializer_list<const char *>{}) << "over an empty slot";
-        }
-        std::vector<std::string> alone;
-        {
-            const family::Made other(message, stage.handle(), 1, instance);
-            void *copy = message.get_detach(stage.handle(), instance, other.get(), &stage.err, i);
-            spy::name(copy, 4, "old");
-            const spy::Log log;
-            Record(message.record(i)).destroy(stage.handle(), instance, copy);
-            alone = log.calls();
-        }
-        spy::name(old, 4, "old");
         const spy::Log log;
-        message.free_and_set(stage.handle(), instance, made.get(), nullptr, &stage.err, i);
-        EXPECT_CALLS(log, alone) << "the old record's destroy and nothing else";
+        message.free_and_set(stage.handle(), instance, made.get(), old, &stage.err, i);
+        EXPECT_CALLS(log, std::initializer_list<const char *>{}) << "over an empty slot";
+    }
+}
+
+// The old record is destroyed, even when it is the one that is given, and stays in its slot until that is done.
+TEST_P(MessageCreate, FreeAndSetDestroysTheOldRecordAndThenStores) {
+    enum Way { alone, another, itself };
+    Stage stage(message, ORK_TRACKING_ON);
+    for (size_t i = 0; i < message.record_count(); ++i) {
+        std::vector<std::vector<std::string>> calls;
+        for (const Way way : {alone, another, itself}) {
+            const family::Made made(message, stage.handle(), 1, instance);
+            void *const old = made.record(i);
+            void *const given = way == itself ? old : nullptr;
+            spy::name(old, 4, "old");
+            unsigned freed = 0;
+            spy::Log log;
+            log.on_free = [&](const void *) {
+                freed += 1;
+                EXPECT_EQ(made.record(i), old);
+            };
+            if (way == alone) {
+                Record(message.record(i)).destroy(stage.handle(), instance, old);
+                message.set(stage.handle(), instance, made.get(), nullptr, &stage.err, i);
+            } else {
+                message.free_and_set(stage.handle(), instance, made.get(), given, &stage.err, i);
+            }
+            calls.push_back(log.calls());
+            log.on_free = nullptr;
+            EXPECT_GT(freed, 0u);
+            EXPECT_EQ(message.get_detach(stage.handle(), instance, made.get(), &stage.err, i), given);
+        }
+        EXPECT_CALLS(calls[another], calls[alone]);
+        EXPECT_CALLS(calls[itself], calls[alone]);
     }
 }
 
 TEST_P(MessageCreate, IsValidAsksAboutTheStaticDescriptor) {
     Stage stage(message, ORK_TRACKING_OFF);
+    const std::string question = std::string("ork_domain_lookup_message_ok(domain,type(") + message.name() + "),cr_error)";
     for (const uint32_t answer : {0u, 1u, 77u}) {
         const auto scripted = spy::answer(ork_domain_lookup_message_ok, answer);
         const spy::Log log;
         EXPECT_EQ(message.is_valid_cr(stage.handle()), answer);
-        EXPECT_CALLS(log,
-                     std::vector<std::string>{std::string("ork_domain_lookup_message_ok(domain,type(") + message.name() + "),cr_error)"});
+        const spied::OwnDescriptor own(message, stage.handle());
+        EXPECT_EQ(message.is_valid_cr(stage.handle()), answer);
+        EXPECT_CALLS(log, std::vector<std::string>{question, question}) << "with shared descriptors as well";
     }
 }
 

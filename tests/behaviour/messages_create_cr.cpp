@@ -98,6 +98,65 @@ TEST_P(MessageCr, PlainCreateInCrModeGivesTheSentinelToo) {
     stage.handle()->cr_active = 0;
 }
 
+TEST_P(MessageCr, PendingCrErrorMeansNothingOutsideCrMode) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    std::vector<std::vector<std::string>> calls;
+    for (const uint32_t pending : {0u, 5u}) {
+        stage.handle()->cr_error = pending;
+        void *msg;
+        {
+            const spy::Log log;
+            msg = message.create(stage.handle(), instance);
+            calls.push_back(log.calls());
+        }
+        EXPECT_EQ(ork_get_manifested_type_info(msg), message.schema().type) << "no sentinel";
+        message.destroy(stage.handle(), instance, msg);
+        const spy::Log log;
+        spy::fail_alloc(1);
+        EXPECT_EQ(message.create(stage.handle(), instance), nullptr);
+        spy::fail_alloc(0);
+        EXPECT_CALLS(log, std::vector<std::string>{"alloc_fn(7," + object_size + ")=null"});
+        EXPECT_EQ(stage.handle()->cr_error, pending);
+    }
+    EXPECT_CALLS(calls[1], calls[0]);
+    stage.handle()->cr_error = 0;
+}
+
+// An allocator may report for itself.
+TEST_P(MessageCr, ErrorThatTheAllocatorLeftStands) {
+    void *const sentinel = sentinel_of(message);
+    Stage stage(message, ORK_TRACKING_OFF);
+    static ork_handle *failing;
+    failing = stage.handle();
+    const ork_alloc_fn before = failing->alloc_fn;
+    failing->alloc_fn = [](void *, uint32_t, size_t) -> void * {
+        failing->cr_error = 5;
+        return nullptr;
+    };
+    {
+        const spy::Log log;
+        EXPECT_EQ(message.create_cr(failing), sentinel);
+        EXPECT_EQ(log.count("ork_store_err"), 0u);
+    }
+    EXPECT_EQ(failing->cr_error, 5u);
+    failing->cr_error = 0;
+    failing->alloc_fn = before;
+}
+
+TEST(MessageSentinels, EachMessageHasOneOfItsOwnOfItsSize) {
+    std::vector<std::pair<const char *, size_t>> found;
+    for (const Message &message : family::messages()) {
+        void *const sentinel = sentinel_of(message);
+        EXPECT_EQ(sentinel, sentinel_of(message)) << "whatever the handle";
+        found.emplace_back(static_cast<const char *>(sentinel), message.record_count() == 2 ? 48 : 40);
+    }
+    EXPECT_EQ(found.size(), 28u);
+    std::sort(found.begin(), found.end());
+    for (size_t i = 1; i < found.size(); ++i) {
+        EXPECT_LE(found[i - 1].first + found[i - 1].second, found[i].first);
+    }
+}
+
 TEST_P(MessageCr, ShallowKnowsNoCrMode) {
     Stage stage(message, ORK_TRACKING_OFF);
     stage.handle()->cr_active = 1;

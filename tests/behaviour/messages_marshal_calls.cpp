@@ -1,4 +1,6 @@
 // Marshal call for call, over all messages.
+#include <set>
+
 #include "behaviour/messages_spied.h"
 
 namespace {
@@ -14,6 +16,7 @@ struct Case {
     uint32_t err = 0;
     std::function<void(ork_handle *)> prepare = [](ork_handle *) {};
     ork_tracking tracking = ORK_TRACKING_ABSENT;
+    std::function<void(void *)> alter = [](void *) {};  // the message, before it is sent
 };
 
 Outcome run(const Message &message, const Case &each, decltype(&by_hand::marshal) way) {
@@ -23,6 +26,7 @@ Outcome run(const Message &message, const Case &each, decltype(&by_hand::marshal
         const family::Made made(message, stage.handle(), 1, instance);
         stage.handle()->send_sequence = 0x01020304;
         each.prepare(stage.handle());
+        each.alter(made.get());
         stage.name(made.get());
         uint8_t *buffer = stage.give_buffer(each.length > 0 ? static_cast<size_t>(each.length) : 0).data();
         stage.err = each.err;
@@ -144,6 +148,23 @@ TEST_P(MessageMarshal, RefusedByTheDomainWithNothingWritten) {
     }
 }
 
+// The object's own descriptor may be a copy in shared storage; the trace tells the identifier of the library's.
+TEST_P(MessageMarshal, DomainIsAskedAboutTheObjectsOwnDescriptor) {
+    ork_type_info copy = *message.schema().type;
+    copy.shared = 1;
+    copy.luid_text[0] = 'x';
+    Case each{"own descriptor", 4096};
+    each.alter = [&](void *msg) { fixture::store<const ork_type_info *>(msg, &copy); };
+    const std::string name = message.name();
+    const std::string question = "ork_domain_lookup_message_ok(domain,shared(" + name + "),err)";
+    EXPECT_EQ(same(each).calls[1], question);
+    const auto refuse = spy::answer(ork_domain_lookup_message_ok, 0);
+    EXPECT_CALLS(same(each).calls, std::vector<std::string>{"ork_clear_last_error()", question,
+                                                            "trace(error,domainfail: Message " + name + " (" + message.schema().luid_text +
+                                                                ") is not allowed for the current domain (newest))",
+                                                            "ork_store_epoch_err(52,err)"});
+}
+
 TEST_P(MessageMarshal, RefusalThatThePlatformKeepsFromTheSlotGivesZeroAndNoError) {
     const auto refuse = spy::answer(ork_domain_lookup_message_ok, 0);
     const auto keep = spy::replace(ork_store_epoch_err, [](ork_handle *, uint32_t, uint32_t *) {});
@@ -257,6 +278,34 @@ TEST_P(MessageMarshal, MayBeRepeatedAndRewritesSequence) {
     EXPECT_EQ(first[11], 5);
     first[11] = 6;
     EXPECT_EQ(first, second);
+}
+
+// Also that of a message that came from elsewhere, whatever its sender said.
+TEST_P(MessageMarshal, EachSuccessRewritesTheLength) {
+    const family::Handle handle = family::make_handle();
+    std::vector<uint8_t> frame = family::Made(message, handle.get()).frame();
+    std::fill_n(frame.begin() + 12, 4, 0x5A);
+    uint32_t err = 0;
+    void *msg = nullptr;
+    message.unmarshal_only(handle.get(), 0, &msg, frame.data(), static_cast<int32_t>(frame.size()), &err);
+    EXPECT_EQ(message.header(msg).length, 0x5A5A5A5Au);
+    std::set<size_t> lengths;
+    bool grows = false;
+    for (const uint32_t elements : {2u, 3u, 5u}) {
+        for (size_t i = 0; i < message.record_count(); ++i) {
+            const std::span fields(message.record(i).fields, message.record(i).field_count);
+            grows |= std::any_of(fields.begin(), fields.end(), [](const wayfind_field &field) { return field.cls == WAYFIND_COUNTER; });
+            forms::Filler(handle.get(), elements).fill(message.record(i), message.slots(msg)[i], "changed");
+        }
+        frame.assign(frame.size() + 4096, 0);
+        const uint32_t length = message.marshal(handle.get(), 0, frame.data(), msg, static_cast<int32_t>(frame.size()), &err);
+        EXPECT_EQ(err, 0u);
+        EXPECT_EQ(message.header(msg).length, length);
+        EXPECT_EQ(frame[12] << 24 | frame[13] << 16 | frame[14] << 8 | frame[15], static_cast<int>(length));
+        lengths.insert(length);
+    }
+    EXPECT_TRUE(lengths.size() == 3 || !grows) << "each array made the message longer";
+    message.destroy(handle.get(), 0, msg);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, MessageMarshal, testing::ValuesIn(family::messages()), family::ByName());

@@ -83,7 +83,7 @@ protected:
     Recorded receive_frame(const std::vector<uint8_t> &bytes, bool library, FILE *stream) const {
         Stage stage(message, ORK_TRACKING_ABSENT);
         spy::name(recording_buffer, limit, "recording");
-        const auto on = spy::answer(orklib_msg_recorder_get_state, 1);
+        const auto on = spy::answer(orklib_msg_recorder_get_state, recorder_state);
         const auto to = spy::answer(orklib_msg_recorder_get_handle, stream);
         const auto memory = spy::replace(orklib_malloc, [](void *, uint32_t, size_t) -> void * { return recording_buffer; });
         const auto no_free = spy::replace(orklib_free, [](void *, uint32_t, void *) {});
@@ -129,6 +129,7 @@ protected:
         return "trace(error,Error " + std::to_string(number) + " in recording " + name + " message)";
     }
 
+    uint32_t recorder_state = 1;
     FILE *const tape = std::tmpfile();
     ~MessageRecording() override { std::fclose(tape); }
 };
@@ -150,6 +151,14 @@ TEST_P(MessageRecording, WritesOneItemOfTheWholeLength) {
     EXPECT_EQ(*(state + 2), "start_tag_timestamp(7,recording,'fwe_ui_wayfind',65536,?)");
     EXPECT_EQ(*(made.calls.end() - 3), "orklib_msg_recorder_get_handle()");
     EXPECT_EQ(*(made.calls.end() - 2), "orklib_free(null,7,recording)");
+}
+
+TEST_P(MessageRecording, AnyStateButZeroRecords) {
+    const auto time = spy::replace(start_tag_timestamp, fixed_time);
+    for (const uint32_t each : {0u, 2u, 256u, 0x80000000u}) {
+        recorder_state = each;
+        EXPECT_EQ(same(tape).writes.size(), each != 0 ? 1u : 0u) << each;
+    }
 }
 
 TEST_P(MessageRecording, NullStreamIsTracedAndTheHandlerRuns) {

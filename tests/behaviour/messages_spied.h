@@ -115,6 +115,36 @@ private:
     bool lost_ = false;
 };
 
+// As long as it lives, objects of the message get a descriptor of their own, as in shared storage that no hook watches.
+class OwnDescriptor {
+public:
+    OwnDescriptor(const Message &message, ork_handle *handle, uint32_t shared = 1)
+        : type(*message.schema().type),
+          variants(*type.varinfo),
+          entry(variants.entries[0]),
+          handle_(handle),
+          find_(spy::replace(ork_type_info_ptr_get,
+                             [this, of = message.schema().type](ork_handle *, uint32_t, const ork_type_info *each, ork_type_info_init_fn) {
+                                 return each == of ? &type : each;
+                             })) {
+        variants.entries = &entry;
+        type.varinfo = &variants;
+        type.shared = shared;
+        handle->shared_types = 2;
+    }
+    ~OwnDescriptor() { handle_->shared_types = 0; }
+    OwnDescriptor(const OwnDescriptor &) = delete;
+    OwnDescriptor &operator=(const OwnDescriptor &) = delete;
+
+    ork_type_info type;
+    ork_variant_info variants;
+    ork_variant_entry entry;
+
+private:
+    ork_handle *handle_;
+    spy::Replacement find_;
+};
+
 // A bundle that takes the message.
 inline family::Bundle bundle_with(const Message &message) {
     for (const family::Bundle &bundle : family::bundles()) {

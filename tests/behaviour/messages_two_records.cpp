@@ -292,4 +292,29 @@ TEST_F(TwoRecordsXml, NoElement) {
     EXPECT_EQ(read(""), std::pair(false, false));
 }
 
+// The message is lost, not destroyed.
+TEST_F(TwoRecordsXml, ErrorOfTheSecondAloneLosesTheMessage) {
+    const auto unreadable =
+        spy::replace(null_string_from_xml, [](ork_handle *own, uint32_t each, const char *path, ork_xml *xml, char *chars, uint32_t size,
+                                              uint32_t *err, char *err_text, uint32_t err_text_len) {
+            if (std::string(path).find(second_name) != std::string::npos) {
+                *err = 22;
+            } else {
+                spy::next(null_string_from_xml)(own, each, path, xml, chars, size, err, err_text, err_text_len);
+            }
+        });
+    const std::string text = "<doc>" + element(0) + element(1) + "</doc>";
+    Stage stage(message, ORK_TRACKING_OFF);
+    const std::unique_ptr<ork_xml, XmlFree> xml(ork_xml_parse(text.data(), text.size(), &stage.err, nullptr, 0));
+    const spy::Log log;
+    EXPECT_EQ(message.from_xml(stage.handle(), instance, xml.get(), &stage.err), nullptr);
+    const spied::Outcome made = stage.outcome(log, 0, nullptr);
+    EXPECT_EQ(made.err, 22u);
+    EXPECT_EQ(made.created, 1u);
+    EXPECT_EQ(made.destroyed, 0u);
+    EXPECT_GE(made.live_blocks, 3u);
+    EXPECT_EQ(log.count("free_fn"), 0u);
+    stage.lose();
+}
+
 }  // namespace

@@ -269,19 +269,58 @@ TEST_P(MessageUnmarshal, WithoutAnyHandlerGives38AndTheMessage) {
 TEST_P(MessageUnmarshal, FailedReadRunsNoHandlerAndLosesTheMessage) {
     const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
     for (const size_t length : {size_t{0}, size_t{26}, size_t{27}, size_t{42}, size_t{43}, bytes.size() - 1}) {
-        Stage stage(message, ORK_TRACKING_ABSENT);
-        Delivered delivered;
-        void *out = &delivered;
-        {
+        Outcome ways[2];
+        for (const bool library : {false, true}) {
+            Stage stage(message, ORK_TRACKING_ABSENT);
+            std::vector<uint8_t> &buffer = stage.give_buffer(length);
+            std::copy_n(bytes.begin(), length, buffer.begin());
+            Delivered delivered;
+            void *out = &delivered;
             const spy::Log log;
-            message.unmarshal(stage.handle(), instance, &delivered, &out, bytes.data(), static_cast<int32_t>(length), take, &stage.err);
-            EXPECT_EQ(log.count("orklib_msg_recorder_get_state"), 0u);
+            const auto room = static_cast<int32_t>(length);
+            const uint32_t result =
+                library ? message.unmarshal(stage.handle(), instance, &delivered, &out, buffer.data(), room, take, &stage.err)
+                        : by_hand::unmarshal(message, stage.handle(), instance, &delivered, &out, buffer.data(), room, take, &stage.err);
+            ways[library] = stage.outcome(log, result, nullptr);
+            EXPECT_EQ(delivered.runs, 0);
+            EXPECT_EQ(out, nullptr);
+            stage.lose();
         }
-        EXPECT_EQ(delivered.runs, 0);
-        EXPECT_EQ(out, nullptr);
-        EXPECT_EQ(stage.err, 90u);
-        stage.lose();
+        const Outcome &made = ways[1];
+        spied::expect_same(made, ways[0], "length " + std::to_string(length));
+        EXPECT_EQ(made.err, 90u);
+        EXPECT_GE(made.live_blocks, 1 + message.record_count()) << "the partial message stays allocated";
+        EXPECT_EQ(made.destroyed, 0u);
+        EXPECT_EQ(std::count(made.calls.begin(), made.calls.end(), "free_fn(7,new1)"), 0);
+        EXPECT_EQ(std::count(made.calls.begin(), made.calls.end(), "orklib_msg_recorder_get_state()"), 0);
     }
+}
+
+// What out_msg points at, seen from the two that run between the read and the return.
+struct Seen {
+    void *out;
+    void *at_recorder;
+    void *at_handler;
+};
+
+TEST_P(MessageUnmarshal, OutMsgHoldsTheMessageBeforeItIsRecordedAndDelivered) {
+    Stage stage(message, ORK_TRACKING_ABSENT);
+    const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
+    Seen seen{&stage, nullptr, nullptr};
+    const auto look = spy::replace(orklib_msg_recorder_get_state, [&] {
+        seen.at_recorder = seen.out;
+        return 0u;
+    });
+    const ork_message_handler handler = [](ork_handle *, uint32_t, void *ctx, void *msg, uint32_t *) {
+        auto *held = static_cast<Seen *>(ctx);
+        held->at_handler = held->out;
+        EXPECT_EQ(held->out, msg);
+    };
+    message.unmarshal(stage.handle(), instance, &seen, &seen.out, bytes.data(), static_cast<int32_t>(bytes.size()), handler, &stage.err);
+    EXPECT_NE(seen.out, nullptr);
+    EXPECT_EQ(seen.at_recorder, seen.out);
+    EXPECT_EQ(seen.at_handler, seen.out);
+    message.destroy(stage.handle(), instance, seen.out);
 }
 
 TEST_P(MessageUnmarshal, PendingErrorLeavesOutMsgAlone) {

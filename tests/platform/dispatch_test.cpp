@@ -153,6 +153,22 @@ TEST_F(Dispatch, BundleKeepsItsMembersUntilCommit) {
     EXPECT_EQ(orklib_is_accumulating_bundle(handle_.get()), 0u);
 }
 
+TEST_F(Dispatch, NothingIsInDispatchBeforeOneNorAfterIt) {
+    add_rows(take_item);
+    const auto expect_nothing = [&] {
+        void *lut = this;
+        EXPECT_EQ(orklib_in_dispatch_message_info(handle_.get(), &lut), nullptr);
+        EXPECT_EQ(lut, nullptr) << "written all the same";
+        EXPECT_EQ(orklib_in_dispatch_message_info(handle_.get(), nullptr), nullptr);
+    };
+    expect_nothing();
+    for (const auto &[luid, payload, answer] :
+         {std::tuple(item_luid, "x", 0u), {item_luid, "b", 90u}, {start_luid, "", 0u}, {commit_luid, "", 0u}}) {
+        EXPECT_EQ(dispatch(frame(luid, payload)), answer);
+        expect_nothing();
+    }
+}
+
 TEST_F(Dispatch, HandleDestroyTakesTheMembersOfAnOpenBundle) {
     add_rows(take_item);
     dispatch(frame(start_luid, ""));
