@@ -2,6 +2,7 @@
 import struct
 import unittest
 
+from elf import ALLOC, EXECUTE, WRITE
 from subject import built, rows, types
 
 WORDS = {"type": "type", "enum": "enum", "flag": "flag", "message": "message"}
@@ -42,14 +43,21 @@ class Descriptors(unittest.TestCase):
 
 
 class Identifiers(unittest.TestCase):
+    told = [(t.name, t.luid) for t in types if t.kind == "message"] + [tuple(row) for row in rows("controls.tsv")]
+
     def test_82_messages_have_luid_text_and_name(self):
-        told = [(t.name, t.luid) for t in types if t.kind == "message"] + [tuple(row) for row in rows("controls.tsv")]
-        self.assertEqual(len(told), 82)
-        for name, luid in told:
+        self.assertEqual(len(self.told), 82)
+        for name, luid in self.told:
             self.assertEqual(built.at(built.address_of(f"message_{name}_luid"), 16), bytes.fromhex(luid), name)
             self.assertEqual(built.at(built.address_of(f"message_{name}_luid_text"), 33), luid.encode() + b"\0", name)
             text = f"message {name}".encode() + b"\0"
             self.assertEqual(built.at(built.address_of(f"message_{name}_name"), len(text)), text, name)
+
+    def test_they_are_read_only(self):
+        told = {f"message_{name}_{what}" for name, _ in self.told for what in ("luid", "luid_text", "name")}
+        flags = {name: built.list[index].flags & (ALLOC | WRITE | EXECUTE)
+                 for name, _, _, index, _, _ in built.symbols() if name in told}
+        self.assertEqual(flags, dict.fromkeys(told, ALLOC))
 
 
 if __name__ == "__main__":

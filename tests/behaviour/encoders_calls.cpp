@@ -1,4 +1,4 @@
-// What marshal, unmarshal, to_xml, from_xml and the small types call, in order.
+// What marshal, unmarshal and length of records call, in order, and what the forms of the small types do.
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
 #include "tests/behaviour/encoders_records.h"
@@ -104,111 +104,6 @@ TEST_F(MemStCalls, OfLengthOfNullAskWithNull) {
     spy::Log log;
     mem.len(h, instance, nullptr);
     EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}), {"u_int32_len(7,null)", "u_int64_len(7,null)", "u_int64_len(7,null)"});
-}
-
-TEST_F(TrackedMemStCalls, OfToXmlPassEachState) {
-    uint32_t err = 0;
-    fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(object), 6, &err);
-    spy::Log log;
-    char text[400];
-    spy::name(text, sizeof text, "text");
-    mem.to_xml(h, instance, "m", text, object, 400, 5, &h.err);
-    EXPECT_CALLS(log.calls_of({"start_tag", "u_int32_to_xml", "u_int64_to_xml", "end_tag"}),
-                 {"start_tag(7,text,'m',400,5,err)", "u_int32_to_xml(7,'fwe_num',text+14,obj+12,386,0,err)",
-                  "u_int64_to_xml(7,'ppe_addr',text+35,obj+16,365,6,err)", "u_int64_to_xml(7,'exmem_addr',text+68,obj+24,332,0,err)",
-                  "end_tag(7,text+95,'m',305,err)"});
-}
-
-TEST_F(MemStCalls, OfToXmlSkipFieldsOnceAnErrorStandsButCloseTheElement) {
-    const auto failing = spy::fail(u_int32_to_xml, 5);
-    spy::Log log;
-    char text[400];
-    mem.to_xml(h, instance, "m", text, object, 400, 0, &h.err);
-    EXPECT_EQ(log.count("u_int32_to_xml"), 1u);
-    EXPECT_EQ(log.count("u_int64_to_xml"), 0u);
-    EXPECT_EQ(log.count("end_tag"), 1u);
-    EXPECT_EQ(h.err, 5u);
-}
-
-TEST_F(MemStCalls, OfToXmlStillWriteTheFieldWhoseStateCannotBeHad) {
-    ork_handle_set_tracking(h, ORK_TRACKING_ON);
-    char text[400];
-    {
-        spy::Log log;
-        mem.to_xml(h, instance, "m", text, object, 400, 0, &h.err);
-        EXPECT_EQ(h.err, 22u) << "the record has no state bytes";
-        EXPECT_EQ(log.count("u_int32_to_xml"), 1u);
-        EXPECT_EQ(log.count("u_int64_to_xml"), 0u);
-        EXPECT_EQ(log.count("end_tag"), 1u);
-    }
-    ork_handle_set_tracking(h, ORK_TRACKING_ABSENT);
-}
-
-TEST_F(MemStCalls, OfFromXmlAskForTheElementAndThenForEachField) {
-    const Document document = parsed("<r><fwe_num>1</fwe_num></r>");
-    spy::name_at(document.get(), "xml");
-    char reason[10];
-    spy::name(reason, sizeof reason, "reason");
-    spy::Log log;
-    mem.from_xml(h, instance, "//r", document.get(), object, &h.err, reason, 10);
-    EXPECT_EQ(h.err, 0u);
-    EXPECT_CALLS(
-        log.calls_of({"ork_clear_last_error", "xml_get_element_nodecount", "u_int32_from_xml", "u_int64_from_xml"}),
-        {"ork_clear_last_error()", "xml_get_element_nodecount(xml,'//r',?)", "u_int32_from_xml(7,'//r/fwe_num',xml,obj+12,err,reason,10)",
-         "u_int64_from_xml(7,'//r/ppe_addr',xml,obj+16,err,reason,10)", "u_int64_from_xml(7,'//r/exmem_addr',xml,obj+24,err,reason,10)"});
-}
-
-TEST(ArrayCalls, OfFromXmlMakeAScratchForEachElementAndOneMore) {
-    fixture::Handle h;
-    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
-    void *const object = path.create(h, instance);
-    const Document document = parsed("<r><path_id>1</path_id><path_id>2</path_id></r>");
-    spy::name_at(document.get(), "xml");
-    {
-        spy::Log log;
-        path.from_xml(h, instance, "//r", document.get(), object, &h.err, nullptr, 0);
-        EXPECT_EQ(h.err, 0u);
-        std::vector<std::string> names;
-        for (const std::string &call : log.calls_of({"u_int32_create", "u_int32_from_xml", "u_int32_set", "u_int32_destroy"})) {
-            names.push_back(call.substr(0, call.find('(')));
-        }
-        EXPECT_EQ(names, (std::vector<std::string>{"u_int32_create", "u_int32_from_xml", "u_int32_set", "u_int32_destroy", "u_int32_create",
-                                                   "u_int32_from_xml", "u_int32_set", "u_int32_destroy", "u_int32_create",
-                                                   "u_int32_from_xml", "u_int32_destroy"}));
-    }
-    path.destroy(h, instance, object);
-}
-
-TEST(ArrayCalls, OfFromXmlStartTheTraceModuleBeforeEachRecordScratch) {
-    fixture::Handle h;
-    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
-    void *const object = path.create(h, instance);
-    const Document document = parsed("<r><path_id_str/><path_id_str/></r>");
-    {
-        spy::Log log;
-        path.from_xml(h, instance, "//r", document.get(), object, &h.err, nullptr, 0);
-        EXPECT_EQ(h.err, 0u);
-        EXPECT_EQ(log.count("flight_module_init_fn"), 3u);
-    }
-    path.destroy(h, instance, object);
-}
-
-TEST(ArrayCalls, OfToXmlLookAtTheErrorOnceForAWholeArray) {
-    fixture::Handle h;
-    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
-    void *const object = path.create(h, instance);
-    const uint32_t hops[] = {1, 2, 3};
-    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object), hops, 3, &h.err);
-    {
-        // The second call is that of the first element.
-        const auto failing = spy::fail(u_int32_to_xml, 5, 2);
-        spy::Log log;
-        char text[400];
-        path.to_xml(h, instance, "m", text, object, 400, 0, &h.err);
-        EXPECT_EQ(h.err, 5u);
-        EXPECT_EQ(log.count("u_int32_to_xml"), 4u);
-    }
-    path.destroy(h, instance, object);
 }
 
 TEST(ArrayCalls, OfUnmarshalAnnounceTheStateEntryWithoutAnOwner) {

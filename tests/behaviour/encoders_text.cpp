@@ -187,24 +187,60 @@ TEST_F(TextForm, IndentsTheClosingLineAtTheEndOfATextThatBeginsWithANul) {
     EXPECT_TRUE(print(calls, object.get(), "m", 4).ends_with("      exmem_addr: 0\n    }\n"));
 }
 
-TEST(TextCalls, GiveOrkPrintSpaceTheStartOfTheTextBothTimes) {
+class TextCalls : public testing::Test {
+protected:
+    ~TextCalls() override { calls->destroy(h, instance, object); }
+
+    // The record that a test is about.
+    void make(const char *record) {
+        calls = &calls_of(record);
+        object = calls->create(h, instance);
+        spy::name(object, 40, "obj");
+        spy::name(text, sizeof text, "text");
+    }
+    uint32_t print(const char *name, uint32_t indent) { return calls->print(h, instance, text, indent, name, object, sizeof text, &h.err); }
+
     fixture::Handle h;
-    void *const object = calls_of("fwe_cl_wayfind_mem_st").create(h, instance);
-    spy::name(object, 40, "obj");
+    const Calls *calls = nullptr;
+    void *object = nullptr;
     char text[500] = "";
-    spy::name(text, sizeof text, "text");
-    {
-        spy::Log log;
-        calls_of("fwe_cl_wayfind_mem_st").print(h, instance, text, 2, "mem", object, 500, &h.err);
-        // "  mem@fwe_cl_wayfind_mem_st: {" has 31 characters with its newline, the fields 15, 16 and 18.
-        EXPECT_CALLS(
-            log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_print_space(7,text,2,500,err)",
+};
+
+TEST_F(TextCalls, GiveOrkPrintSpaceTheStartOfTheTextBothTimes) {
+    make("fwe_cl_wayfind_mem_st");
+    spy::Log log;
+    print("mem", 2);
+    // "  mem@fwe_cl_wayfind_mem_st: {" has 31 characters with its newline, the fields 15, 16 and 18.
+    EXPECT_CALLS(log,
+                 {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_print_space(7,text,2,500,err)",
                   "ork_snprintf(7,text+2,498,err,'mem@fwe_cl_wayfind_mem_st: {\n')", "u_int32_print(7,text+31,4,'fwe_num',obj+12,469,err)",
                   "u_int64_print(7,text+46,4,'ppe_addr',obj+16,454,err)", "u_int64_print(7,text+62,4,'exmem_addr',obj+24,438,err)",
                   "ork_print_space(7,text,2,420,err)", "ork_snprintf(7,text+82,418,err,'}\n')"});
-    }
     EXPECT_EQ(h.err, 0u);
-    calls_of("fwe_cl_wayfind_mem_st").destroy(h, instance, object);
+}
+
+TEST_F(TextCalls, GiveOrkPrintSpaceTheStartOfTheRecordInside) {
+    make("fwe_cl_wayfind_color_data");
+    spy::Log log;
+    print("c", 0);
+    // The header has 31 characters, all of color 35 + 16 + 14 + 12 + 11 + 4, all of mem 31 + 15 + 16 + 18 + 4.
+    EXPECT_CALLS(log.calls_of({"ork_print_space"}),
+                 {"ork_print_space(7,text,0,500,err)", "ork_print_space(7,text+31,2,469,err)", "ork_print_space(7,text+31,2,381,err)",
+                  "ork_print_space(7,text+123,2,377,err)", "ork_print_space(7,text+123,2,297,err)", "ork_print_space(7,text,0,293,err)"});
+    EXPECT_EQ(h.err, 0u);
+}
+
+TEST_F(TextCalls, AreAllMadeAfterAnErrorToo) {
+    make("fwe_cl_wayfind_mem_st");
+    const auto failing = spy::fail(u_int32_print, 5);
+    spy::Log log;
+    EXPECT_EQ(print("mem", 0), 31u);
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_STREQ(text, "mem@fwe_cl_wayfind_mem_st: {\n}\n");
+    EXPECT_CALLS(log.calls_of({"u_int32_print", "u_int64_print", "ork_print_space"}),
+                 {"ork_print_space(7,text,0,500,err)", "u_int32_print(7,text+29,2,'fwe_num',obj+12,471,err)",
+                  "u_int64_print(7,text+29,2,'ppe_addr',obj+16,471,err)", "u_int64_print(7,text+29,2,'exmem_addr',obj+24,471,err)",
+                  "ork_print_space(7,text,0,471,err)"});
 }
 
 }  // namespace

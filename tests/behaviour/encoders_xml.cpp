@@ -1,27 +1,11 @@
 // Records as XML and back.
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
-#include "tests/behaviour/encoders_values.h"
+#include "tests/behaviour/encoders_xml_form.h"
 
 namespace {
 
 using namespace forms;
-
-class XmlForm : public testing::Test {
-protected:
-    void read(const Calls &calls, const std::string &text, const Object &object, const char *xpath = nullptr) {
-        const Document document = parsed(text);
-        const std::string top = xpath != nullptr ? xpath : std::string("//") + calls.name();
-        calls.from_xml(handle, instance, top.c_str(), document.get(), object.get(), &err, reason, sizeof reason);
-    }
-
-    const Calls &mem = calls_of("fwe_cl_wayfind_mem_st");
-    const Calls &tunnel = calls_of("fwe_cl_wayfind_auto_tunnel");
-    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
-    const Handle handle{ORK_TRACKING_OFF};
-    uint32_t err = 0;
-    char reason[300] = "";
-};
 
 TEST_F(XmlForm, OfMemSt) {
     const Object object(handle, mem);
@@ -82,17 +66,6 @@ TEST_F(XmlForm, OfAnOlderVariantLacksLaterFieldsAndIsClosed) {
     EXPECT_EQ(text.find("create_ts_msec"), std::string::npos);
     EXPECT_TRUE(text.ends_with("</tunnel_flow_counts>\n</fwe_cl_wayfind_auto_tunnel>\n"));
     object.header().variant = 1;
-}
-
-TEST_F(XmlForm, OfAnArrayRepeatsItsPlainNameAndCountsWithoutAState) {
-    const Handle tracking(ORK_TRACKING_ON);
-    const Object object(tracking, path);
-    auto *const record = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get());
-    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(tracking, instance, record, 0, 4, &err);
-    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(tracking, instance, record, 2, 5, &err);
-    EXPECT_EQ(as_xml(tracking, path, object.get()),
-              "<fwe_cl_wayfind_sel_lb_path_st>\n<num_hops>3</num_hops>\n<path_id state=\"2\">4</path_id>\n"
-              "<path_id>0</path_id>\n<path_id state=\"2\">5</path_id>\n</fwe_cl_wayfind_sel_lb_path_st>\n");
 }
 
 TEST_F(XmlForm, InATooSmallBufferIsStillClosedWhereThatFits) {
@@ -185,54 +158,6 @@ TEST_F(XmlForm, AMissingRecordInsideIsAMissingField) {
               5u);
 }
 
-TEST_F(XmlForm, ReadsAnArrayByItsElementsAndNotByItsCount) {
-    const Object object(handle, path);
-    auto *const record = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get());
-    read(path,
-         "<fwe_cl_wayfind_sel_lb_path_st><num_hops>9</num_hops><path_id>4</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>",
-         object);
-    EXPECT_EQ(err, 0u);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, record, &err), 2u);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_get_value(handle, instance, record, 1, &err), 5u);
-}
-
-TEST_F(XmlForm, OverwritesAnArrayByIndexAndKeepsWhatIsBehind) {
-    const Object object = filled(handle, path, 3);
-    auto *const record = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get());
-    const uint32_t last = fwe_cl_wayfind_sel_lb_path_st_path_id_get_value(handle, instance, record, 2, &err);
-    read(path, "<fwe_cl_wayfind_sel_lb_path_st><path_id>4</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>", object);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, record, &err), 3u);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_get_value(handle, instance, record, 0, &err), 4u);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_get_value(handle, instance, record, 2, &err), last);
-    read(path, "<fwe_cl_wayfind_sel_lb_path_st><num_hops>0</num_hops></fwe_cl_wayfind_sel_lb_path_st>", object);
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, record, &err), 3u);
-    EXPECT_EQ(err, 0u);
-}
-
-TEST_F(XmlForm, AWrongElementEndsTheArrayAndTheWalk) {
-    const Object object(handle, path);
-    auto *const record = static_cast<fwe_cl_wayfind_sel_lb_path_st *>(object.get());
-    read(path,
-         "<fwe_cl_wayfind_sel_lb_path_st><path_id>4</path_id><path_id>no</path_id><path_id>5</path_id></fwe_cl_wayfind_sel_lb_path_st>",
-         object);
-    EXPECT_EQ(err, 22u);
-    EXPECT_STREQ(reason, "Failed xpath: //fwe_cl_wayfind_sel_lb_path_st/path_id[2]");
-    err = 0;
-    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, record, &err), 1u);
-}
-
-TEST_F(XmlForm, AFailedScratchElementIs12AndEndsTheWalkAtTheNextField) {
-    const Calls &calls = calls_of("fwe_dp_wayfind_debug_data");
-    const Object object(handle, calls);
-    ork_handle_fail_allocation(handle, 1);
-    read(calls, "<fwe_dp_wayfind_debug_data><dbg_per_complex/><is_none>1</is_none></fwe_dp_wayfind_debug_data>", object);
-    EXPECT_EQ(err, 12u);
-    EXPECT_EQ(ork_handle_last_error(handle), 12u);
-    err = 0;
-    EXPECT_EQ(fwe_dp_wayfind_debug_data_is_none_get_value(handle, instance, static_cast<fwe_dp_wayfind_debug_data *>(object.get()), &err),
-              0u);
-}
-
 TEST_F(XmlForm, StatesDoNotComeBack) {
     const Handle tracking(ORK_TRACKING_ON);
     const Object object(tracking, mem);
@@ -243,7 +168,7 @@ TEST_F(XmlForm, StatesDoNotComeBack) {
     EXPECT_EQ(err, 0u);
 }
 
-TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNodeAndEndsAnArray) {
+TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNode) {
     // "/fwe_num" and "/exmem_addr" behind a path of 246 characters: the first fits its 256 bytes, the last does not.
     const std::string name(244, 'n');
     const Object object(handle, mem);
@@ -254,19 +179,6 @@ TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNodeAndEndsAnArray) {
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(handle, instance, record, &err), 1u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err), 2u) << "255 characters";
     EXPECT_EQ(fwe_cl_wayfind_mem_st_exmem_addr_get_value(handle, instance, record, &err), 0u) << "257 characters";
-
-    // "/path_id[9]" makes 255 characters behind 244, "/path_id[10]" 256.
-    const std::string shorter(242, 'n');
-    std::string text = "<" + shorter + ">";
-    for (int i = 0; i < 12; ++i) {
-        text += "<path_id>1</path_id>";
-    }
-    const Object hops(handle, path);
-    read(path, text + "</" + shorter + ">", hops, ("//" + shorter).c_str());
-    EXPECT_EQ(err, 0u);
-    EXPECT_EQ(
-        fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(hops.get()), &err),
-        9u);
 }
 
 TEST_F(XmlForm, AnnouncesNothingOnItsOwn) {

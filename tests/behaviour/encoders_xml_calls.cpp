@@ -1,0 +1,208 @@
+// What to_xml and from_xml of records call, in order.
+#include "fwe_ui_wayfind/fwe_ui_wayfind.h"
+#include "support/fixture.h"
+#include "tests/behaviour/encoders_records.h"
+
+namespace {
+
+using namespace forms;
+
+class XmlCalls : public testing::Test {
+protected:
+    explicit XmlCalls(const fixture::Mode &mode = fixture::plain) : h(mode) {
+        spy::name(text, sizeof text, "text");
+        spy::name(reason, sizeof reason, "reason");
+    }
+    ~XmlCalls() override {
+        if (object != nullptr) {
+            calls->destroy(h, instance, object);
+        }
+    }
+
+    // The record that a test is about, in place of the one before.
+    void make(const char *record) {
+        if (object != nullptr) {
+            calls->destroy(h, instance, object);
+        }
+        calls = &calls_of(record);
+        object = calls->create(h, instance);
+        spy::name(object, 40, "obj");
+        h.err = 0;
+    }
+    template <class Record>
+    Record *as() const {
+        return static_cast<Record *>(object);
+    }
+    void set_hops(const std::vector<uint32_t> &hops) {
+        make("fwe_cl_wayfind_sel_lb_path_st");
+        fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, as<fwe_cl_wayfind_sel_lb_path_st>(), hops.data(),
+                                                      static_cast<uint32_t>(hops.size()), &h.err);
+        EXPECT_EQ(h.err, 0u);
+    }
+    void write(uint8_t state = 0) {
+        text[0] = '\0';
+        calls->to_xml(h, instance, "m", text, object, sizeof text, state, &h.err);
+    }
+    void read(const std::string &xml) {
+        const Document document = parsed(xml);
+        spy::name_at(document.get(), "xml");
+        calls->from_xml(h, instance, "//r", document.get(), object, &h.err, reason, sizeof reason);
+    }
+
+    fixture::Handle h;
+    const Calls *calls = nullptr;
+    void *object = nullptr;
+    char text[400];
+    char reason[10];
+};
+
+struct TrackedXmlCalls : XmlCalls {
+    TrackedXmlCalls() : XmlCalls(fixture::tracked) {}
+};
+
+// The calls without their arguments.
+std::vector<std::string> names_of(const std::vector<std::string> &lines) {
+    std::vector<std::string> names;
+    for (const std::string &line : lines) {
+        names.push_back(line.substr(0, line.find('(')));
+    }
+    return names;
+}
+
+// ---- Writing -----------------------------------------------------------------------------------------------------
+
+TEST_F(XmlCalls, OfWritingWithoutTrackingAreTheTagsAndTheFields) {
+    make("fwe_cl_wayfind_mem_st");
+    for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
+        ork_handle_set_tracking(h, tracking);
+        spy::Log log;
+        write();
+        EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "start_tag(7,text,'m',400,0,err)",
+                           "u_int32_to_xml(7,'fwe_num',text+4,obj+12,396,0,err)", "u_int64_to_xml(7,'ppe_addr',text+25,obj+16,375,0,err)",
+                           "u_int64_to_xml(7,'exmem_addr',text+48,obj+24,352,0,err)", "end_tag(7,text+75,'m',325,err)"});
+    }
+}
+
+TEST_F(TrackedXmlCalls, OfWritingPassEachState) {
+    make("fwe_cl_wayfind_mem_st");
+    fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, as<fwe_cl_wayfind_mem_st>(), 6, &h.err);
+    spy::Log log;
+    write(5);
+    EXPECT_CALLS(log.calls_of({"start_tag", "u_int32_to_xml", "u_int64_to_xml", "end_tag"}),
+                 {"start_tag(7,text,'m',400,5,err)", "u_int32_to_xml(7,'fwe_num',text+14,obj+12,386,0,err)",
+                  "u_int64_to_xml(7,'ppe_addr',text+35,obj+16,365,6,err)", "u_int64_to_xml(7,'exmem_addr',text+68,obj+24,332,0,err)",
+                  "end_tag(7,text+95,'m',305,err)"});
+}
+
+TEST_F(XmlCalls, OfWritingSkipFieldsOnceAnErrorStandsButCloseTheElement) {
+    make("fwe_cl_wayfind_mem_st");
+    const auto failing = spy::fail(u_int32_to_xml, 5);
+    spy::Log log;
+    write();
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_EQ(names_of(log.calls_of({"start_tag", "u_int32_to_xml", "u_int64_to_xml", "end_tag"})),
+              (std::vector<std::string>{"start_tag", "u_int32_to_xml", "end_tag"}));
+}
+
+// An untracked record has no state bytes: the getter of its first field fails.
+TEST_F(XmlCalls, OfWritingAreStillMadeForTheFieldWhoseStateCannotBeHad) {
+    const std::pair<const char *, const char *> firsts[] = {{"fwe_cl_wayfind_mem_st", "u_int32_to_xml"},
+                                                            {"fwe_cl_wayfind_hop_id_readable_format_st", "null_string_to_xml"},
+                                                            {"fwe_cl_wayfind_hop_chan_state_data", "ork_boolean_to_xml"},
+                                                            {"fwe_cl_wayfind_prefixtosite_data", "ip_address_to_xml"}};
+    for (const auto &[record, first] : firsts) {
+        make(record);
+        ork_handle_set_tracking(h, ORK_TRACKING_ON);
+        {
+            spy::Log log;
+            write();
+            std::vector<std::string> names = names_of(log.calls());
+            std::erase_if(names, [](const std::string &name) { return !name.ends_with("_to_xml") && !name.ends_with("_tag"); });
+            EXPECT_EQ(names, (std::vector<std::string>{"start_tag", first, "end_tag"})) << record;
+        }
+        EXPECT_EQ(h.err, 22u) << record;
+        ork_handle_set_tracking(h, ORK_TRACKING_ABSENT);
+    }
+}
+
+TEST_F(XmlCalls, OfWritingLookAtTheErrorOnceForAWholeArray) {
+    set_hops({1, 2, 3});
+    const auto expect_four = [&](uint32_t error) {
+        spy::Log log;
+        write();
+        EXPECT_EQ(h.err, error);
+        EXPECT_EQ(log.count("u_int32_to_xml"), 4u) << "the count and every element";
+        h.err = 0;
+    };
+    {
+        const auto first_element = spy::fail(u_int32_to_xml, 5, 2);
+        expect_four(5);
+    }
+    // No element's state can be had.
+    ork_handle_set_tracking(h, ORK_TRACKING_ON);
+    expect_four(22);
+    ork_handle_set_tracking(h, ORK_TRACKING_ABSENT);
+}
+
+// ---- Reading -----------------------------------------------------------------------------------------------------
+
+TEST_F(XmlCalls, OfReadingAskForTheElementAndThenForEachField) {
+    make("fwe_cl_wayfind_mem_st");
+    spy::Log log;
+    read("<r><fwe_num>1</fwe_num></r>");
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_CALLS(
+        log.calls_of({"ork_clear_last_error", "xml_get_element_nodecount", "u_int32_from_xml", "u_int64_from_xml"}),
+        {"ork_clear_last_error()", "xml_get_element_nodecount(xml,'//r',?)", "u_int32_from_xml(7,'//r/fwe_num',xml,obj+12,err,reason,10)",
+         "u_int64_from_xml(7,'//r/ppe_addr',xml,obj+16,err,reason,10)", "u_int64_from_xml(7,'//r/exmem_addr',xml,obj+24,err,reason,10)"});
+}
+
+TEST_F(XmlCalls, OfReadingEndAtANodeCountThatFailsWhateverTheCount) {
+    make("fwe_cl_wayfind_mem_st");
+    const auto failing = spy::replace(xml_get_element_nodecount, [](auto, auto, uint32_t *count) {
+        *count = 1;
+        return 5u;
+    });
+    spy::Log log;
+    read("<r><fwe_num>1</fwe_num></r>");
+    EXPECT_EQ(h.err, 2u);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "xml_get_element_nodecount(xml,'//r',?)", "ork_store_err(2)"});
+}
+
+TEST_F(XmlCalls, OfReadingMakeAScratchForEachElementAndOneMore) {
+    make("fwe_cl_wayfind_sel_lb_path_st");
+    spy::Log log;
+    read("<r><path_id>1</path_id><path_id>2</path_id></r>");
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_EQ(names_of(log.calls_of({"u_int32_create", "u_int32_from_xml", "u_int32_set", "u_int32_destroy"})),
+              (std::vector<std::string>{"u_int32_create", "u_int32_from_xml", "u_int32_set", "u_int32_destroy", "u_int32_create",
+                                        "u_int32_from_xml", "u_int32_set", "u_int32_destroy", "u_int32_create", "u_int32_from_xml",
+                                        "u_int32_destroy"}));
+}
+
+TEST_F(XmlCalls, OfReadingGoOnToTheNextFieldWhenAScratchCannotBeMade) {
+    make("fwe_dp_wayfind_debug_data");
+    spy::Log log;
+    spy::fail_alloc(1);
+    read("<r><dbg_per_complex/><is_none>1</is_none></r>");
+    EXPECT_EQ(h.err, 12u);
+    EXPECT_CALLS(log.calls_of({"alloc_fn", "ork_boolean_from_xml"}),
+                 {"alloc_fn(7,32)=null", "ork_boolean_from_xml(7,'//r/is_none',xml,obj+24,err,reason,10)"});
+}
+
+// An element is copied from its scratch; a clone would go through the workspace and the wire form.
+TEST_F(XmlCalls, OfReadingStoreARecordElementBySetting) {
+    make("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    {
+        spy::Log log;
+        read("<r><path_id_str><hop_id_str>a</hop_id_str></path_id_str></r>");
+        EXPECT_EQ(log.count("orklib_get_handle_ws") + log.count("char_marshal") + log.count("char_unmarshal"), 0u);
+    }
+    auto *const record = as<fwe_cl_wayfind_sel_lb_path_human_readable_st>();
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_human_readable_st_num_hops_str_get_value(h, instance, record, &h.err), 1u);
+    auto *const element = fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_get(h, instance, record, 0, &h.err);
+    EXPECT_STREQ(reinterpret_cast<const char *>(element) + 11, "a");
+    EXPECT_EQ(h.err, 0u);
+}
+
+}  // namespace

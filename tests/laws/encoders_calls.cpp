@@ -1,0 +1,74 @@
+// What holds for the calls that the forms of every record make.
+#include "support/fixture.h"
+#include "tests/behaviour/encoders_values.h"
+
+namespace {
+
+using namespace forms;
+
+class FormCalls : public testing::TestWithParam<unsigned> {
+protected:
+    const Calls &calls() const { return all_records()[GetParam()]; }
+};
+
+// All but these take an instance as their first argument.
+bool takes_instance(const std::string &call) {
+    return !call.starts_with("ork_clear_last_error(") && !call.starts_with("ork_get_instance_variant(");
+}
+
+TEST_P(FormCalls, InCrStyleAreMadeForTheHandlesInstanceUnderTheTypesName) {
+    const std::string name = calls().name();
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const fixture::Handle h({.tracking = tracking, .cr_instance = 9});
+        const Object object = filled(h, calls(), 2);
+        std::string text(ample, '\0');
+        spy::name(text.data(), text.size(), "text");
+        const auto expect_instance = [&](const std::vector<std::string> &log) {
+            for (const std::string &call : log) {
+                EXPECT_TRUE(!takes_instance(call) || call.find("(9,") == call.find('(')) << call;
+            }
+        };
+        spy::Log log;
+        calls().print_cr(h, object.get(), text.data(), static_cast<uint32_t>(ample));
+        expect_instance(log.calls());
+        EXPECT_EQ(log.calls_of({"ork_print_space"}).front(), "ork_print_space(9,text,0,65536,cr_error)");
+        EXPECT_EQ(log.calls_of({"ork_snprintf"}).front(), "ork_snprintf(9,text,65536,cr_error,'" + name + "@" + name + ": {\n')");
+        log.clear();
+        calls().toxml_cr(h, object.get(), text.data(), static_cast<uint32_t>(ample));
+        expect_instance(log.calls());
+        EXPECT_EQ(log.calls_of({"start_tag"}).front(), "start_tag(9,text,'" + name + "',65536,0,cr_error)");
+        const std::string last = log.calls().back();
+        EXPECT_TRUE(last.starts_with("end_tag(9,text+") && last.find(",'" + name + "',") != std::string::npos) << last;
+        EXPECT_EQ(h->cr_error, 0u);
+    }
+}
+
+// How many elements reading a record makes when each of its arrays has so many in the document: one more for each array, which finds none.
+unsigned record_scratches(const wayfind_record &record, unsigned elements) {
+    unsigned result = 0;
+    for (unsigned i = 0; i < record.field_count; ++i) {
+        const wayfind_field &field = record.fields[i];
+        if (field.cls == WAYFIND_RECORD_ARRAY) {
+            result += elements + 1 + elements * record_scratches(*field.record, elements);
+        } else if (field.record != nullptr) {
+            result += record_scratches(*field.record, elements);
+        }
+    }
+    return result;
+}
+
+TEST_P(FormCalls, OfFromXmlStartTheTraceModuleBeforeEachRecordScratch) {
+    for (const unsigned elements : {0U, 2U}) {
+        fixture::Handle h;
+        const Document document = parsed(as_xml(h, calls(), filled(h, calls(), elements).get()));
+        const Object object(h, calls());
+        spy::Log log;
+        calls().from_xml(h, instance, (std::string("//") + calls().name()).c_str(), document.get(), object.get(), &h.err, nullptr, 0);
+        EXPECT_EQ(h.err, 0u);
+        EXPECT_EQ(log.count("flight_module_init_fn"), record_scratches(*calls().schema, elements));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Records, FormCalls, testing::Range(0U, wayfind_record_count), short_name);
+
+}  // namespace
