@@ -2,6 +2,7 @@
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "ork/superfasthash.h"
 #include "tests/behaviour/encoders_values.h"
+#include "tests/support/told_tables.h"
 
 namespace {
 
@@ -163,6 +164,53 @@ TEST_F(CompareHash, AnOlderRecordEqualsANewerOneWhoseLaterFieldsAreZero) {
     EXPECT_EQ(newer.header().variant, 1);
     EXPECT_EQ(calls.compare(newer.get(), older.get()), 0);
     EXPECT_EQ(calls.hash(newer.get(), 0), calls.hash(older.get(), 0));
+}
+
+TEST_F(CompareHash, FieldsThatAnOlderLayoutHasRoomForCount) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_chan_st");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    for (const Object *const object : {&a, &b}) {
+        object->header().variant = 0;
+        object->header().variant_cap = 0;
+        auto *const channel = static_cast<fwe_cl_wayfind_chan_st *>(object->get());
+        fwe_cl_wayfind_chan_st_in_burst_set_value(handle, instance, channel, object == &b ? 1 : 0, &err);
+        EXPECT_EQ(object->header().variant, 1) << "risen in place";
+    }
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -1);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
+    EXPECT_NE(calls.hash(a.get(), 0), calls.hash(b.get(), 0));
+    for (const Object *const object : {&a, &b}) {
+        object->header().variant = 3;
+        object->header().variant_cap = 3;
+    }
+}
+
+TEST_F(CompareHash, FieldsBehindTheBodyOfAnOlderLayoutTakeNoPart) {
+    for (const told::Record &record : told::tables().records) {
+        for (unsigned cap = 0; cap + 1 < record.layouts.size(); ++cap) {
+            const Calls &calls = calls_of(record.name);
+            // Blocks that end with the body, so that a sanitizer sees every read behind it; and one with somebody else's bytes there.
+            const size_t body = record.layouts[cap].body;
+            Bytes one(body);
+            Bytes another(record.newest().body, 0xA5);
+            std::fill_n(another.begin(), body, uint8_t{0});
+            one[offsetof(ork_object, variant_cap)] = another[offsetof(ork_object, variant_cap)] = static_cast<uint8_t>(cap);
+            EXPECT_EQ(calls.compare(one.data(), another.data()), 0) << record.name << " " << cap;
+            EXPECT_EQ(calls.compare(another.data(), one.data()), 0) << record.name << " " << cap;
+            EXPECT_EQ(calls.hash(one.data(), 3), calls.hash(another.data(), 3)) << record.name << " " << cap;
+            for (const told::Field &field : record.fields) {
+                const bool plain = field.cls == told::Class::text || (field.cls == told::Class::value && field.width < 16);
+                if (!plain || field.offset + field.width > body) {
+                    continue;
+                }
+                one[field.offset] = 1;
+                EXPECT_NE(calls.compare(one.data(), another.data()), 0) << record.name << "." << field.name << " in layout " << cap;
+                EXPECT_NE(calls.hash(one.data(), 3), calls.hash(another.data(), 3)) << record.name << "." << field.name;
+                one[field.offset] = 0;
+            }
+        }
+    }
 }
 
 TEST_F(CompareHash, HashOfMemStChainsItsFieldsInOrder) {

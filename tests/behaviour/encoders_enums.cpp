@@ -167,6 +167,18 @@ TEST_P(EveryEnum, NeedsRoomForAllItsBytes) {
     }
 }
 
+TEST_P(EveryEnum, AnnouncesItsValueEvenWhenNoneCouldBeRead) {
+    fixture::Handle h;
+    const Enum target(h, schema_of(name()));
+    target.object().value = 2;
+    spy::name(target.get(), 16, "obj");
+    spy::Log log;
+    EXPECT_EQ(target.unmarshal({0}, &h.err), 1u);
+    EXPECT_EQ(h.err, 90u);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(obj+12,4,7,obj)"});
+    EXPECT_EQ(target.object().value, 2u);
+}
+
 TEST_P(EveryEnum, IsLoweredToADomainWithoutItAndReadAtItsLayout) {
     handle.set_peer(release_list(9, name(), -1).get());
     Bytes buffer(5);

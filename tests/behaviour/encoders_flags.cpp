@@ -105,6 +105,38 @@ TEST_F(Flags, FromXmlWithoutAnObjectIsNoError) {
     EXPECT_EQ(err, 0u);
 }
 
+TEST_F(Flags, FoundInXmlAreUpgradedAndAnnouncedBeforeTheirBitIsSet) {
+    fixture::Handle h;
+    auto *const object = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
+    spy::name(object, 24, "obj");
+    const Document document = parsed(std::string("<f><") + names[2] + "/></f>");
+    spy::Log log;
+    fwe_cl_wayfind_hop_chan_flags_from_xml(h, instance, "//f", document.get(), object, &h.err, nullptr, 0);
+    auto calls = log.calls();
+    for (std::string &call : calls) {
+        call = call.find("xml_get_element_value") == 0 ? "probe" : call;
+    }
+    std::erase(calls, "ork_get_manifested_type_info(obj)"); /* for the argument of the upgrade */
+    EXPECT_CALLS(calls,
+                 {"ork_clear_last_error()", "probe", "ork_store_err(2)", "probe", "ork_store_err(2)", "probe", "ork_clear_last_error()",
+                  "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_hop_chan_flags),0,err)", "ork_get_instance_variant(obj,0,1)",
+                  "write_notify_fn(obj+11,1,7,obj)", "probe", "ork_store_err(2)", "probe", "ork_store_err(2)"});
+    EXPECT_EQ(reinterpret_cast<uint8_t *>(object)[11], 0x04);
+    log.clear();
+    fwe_cl_wayfind_hop_chan_flags_from_xml(h, instance, "//f", document.get(), nullptr, &h.err, nullptr, 0);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "write_notify_fn"}), {"orklib_adjust_variant(7,null,null,0,err)"});
+    EXPECT_EQ(h.err, 0u);
+    fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, object);
+}
+
+TEST_F(Flags, AreNotMissingWhenTheUpgradeOfTheLastOneLeaves2) {
+    const auto upgrade = spy::replace(
+        orklib_adjust_variant, [](ork_handle *, uint32_t, void *, const ork_type_info *, int32_t, uint32_t *slot) { return *slot = 2; });
+    from_xml(std::string("<f><") + names[4] + "/></f>");
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(byte(), 0x10);
+}
+
 TEST_F(Flags, NeedRoomForAllTheirBytes) {
     byte() = 0x1f;
     for (int32_t length = -1; length <= 7; ++length) {
@@ -179,6 +211,12 @@ TEST_F(Flags, OutsideTheTableAre43) {
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_value(handle, instance, nullptr, 1, &err), 0u);
     EXPECT_EQ(ork_handle_last_error(handle), 43u);
     EXPECT_EQ(err, 0u);
+}
+
+TEST_F(Flags, OutsideTheTableLeave43InTheSlotOfAStrictHandle) {
+    const Handle strict(Handle::Options{.strict_epoch = 1});
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_cr(strict, flags, 5), 0u);
+    EXPECT_EQ(strict->cr_error, 43u);
 }
 
 TEST_F(Flags, OfALaterVariantWithoutAPlaceAreDroppedInSilence) {

@@ -97,6 +97,30 @@ TEST(FrameArrayState, an_index_at_the_count_gives_2) {
     EXPECT_CALLS(log.calls_of({"ork_store_err", "trace", "orklib_adjust_variant"}), {"ork_store_err(2)", "ork_store_err(2)"});
 }
 
+TEST(FrameArrayState, an_array_whose_block_was_lost_has_no_elements_whatever_its_count) {
+    Path p(tracked, 5);
+    const uint32_t src[] = {1, 2, 3};
+    spy::fail_alloc(1);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(p.h, instance, p.obj, src, 3, &p.h.err);
+    EXPECT_EQ(std::exchange(p.h.err, 0), 12u);
+    EXPECT_EQ(count_of<uint32_t>(p.obj, "num_hops"), 5u);
+    const Snapshot before = p.obj.snapshot();
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, 0, &p.h.err), 0u);
+    EXPECT_EQ(std::exchange(p.h.err, 0), 2u);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(p.h, instance, p.obj, 0, 9, &p.h.err);
+    EXPECT_EQ(std::exchange(p.h.err, 0), 2u);
+    uint32_t out = 77;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_get_mem(p.h, instance, p.obj, &out, 1, &p.h.err);
+    EXPECT_EQ(std::exchange(p.h.err, 0), 22u);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_get_mem(p.h, instance, p.obj, &out, 0, &p.h.err);
+    EXPECT_EQ(p.h.err, 0u);
+    EXPECT_EQ(out, 77u);
+    EXPECT_CALLS(log.calls_of({"ork_store_err", "trace", "write_notify_fn"}),
+                 {"ork_store_err(2)", "ork_store_err(2)", "ork_store_err(22)"});
+    EXPECT_TRUE(before.unchanged());
+}
+
 TEST(FrameArrayState, with_tracking_off_all_give_22_without_a_trace) {
     Path p(untracked);
     uint8_t *lent = nullptr;
@@ -157,6 +181,45 @@ TEST(FrameArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing
     EXPECT_EQ(h.err, 0u) << "the next growth makes new ones";
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(h, instance, obj, 3, &h.err), 2u);
     h->free_fn(h->mem_pool, instance, elements);
+}
+
+TEST(FrameArrayState, the_fill_of_an_array_of_records_goes_into_each_element) {
+    Handle h(tracked);
+    Object obj(h, "fwe_dp_wayfind_debug_data_per_complex");
+    Object element(h, "fwe_dp_wayfind_debug_setting", "element");
+    fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, element, &h.err);
+    ASSERT_EQ(h.err, 0u);
+    auto *const elements = load<uint8_t *>(obj.state() + 8);
+    fwe_dp_wayfind_debug_data_per_complex_set_all_state_tracking_flag(h, instance, obj, 3);
+    // Two bodies of 56, and behind them nine bytes for each.
+    const auto *const states = load<uint8_t *>(obj.field("dbg_setting")) + 112;
+    EXPECT_EQ(std::vector<uint8_t>(states, states + 18), std::vector<uint8_t>(18, 3));
+    EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(16, 3));
+    store(obj.state() + 8, elements);
+}
+
+TEST(FrameArrayState, destroy_gives_the_element_bytes_back_and_clears_their_pointer_unannounced) {
+    Path p(tracked);
+    const uint8_t *const pointer = p.obj.state() + 8;
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_destroy_internal(p.h, instance, p.obj, 0);
+    const auto freed = log.calls_of({"free_fn"});
+    EXPECT_EQ(std::count(freed.begin(), freed.end(), "free_fn(7,elements)"), 1);
+    EXPECT_EQ(load<uint64_t>(pointer), 0u);
+    for (const auto &announced : log.announcements()) {
+        EXPECT_FALSE(announced.address < pointer + 8 && pointer < announced.address + announced.length);
+    }
+}
+
+TEST(FrameArrayState, a_fill_over_the_pointer_leaves_no_block_to_lend) {
+    Path p(tracked);
+    uint8_t *const elements = p.elements();
+    fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(p.h, instance, p.obj, 3);
+    uint8_t *lent = elements;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get_arr(p.h, instance, p.obj, &lent, &p.h.err);
+    EXPECT_EQ(lent, nullptr);
+    EXPECT_EQ(p.h.err, 0u);
+    p.h->free_fn(p.h->mem_pool, instance, elements);
 }
 
 TEST(FrameArrayState, a_parents_fill_goes_over_the_pointer_of_an_embedded_array_and_leaves_its_bytes) {

@@ -83,6 +83,44 @@ TEST(FrameCreate, the_platform_hooks_want_an_instance_and_watched_storage) {
     EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
 }
 
+TEST(FrameCreate, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_object) {
+    Handle h(shared_and_recorded);
+    spy::name_at(sentinel_of_mem(h), "sentinel");
+    h->cr_error = 5;
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_create_cr(h);
+    EXPECT_CALLS(log, {trace_start, "orkdb_record_containment2(7,sentinel,null,1)", "orkdb_plat_set_dirty(7,sentinel)"});
+    EXPECT_EQ(h->cr_error, 5u);
+}
+
+TEST(FrameCreate, a_recording_that_the_first_hook_ends_is_over_for_the_second) {
+    Handle h(shared_and_recorded);
+    const auto ending = spy::replace(orkdb_record_containment2,
+                                     [](ork_handle *handle, uint32_t, const void *, const void *, uint32_t) { handle->db_recording = 0; });
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    EXPECT_EQ(log.count("orkdb_record_containment2"), 1u);
+    EXPECT_EQ(log.count("orkdb_plat_set_dirty"), 0u);
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
+TEST(FrameCreate, tracking_that_ends_during_the_allocation_leaves_the_state_bytes_as_they_came) {
+    Handle h(tracked);
+    static ork_handle *handle; /* an allocator gets no handle */
+    static ork_alloc_fn before;
+    handle = h;
+    before = std::exchange(h->alloc_fn, [](void *pool, uint32_t i, size_t size) {
+        ork_handle_set_tracking(handle, ORK_TRACKING_OFF);
+        return std::memset(before(pool, i, size), 0xA5, size);
+    });
+    auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
+    h->alloc_fn = before;
+    EXPECT_EQ(header(obj).obj_flags, 0);
+    EXPECT_TRUE(std::all_of(bytes(obj) + ORK_OBJECT_HEADER_SIZE, bytes(obj) + 40, [](uint8_t b) { return b == 0; }));
+    EXPECT_TRUE(std::all_of(bytes(obj) + 40, bytes(obj) + 43, [](uint8_t b) { return b == 0xA5; })) << "the size is worked out afresh";
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+}
+
 TEST(FrameCreate, a_new_record_is_zero_behind_its_header) {
     Handle h(tracked);
     auto *const obj = fwe_cl_wayfind_mem_st_create(h, instance);
@@ -202,6 +240,18 @@ TEST(FrameCreate, when_the_start_of_an_object_fails_its_block_goes_back_and_the_
     log.clear();
     EXPECT_EQ(fwe_cl_wayfind_mem_st_create_cr(h), nullptr) << "no sentinel here";
     EXPECT_EQ(h->cr_error, 0u) << "left to what the runtime stored";
+}
+
+TEST(FrameCreate, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_statistics) {
+    Handle h(plain);
+    const auto failing = spy::fail(ork_domain_lookup_variant, 5);
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
+    EXPECT_CALLS(log, {trace_start, "alloc_fn(7,40)=new1", "ork_clear_last_error()",
+                       "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_mem_st),?)", "write_notify_fn(new1+9,1,7,new1)",
+                       "write_notify_fn(new1+8,1,7,new1)", "ork_get_manifested_type_info_ptr_mem(new1)", "write_notify_fn(new1,8,7,new1)",
+                       "write_notify_fn(new1+10,1,7,new1)", "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),?,?)",
+                       "trace(error,error in fwe_cl_wayfind_mem_st create: Input/output error)", "free_fn(7,new1)"});
 }
 
 TEST(FrameCreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trace) {

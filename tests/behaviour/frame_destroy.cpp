@@ -1,29 +1,7 @@
 // Giving records back: the calls in their order, and every way to stay.
-#include <cstdio>
-
 #include "frame_objects.h"
 
 namespace frame {
-
-namespace {
-
-// A reference list of one that the runtime's address type claims to hold, and what becomes of it.
-struct OneReference {
-    void *oid = reinterpret_cast<void *>(0x1230);
-    uint32_t list_error = 0;
-    uint32_t lower_error = 0;
-    spy::Replacement count = spy::answer(ip_address_get_oid_count, 1);
-    spy::Replacement list = spy::replace(ip_address_get_object_references,
-                                         [this](ork_handle *, uint32_t, const ork_ip_address *, void **refs, uint32_t n, uint32_t *err) {
-                                             EXPECT_EQ(n, 1u);
-                                             refs[0] = oid;
-                                             *err = list_error;
-                                         });
-    spy::Replacement lower = spy::replace(orklib_lookup_and_update_oid_ref_count,
-                                          [this](ork_handle *, uint32_t, void *, uint32_t, uint32_t *err) { *err = lower_error; });
-};
-
-}  // namespace
 
 TEST(FrameDestroy, calls_the_runtime_in_the_order_told) {
     Handle h(plain);
@@ -136,6 +114,23 @@ TEST(FrameDestroy, a_slot_block_of_its_own_goes_back_first) {
     EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}), {"free_fn(7,block)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
+TEST(FrameDestroy, a_slot_block_of_its_own_stays_with_storage_that_is_not_freed) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    const auto *const type = load<const ork_type_info *>(obj.get());
+    alignas(8) uint8_t block[16] = {};
+    const auto manifested = spy::answer(ork_get_manifested_type_info, type);
+    obj.head().obj_flags = OBJ_OWNS_SLOT_BLOCK;
+    store<void *>(obj.get(), block);
+    const Snapshot before = obj.snapshot();
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_destroy_internal(h, instance, obj, 0);
+    EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}), {});
+    EXPECT_TRUE(before.unchanged());
+    obj.head().obj_flags = 0;
+    store(obj.get(), type);
+}
+
 TEST(FrameDestroy, an_empty_slot_block_is_not_given_back) {
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -145,125 +140,6 @@ TEST(FrameDestroy, an_empty_slot_block_is_not_given_back) {
     spy::Log log;
     fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
     EXPECT_CALLS(log.calls_of({"free_fn"}), {"free_fn(7,obj)"});
-}
-
-// ---- OIDs ----
-
-TEST(FrameDestroyOid, a_mapping_that_goes_lets_the_object_go) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    ork_oid_map(h, instance, obj.get(), nullptr, &h.err);
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
-    EXPECT_CALLS(
-        log, {"ork_request_oid_mapping_destroy(7,obj,?)", "trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)",
-              "ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
-              "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
-}
-
-TEST(FrameDestroyOid, open_references_keep_the_object_and_its_statistics) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    const auto destroy = [](ork_handle *handle, uint32_t i, void *o) {
-        fwe_cl_wayfind_mem_st_destroy(handle, i, static_cast<fwe_cl_wayfind_mem_st *>(o));
-    };
-    void *const oid = ork_oid_map(h, instance, obj.get(), destroy, &h.err);
-    ork_oid_hold(h, oid, &h.err);
-    const uint64_t destroyed = _fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0].destroy_count;
-    const Snapshot before = obj.snapshot();
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
-    EXPECT_CALLS(log,
-                 {"ork_request_oid_mapping_destroy(7,obj,?)",
-                  "trace(info,fwe_cl_wayfind_mem_st destroy: Object has references and will be cleaned up when all of them are released)"});
-    EXPECT_TRUE(before.unchanged());
-    EXPECT_EQ(_fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0].destroy_count, destroyed);
-    orklib_lookup_and_update_oid_ref_count(h, instance, oid, 0, &h.err);
-    EXPECT_EQ(h.err, 0u);
-    EXPECT_EQ(h.memory().live_blocks, 0u) << "the runtime destroyed it behind the last reference";
-}
-
-TEST(FrameDestroyOid, a_removal_that_fails_is_stored_and_the_object_stays) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    obj.head().obj_flags |= OBJ_OID_MAPPED;
-    const Snapshot before = obj.snapshot();
-    {
-        const auto failing = spy::fail(ork_request_oid_mapping_destroy, 5);
-        spy::Log log;
-        fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
-        EXPECT_CALLS(log, {"ork_request_oid_mapping_destroy(7,obj,?)",
-                           "trace(error,fwe_cl_wayfind_mem_st destroy: Failed to remove oid mapping for object. Error Input/output error)",
-                           "ork_store_err(5)"});
-        EXPECT_TRUE(before.unchanged());
-    }
-    obj.head().obj_flags = 0;
-}
-
-// ---- References of fields ----
-
-TEST(FrameDestroyReferences, are_released_one_by_one_before_the_field_is_destroyed) {
-    Handle h(plain);
-    Object obj(h, "fwe_pal_wayfind_site_prefix_data");
-    OneReference reference;
-    spy::name_at(reference.oid, "oid");
-    spy::Log log;
-    fwe_pal_wayfind_site_prefix_data_destroy(h, instance, static_cast<fwe_pal_wayfind_site_prefix_data *>(obj.release()));
-    EXPECT_CALLS(log.calls_of({"ip_address_get_oid_count", "ip_address_get_object_references", "orklib_lookup_and_update_oid_ref_count",
-                               "ip_address_destroy_internal", "free_fn"}),
-                 {"ip_address_get_oid_count(7,obj+24,?)", "ip_address_get_object_references(7,obj+24,?,1,?)",
-                  "orklib_lookup_and_update_oid_ref_count(7,oid,0,?)", "ip_address_destroy_internal(7,obj+24,0)", "free_fn(7,obj)"});
-}
-
-TEST(FrameDestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_multi_nh_map");
-    {
-        OneReference reference;
-        reference.list_error = 5;
-        spy::Log log;
-        fwe_cl_wayfind_multi_nh_map_destroy(h, instance, obj);
-        EXPECT_CALLS(
-            log.calls_of({"ip_address_destroy_internal", "ork_store_err", "trace", "orklib_type_stats_destroy_object", "free_fn"}),
-            {"trace(error,fwe_cl_wayfind_multi_nh_map destroy: Failed to get oid references from object. Error Input/output error)"});
-    }
-    // The first field's list comes through, the second's fails: what came before is gone.
-    {
-        OneReference reference;
-        unsigned lists = 0;
-        const auto second = spy::replace(ip_address_get_object_references,
-                                         [&](ork_handle *, uint32_t, const ork_ip_address *, void **refs, uint32_t, uint32_t *err) {
-                                             refs[0] = nullptr;
-                                             *err = ++lists == 2 ? 5 : 0;
-                                         });
-        spy::Log log;
-        fwe_cl_wayfind_multi_nh_map_destroy(h, instance, obj);
-        EXPECT_CALLS(log.calls_of({"ip_address_destroy_internal"}), {"ip_address_destroy_internal(7,obj+16,0)"});
-        EXPECT_EQ(log.count("free_fn"), 0u);
-    }
-}
-
-TEST(FrameDestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed_over) {
-    Handle h(plain);
-    Object obj(h, "fwe_pal_wayfind_site_prefix_data");
-    OneReference reference;
-    reference.lower_error = 5;
-    spy::name_at(reference.oid, "oid");
-    spy::Log log;
-    fwe_pal_wayfind_site_prefix_data_destroy(h, instance, static_cast<fwe_pal_wayfind_site_prefix_data *>(obj.release()));
-    EXPECT_CALLS(
-        log.calls_of({"trace", "ork_store_err", "free_fn"}),
-        {"trace(error,fwe_pal_wayfind_site_prefix_data destroy: Failed to decrement ref count of oid oid. Error Input/output error)",
-         "free_fn(7,obj)"});
-}
-
-TEST(FrameDestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
-    Handle h(plain);
-    Object obj(h, "fwe_pal_wayfind_site_prefix_data");
-    spy::Log log;
-    fwe_pal_wayfind_site_prefix_data_destroy(h, instance, static_cast<fwe_pal_wayfind_site_prefix_data *>(obj.release()));
-    EXPECT_CALLS(log.calls_of({"ip_address_get_oid_count", "ip_address_destroy_internal"}),
-                 {"ip_address_get_oid_count(7,obj+24,?)", "ip_address_destroy_internal(7,obj+24,0)"});
 }
 
 TEST(FrameDestroy, fields_beyond_the_variant_are_not_visited) {
@@ -312,6 +188,18 @@ TEST(FrameDestroy, a_variant_above_what_the_type_has_is_traced_and_counted_as_th
     fwe_cl_wayfind_auto_tunnel_destroy(h, instance, static_cast<fwe_cl_wayfind_auto_tunnel *>(obj.release()));
     EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,variant 5 requested only 2 variants present)"});
     EXPECT_EQ(newest.destroy_count, destroyed + 1);
+}
+
+TEST(FrameDestroy, a_negative_variant_is_counted_in_front_of_the_entries) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_auto_tunnel");
+    obj.head().variant = -1;
+    auto *const entries = reinterpret_cast<const uint8_t *>(_fwe_cl_wayfind_auto_tunnel_type_info_internal.varinfo->entries);
+    spy::name_at(entries + 16 - 40, "in front");
+    spy::Log log;
+    fwe_cl_wayfind_auto_tunnel_destroy(h, instance, static_cast<fwe_cl_wayfind_auto_tunnel *>(obj.release()));
+    EXPECT_CALLS(log.calls_of({"orklib_type_stats_destroy_object", "trace"}),
+                 {"orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_auto_tunnel),in front,?)"});
 }
 
 TEST(FrameDestroy, a_negative_variant_prints_sign_extended) {

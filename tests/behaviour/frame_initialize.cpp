@@ -125,6 +125,32 @@ TEST(FrameInitialize, children_take_the_base_that_their_parent_worked_out) {
     fwe_cl_wayfind_inst_data_destroy(h, instance, obj);
 }
 
+TEST(FrameInitialize, children_are_told_of_a_given_base_unless_their_parent_is_nested_and_of_a_told_distance_always) {
+    constexpr const char *get_offset = "orklib_get_sttr_offset(7,obj)";
+    struct Case {
+        uint8_t before, flags; /* set in the header, and given */
+        std::vector<std::string> told;
+    };
+    // chan_nb at 16 has its state bytes from 1 on, mem at 80 from 6 on.
+    const std::vector<std::string> from_200 = {"orklib_update_sttr_offset(7,obj+16,185)", "orklib_update_sttr_offset(7,obj+80,126)"};
+    const std::vector<std::string> from_300 = {get_offset, "orklib_update_sttr_offset(7,obj+16,285)",
+                                               "orklib_update_sttr_offset(7,obj+80,226)"};
+    for (const auto &[before, flags, expected] :
+         {Case{0, 0, from_200}, Case{0, OBJ_NESTED, {}}, Case{OBJ_STTR_OFFSET, 0, from_300}, Case{OBJ_STTR_OFFSET, OBJ_NESTED, from_300}}) {
+        Handle h(tracked);
+        alignas(8) uint8_t block[309] = {};
+        spy::name(block, sizeof block, "obj");
+        block[10] = before;
+        const auto distance = spy::answer(orklib_get_sttr_offset, 300);
+        const auto unmapped = spy::replace(orklib_update_sttr_offset, [](ork_handle *, uint32_t, void *, int32_t) {});
+        spy::Log log;
+        fwe_cl_wayfind_nb_channel_data_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_nb_channel_data *>(block),
+                                                  &_fwe_cl_wayfind_nb_channel_data_type_info_internal, 1, 0, flags, block + 200, &h.err);
+        EXPECT_CALLS(log.calls_of({"orklib_get_sttr_offset", "orklib_update_sttr_offset"}), expected) << int{before} << " " << int{flags};
+        EXPECT_EQ(h.err, 0u);
+    }
+}
+
 // ---- Sizes ----
 
 TEST(FrameSizeof, mem_st_is_40_and_43_with_tracking) {

@@ -1,13 +1,13 @@
-// Descriptors, the shared type table, the module list and the variant dump.
+// Descriptors, the module list and the variant dump.
+#include "frame_module.h"
+
 #include <dlfcn.h>
 #include <link.h>
-#include <sys/mman.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 
-#include "frame_objects.h"
 #include "ork/flight.h"
 
 namespace frame {
@@ -24,30 +24,6 @@ int collect(const char *format, ...) {
     va_end(arguments);
     dumped.emplace_back(line);
     return 0;
-}
-
-// The names of all types in the order of registration, messages without the word.
-std::vector<std::string> registration_order() {
-    std::vector<std::string> names;
-    for (const auto &record : told::tables().records) {
-        names.push_back(record.name);
-    }
-    for (const auto &small : told::tables().smalls) {
-        names.push_back(small.name);
-    }
-    for (const auto &message : told::tables().messages) {
-        names.push_back(message.name);
-    }
-    return names;
-}
-
-ork_module *module_record() {
-    for (ork_module *module = ork_module_tot_root.head; module; module = module->next) {
-        if (std::strcmp(module->name, "fwe_ui_wayfind") == 0) {
-            return module;
-        }
-    }
-    return nullptr;
 }
 
 // The only entry of the library's initialisation or termination array.
@@ -106,10 +82,7 @@ void (*load_time_function(ElfW(Sxword) array, ElfW(Sxword) array_size))() {
 
 // Dumps with one descriptor robbed of its variants.
 [[noreturn]] void dump_without_variants() {
-    auto *const type = const_cast<ork_type_info *>(&_fwe_cl_wayfind_chan_st_type_info_internal);
-    const auto page = reinterpret_cast<uintptr_t>(&type->varinfo) & ~uintptr_t{4095};
-    mprotect(reinterpret_cast<void *>(page), 8192, PROT_READ | PROT_WRITE);
-    type->varinfo = nullptr;
+    rob_a_descriptor();
     spy::Log log;
     fwe_ui_wayfind_type_variant_dump(collect);
     for (const auto &trace : log.calls_of({"trace"})) {
@@ -126,112 +99,6 @@ struct DumpGuard {
 
 }  // namespace
 
-// ---- The shared type table ----
-
-TEST(FrameTypeTable, takes_all_96_types_in_order_with_their_look_up_copy_and_update) {
-    Handle h({.shared = true});
-    const auto names = registration_order();
-    ASSERT_EQ(names.size(), 96u);
-    spy::Log log;
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    EXPECT_EQ(h.err, 0u);
-    std::vector<std::string> expected;
-    std::vector<std::string> luids;
-    for (const auto &record : told::tables().records) {
-        luids.push_back(record.luid);
-    }
-    for (const auto &small : told::tables().smalls) {
-        luids.push_back(small.luid);
-    }
-    for (const auto &message : told::tables().messages) {
-        luids.push_back(message.luid);
-    }
-    auto calls = log.calls();
-    for (auto &call : calls) { /* blocks are numbered through, the runtime's own in between */
-        if (const size_t place = call.find("=new"); place != std::string::npos) {
-            call.resize(place);
-        }
-        if (const size_t place = call.find("(7,new"); place != std::string::npos) {
-            const size_t end = call.find('+', place);
-            call.replace(place + 3, end - place - 3, "copy");
-        }
-    }
-    for (size_t i = 0; i < names.size(); ++i) {
-        expected.push_back("type_table_find_fn(7,'" + luids[i] + "')");
-        expected.push_back("shared_alloc_fn(4294967295,288)");
-        expected.push_back("type_table_add_fn(7,copy+20,shared(" + names[i] + "))");
-        expected.push_back("ork_update_variant_info(7,shared(" + names[i] + "),type(" + names[i] + "),1)");
-    }
-    EXPECT_CALLS(calls, expected);
-}
-
-TEST(FrameTypeTable, a_copy_is_the_descriptor_with_its_storage_noted_and_two_words_of_zero) {
-    Handle h({.shared = true});
-    const auto quiet = spy::answer(ork_update_variant_info, 0u);
-    const auto add = h->type_table_add_fn;
-    h->type_table_add_fn = [](void *, uint32_t, const char *luid_text, ork_type_info *entry) {
-        const ork_module *const module = module_record();
-        const auto *const *const type = std::find_if(module->descriptors, module->descriptors + 96,
-                                                     [&](const ork_type_info *t) { return std::strcmp(t->luid_text, luid_text) == 0; });
-        ork_type_info wanted = **type;
-        wanted.shared = 1;
-        EXPECT_EQ(std::memcmp(entry, &wanted, sizeof wanted), 0) << entry->name << ": the variants are the static ones until the update";
-        EXPECT_EQ(load<uint64_t>(entry + 1), 0u);
-        EXPECT_EQ(load<uint64_t>(reinterpret_cast<uint8_t *>(entry + 1) + 8), 0u);
-        EXPECT_EQ(luid_text, entry->luid_text) << "the key lies inside the copy";
-        return 0u;
-    };
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    h->type_table_add_fn = add;
-    EXPECT_EQ(h.err, 0u);
-}
-
-TEST(FrameTypeTable, a_second_run_allocates_nothing_and_updates_96_times) {
-    Handle h({.shared = true});
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    spy::Log log;
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    EXPECT_EQ(log.count("shared_alloc_fn"), 0u);
-    EXPECT_EQ(log.count("type_table_add_fn"), 0u);
-    const auto updates = log.calls_of({"ork_update_variant_info"});
-    EXPECT_EQ(updates.size(), 96u);
-    EXPECT_TRUE(std::all_of(updates.begin(), updates.end(), [](const std::string &u) { return u.ends_with(",0)"); }));
-}
-
-TEST(FrameTypeTable, memory_that_ends_at_the_third_type_leaves_two_and_12) {
-    Handle h({.shared = true});
-    // The runtime takes a block of its own for each type's variants: let it have those from elsewhere.
-    const auto quiet = spy::answer(ork_update_variant_info, 0u);
-    spy::fail_shared_alloc(3);
-    h.err = 0;
-    spy::Log log;
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    EXPECT_EQ(h.err, 12u);
-    EXPECT_EQ(log.count("type_table_add_fn"), 2u);
-    EXPECT_EQ(log.count("type_table_find_fn"), 3u);
-    EXPECT_CALLS(log.calls_of({"ork_store_err", "trace"}), {"ork_store_err(12)"});
-}
-
-TEST(FrameTypeTable, an_error_standing_is_not_looked_at) {
-    Handle h({.shared = true});
-    h.err = 5;
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    EXPECT_EQ(h.err, 5u);
-    spy::Log log;
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    EXPECT_EQ(log.count("ork_update_variant_info"), 96u);
-}
-
-TEST(FrameTypeTable, a_type_table_that_refuses_is_not_heard) {
-    Handle h({.shared = true});
-    const auto before = h->type_table_add_fn;
-    h->type_table_add_fn = [](void *, uint32_t, const char *, ork_type_info *) { return 5u; };
-    const auto quiet = spy::answer(ork_update_variant_info, 5u);
-    fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-    h->type_table_add_fn = before;
-    EXPECT_EQ(h.err, 0u);
-}
-
 // ---- Small functions ----
 
 TEST(FrameDescriptor, index_cap_keeps_what_is_below_the_count_and_the_bits_above_the_byte) {
@@ -243,19 +110,6 @@ TEST(FrameDescriptor, index_cap_keeps_what_is_below_the_count_and_the_bits_above
     EXPECT_EQ(fwe_cl_wayfind_chan_st_variant_data_index_cap(0x12345605), 0x12345603);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_variant_data_index_cap(5), 0);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_variant_data_index_cap(-1), -1);
-}
-
-TEST(FrameDescriptor, get_luid_hands_everything_on) {
-    Handle h(plain);
-    const uint8_t luid[16] = {};
-    const auto given = spy::answer(ork_get_luid, luid);
-    const int anything = 0;
-    spy::name_at(&anything, "anything");
-    spy::Log log;
-    EXPECT_EQ(fwe_cl_wayfind_mem_st_get_luid(h, 3, &anything, &h.err), luid);
-    EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_get_luid(h, 3, &anything, &h.err), luid);
-    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_luid(h, 3, &anything, &h.err), luid);
-    EXPECT_CALLS(log, std::vector<std::string>(3, "ork_get_luid(3,anything,err)"));
 }
 
 TEST(FrameDescriptor, the_trace_channel_starts_with_the_modules_name_and_keeps_its_number) {

@@ -87,6 +87,15 @@ private:
     void *obj_;
 };
 
+// A runtime that answers 43 with this number in the caller's slot; 0 leaves the slot alone.
+[[nodiscard]] inline spy::Replacement slot_becomes(uint32_t number) {
+    return spy::replace(ork_store_epoch_err, [number](ork_handle *, uint32_t, uint32_t *err) {
+        if (number != 0) {
+            *err = number;
+        }
+    });
+}
+
 // The array of a record that consists of one: the count field is the first, the array the second.
 template <class Count>
 Count count_of(const Object &obj, const std::string &field) {

@@ -1,4 +1,4 @@
-// Scalar, enum and object fields: who is called in which order, and what a refusal leaves.
+// Scalar and object fields: who is called in which order, and what a refusal leaves.
 #include "frame_objects.h"
 
 namespace frame {
@@ -22,14 +22,17 @@ TEST(FrameScalar, get_value_reads_through_the_lent_pointer) {
                        "orkdb_record_containment2(7,obj+16,obj,1)", "u_int64_get_value(7,obj+16,err)"});
 }
 
-TEST(FrameScalar, get_value_of_a_null_pointer_is_0) {
+TEST(FrameScalar, a_null_pointer_is_lent_and_recorded_as_such_and_its_value_is_0) {
     Handle h(recorded);
     Object obj(h, "fwe_cl_wayfind_mem_st");
     store<uint32_t>(obj.field("fwe_num"), 5);
     const auto nothing = spy::answer(u_int32_get, nullptr);
     spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get(h, instance, obj, &h.err), nullptr);
+    EXPECT_CALLS(log.calls_of({"orkdb_record_containment2"}), {"orkdb_record_containment2(7,null,obj,1)"});
+    log.clear();
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(h, instance, obj, &h.err), 0u);
-    EXPECT_EQ(log.count("u_int32_get_value"), 0u);
+    EXPECT_CALLS(log.calls_of({"orkdb_record_containment2", "u_int32_get_value"}), {});
     EXPECT_EQ(h.err, 0u);
 }
 
@@ -107,6 +110,46 @@ TEST(FrameScalar, set_value_whose_adjust_fails_goes_straight_to_the_second_recor
     EXPECT_EQ(h.err, 5u);
 }
 
+TEST(FrameScalar, set_value_passes_the_gate_twice) {
+    for (const uint32_t slot : {0u, 43u}) {
+        for (const auto set_value : {fwe_cl_wayfind_chan_nb_st_chan_id_set_value, fwe_cl_wayfind_chan_nb_st_tx_state_set_value}) {
+            Handle h(tracked_and_recorded);
+            Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+            const Snapshot before = obj.snapshot();
+            const auto runtime = slot_becomes(slot);
+            spy::Log log;
+            {
+                const auto lost_in_between = spy::replace(
+                    ork_get_instance_variant,
+                    [asked = 0](const void *, uint32_t, uint32_t) mutable -> int8_t { return asked++ == 0 ? int8_t{0} : int8_t{-1}; });
+                set_value(h, instance, obj, 1, &h.err);
+            }
+            std::vector<std::string> expected = {"ork_store_epoch_err(43,err)", "orkdb_record_containment2(7,null,obj,1)"};
+            if (slot == 0) {
+                expected.push_back("ork_store_err(2)");
+            }
+            EXPECT_CALLS(log.calls_of({"ork_store_epoch_err", "ork_store_err", "u_int32_get", "orkdb_record_containment2",
+                                       "u_int32_set_value", "write_notify_fn"}),
+                         expected);
+            EXPECT_EQ(h.err, slot == 0 ? 2u : 43u);
+            EXPECT_TRUE(before.unchanged());
+        }
+    }
+}
+
+TEST(FrameScalar, set_goes_on_when_the_adjust_failed) {
+    Handle h(tracked_and_recorded);
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    const uint32_t src = 5;
+    spy::name_at(&src, "src");
+    const auto failing = spy::fail(orklib_adjust_variant, 5);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_fwe_num_set(h, instance, obj, &src, &h.err);
+    EXPECT_CALLS(log.calls_of({"u_int32_set", "write_notify_fn", "orkdb_record_containment2"}),
+                 {"u_int32_set(7,obj+12,src,err)", "write_notify_fn(state,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
+    EXPECT_EQ(h.err, 5u);
+}
+
 TEST(FrameScalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
     Handle h(tracked_and_recorded);
     Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -152,25 +195,30 @@ TEST(FrameScalar, the_slot_may_be_written_by_the_runtime_and_the_accessor_return
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_mem_st");
     obj.head().variant = -1;
-    const auto strict = spy::replace(ork_store_epoch_err, [](ork_handle *, uint32_t number, uint32_t *err) { *err = number; });
+    const auto strict = slot_becomes(43);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get(h, instance, obj, &h.err), nullptr);
     EXPECT_EQ(h.err, 43u);
     obj.head().variant = 0;
 }
 
-TEST(FrameScalar, a_child_set_that_fails_is_marked_and_recorded_all_the_same) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_nb_channel_data");
-    Object src(h, "fwe_cl_wayfind_mem_st", "src");
-    src.head().variant_cap = 1; /* not the child's */
-    spy::Log log;
-    fwe_cl_wayfind_nb_channel_data_mem_set(h, instance, obj, src, &h.err);
-    EXPECT_EQ(h.last_error(), 43u);
-    const auto calls = log.calls();
-    EXPECT_EQ(calls[calls.size() - 2], "write_notify_fn(state+5,1,7,null)");
-    EXPECT_EQ(calls.back(), "orkdb_record_containment2(7,src,obj,1)");
-    EXPECT_EQ(obj.state_of("mem"), 2);
-    src.head().variant_cap = 0;
+TEST(FrameScalar, a_child_set_that_fails_is_marked_and_recorded_whatever_became_of_the_slot) {
+    for (const uint32_t slot : {0u, 43u}) {
+        Handle h(tracked_and_recorded);
+        Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+        Object src(h, "fwe_cl_wayfind_mem_st", "src");
+        src.head().variant_cap = 1; /* not the child's */
+        const Snapshot body(obj.get(), 136);
+        const auto runtime = slot_becomes(slot);
+        spy::Log log;
+        fwe_cl_wayfind_nb_channel_data_mem_set(h, instance, obj, src, &h.err);
+        EXPECT_EQ(h.err, slot);
+        EXPECT_CALLS(log.calls_of({"ork_store_epoch_err", "write_notify_fn", "orkdb_record_containment2"}),
+                     {"ork_store_epoch_err(43,err)", "write_notify_fn(state+5,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
+        EXPECT_EQ(log.calls().back(), "orkdb_record_containment2(7,src,obj,1)");
+        EXPECT_TRUE(body.unchanged());
+        EXPECT_EQ(obj.state_of("mem"), 2);
+        src.head().variant_cap = 0;
+    }
 }
 
 // ---- Marks ----
@@ -231,98 +279,6 @@ TEST(FrameMark, a_told_distance_leads_to_the_byte) {
     EXPECT_CALLS(log.calls_of({"orklib_get_sttr_offset", "write_notify_fn"}),
                  {"orklib_get_sttr_offset(7,obj+80)", "write_notify_fn(state+7,1,7,null)"});
     EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0, 0, 0, 0, 0, 2, 0}));
-}
-
-// ---- Enum fields ----
-
-TEST(FrameEnumField, get_records_the_field_as_entry_point_and_in_the_record) {
-    Handle h(recorded);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
-    spy::Log log;
-    EXPECT_EQ(static_cast<void *>(fwe_cl_wayfind_chan_nb_st_tx_state_get(h, instance, obj, &h.err)), obj.field("tx_state"));
-    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,1)", "orkdb_record_containment2(7,obj+32,null,1)",
-                       "orkdb_record_containment2(7,obj+32,obj,1)"});
-}
-
-TEST(FrameEnumField, get_value_records_it_once_and_reads_it_directly) {
-    Handle h(recorded);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
-    store<uint32_t>(obj.field("tx_state") + 12, 2);
-    spy::Log log;
-    EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 2u);
-    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,1)", "orkdb_record_containment2(7,obj+32,obj,1)",
-                       "ork_clear_last_error()"});
-}
-
-TEST(FrameEnumField, set_copies_the_whole_enum_and_records_the_source) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
-    auto *const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
-    spy::name(src, 16, "src");
-    fwe_cl_wayfind_chan_tx_state_e_set_value(h, instance, src, 1, &h.err);
-    spy::Log log;
-    fwe_cl_wayfind_chan_nb_st_tx_state_set(h, instance, obj, src, &h.err);
-    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
-                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_chan_nb_st),0,err)", "ork_get_instance_variant(obj,1,1)",
-                       "ork_clear_last_error()", "orklib_adjust_variant(7,obj+32,type(fwe_cl_wayfind_chan_tx_state_e),0,err)",
-                       "ork_get_instance_variant(obj+32,0,1)", "write_notify_fn(obj+32,16,7,obj+32)", "write_notify_fn(state+2,1,7,null)",
-                       "orkdb_record_containment2(7,src,obj,1)"});
-    EXPECT_EQ(std::memcmp(obj.field("tx_state"), src, 16), 0) << "header included";
-    fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, src);
-}
-
-TEST(FrameEnumField, set_value_adjusts_and_checks_the_enum_behind_both_records) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
-    spy::Log log;
-    fwe_cl_wayfind_chan_nb_st_tx_state_set_value(h, instance, obj, 2, &h.err);
-    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
-                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_chan_nb_st),0,err)", "ork_get_instance_variant(obj,1,1)",
-                       "ork_clear_last_error()", "ork_get_instance_variant(obj,1,1)", "orkdb_record_containment2(7,obj+32,obj,1)",
-                       "orkdb_record_containment2(7,obj+32,obj,1)", "ork_clear_last_error()",
-                       "orklib_adjust_variant(7,obj+32,type(fwe_cl_wayfind_chan_tx_state_e),0,err)", "ork_get_instance_variant(obj+32,0,1)",
-                       "write_notify_fn(obj+44,4,7,obj+32)", "write_notify_fn(state+2,1,7,null)"});
-    EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 2u);
-}
-
-TEST(FrameEnumField, a_value_out_of_range_is_refused_and_the_state_byte_marked) {
-    Handle h(tracked);
-    Object obj(h, "fwe_cl_wayfind_chan_st");
-    fwe_cl_wayfind_chan_st_tx_state_set_value(h, instance, obj, 1, &h.err);
-    fwe_cl_wayfind_chan_st_tx_state_state_flag_set(h, instance, obj, 0, &h.err);
-    spy::Log log;
-    fwe_cl_wayfind_chan_st_tx_state_set_value(h, instance, obj, 3, &h.err);
-    EXPECT_EQ(h.last_error(), 43u);
-    EXPECT_EQ(log.count("ork_store_epoch_err"), 1u);
-    EXPECT_EQ(fwe_cl_wayfind_chan_st_tx_state_get_value(h, instance, obj, &h.err), 1u);
-    EXPECT_EQ(obj.state_of("tx_state"), 2);
-    // The same bits as a negative number are refused too: the comparison has no sign.
-    fwe_cl_wayfind_chan_st_tx_state_set_value(h, instance, obj, 0xFFFFFFFF, &h.err);
-    EXPECT_EQ(h.last_error(), 43u);
-}
-
-TEST(FrameEnumField, a_refused_set_leaves_the_field_but_is_marked_and_recorded) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
-    auto *const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
-    spy::name(src, 16, "src");
-    store<uint32_t>(bytes(src) + 12, 3);
-    const Snapshot before(obj.get(), 64);
-    spy::Log log;
-    fwe_cl_wayfind_chan_nb_st_tx_state_set(h, instance, obj, src, &h.err);
-    EXPECT_CALLS(log.calls_of({"ork_store_epoch_err", "write_notify_fn", "orkdb_record_containment2"}),
-                 {"ork_store_epoch_err(43,err)", "write_notify_fn(state+2,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
-    EXPECT_TRUE(before.unchanged());
-    EXPECT_EQ(obj.state_of("tx_state"), 2);
-    fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, src);
-}
-
-TEST(FrameEnumField, a_later_variant_of_the_enum_itself_takes_any_value) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
-    obj.field("tx_state")[8] = 1;
-    fwe_cl_wayfind_chan_nb_st_tx_state_set_value(h, instance, obj, 77, &h.err);
-    EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 77u);
 }
 
 // ---- Object fields ----

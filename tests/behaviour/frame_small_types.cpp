@@ -70,21 +70,6 @@ TEST(FrameEnum, create_counts_by_itself_and_starts_no_trace_module) {
     EXPECT_EQ(entry.destroy_count, destroyed + 1);
 }
 
-TEST(FrameEnum, a_negative_variant_counts_nothing) {
-    Handle h(plain);
-    auto &entry = _fwe_cl_wayfind_chan_tx_state_e_type_info_internal.varinfo->entries[0];
-    const uint64_t created = entry.create_count;
-    const uint64_t destroyed = entry.destroy_count;
-    const auto none = h.domain({{"fwe_cl_wayfind_chan_tx_state_e", -1}});
-    spy::Log log;
-    auto *const obj = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
-    EXPECT_EQ(header(obj).variant, -1);
-    fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, obj);
-    EXPECT_EQ(log.count("counter_notify_fn"), 0u);
-    EXPECT_EQ(entry.create_count, created);
-    EXPECT_EQ(entry.destroy_count, destroyed);
-}
-
 TEST(FrameEnum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_failure) {
     Handle h({.cr_instance = 9});
     uint32_t seen = 2;

@@ -50,7 +50,7 @@ TEST(FrameState, an_untracked_object_is_refused_in_two_wordings_and_two_orders) 
     ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameState, without_a_mode_at_all_an_object_that_claims_tracking_is_read_behind_its_newest_body) {
+TEST(FrameState, without_a_mode_an_object_that_claims_tracking_is_read_behind_its_newest_body_and_written_behind_its_own) {
     Handle h(plain);
     // A block with room for state bytes that the handle does not know of.
     alignas(8) uint8_t block[104 + 14] = {};
@@ -65,6 +65,18 @@ TEST(FrameState, without_a_mode_at_all_an_object_that_claims_tracking_is_read_be
     EXPECT_EQ(fwe_cl_wayfind_global_info_data_num_inst_state_flag_get(h, instance, obj, &h.err), 9u);
     header(obj).variant_cap = 0;
     EXPECT_EQ(fwe_cl_wayfind_global_info_data_num_inst_state_flag_get(h, instance, obj, &h.err), 9u);
+    EXPECT_EQ(h.err, 0u);
+    // The setter goes by the layout that the header names, here the older one of 88 bytes.
+    spy::name(block, sizeof block, "obj");
+    for (const auto &[cap, byte] : {std::pair<uint8_t, size_t>{1, 104}, {0, 88}}) {
+        header(obj).variant_cap = cap;
+        std::fill(block + 88, block + sizeof block, uint8_t{0});
+        spy::Log log;
+        fwe_cl_wayfind_global_info_data_num_inst_state_flag_set(h, instance, obj, 7, &h.err);
+        EXPECT_CALLS(log.calls_of({"write_notify_fn"}), std::vector<std::string>{"write_notify_fn(" + at("obj", byte) + ",1,7,null)"});
+        EXPECT_EQ(block[byte], 7);
+        EXPECT_EQ(fwe_cl_wayfind_global_info_data_num_inst_state_flag_get(h, instance, obj, &h.err), cap == 1 ? 7u : 0u);
+    }
     EXPECT_EQ(h.err, 0u);
 }
 
@@ -162,13 +174,17 @@ TEST(FrameOffsets, update_tells_each_child_in_field_order_and_goes_down) {
                       }));
 }
 
-TEST(FrameOffsets, remove_drops_each_child_in_field_order) {
+TEST(FrameOffsets, remove_drops_each_child_in_field_order_and_goes_down) {
     Handle h(tracked);
-    Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+    Object obj(h, "fwe_cl_wayfind_channel_data");
     const auto unheard = spy::answer(ork_hd_mapping_destroy, 0);
     spy::Log log;
-    fwe_cl_wayfind_nb_channel_data_offset_remove(h, instance, obj, &h.err);
-    EXPECT_CALLS(log, {"ork_hd_mapping_destroy(7,obj+16,err)", "ork_hd_mapping_destroy(7,obj+80,err)"});
+    fwe_cl_wayfind_channel_data_offset_remove(h, instance, obj, &h.err);
+    // chan, within it path, src_intf, dst_site and dst_intf, then stats and mem.
+    EXPECT_CALLS(log,
+                 {"ork_hd_mapping_destroy(7,obj+16,err)", "ork_hd_mapping_destroy(7,obj+272,err)", "ork_hd_mapping_destroy(7,obj+304,err)",
+                  "ork_hd_mapping_destroy(7,obj+336,err)", "ork_hd_mapping_destroy(7,obj+368,err)", "ork_hd_mapping_destroy(7,obj+432,err)",
+                  "ork_hd_mapping_destroy(7,obj+536,err)"});
 }
 
 TEST(FrameOffsets, both_are_empty_without_embedded_records_and_with_an_error_standing) {

@@ -1,69 +1,9 @@
 // Variants: what an object of an older one lacks, how a write raises it, and layouts made by older releases.
-#include "frame_objects.h"
+#include "frame_old_objects.h"
 
 namespace frame {
 
 namespace {
-
-// An object in the layout of an older release, its header and children as that release left them. The bytes behind its block are zero and have to
-// stay so: they are somebody else's.
-class OldObject {
-public:
-    OldObject(Handle &handle, const std::string &record, unsigned cap, const std::string &name = "old")
-        : handle_(handle), told_(*told::record(record)), layout_(told_.layouts[cap]), schema_(schema(record)) {
-        size_ = layout_.body + (handle.tracking() ? layout_.state : 0u);
-        block_ = static_cast<uint8_t *>(handle->alloc_fn(handle->mem_pool, instance, size_ + foreign));
-        std::memset(block_, 0, size_ + foreign);
-        {
-            Object fresh(handle, record, "fresh");
-            std::memcpy(block_, fresh.get(), layout_.used);
-        }
-        header(block_).variant = static_cast<int8_t>(cap);
-        header(block_).variant_cap = static_cast<uint8_t>(cap);
-        spy::name(block_, layout_.body, name);
-        if (handle.tracking()) {
-            spy::name(state(), layout_.state, name + "_state");
-            for (const told::Field &field : told_.fields) {
-                if (field.variant <= cap && field.nested >= 0) {
-                    tell(field);
-                }
-            }
-        }
-    }
-    ~OldObject() {
-        EXPECT_TRUE(std::all_of(block_ + size_, block_ + size_ + foreign, [](uint8_t b) { return b == 0; }))
-            << told_.name << " was written to behind its layout " << int(head().variant_cap);
-        fixture::function<void(ork_handle *, uint32_t, void *)>(schema_.functions, "_destroy")(handle_, instance, block_);
-    }
-    OldObject(const OldObject &) = delete;
-    OldObject &operator=(const OldObject &) = delete;
-
-    template <class T>
-    operator T *() const {
-        return reinterpret_cast<T *>(block_);
-    }
-    ork_object &head() const { return header(block_); }
-    uint8_t *get() const { return block_; }
-    uint8_t *state() const { return block_ + layout_.body; }
-    uint8_t *field(const std::string &field_name) const { return block_ + told_.field(field_name).offset; }
-
-private:
-    void tell(const told::Field &field) {
-        uint8_t *const child = block_ + field.offset;
-        uint8_t *const state_of_child = state() + field.nested;
-        orklib_update_sttr_offset(handle_, instance, child, static_cast<int32_t>(state_of_child - child));
-        fixture::function<void(ork_handle *, uint32_t, void *, uint8_t *, uint32_t *)>(schema(field.type).functions, "_offset_update")(
-            handle_, instance, child, state_of_child, &handle_.err);
-    }
-
-    Handle &handle_;
-    const told::Record &told_;
-    const told::Layout &layout_;
-    const wayfind_record &schema_;
-    static constexpr size_t foreign = 1024;
-    size_t size_;
-    uint8_t *block_;
-};
 
 uint32_t sizeof_internal(const std::string &record, Handle &h, const void *obj, uint32_t with_state, uint32_t state_only) {
     return fixture::function<uint32_t(ork_handle *, const void *, uint32_t, uint32_t)>(schema(record).functions, "_sizeof_internal")(
@@ -144,6 +84,41 @@ TEST(FrameUpgrade, a_write_raises_the_object_when_the_domain_has_moved_on) {
     EXPECT_EQ(obj.head().variant, 3);
 }
 
+TEST(FrameUpgrade, a_flag_set_is_an_object_whose_set_raises_the_record) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_hop_chan_st");
+    obj.head().variant = 0;
+    auto *const src = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
+    fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, src, 2, 1, &h.err);
+    fwe_cl_wayfind_hop_chan_st_flags_show_set(h, instance, obj, src, &h.err);
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_EQ(obj.head().variant, 1);
+    auto *const shown = fwe_cl_wayfind_hop_chan_st_flags_show_get(h, instance, obj, &h.err);
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_value(h, instance, shown, 2, &h.err), 1u);
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_value(h, instance, shown, 1, &h.err), 0u);
+    EXPECT_EQ(load<uint32_t>(obj.field("flags")), 0u) << "another field";
+    fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, src);
+}
+
+TEST(FrameUpgrade, setting_an_embedded_record_raises_its_parent_straight_to_the_newest) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_chan_st");
+    Object hops(h, "fwe_cl_wayfind_sel_lb_path_st", "hops");
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, hops, 2, 9, &h.err);
+    obj.head().variant = 1;
+    EXPECT_NE(fwe_cl_wayfind_chan_st_in_burst_get(h, instance, obj, &h.err), nullptr);
+    EXPECT_EQ(fwe_cl_wayfind_chan_st_path_get(h, instance, obj, &h.err), nullptr);
+    EXPECT_EQ(h.last_error(), 43u);
+    fwe_cl_wayfind_chan_st_path_set(h, instance, obj, hops, &h.err);
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_EQ(obj.head().variant, 3);
+    auto *const path = fwe_cl_wayfind_chan_st_path_get(h, instance, obj, &h.err);
+    ASSERT_NE(path, nullptr);
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(h, instance, path, &h.err), 3u);
+    EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_get_value(h, instance, path, 2, &h.err), 9u);
+}
+
 TEST(FrameUpgrade, every_set_asks_for_the_newest_variant_whatever_its_own) {
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_chan_st");
@@ -197,6 +172,23 @@ TEST(FrameFieldNumber, takes_the_object_in_unless_told_not_to) {
     EXPECT_EQ(fwe_cl_wayfind_chan_st_is_valid_cr(h, obj, 22, 1), 1u);
     EXPECT_CALLS(log, {"ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_chan_st),cr_error)"});
     EXPECT_EQ(fwe_cl_wayfind_chan_st_is_valid_cr(h, obj, 22, 2), 0u) << "bit 0 alone counts";
+    obj.head().variant = 3;
+}
+
+TEST(FrameFieldNumber, the_lower_of_domain_and_object_decides) {
+    struct Case {
+        int8_t domain, object;
+        uint32_t number, valid;
+    };
+    const Case cases[] = {{0, 3, 22, 0}, {0, 3, 19, 1}, {3, -1, 19, 1}, {3, -1, 20, 0}, {2, 3, 24, 1}, {3, 2, 24, 1}, {2, 2, 30, 0}};
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_chan_st");
+    for (const Case &c : cases) {
+        const auto domain = h.domain({{"fwe_cl_wayfind_chan_st", c.domain}});
+        obj.head().variant = c.object;
+        EXPECT_EQ(fwe_cl_wayfind_chan_st_is_valid_cr(h, obj, c.number, 0), c.valid)
+            << "domain " << int(c.domain) << ", object " << int(c.object) << ", " << c.number;
+    }
     obj.head().variant = 3;
 }
 

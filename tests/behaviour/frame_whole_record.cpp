@@ -1,5 +1,10 @@
-// Copying, reading and writing whole records.
-#include "frame_objects.h"
+// Copying whole records.
+#include <unistd.h>
+
+#include <csignal>
+
+#include "frame_old_objects.h"
+#include "frame_paths.h"
 
 namespace frame {
 
@@ -50,6 +55,21 @@ TEST(FrameRecordSet, without_a_mode_announces_the_newest_body) {
     EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,104,7,dst)"});
 }
 
+TEST(FrameRecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an_older_layout_has) {
+    Handle h(plain);
+    OldObject dst(h, "fwe_cl_wayfind_chan_stats_st", 0, "dst");
+    OldObject src(h, "fwe_cl_wayfind_chan_stats_st", 0, "src");
+    std::memset(src.field("recv_bytes"), 0x5A, 88 - 16);
+    std::memset(src.get() + 88, 0x77, 104 - 88); /* whatever lies behind it */
+    spy::Log log;
+    fwe_cl_wayfind_chan_stats_st_set(h, instance, dst, src, &h.err);
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,104,7,dst)"});
+    EXPECT_EQ(std::memcmp(dst.get(), src.get(), 88), 0);
+    EXPECT_EQ(std::vector<uint8_t>(dst.get() + 88, dst.get() + 104), std::vector<uint8_t>(16, 0));
+    std::memset(src.get() + 88, 0, 104 - 88);
+}
+
 TEST(FrameRecordSet, does_not_test_the_error_on_entry) {
     Handle h(plain);
     Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
@@ -76,6 +96,22 @@ TEST(FrameRecordSet, a_destination_of_a_lower_variant_is_refused) {
     fwe_cl_wayfind_auto_tunnel_set(h, instance, dst, src, &h.err);
     EXPECT_EQ(h.last_error(), 43u);
     EXPECT_TRUE(before.unchanged());
+}
+
+TEST(FrameRecordSet, a_destination_of_a_lower_variant_rises_first) {
+    Handle h(plain);
+    Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
+    Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
+    fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(h, instance, src, "first", 5, &h.err);
+    fwe_cl_wayfind_auto_tunnel_update_ts_msec_set(h, instance, src, "second", 6, &h.err);
+    dst.head().variant = 0;
+    spy::Log log;
+    fwe_cl_wayfind_auto_tunnel_set(h, instance, dst, src, &h.err);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "ork_store_epoch_err"}),
+                 {"orklib_adjust_variant(7,dst,type(fwe_cl_wayfind_auto_tunnel),1,err)"});
+    EXPECT_EQ(dst.head().variant, 1);
+    EXPECT_STREQ(reinterpret_cast<const char *>(dst.field("create_ts_msec")), "first");
+    EXPECT_STREQ(reinterpret_cast<const char *>(dst.field("update_ts_msec")), "second");
 }
 
 TEST(FrameRecordSet, a_destination_of_a_higher_variant_comes_down_to_the_source) {
@@ -196,6 +232,56 @@ TEST(FrameRecordSet, the_tail_has_no_variant_gate_and_leaves_the_flag_set_out) {
                  }));
 }
 
+namespace {
+
+const Snapshot *kept_at_the_end = nullptr;
+
+void tell_what_the_end_found(int) {
+    static const char text[] = "unchanged";
+    if (kept_at_the_end->unchanged()) {
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof text - 1);
+    }
+}
+
+}  // namespace
+
+TEST(FrameRecordSetDeathTest, a_corrupted_mode_word_ends_the_process_before_anything_is_announced_freed_or_stored) {
+    Handle h(tracked);
+    Object dst(h, path_st, "dst");
+    Object src(h, path_st, "src");
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, dst, 1, 5, &h.err);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, src, 2, 6, &h.err);
+    const Snapshot before = dst.snapshot();
+    kept_at_the_end = &before;
+    h->sttr_info->sttr_mode = 7;
+    const auto set = [&] {
+        std::signal(SIGABRT, tell_what_the_end_found);
+        spy::Log log;
+        log.on_announcement = [](const spy::Announcement &) { _exit(0); };
+        log.on_free = [](const void *) { _exit(0); };
+        fwe_cl_wayfind_sel_lb_path_st_set(h, instance, dst, src, &h.err);
+    };
+    EXPECT_DEATH(set(), "trace\\(fatal,Corrupted ORK Handle\\)\nunchanged");
+    h->sttr_info->sttr_mode = ORK_STTR_ON;
+}
+
+TEST(FrameRecordSetDeathTest, the_mode_word_is_read_afresh_behind_the_body) {
+    Handle h(tracked);
+    Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
+    Object src(h, "fwe_cl_wayfind_mem_st", "src");
+    const auto set = [&] {
+        spy::Log log;
+        log.on_announcement = [&](const spy::Announcement &a) {
+            if (a.address != dst.get()) {
+                _exit(0);
+            }
+            h->sttr_info->sttr_mode = 7;
+        };
+        fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
+    };
+    EXPECT_DEATH(set(), "trace\\(fatal,Corrupted ORK Handle\\)");
+}
+
 TEST(FrameCleanup, does_what_set_does_behind_its_raw_copy) {
     Handle h(tracked);
     Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
@@ -214,149 +300,6 @@ TEST(FrameCleanup, does_what_set_does_behind_its_raw_copy) {
     log.clear();
     fwe_cl_wayfind_mem_st_post_copyout_cleanup(h, instance, plain_dst, plain_src, &h.err);
     EXPECT_CALLS(log, {});
-}
-
-// ---- Get all ----
-
-TEST(FrameGetAll, reads_each_field_through_its_pointer_in_field_order) {
-    Handle h(recorded);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
-    uint32_t fwe_num = 0;
-    uint64_t ppe = 0;
-    uint64_t exmem = 0;
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_get_all(h, instance, obj, &fwe_num, &ppe, &exmem, &h.err);
-    EXPECT_CALLS(log.calls_of({"u_int32_get", "u_int64_get", "orkdb_record_containment2", "u_int32_get_value", "u_int64_get_value"}),
-                 {"u_int32_get(7,obj+12,err)", "orkdb_record_containment2(7,obj+12,obj,1)", "u_int32_get_value(7,obj+12,err)",
-                  "u_int64_get(7,obj+16,err)", "orkdb_record_containment2(7,obj+16,obj,1)", "u_int64_get_value(7,obj+16,err)",
-                  "u_int64_get(7,obj+24,err)", "orkdb_record_containment2(7,obj+24,obj,1)", "u_int64_get_value(7,obj+24,err)"});
-    EXPECT_EQ(std::make_tuple(fwe_num, ppe, exmem), std::make_tuple(1u, uint64_t{2}, uint64_t{3}));
-}
-
-TEST(FrameGetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    obj.head().variant = -1;
-    uint32_t fwe_num = 77;
-    uint64_t ppe = 77;
-    uint64_t exmem = 77;
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_get_all(h, instance, obj, &fwe_num, &ppe, &exmem, &h.err);
-    EXPECT_EQ(log.count("ork_store_epoch_err"), 0u);
-    EXPECT_EQ(std::make_tuple(fwe_num, ppe, exmem), std::make_tuple(77u, uint64_t{77}, uint64_t{77}));
-    EXPECT_EQ(h.err, 0u);
-    EXPECT_EQ(h.last_error(), 0u);
-    obj.head().variant = 0;
-}
-
-TEST(FrameGetAll, a_null_field_pointer_reads_as_0) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    const auto nothing = spy::answer(u_int32_get, nullptr);
-    uint32_t fwe_num = 77;
-    uint64_t ppe = 77;
-    uint64_t exmem = 77;
-    fwe_cl_wayfind_mem_st_get_all(h, instance, obj, &fwe_num, &ppe, &exmem, &h.err);
-    EXPECT_EQ(fwe_num, 0u);
-}
-
-TEST(FrameGetAll, leaves_out_the_fields_of_later_variants) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_select_state_data");
-    uint32_t out[6] = {77, 77, 77, 77, 77, 77};
-    const auto read_all = [&] {
-        fwe_cl_wayfind_select_state_data_get_all(h, instance, obj, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5], &h.err);
-    };
-    obj.head().variant = 0;
-    read_all();
-    EXPECT_EQ(out[4], 0u);
-    EXPECT_EQ(out[5], 77u);
-    obj.head().variant = 1;
-    read_all();
-    EXPECT_EQ(out[5], 0u);
-}
-
-TEST(FrameGetAll, gives_the_counts_of_arrays) {
-    Handle h(plain);
-    Object obj(h, "fwe_dp_wayfind_debug_data");
-    Object element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
-    fwe_dp_wayfind_debug_data_dbg_per_complex_set(h, instance, obj, 2, element, &h.err);
-    uint8_t complexes = 0;
-    uint32_t none = 77;
-    fwe_dp_wayfind_debug_data_get_all(h, instance, obj, &complexes, &none, &h.err);
-    EXPECT_EQ(complexes, 3u);
-    EXPECT_EQ(none, 0u);
-}
-
-TEST(FrameGetAll, a_record_without_values_has_the_entry_steps_only) {
-    Handle h(recorded);
-    Object obj(h, "fwe_cl_wayfind_color_data");
-    spy::Log log;
-    fwe_cl_wayfind_color_data_get_all(h, instance, obj, &h.err);
-    fwe_cl_wayfind_color_data_set_all(h, instance, obj, &h.err);
-    for (const auto &call : log.calls()) {
-        EXPECT_TRUE(call.find("ork_clear_last_error") == 0 || call.find("ork_get_instance_variant") == 0 ||
-                    call.find("ork_get_manifested_type_info") == 0 || call.find("orklib_adjust_variant") == 0)
-            << call;
-    }
-}
-
-// ---- Set all ----
-
-TEST(FrameSetAll, writes_each_field_and_marks_none) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
-    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
-                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_mem_st),0,err)", "ork_get_instance_variant(obj,1,0)",
-                       "u_int32_set_value(7,obj+12,1,err)", "u_int64_set_value(7,obj+16,2,err)", "u_int64_set_value(7,obj+24,3,err)"});
-    EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0}));
-    fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, obj, 1, &h.err);
-    fwe_cl_wayfind_mem_st_ppe_addr_set_value(h, instance, obj, 2, &h.err);
-    fwe_cl_wayfind_mem_st_exmem_addr_set_value(h, instance, obj, 3, &h.err);
-    EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{2, 2, 2}));
-}
-
-TEST(FrameSetAll, drops_values_of_later_variants_without_an_error) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_select_state_data");
-    const auto stay = spy::answer(orklib_adjust_variant, 0);
-    obj.head().variant = 0;
-    fwe_cl_wayfind_select_state_data_set_all(h, instance, obj, 2, 1, 1, 1, 9, 1, &h.err);
-    EXPECT_EQ(load<uint32_t>(obj.field("count")), 9u);
-    EXPECT_EQ(load<uint32_t>(obj.field("show_human_readable")), 0u);
-    EXPECT_EQ(h.last_error(), 0u);
-    obj.head().variant = 1;
-}
-
-TEST(FrameSetAll, an_enum_out_of_range_is_refused_and_a_written_slot_ends_the_writing) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_select_state_data");
-    fwe_cl_wayfind_select_state_data_set_all(h, instance, obj, 3, 1, 1, 1, 9, 1, &h.err);
-    EXPECT_EQ(h.last_error(), 43u);
-    EXPECT_EQ(load<uint32_t>(obj.field("db_type") + 12), 0u);
-    EXPECT_EQ(load<uint32_t>(obj.field("count")), 9u) << "the slot was left at 0";
-    const auto strict = spy::replace(ork_store_epoch_err, [](ork_handle *, uint32_t number, uint32_t *err) { *err = number; });
-    fwe_cl_wayfind_select_state_data_set_all(h, instance, obj, 3, 1, 1, 1, 10, 1, &h.err);
-    EXPECT_EQ(h.err, 43u);
-    EXPECT_EQ(load<uint32_t>(obj.field("count")), 9u);
-}
-
-TEST(FrameSetAll, and_get_all_do_nothing_with_an_error_standing) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    const Snapshot before = obj.snapshot();
-    uint32_t fwe_num = 77;
-    uint64_t ppe = 77;
-    h.err = 5;
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
-    fwe_cl_wayfind_mem_st_get_all(h, instance, obj, &fwe_num, &ppe, &ppe, &h.err);
-    EXPECT_CALLS(log, {});
-    EXPECT_TRUE(before.unchanged());
-    EXPECT_EQ(fwe_num, 77u);
 }
 
 }  // namespace frame

@@ -164,13 +164,30 @@ public:
     Source &operator=(const Source &) = delete;
 
     uint64_t word() const { return fixture::word(address_); }
-    const uint8_t *get() const { return static_cast<const uint8_t *>(address_); }
+    uint8_t *get() const { return static_cast<uint8_t *>(address_); }
 
 private:
     alignas(8) uint8_t block_[64] = {};
     std::unique_ptr<Object> object_;
     void *address_;
 };
+
+// Gives a record something to see, its first value or three elements of its array, and tells where: a byte that is not 0 from now on.
+inline unsigned touch(Handle &h, const Type &type, void *obj) {
+    for (const told::Field &told : type.told.fields) {
+        const Field f = field(type, told.name);
+        if (told.cls == Class::value) {
+            bytes(obj)[f.value_offset()] = 1;
+            return f.value_offset();
+        }
+        if (f.is_array()) {
+            const Source element(h, f, "element");
+            f.call("_set", {word(h), instance, word(obj), 2, element.word(), word(&h.err)});
+            return type.told.fields[0].offset;
+        }
+    }
+    throw std::runtime_error(type.told.name + " has nothing to touch");
+}
 
 inline std::string offset_text(const std::string &name, size_t offset) {
     return offset ? name + "+" + std::to_string(offset) : name;

@@ -1,0 +1,27 @@
+// What tests of record arrays share: debug settings without a record inside them, and policies with one.
+#pragma once
+
+#include "frame_paths.h"
+
+namespace frame {
+
+inline constexpr const char *per_complex = "fwe_dp_wayfind_debug_data_per_complex"; /* num_fwes at 11, dbg_setting at 16 */
+inline constexpr const char *setting = "fwe_dp_wayfind_debug_setting";              /* body 56, 9 state bytes, fwe_num at 11 */
+inline constexpr const char *all_policies = "fwe_cl_wayfind_select_all_policies";   /* num_policies at 12, policy at 16 */
+inline constexpr const char *policy = "fwe_cl_wayfind_select_policy"; /* body 88, 7 state bytes, mem at 16 with its own at 2 */
+
+// Which error slot a forgotten distance is given is the growth's own affair.
+inline std::vector<std::string> any_slot(std::vector<std::string> calls) {
+    for (std::string &call : calls) {
+        if (call.find("ork_hd_mapping_destroy") == 0) {
+            call.replace(call.rfind(','), std::string::npos, ")");
+        }
+    }
+    return calls;
+}
+
+inline uint8_t *block_of(const Object &obj, const std::string &field) {
+    return load<uint8_t *>(obj.field(field));
+}
+
+}  // namespace frame
