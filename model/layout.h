@@ -106,6 +106,9 @@ constexpr size_t field_offset(const Record& record, size_t index) {
 
 constexpr size_t used_length(const Record& record, size_t variant) { return field_end(record, field_count(record, variant)); }
 
+// What the manifest says of a record: the newest variant's fields without the room behind them.
+constexpr size_t digest_size(const Record& record) { return round_up(used_length(record, variant_count(record) - 1), 8); }
+
 constexpr size_t newest_body_size(const Record& record) { return body_size(used_length(record, variant_count(record) - 1)); }
 
 // How many fields end within the first `body` bytes.
@@ -158,14 +161,21 @@ constexpr Sizes sizes(const Record& record, size_t variant) {
           static_cast<uint16_t>(state_size(record, variant))};
 }
 
-// True when the rules give the sizes that peers and the runtime know the record by: a check, never a source.
-constexpr bool layout_is(const Record& record, std::initializer_list<Sizes> known) {
-  if (known.size() != variant_count(record)) return false;
+// True when the rules give the numbers that peers and the runtime know the record by: its sizes in each variant, the size in the manifest, and
+// for a record of several variants the end of each one's field numbers. A check, never a source.
+constexpr bool layout_is(const Record& record, std::initializer_list<Sizes> known, size_t manifest_size,
+                         std::initializer_list<size_t> bounds = {}) {
+  const size_t variants = variant_count(record);
+  if (known.size() != variants || bounds.size() != (variants > 1 ? variants : 0)) return false;
   size_t variant = 0;
   for (const Sizes& expected : known) {
     if (sizes(record, variant++) != expected) return false;
   }
-  return true;
+  variant = 0;
+  for (const size_t expected : bounds) {
+    if (field_number_bound(record, variant++) != expected) return false;
+  }
+  return digest_size(record) == manifest_size;
 }
 
 }  // namespace model

@@ -103,18 +103,16 @@ std::string trace_sections() {
 }
 
 // LUID, definition, kind, highest variant and size of one type.
-std::string digest_line(const model::Identity& identity, const char* kind, size_t variants, size_t used) {
+std::string digest_line(const model::Identity& identity, const char* kind, size_t variants, size_t size) {
   char text[96];
-  std::snprintf(text, sizeof text, "%s:%s%s%03zu:%05zuN\n", identity.luid, identity.definition, kind, variants - 1,
-                model::round_up(used, 8));
+  std::snprintf(text, sizeof text, "%s:%s%s%03zu:%05zuN\n", identity.luid, identity.definition, kind, variants - 1, size);
   return text;
 }
 
 std::string digest() {
   std::vector<std::pair<std::string, std::string>> types;  // by name
   for (const model::Record* record : model::records) {
-    const size_t variants = model::variant_count(*record);
-    types.emplace_back(record->name, digest_line(record->identity, "type", variants, model::used_length(*record, variants - 1)));
+    types.emplace_back(record->name, digest_line(record->identity, "type", model::variant_count(*record), model::digest_size(*record)));
   }
   for (const model::Enum* type : model::enums) types.emplace_back(type->name, digest_line(type->identity, "enum", 1, 16));
   for (const model::FlagSet* type : model::flag_sets) types.emplace_back(type->name, digest_line(type->identity, "flag", 1, 16));

@@ -12,7 +12,7 @@ inline constexpr Record auto_tunnel_gstatus{
     {
         value("number", u_int32, 0, "Auto tunnels present."),
     }};
-static_assert(layout_is(auto_tunnel_gstatus, {{16, 8, 24, 1}}));
+static_assert(layout_is(auto_tunnel_gstatus, {{16, 8, 24, 1}}, 16));
 
 inline constexpr Record auto_tunnel{
     "fwe_cl_wayfind_auto_tunnel",
@@ -25,7 +25,7 @@ inline constexpr Record auto_tunnel{
         text ("create_ts_msec",       32,      1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text ("update_ts_msec",       32,      1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(auto_tunnel, {{24, 80, 32, 3}, {88, 16, 104, 5}}));
+static_assert(layout_is(auto_tunnel, {{24, 80, 32, 3}, {88, 16, 104, 5}}, 88, {3, 6}));
 
 inline constexpr Record auto_tunnel_misc{
     "fwe_cl_wayfind_auto_tunnel_misc",
@@ -34,7 +34,7 @@ inline constexpr Record auto_tunnel_misc{
     {
         text("intf_name", 32, 0, "Name of the tunnel's interface."),
     }};
-static_assert(layout_is(auto_tunnel_misc, {{43, 13, 56, 1}}));
+static_assert(layout_is(auto_tunnel_misc, {{43, 13, 56, 1}}, 48));
 
 inline constexpr Message auto_tunnel_gstatus_show{
     "fwe_cl_wayfind_auto_tunnel_gstatus_show",

@@ -46,7 +46,7 @@ inline constexpr Record sel_lb_path_st{
         counter    ("num_hops", u_int32, 0, "Elements of path_id."),
         value_array("path_id",  u_int32, 0, "Identifier of each hop."),
     }};
-static_assert(layout_is(sel_lb_path_st, {{24, 8, 32, 16}}));
+static_assert(layout_is(sel_lb_path_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record sel_lb_src_intf_st{
     "fwe_cl_wayfind_sel_lb_src_intf_st",
@@ -56,7 +56,7 @@ inline constexpr Record sel_lb_src_intf_st{
         counter    ("num_hops",    u_int32, 0, "Elements of src_intf_id."),
         value_array("src_intf_id", u_int8,  0, "Source interface of each hop, by identifier; 8 bits."),
     }};
-static_assert(layout_is(sel_lb_src_intf_st, {{24, 8, 32, 16}}));
+static_assert(layout_is(sel_lb_src_intf_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record sel_lb_dst_site_st{
     "fwe_cl_wayfind_sel_lb_dst_site_st",
@@ -66,7 +66,7 @@ inline constexpr Record sel_lb_dst_site_st{
         counter    ("num_hops",    u_int32, 0, "Elements of dst_site_id."),
         value_array("dst_site_id", u_int16, 0, "Destination site of each hop, by identifier; 16 bits."),
     }};
-static_assert(layout_is(sel_lb_dst_site_st, {{24, 8, 32, 16}}));
+static_assert(layout_is(sel_lb_dst_site_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record sel_lb_dst_intf_st{
     "fwe_cl_wayfind_sel_lb_dst_intf_st",
@@ -76,7 +76,7 @@ inline constexpr Record sel_lb_dst_intf_st{
         counter    ("num_hops",    u_int32, 0, "Elements of dst_intf_id."),
         value_array("dst_intf_id", u_int8,  0, "Destination interface of each hop, by identifier; 8 bits."),
     }};
-static_assert(layout_is(sel_lb_dst_intf_st, {{24, 8, 32, 16}}));
+static_assert(layout_is(sel_lb_dst_intf_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record chan_st{
     "fwe_cl_wayfind_chan_st",
@@ -112,7 +112,7 @@ inline constexpr Record chan_st{
         object("dst_intf",           sel_lb_dst_intf_st, 2, "Destination interfaces of the hops."),
         value ("hop_count",          u_int8,             3, "How many hops; 8 bits, whatever the arrays count."),
     }};
-static_assert(layout_is(chan_st, {{251, 157, 272, 20}, {253, 155, 272, 22}, {384, 24, 400, 112}, {385, 23, 408, 120}}));
+static_assert(layout_is(chan_st, {{251, 157, 272, 20}, {253, 155, 272, 22}, {384, 24, 400, 112}, {385, 23, 408, 120}}, 392, {20, 23, 29, 31}));
 
 inline constexpr Record chan_stats_st{
     "fwe_cl_wayfind_chan_stats_st",
@@ -131,7 +131,7 @@ inline constexpr Record chan_stats_st{
         value("ac_probes",         u_int32, 1, "Probes of kind ac."),
         value("unreach_probes",    u_int32, 1, "Probes of kind unreachable."),
     }};
-static_assert(layout_is(chan_stats_st, {{72, 32, 88, 8}, {84, 20, 104, 11}}));
+static_assert(layout_is(chan_stats_st, {{72, 32, 88, 8}, {84, 20, 104, 11}}, 88, {8, 12}));
 
 inline constexpr Record channel_data{
     "fwe_cl_wayfind_channel_data",
@@ -152,7 +152,7 @@ inline constexpr Record channel_data{
         text  ("create_ts_msec", 32,            1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text  ("update_ts_msec", 32,            1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(channel_data, {{604, 84, 624, 152}, {668, 20, 688, 160}}));
+static_assert(layout_is(channel_data, {{604, 84, 624, 152}, {668, 20, 688, 160}}, 672, {11, 14}));
 
 inline constexpr Record channel_state_data{
     "fwe_cl_wayfind_channel_state_data",
@@ -167,7 +167,7 @@ inline constexpr Record channel_state_data{
         value("num_channels",    u_int32,     0, "How many channels there are."),
         value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
     }};
-static_assert(layout_is(channel_state_data, {{40, 8, 48, 7}}));
+static_assert(layout_is(channel_state_data, {{40, 8, 48, 7}}, 40));
 
 inline constexpr Message channel_msg{
     "fwe_cl_wayfind_channel_msg",

@@ -20,7 +20,7 @@ inline constexpr Record dp_debug_setting{
         value("mode_validator_enabled",   u_int32, 0, "Nonzero when the validator is debugged."),
         value("mode_collector_enabled",   u_int32, 0, "Nonzero when the collector is debugged."),
     }};
-static_assert(layout_is(dp_debug_setting, {{44, 12, 56, 9}}));
+static_assert(layout_is(dp_debug_setting, {{44, 12, 56, 9}}, 48));
 
 inline constexpr Record dp_debug_data_per_complex{
     "fwe_dp_wayfind_debug_data_per_complex",
@@ -30,7 +30,7 @@ inline constexpr Record dp_debug_data_per_complex{
         counter     ("num_fwes",    u_int8,           0, "Elements of dbg_setting; it keeps the low 8 bits."),
         record_array("dbg_setting", dp_debug_setting, 0, "Switches of each forwarding engine."),
     }};
-static_assert(layout_is(dp_debug_data_per_complex, {{24, 8, 32, 16}}));
+static_assert(layout_is(dp_debug_data_per_complex, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record dp_debug_data{
     "fwe_dp_wayfind_debug_data",
@@ -41,7 +41,7 @@ inline constexpr Record dp_debug_data{
         record_array("dbg_per_complex", dp_debug_data_per_complex, 0, "Forwarding engines of each complex."),
         value       ("is_none",         ork_boolean,               0, "True when no setting is told."),
     }};
-static_assert(layout_is(dp_debug_data, {{28, 12, 40, 24}}));
+static_assert(layout_is(dp_debug_data, {{28, 12, 40, 24}}, 32));
 
 inline constexpr Record pal_debug_data{
     "fwe_pal_wayfind_debug_data",
@@ -54,7 +54,7 @@ inline constexpr Record pal_debug_data{
         value("error_enabled", u_int32,     0, "Nonzero when class error is on."),
         value("is_none",       ork_boolean, 0, "True when no setting is told."),
     }};
-static_assert(layout_is(pal_debug_data, {{32, 8, 40, 5}}));
+static_assert(layout_is(pal_debug_data, {{32, 8, 40, 5}}, 32));
 
 inline constexpr Record cl_debug_data{
     "fwe_cl_wayfind_debug_data",
@@ -68,7 +68,7 @@ inline constexpr Record cl_debug_data{
         value("stats_enabled", u_int32,     0, "Nonzero when class stats is on."),
         value("is_none",       ork_boolean, 0, "True when no setting is told."),
     }};
-static_assert(layout_is(cl_debug_data, {{36, 12, 48, 6}}));
+static_assert(layout_is(cl_debug_data, {{36, 12, 48, 6}}, 40));
 
 inline constexpr Message dp_debug_msg{
     "fwe_dp_wayfind_debug_msg",

@@ -14,6 +14,6 @@ inline constexpr Record mem_st{
         value("ppe_addr",   u_int64, 0, "Address of the entry on the ppe side."),
         value("exmem_addr", u_int64, 0, "Address of the entry in external memory."),
     }};
-static_assert(layout_is(mem_st, {{32, 8, 40, 3}}));
+static_assert(layout_is(mem_st, {{32, 8, 40, 3}}, 32));
 
 }  // namespace model

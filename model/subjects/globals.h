@@ -45,7 +45,7 @@ inline constexpr Record inst_st{
         value ("discovery_probe", u_int32,    0, "Setting of the probes of discovery."),
         value ("mml",             u_int32,    0, "Value; opaque to the library."),
     }};
-static_assert(layout_is(inst_st, {{112, 16, 128, 12}}));
+static_assert(layout_is(inst_st, {{112, 16, 128, 12}}, 112));
 
 inline constexpr Record color_st{
     "fwe_cl_wayfind_color_st",
@@ -57,7 +57,7 @@ inline constexpr Record color_st{
         text ("color",    20,      0, "Name of the colour; 20 bytes here, 8 in channel_data and intf_data."),
         value("tag",      u_int16, 0, "Tag of the colour; 16 bits."),
     }};
-static_assert(layout_is(color_st, {{70, 18, 88, 4}}));
+static_assert(layout_is(color_st, {{70, 18, 88, 4}}, 72));
 
 inline constexpr Record inst_data{
     "fwe_cl_wayfind_inst_data",
@@ -68,7 +68,7 @@ inline constexpr Record inst_data{
         object("inst",     inst_st, 0, "The instance itself."),
         object("mem",      mem_st,  0, "Locator of the entry in forwarding memory."),
     }};
-static_assert(layout_is(inst_data, {{184, 16, 200, 18}}));
+static_assert(layout_is(inst_data, {{184, 16, 200, 18}}, 184));
 
 inline constexpr Record color_data{
     "fwe_cl_wayfind_color_data",
@@ -78,7 +78,7 @@ inline constexpr Record color_data{
         object("color", color_st, 0, "The colour itself."),
         object("mem",   mem_st,   0, "Locator of the entry in forwarding memory."),
     }};
-static_assert(layout_is(color_data, {{144, 16, 160, 9}}));
+static_assert(layout_is(color_data, {{144, 16, 160, 9}}, 144));
 
 inline constexpr Record proxy_stats{
     "fwe_cl_wayfind_proxy_stats",
@@ -89,7 +89,7 @@ inline constexpr Record proxy_stats{
         value("proxy_rcvcnt",  u_int32, 0, "How often the proxy received."),
         value("proxy_errcnt",  u_int32, 0, "How often the proxy met an error."),
     }};
-static_assert(layout_is(proxy_stats, {{24, 8, 32, 3}}));
+static_assert(layout_is(proxy_stats, {{24, 8, 32, 3}}, 24));
 
 inline constexpr Record global_info_data{
     "fwe_cl_wayfind_global_info_data",
@@ -108,7 +108,7 @@ inline constexpr Record global_info_data{
         value ("num_sel_flow_tc", u_int32,     1, "How many traffic classes there are under flows."),
         value ("num_enf_hop",     u_int32,     1, "How many enforced hops there are."),
     }};
-static_assert(layout_is(global_info_data, {{72, 32, 88, 11}, {84, 20, 104, 14}}));
+static_assert(layout_is(global_info_data, {{72, 32, 88, 11}, {84, 20, 104, 14}}, 88, {8, 12}));
 
 inline constexpr Record global_state_data{
     "fwe_cl_wayfind_global_state_data",
@@ -126,7 +126,7 @@ inline constexpr Record global_state_data{
         value("hash_val",                   u_int32,        1, "Hash of the entry, as the sender tells it."),
         value("unreach_interval",           u_int32,        2, "Interval until unreachable, in the sender's unit."),
     }};
-static_assert(layout_is(global_state_data, {{44, 28, 56, 4}, {56, 16, 64, 9}, {60, 12, 72, 10}}));
+static_assert(layout_is(global_state_data, {{44, 28, 56, 4}, {56, 16, 64, 9}, {60, 12, 72, 10}}, 64, {4, 10, 12}));
 
 inline constexpr Record global_param_data{
     "fwe_cl_wayfind_global_param_data",
@@ -151,7 +151,7 @@ inline constexpr Record global_param_data{
         text ("create_ts_msec",   32,          0, "When the entry was made, as text in milliseconds; opaque to the library."),
         text ("update_ts_msec",   32,          0, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(global_param_data, {{136, 16, 152, 17}}));
+static_assert(layout_is(global_param_data, {{136, 16, 152, 17}}, 136));
 
 inline constexpr Record global_show_type_data{
     "fwe_cl_wayfind_global_show_type_data",
@@ -160,7 +160,7 @@ inline constexpr Record global_show_type_data{
     {
         value("db_type", show_global_type_e, 0, "Block that the show is about."),
     }};
-static_assert(layout_is(global_show_type_data, {{32, 8, 40, 1}}));
+static_assert(layout_is(global_show_type_data, {{32, 8, 40, 1}}, 32));
 
 inline constexpr Message global_state_msg{
     "fwe_cl_wayfind_global_state_msg",

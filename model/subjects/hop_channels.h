@@ -49,7 +49,7 @@ inline constexpr Record hop_chan_st{
         text  ("update_ts_msec", 32,             1, "When the entry last changed, as text in milliseconds; opaque to the library."),
         object("flags_show",     hop_chan_flags, 1, "Flags by name, for display; neither it nor flags follows from the other."),
     }};
-static_assert(layout_is(hop_chan_st, {{48, 104, 56, 12}, {136, 16, 152, 15}}));
+static_assert(layout_is(hop_chan_st, {{48, 104, 56, 12}, {136, 16, 152, 15}}, 136, {12, 16}));
 
 inline constexpr Record hop_chan_stats_st{
     "fwe_cl_wayfind_hop_chan_stats_st",
@@ -65,7 +65,7 @@ inline constexpr Record hop_chan_stats_st{
         value("send_sample_packets", u_int32, 0, "Sample packets that went out."),
         value("recv_sample_packets", u_int32, 0, "Sample packets that came in."),
     }};
-static_assert(layout_is(hop_chan_stats_st, {{64, 8, 72, 8}}));
+static_assert(layout_is(hop_chan_stats_st, {{64, 8, 72, 8}}, 64));
 
 inline constexpr Record hop_chan_probe_st{
     "fwe_cl_wayfind_hop_chan_probe_st",
@@ -80,7 +80,7 @@ inline constexpr Record hop_chan_probe_st{
         value("unreach_cd",    u_int32,          0, "Countdown to unreachable, in the sender's unit."),
         value("monitor_cd",    u_int32,          0, "Countdown of monitoring, in the sender's unit."),
     }};
-static_assert(layout_is(hop_chan_probe_st, {{92, 20, 112, 7}}));
+static_assert(layout_is(hop_chan_probe_st, {{92, 20, 112, 7}}, 96));
 
 inline constexpr Record hop_chan_serv_st{
     "fwe_cl_wayfind_hop_chan_serv_st",
@@ -100,7 +100,7 @@ inline constexpr Record hop_chan_serv_st{
         value("rx_u2r_cnt",          u_int16, 0, "u2r events that came in; 16 bits."),
         value("tx_u2r_cnt",          u_int16, 0, "u2r events that went out; 16 bits."),
     }};
-static_assert(layout_is(hop_chan_serv_st, {{164, 20, 184, 12}}));
+static_assert(layout_is(hop_chan_serv_st, {{164, 20, 184, 12}}, 168));
 
 inline constexpr Record hop_chan_data{
     "fwe_cl_wayfind_hop_chan_data",
@@ -114,7 +114,7 @@ inline constexpr Record hop_chan_data{
         object("probe",    hop_chan_probe_st, 0, "Probing of the hop channel."),
         object("serv",     hop_chan_serv_st,  1, "Last events of the hop channel."),
     }};
-static_assert(layout_is(hop_chan_data, {{400, 200, 416, 38}, {584, 16, 600, 51}}));
+static_assert(layout_is(hop_chan_data, {{400, 200, 416, 38}, {584, 16, 600, 51}}, 584, {5, 7}));
 
 inline constexpr Record hop_chan_state_data{
     "fwe_cl_wayfind_hop_chan_state_data",
@@ -129,7 +129,7 @@ inline constexpr Record hop_chan_state_data{
         value("num_hop_chans",   u_int32,     0, "How many hop channels there are."),
         value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
     }};
-static_assert(layout_is(hop_chan_state_data, {{40, 8, 48, 7}}));
+static_assert(layout_is(hop_chan_state_data, {{40, 8, 48, 7}}, 40));
 
 inline constexpr Record hop_id_readable_format_st{
     "fwe_cl_wayfind_hop_id_readable_format_st",
@@ -138,7 +138,7 @@ inline constexpr Record hop_id_readable_format_st{
     {
         text("hop_id_str", 14, 0, "Identifier of the hop as text."),
     }};
-static_assert(layout_is(hop_id_readable_format_st, {{25, 15, 40, 1}}));
+static_assert(layout_is(hop_id_readable_format_st, {{25, 15, 40, 1}}, 32));
 
 inline constexpr Message hop_chan_msg{
     "fwe_cl_wayfind_hop_chan_msg",

@@ -32,7 +32,7 @@ inline constexpr Record intf_data{
         text ("color",               8,                0, "Name of the colour; 8 bytes here, 20 in color_st."),
         value("plr_type",            intf_plr_state_e, 0, "State of plr on the interface."),
     }};
-static_assert(layout_is(intf_data, {{88, 16, 104, 9}}));
+static_assert(layout_is(intf_data, {{88, 16, 104, 9}}, 88));
 
 inline constexpr Record intf_sum{
     "fwe_cl_wayfind_intf_sum",
@@ -42,7 +42,7 @@ inline constexpr Record intf_sum{
         value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of selection is on."),
         value("smp_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of smp is on."),
     }};
-static_assert(layout_is(intf_sum, {{20, 12, 32, 2}}));
+static_assert(layout_is(intf_sum, {{20, 12, 32, 2}}, 24));
 
 inline constexpr Message intf_data_msg{
     "fwe_cl_wayfind_intf_data_msg",

@@ -16,7 +16,7 @@ inline constexpr Record pal_site_prefix_data{
         value ("flags",    u_int32,    0, "Flag word; none of its bits has a name here."),
         object("pfx",      ip_address, 0, "The prefix."),
     }};
-static_assert(layout_is(pal_site_prefix_data, {{72, 16, 88, 4}}));
+static_assert(layout_is(pal_site_prefix_data, {{72, 16, 88, 4}}, 72));
 
 inline constexpr Record prefixtosite_stats_st{
     "fwe_cl_wayfind_prefixtosite_stats_st",
@@ -30,7 +30,7 @@ inline constexpr Record prefixtosite_stats_st{
         value("total_send_bytes",    u_int64, 0, "Bytes sent in all, as the sender adds them up."),
         value("total_send_packets",  u_int64, 0, "Packets sent in all, as the sender adds them up."),
     }};
-static_assert(layout_is(prefixtosite_stats_st, {{64, 8, 72, 6}}));
+static_assert(layout_is(prefixtosite_stats_st, {{64, 8, 72, 6}}, 64));
 
 inline constexpr Record prefixtosite_data{
     "fwe_cl_wayfind_prefixtosite_data",
@@ -45,7 +45,7 @@ inline constexpr Record prefixtosite_data{
         value ("backup_site_id", u_int32,               0, "Backup site, by identifier."),
         object("stats",          prefixtosite_stats_st, 0, "Counters of the prefix."),
     }};
-static_assert(layout_is(prefixtosite_data, {{160, 16, 176, 13}}));
+static_assert(layout_is(prefixtosite_data, {{160, 16, 176, 13}}, 160));
 
 inline constexpr Record sitetohop_stats_st{
     "fwe_cl_wayfind_sitetohop_stats_st",
@@ -59,7 +59,7 @@ inline constexpr Record sitetohop_stats_st{
         value("total_send_bytes",    u_int64, 0, "Bytes sent in all, as the sender adds them up."),
         value("total_send_packets",  u_int64, 0, "Packets sent in all, as the sender adds them up."),
     }};
-static_assert(layout_is(sitetohop_stats_st, {{64, 8, 72, 6}}));
+static_assert(layout_is(sitetohop_stats_st, {{64, 8, 72, 6}}, 64));
 
 inline constexpr Record sitetohop_data{
     "fwe_cl_wayfind_sitetohop_data",
@@ -72,7 +72,7 @@ inline constexpr Record sitetohop_data{
         value ("backup_hop_id", u_int32,            0, "Backup hop, by identifier."),
         object("stats",         sitetohop_stats_st, 0, "Counters of the site."),
     }};
-static_assert(layout_is(sitetohop_data, {{104, 16, 120, 11}}));
+static_assert(layout_is(sitetohop_data, {{104, 16, 120, 11}}, 104));
 
 inline constexpr Record enforce_hop{
     "fwe_cl_wayfind_enforce_hop",
@@ -87,7 +87,7 @@ inline constexpr Record enforce_hop{
         text ("create_ts_msec", 32,        1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text ("update_ts_msec", 32,        1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(enforce_hop, {{48, 80, 56, 5}, {112, 16, 128, 7}}));
+static_assert(layout_is(enforce_hop, {{48, 80, 56, 5}, {112, 16, 128, 7}}, 112, {5, 8}));
 
 inline constexpr Record multi_nh_map{
     "fwe_cl_wayfind_multi_nh_map",
@@ -99,7 +99,7 @@ inline constexpr Record multi_nh_map{
         object("remote_ip",       ip_address, 0, "Remote side, by IP address."),
         value ("tag",             u_int16,    0, "Tag, 16 bits; 0 is a tag like any other."),
     }};
-static_assert(layout_is(multi_nh_map, {{114, 22, 136, 4}}));
+static_assert(layout_is(multi_nh_map, {{114, 22, 136, 4}}, 120));
 
 inline constexpr Record dcid_siteip_map{
     "fwe_cl_wayfind_dcid_siteip_map",
@@ -110,7 +110,7 @@ inline constexpr Record dcid_siteip_map{
         value ("dc_id",   u_int8,     0, "The dcid, 8 bits; 0 is a dcid like any other."),
         object("site_ip", ip_address, 0, "Site, by address."),
     }};
-static_assert(layout_is(dcid_siteip_map, {{72, 16, 88, 3}}));
+static_assert(layout_is(dcid_siteip_map, {{72, 16, 88, 3}}, 72));
 
 inline constexpr Message pal_site_prefix_msg{
     "fwe_pal_wayfind_site_prefix_msg",

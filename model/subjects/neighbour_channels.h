@@ -27,7 +27,7 @@ inline constexpr Record chan_nb_st{
         value("tx_state", chan_tx_state_e, 0, "State of the transmit side."),
         value("vrf_id",   u_int32,         0, "VRF, by identifier."),
     }};
-static_assert(layout_is(chan_nb_st, {{52, 12, 64, 4}}));
+static_assert(layout_is(chan_nb_st, {{52, 12, 64, 4}}, 56));
 
 inline constexpr Record nb_channel_data{
     "fwe_cl_wayfind_nb_channel_data",
@@ -37,7 +37,7 @@ inline constexpr Record nb_channel_data{
         object("chan_nb", chan_nb_st, 0, "The neighbour channel itself."),
         object("mem",     mem_st,     0, "Locator of the entry in forwarding memory."),
     }};
-static_assert(layout_is(nb_channel_data, {{120, 16, 136, 9}}));
+static_assert(layout_is(nb_channel_data, {{120, 16, 136, 9}}, 120));
 
 inline constexpr Record nb_channel_state_data{
     "fwe_cl_wayfind_nb_channel_state_data",
@@ -49,7 +49,7 @@ inline constexpr Record nb_channel_state_data{
         value("num_nb_channels", u_int32,     0, "How many neighbour channels there are."),
         value("new_walk",        ork_boolean, 0, "Asks for a fresh walk; false goes on with the last."),
     }};
-static_assert(layout_is(nb_channel_state_data, {{28, 12, 40, 4}}));
+static_assert(layout_is(nb_channel_state_data, {{28, 12, 40, 4}}, 32));
 
 inline constexpr Message nb_channel_msg{
     "fwe_cl_wayfind_nb_channel_msg",

@@ -26,7 +26,7 @@ inline constexpr Record select_policy{
         value ("blackhole_bytes",   u_int64, 0, "Bytes that the policy blackholed."),
         value ("blackhole_packets", u_int64, 0, "Packets that the policy blackholed."),
     }};
-static_assert(layout_is(select_policy, {{72, 16, 88, 7}}));
+static_assert(layout_is(select_policy, {{72, 16, 88, 7}}, 72));
 
 inline constexpr Record select_all_policies{
     "fwe_cl_wayfind_select_all_policies",
@@ -36,7 +36,7 @@ inline constexpr Record select_all_policies{
         counter     ("num_policies", u_int32,       0, "Elements of policy."),
         record_array("policy",       select_policy, 0, "Each policy."),
     }};
-static_assert(layout_is(select_all_policies, {{24, 8, 32, 16}}));
+static_assert(layout_is(select_all_policies, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record select_state_data{
     "fwe_cl_wayfind_select_state_data",
@@ -50,7 +50,7 @@ inline constexpr Record select_state_data{
         value("count",               u_int32,          0, "How many entries there are."),
         value("show_human_readable", ork_boolean,      1, "Asks for paths in readable form too."),
     }};
-static_assert(layout_is(select_state_data, {{48, 16, 56, 5}, {52, 12, 64, 6}}));
+static_assert(layout_is(select_state_data, {{48, 16, 56, 5}, {52, 12, 64, 6}}, 56, {5, 7}));
 
 inline constexpr Record select_flow_data{
     "fwe_cl_wayfind_select_flow_data",
@@ -69,7 +69,7 @@ inline constexpr Record select_flow_data{
         text  ("create_ts_msec",   32,                  1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text  ("update_ts_msec",   32,                  1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(select_flow_data, {{200, 80, 216, 32}, {264, 16, 280, 32}}));
+static_assert(layout_is(select_flow_data, {{200, 80, 216, 32}, {264, 16, 280, 32}}, 264, {9, 12}));
 
 inline constexpr Message select_flow_msg{
     "fwe_cl_wayfind_select_flow_msg",

@@ -39,7 +39,7 @@ inline constexpr Record select_tc_stats_st{
         value("send_bytes",   u_int64, 0, "Bytes that went out."),
         value("send_packets", u_int64, 0, "Packets that went out."),
     }};
-static_assert(layout_is(select_tc_stats_st, {{32, 8, 40, 2}}));
+static_assert(layout_is(select_tc_stats_st, {{32, 8, 40, 2}}, 32));
 
 inline constexpr Record select_tc_ageout_st{
     "fwe_cl_wayfind_select_tc_ageout_st",
@@ -54,7 +54,7 @@ inline constexpr Record select_tc_ageout_st{
         value("fwe_ageout_phase_last", u_int32, 0, "Phase that the forwarding engine was last in."),
         value("fwe_ageout_times",      u_int32, 0, "How often the forwarding engine aged it."),
     }};
-static_assert(layout_is(select_tc_ageout_st, {{40, 8, 48, 7}}));
+static_assert(layout_is(select_tc_ageout_st, {{40, 8, 48, 7}}, 40));
 
 inline constexpr Record sel_lb_path_human_readable_st{
     "fwe_cl_wayfind_sel_lb_path_human_readable_st",
@@ -64,7 +64,7 @@ inline constexpr Record sel_lb_path_human_readable_st{
         counter     ("num_hops_str", u_int32,                   0, "Elements of path_id_str."),
         record_array("path_id_str",  hop_id_readable_format_st, 0, "Identifier of each hop as text."),
     }};
-static_assert(layout_is(sel_lb_path_human_readable_st, {{24, 8, 32, 16}}));
+static_assert(layout_is(sel_lb_path_human_readable_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record select_loadbalance_channel_st{
     "fwe_cl_wayfind_select_loadbalance_channel_st",
@@ -85,7 +85,7 @@ inline constexpr Record select_loadbalance_channel_st{
         object("dst_intf",    sel_lb_dst_intf_st,            0, "Destination interfaces of the hops."),
         object("path_rf",     sel_lb_path_human_readable_st, 1, "Identifiers of the hops in readable form."),
     }};
-static_assert(layout_is(select_loadbalance_channel_st, {{216, 48, 232, 104}, {248, 16, 264, 128}}));
+static_assert(layout_is(select_loadbalance_channel_st, {{216, 48, 232, 104}, {248, 16, 264, 128}}, 248, {12, 14}));
 
 inline constexpr Record select_tc_lb_channels_st{
     "fwe_cl_wayfind_select_tc_lb_channels_st",
@@ -95,7 +95,7 @@ inline constexpr Record select_tc_lb_channels_st{
         counter     ("num_channels", u_int32,                       0, "Elements of channels."),
         record_array("channels",     select_loadbalance_channel_st, 0, "Each channel with its weight."),
     }};
-static_assert(layout_is(select_tc_lb_channels_st, {{24, 8, 32, 16}}));
+static_assert(layout_is(select_tc_lb_channels_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record select_tc_data{
     "fwe_cl_wayfind_select_tc_data",
@@ -122,7 +122,7 @@ inline constexpr Record select_tc_data{
         text  ("create_ts_msec",   32,                       1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text  ("update_ts_msec",   32,                       1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(select_tc_data, {{310, 98, 328, 72}, {392, 16, 408, 72}}));
+static_assert(layout_is(select_tc_data, {{310, 98, 328, 72}, {392, 16, 408, 72}}, 392, {16, 20}));
 
 inline constexpr Message select_tc_msg{
     "fwe_cl_wayfind_select_tc_msg",
