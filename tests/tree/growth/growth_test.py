@@ -24,7 +24,7 @@ ORDER = "model/order.h"
 
 FIELD_ROW = '        value ("moves",    u_int32,           2, "How often the hop channel moved."),\n'
 # A u_int32 behind byte 584, and its state byte.
-FIELD_SIZES = "static_assert(layout_is(hop_chan_data, {{400, 208, 416, 38}, {584, 24, 600, 51}, {588, 20, 608, 52}}));"
+FIELD_SIZES = "static_assert(layout_is(hop_chan_data, {{400, 208, 416, 38}, {584, 24, 600, 51}, {588, 20, 608, 52}}, 592, {5, 7, 9}));"
 
 RECORD = """
 inline constexpr Record grown_st{
@@ -39,7 +39,7 @@ inline constexpr Record grown_st{
         object     ("mem",        mem_st,      0, "A record inside."),
         value      ("evergreen",  ork_boolean, 1, "A later value."),
     }};
-static_assert(layout_is(grown_st, {{80, 24, 96, 32}, {84, 20, 104, 32}}));
+static_assert(layout_is(grown_st, {{80, 24, 96, 32}, {84, 20, 104, 32}}, 88, {5, 7}));
 """
 
 
