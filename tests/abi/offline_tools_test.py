@@ -104,45 +104,102 @@ class Traces(Offline):
         self.assertEqual(run("trace", "texts", self.file(built.data[:100000])).returncode, 1)
 
 
+CHAN_ST = "fwe_cl_wayfind_chan_st"
+FINE, BROKEN = "compatible", "not compatible"
+
+
+def line_of(name):
+    """The type's line in the digest."""
+    luid = next(t for t in types if t.name == name).luid.encode()
+    at = built.data.index(b"\n" + luid + b":") + 1
+    return built.data[at:built.data.index(b"\n", at)]
+
+
+def without(line):
+    """The file with a line of the digest taken out. The build record behind it is longer by as much, so that all else stays in its place."""
+    section = built.sections[".manifest"].data
+    digest_size, = struct.unpack_from("<I", section)
+    record_at = 8 + (digest_size + 3 & ~3)
+    record_size, = struct.unpack_from("<I", section, record_at)
+    digest, padding, record = section[8:8 + digest_size], section[8 + digest_size:record_at], section[record_at + 8:][:record_size]
+    taken = digest.replace(line + b"\n", b"")
+    more = digest_size - len(taken)
+    longer = struct.pack("<II", record_size + more, 1) + record[:-1] + b" " * more + record[-1:]
+    changed = struct.pack("<II", len(taken), 2) + taken + padding + longer
+    assert more == 80 and len(changed) == record_at + 8 + record_size
+    return built.data.replace(section[:len(changed)], changed)
+
+
 class Manifests(Offline):
     def changed(self, of, to):
         self.assertEqual((built.data.count(of), len(of)), (1, len(to)))
         return self.file(built.data.replace(of, to))
 
-    def diff(self, of, to):
-        return run("manifest", "diff", LIBRARY, self.changed(of, to))
+    def diff(self, name, of, to):
+        """Of the build and one with another line for that type."""
+        line = line_of(name)
+        self.assertIn(of, line)
+        return run("manifest", "diff", LIBRARY, self.changed(line, line.replace(of, to)))
 
-    def setUp(self):
-        super().setUp()
-        t = next(t for t in types if t.name == "fwe_cl_wayfind_chan_st")
-        self.line = f"{t.luid}:{t.definition}type003:00392N".encode()
+    def assert_told(self, done, changes, new_sender, old_sender):
+        told = [*changes, f"new sender, old reader: {new_sender}", f"old sender, new reader: {old_sender}"]
+        self.assertEqual((done.stdout.splitlines(), done.stderr), (told, ""))
+        self.assertEqual(done.returncode, 0 if {new_sender, old_sender} == {FINE} else 1)
 
     def test_every_definition_is_listed_with_its_name(self):
         lines = run("manifest", LIBRARY).stdout.splitlines()
         self.assertEqual({(line.split()[0], line.split()[-1]) for line in lines[1:97]}, {(t.luid, t.name) for t in types})
 
     def test_a_build_is_compatible_with_itself(self):
-        done = run("manifest", "diff", LIBRARY, LIBRARY)
-        self.assertEqual((done.stdout, done.returncode), ("new sender, old reader: compatible\nold sender, new reader: compatible\n", 0))
+        self.assert_told(run("manifest", "diff", LIBRARY, LIBRARY), [], FINE, FINE)
 
     def test_more_variants_are_an_addition(self):
-        done = self.diff(self.line, self.line.replace(b"type003:00392", b"type004:00400"))
-        self.assertEqual(done.returncode, 0)
-        self.assertTrue(done.stdout.startswith("addition type fwe_cl_wayfind_chan_st: more variants"))
+        self.assert_told(self.diff(CHAN_ST, b"type003:00392", b"type004:00400"),
+                         [f"addition type {CHAN_ST}: more variants, 5 variants for 4 variants"], FINE, FINE)
+
+    def test_fewer_bytes_in_more_variants_break_both_ways(self):
+        self.assert_told(self.diff(CHAN_ST, b"type003:00392", b"type004:00391"),
+                         [f"addition type {CHAN_ST}: more variants, 5 variants for 4 variants",
+                          f"break    type {CHAN_ST}: fewer bytes in more variants"], BROKEN, BROKEN)
 
     def test_another_definition_at_the_same_variant_breaks_both_ways(self):
-        done = self.diff(self.line, self.line.replace(b":dba0", b":dba1"))
-        self.assertEqual((done.stdout.count("not compatible"), done.returncode), (2, 1))
+        self.assert_told(self.diff(CHAN_ST, b":dba0", b":dba1"),
+                         [f"break    type {CHAN_ST}: another definition at the same variant"], BROKEN, BROKEN)
 
-    def test_lost_variants_and_lost_types_break_the_old_sender(self):
-        for changed in (self.line.replace(b"type003", b"type002"), b"d" + self.line[1:]):
-            done = self.diff(self.line, changed)
-            self.assertEqual(done.returncode, 1)
-            self.assertTrue(done.stdout.endswith("new sender, old reader: compatible\nold sender, new reader: not compatible\n"))
+    def test_another_size_at_the_same_definition_breaks_both_ways(self):
+        self.assert_told(self.diff(CHAN_ST, b":00392", b":00400"),
+                         [f"break    type {CHAN_ST}: another size at the same definition"], BROKEN, BROKEN)
+
+    def test_another_kind_breaks_both_ways(self):
+        self.assert_told(self.diff(CHAN_ST, b"type003", b"flag003"), [f"break    type {CHAN_ST}: another kind, flag for type"], BROKEN, BROKEN)
+
+    def test_lost_variants_break_the_old_sender(self):
+        self.assert_told(self.diff(CHAN_ST, b"type003", b"type002"),
+                         [f"break    type {CHAN_ST}: variants lost, 3 variants of 4 variants"], FINE, BROKEN)
+        name = "fwe_cl_wayfind_chan_stats_st"
+        self.assert_told(self.diff(name, b"type001", b"type000"), [f"break    type {name}: variants lost, 1 variant of 2 variants"], FINE, BROKEN)
+
+    def test_what_is_lost_breaks_the_old_sender_and_what_is_added_nobody(self):
+        for what, name in (("type", CHAN_ST), ("type", "fwe_cl_wayfind_chan_state_e"), ("type", "fwe_cl_wayfind_hop_chan_flags"),
+                           ("message", "fwe_cl_wayfind_hop_chan_msg")):
+            less = self.file(without(line_of(name)))
+            self.assert_told(run("manifest", "diff", LIBRARY, less), [f"break    {what} {name}: lost"], FINE, BROKEN)
+            self.assert_told(run("manifest", "diff", less, LIBRARY), [f"addition {what} {name}: added"], FINE, FINE)
+
+    def test_another_luid_is_another_type(self):
+        luid = line_of(CHAN_ST)[:32]
+        self.assert_told(self.diff(CHAN_ST, luid, b"d" + luid[1:]),
+                         [f"break    type {CHAN_ST}: lost", f"addition type d{luid[1:].decode()}: added"], FINE, BROKEN)
+
+    def test_a_manifest_of_another_module_ends_with_status_2(self):
+        done = run("manifest", "diff", LIBRARY, self.changed(b"# fwe_ui_wayfind.digest", b"# fwe_ui_wayford.digest"))
+        self.assertEqual((done.stdout, done.returncode), ("", 2))
+        self.assertIn("the manifest of fwe_ui_wayford, not of fwe_ui_wayfind", done.stderr)
 
     def test_an_unreadable_file_ends_with_status_2(self):
         self.assertEqual(run("manifest", "diff", LIBRARY, self.file(b"nothing")).returncode, 2)
-        self.assertEqual(run("manifest", "diff", LIBRARY, self.changed(self.line, self.line.replace(b"type", b"tipe"))).returncode, 2)
+        self.assertEqual(run("manifest", "diff", self.file(b"nothing"), LIBRARY).returncode, 2)
+        self.assertEqual(self.diff(CHAN_ST, b"type", b"tipe").returncode, 2)
 
 
 class Types(unittest.TestCase):

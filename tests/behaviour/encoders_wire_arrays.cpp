@@ -1,4 +1,7 @@
 // Variable arrays on their way in: what becomes of old storage, of state bytes, and of a record when something fails.
+#include <array>
+#include <span>
+
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
 #include "tests/behaviour/encoders_values.h"
@@ -191,6 +194,85 @@ INSTANTIATE_TEST_SUITE_P(Records, ArrayFields,
                          testing::Values("fwe_cl_wayfind_sel_lb_path_st", "fwe_cl_wayfind_sel_lb_src_intf_st",
                                          "fwe_cl_wayfind_sel_lb_dst_site_st", "fwe_cl_wayfind_sel_lb_path_human_readable_st",
                                          "fwe_cl_wayfind_select_all_policies"));
+
+// ---- Several arrays in one record --------------------------------------------------------------------------------
+
+// The counts of the four arrays of a path in the order of the fields, and the field that tells a count of its own.
+using Hops = std::array<uint32_t, 5>;
+
+template <class Visit>
+void for_each_array(ork_handle *handle, void *object, Visit visit) {
+    const wayfind_record &record = *calls_of("fwe_cl_wayfind_chan_st").schema;
+    for (const wayfind_field &field : std::span(record.fields, record.field_count)) {
+        if (field.record != nullptr) {
+            uint32_t err = 0;
+            visit(*field.record,
+                  find<void *(ork_handle *, uint32_t, void *, uint32_t *)>(field.functions, "_get")(handle, instance, object, &err));
+            EXPECT_EQ(err, 0u) << field.name;
+        }
+    }
+}
+
+Object channel_with(ork_handle *handle, const Hops &hops) {
+    Object object(handle, calls_of("fwe_cl_wayfind_chan_st"));
+    uint32_t err = 0;
+    size_t at = 0;
+    for_each_array(handle, object.get(), [&](const wayfind_record &record, void *array) {
+        const Bytes elements = bytes_of(record.name, hops[at] * record.fields[1].width);
+        if (const uint32_t count = hops[at++]; count != 0) {
+            find<void(ork_handle *, uint32_t, void *, const void *, uint32_t, uint32_t *)>(record.fields[1].functions, "_set_mem")(
+                handle, instance, array, elements.data(), count, &err);
+        }
+    });
+    fwe_cl_wayfind_chan_st_hop_count_set_value(handle, instance, static_cast<fwe_cl_wayfind_chan_st *>(object.get()),
+                                               static_cast<uint8_t>(hops[at]), &err);
+    EXPECT_EQ(err, 0u);
+    return object;
+}
+
+Hops hops_of(ork_handle *handle, void *object) {
+    Hops hops{};
+    uint32_t err = 0;
+    size_t at = 0;
+    for_each_array(handle, object, [&](const wayfind_record &record, void *array) {
+        hops[at++] = find<uint32_t(ork_handle *, uint32_t, void *, uint32_t *)>(record.fields[0].functions, "_get_value")(handle, instance,
+                                                                                                                          array, &err);
+    });
+    hops[at] = fwe_cl_wayfind_chan_st_hop_count_get_value(handle, instance, static_cast<fwe_cl_wayfind_chan_st *>(object), &err);
+    EXPECT_EQ(err, 0u);
+    return hops;
+}
+
+TEST(ArraysOfAPath, KeepTheirOwnCountsThroughEveryForm) {
+    constexpr Hops hops = {3, 0, 1, 5, 9};
+    const Calls &calls = calls_of("fwe_cl_wayfind_chan_st");
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle handle(tracking);
+        const Object object = channel_with(handle, hops);
+        const auto expect_same = [&](const char *form, const Object &copy) {
+            EXPECT_EQ(hops_of(handle, copy.get()), hops) << form;
+            EXPECT_EQ(calls.compare(object.get(), copy.get()), 0) << form;
+        };
+        expect_same("as set", object);
+
+        uint32_t err = 0;
+        const Bytes image = marshalled(handle, calls, object.get());
+        const Object read = channel_with(handle, {1, 2, 0, 5, 4});
+        EXPECT_EQ(calls.unmarshal(handle, instance, image.data(), read.get(), static_cast<int32_t>(image.size()), 0, &err), image.size());
+        expect_same("wire", read);
+
+        void *slot = nullptr;
+        Bytes workspace(ample);
+        calls.clone(handle, instance, object.get(), &slot, workspace.data(), ample, &err);
+        expect_same("clone", Object(handle, calls, slot));
+
+        const Document document = parsed(as_xml(handle, calls, object.get()));
+        const Object parsed_copy(handle, calls);
+        calls.from_xml(handle, instance, "//fwe_cl_wayfind_chan_st", document.get(), parsed_copy.get(), &err, nullptr, 0);
+        expect_same("XML", parsed_copy);
+        EXPECT_EQ(err, 0u);
+    }
+}
 
 // ---- Arrays of records -------------------------------------------------------------------------------------------
 

@@ -1,11 +1,14 @@
 """An agent and its clients: whatever they do it goes on serving, and it ends when it is told to."""
+import os
 import signal
 import socket
+import subprocess
 import threading
 import time
+from concurrent import futures
 
-from product import OLD_RELEASE, Agent, Case, RawClient, TREE, greeting, run
-from schema import CL, Data
+from product import OLD_RELEASE, PATIENCE, WAYFIND, Agent, Case, RawClient, TREE, greeting, run
+from schema import CL, SUBJECTS, Data, schema
 
 
 class AgentLife(Case):
@@ -191,11 +194,52 @@ class AgentUnderBadClients(Case):
         self.assert_serves()
 
 
+class AgentOutOfMemory(Case):
+    """It is refused memory for the fifth message that it sends: the state message and three hop channels are out by then."""
+
+    def setUp(self):
+        super().setUp()
+        self.agent = self.start_agent(environment={"LD_PRELOAD": os.environ["WAYFIND_FAILING_PLATFORM"], "WAYFIND_REFUSED_MESSAGE": "5"})
+        self.aborted = "client 1: show hop-chan aborted: message 5, fwe_cl_wayfind_hop_chan_msg, cannot be sent: Cannot allocate memory"
+
+    def test_gives_up_its_show_and_serves_the_next_client(self):
+        result = self.show("hop-chan")
+        self.assert_fails(result, "the agent gave up show hop-chan in the middle")
+        self.assertEqual(result.stdout, "")
+        self.assertIn(self.aborted, self.agent.log())
+        result = self.show("hop-chan")
+        self.assertEqual((result.returncode, result.stdout.count("hop_chan_id:")), (0, 126))
+        self.assertIn("client 2: show hop-chan, 127 messages\n", self.agent.log())
+
+    def test_gives_up_its_show_and_goes_on_with_the_connection(self):
+        abort, commit = (bytes.fromhex(luid) for luid in schema()["bundles"][SUBJECTS["hop-chan"]]["luids"][1:])
+        with RawClient(self.socket) as client:
+            client.exchange()
+            frames = list(client.frames("hop-chan"))
+            self.assertEqual((len(frames), frames[-1][27:]), (1 + 4 + 1, abort))
+            self.assertIn(self.aborted, self.agent.log())
+            frames = list(client.frames("hop-chan"))
+            self.assertEqual((len(frames), frames[-1][27:]), (1 + 127 + 1, commit))
+
+
 class TwoAgents(Case):
     def test_two_shows_at_once_from_two_agents(self):
         first = self.start_agent()
         second = Agent(self.folder / "second", "--data", TREE / "data", "--release", OLD_RELEASE)
         self.addCleanup(second.log_file.close)
         self.addCleanup(second.stop)
-        self.assertEqual(run("show", "hop-chan", "--connect", second.path).stdout.count("serv@"), 0)
-        self.assertEqual(run("show", "hop-chan", "--connect", first.path).stdout.count("serv@"), 126)
+        # Neither agent answers before both clients run: what a client asks waits in its socket.
+        for agent in (first, second):
+            agent.process.send_signal(signal.SIGSTOP)
+            self.addCleanup(agent.process.send_signal, signal.SIGCONT)
+        clients = [subprocess.Popen([WAYFIND, "show", "hop-chan", "--connect", agent.path], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                    text=True) for agent in (first, second)]
+        time.sleep(0.2)
+        self.assertEqual([client.poll() for client in clients], [None, None])
+        for agent in (first, second):
+            agent.process.send_signal(signal.SIGCONT)
+        with futures.ThreadPoolExecutor() as pool:
+            shown = [text for text, _ in pool.map(lambda client: client.communicate(timeout=PATIENCE), clients)]
+        self.assertEqual([client.returncode for client in clients], [0, 0])
+        self.assertEqual([text.count("hop_chan_id:") for text in shown], [126, 126])
+        self.assertEqual([text.count("serv@") for text in shown], [126, 0])

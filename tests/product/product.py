@@ -18,15 +18,15 @@ CONTROL_LENGTH = 43
 
 
 class Agent:
-    """A running agent. Its log is what it wrote to stderr."""
+    """A running agent. Its log is what it wrote to stderr. environment: variables that it has beyond those of the test."""
 
-    def __init__(self, socket_path, *options):
+    def __init__(self, socket_path, *options, environment=()):
         self.path = str(socket_path)
         self.log_file = tempfile.TemporaryFile("w+")
-        # Under a sanitizer freed memory would otherwise be kept, and no measure of memory would say anything.
-        options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1"
+        # Under a sanitizer freed memory would otherwise be kept, and no measure of memory would say anything; and nothing could be preloaded.
+        options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:verify_asan_link_order=0"
         self.process = subprocess.Popen([WAYFIND, "agent", "--listen", self.path, *map(str, options)], stderr=self.log_file,
-                                        env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer})
+                                        env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(environment)})
         end = time.monotonic() + PATIENCE
         while "listening at" not in self.log():
             if self.process.poll() is not None or time.monotonic() > end:
@@ -61,8 +61,8 @@ class Case(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder)
         self.socket = self.folder / "socket"
 
-    def start_agent(self, *options, data=TREE / "data"):
-        agent = Agent(self.socket, "--data", data, *options)
+    def start_agent(self, *options, data=TREE / "data", environment=()):
+        agent = Agent(self.socket, "--data", data, *options, environment=environment)
         self.addCleanup(agent.log_file.close)
         self.addCleanup(agent.stop)
         return agent
