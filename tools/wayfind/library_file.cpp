@@ -96,6 +96,7 @@ std::map<std::string, std::string> names_in(const std::vector<Section>& sections
       names.emplace(text_in(image.subspan(luid_text_at, sizeof(ork_type_info::luid_text)), 0),
                     text_in(image.subspan(name_at, sizeof(ork_type_info::name)), 0));
     }
+    break;  // a library has one; more of them could all be the same bytes, read again and again
   }
   return names;
 }

@@ -19,6 +19,7 @@ constexpr const char* patterns[] = {"1", "0", "44", "444", "51", "15", "111", "1
 
 // More than any library has; what claims more is not unpacked.
 constexpr size_t max_texts_size = size_t{64} << 20;
+constexpr size_t max_entries = size_t{1} << 20;
 
 std::string unpack(Bytes packed, size_t size, const std::string& origin) {
   std::string texts(size + 1, '\0');  // one more than told, to see a stream that is too long
@@ -52,10 +53,13 @@ TraceTexts::TraceTexts(const LibraryFile& library)
 TraceTexts::TraceTexts(const std::vector<Bytes>& index, Bytes packed, const std::string& origin) {
   std::vector<Bytes> sections = index;
   size_t size = 0;
+  size_t entries = 0;
   for (const Bytes section : sections) {
     if (section.size() < head_size || (section.size() - head_size) % entry_size != 0 || u16_at(section, 0) != version) {
       throw Failure(origin + ": a trace section is damaged");
     }
+    entries += (section.size() - head_size) / entry_size;
+    if (entries > max_entries) throw Failure(origin + ": the trace sections claim more than " + std::to_string(max_entries) + " entries");
     size += length_of_texts(section);
   }
   if (size > max_texts_size) throw Failure(origin + ": the trace sections claim " + std::to_string(size) + " bytes of text");
