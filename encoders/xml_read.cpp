@@ -49,9 +49,12 @@ void* create_scratch(const Call& call, const FieldRow& field) {
   return frame::create_internal(call.handle, call.instance, frame::child_record(field));
 }
 
+// With all that was read into it, unless the array took that over.
 void destroy_scratch(const Call& call, void* scratch, const FieldRow& field) {
   if (field.cls == Class::value_array) return frame::with_element(field.kind, [&](auto element) { element.destroy(call, scratch); });
-  frame::destroy_internal(call.handle, call.instance, scratch, 1, frame::child_record(field));
+  const RecordRow& record = frame::child_record(field);
+  frame::destroy_unreached_arrays(call, scratch, record);
+  frame::destroy_internal(call.handle, call.instance, scratch, 1, record);
 }
 
 void store_element(const Call& call, void* object, uint32_t index, const void* scratch, const FieldRow& field) {
@@ -72,9 +75,6 @@ Then read_array(const Call& call, const char* parent, const Document& document, 
     read_at(call, Path(parent, field.name, static_cast<int>(n)), document, scratch, field);
     const bool found = !call.failed();
     if (found) store_element(call, object, n - 1, scratch, field);
-    if (field.cls == Class::record_array && call.failed() && *call.err != ENOENT) {
-      frame::destroy_later_fields(call, scratch, frame::child_record(field));  // what was read there belongs to nobody else
-    }
     destroy_scratch(call, scratch, field);
     if (!found) return Then::test;
   }

@@ -1,6 +1,8 @@
 // Taking records apart: mappings, references, fields, statistics, memory.
 #include <alloca.h>
 
+#include <algorithm>
+
 #include "frame/array.h"
 #include "frame/lifecycle.h"
 #include "frame/primitives.h"
@@ -94,14 +96,22 @@ void free_element_states(const Call& call, void* object, const RecordRow& record
   }
 }
 
+// Whether a field still has an array's block, its own or one of the records inside it.
+bool holds_block(const void* object, const FieldRow& field) {
+  if (!is_embedded_record(field)) return field.array != model::no_type && block_of(object, field) != nullptr;
+  const void* child = field_of(object, field);
+  const model::FieldSpan fields = laid_out_fields(child_record(field), child);
+  return std::any_of(fields.begin(), fields.end(), [child](const FieldRow& inner) { return holds_block(child, inner); });
+}
+
 }  // namespace
 
-void destroy_later_fields(const Call& call, void* object, const RecordRow& record) {
+void destroy_unreached_arrays(const Call& call, void* object, const RecordRow& record) {
   uint32_t local = 0;
   const Call own{call.handle, call.instance, &local};
   const int variant = variant_of(object);
   for (const FieldRow& field : laid_out_fields(record, object)) {
-    if (field.variant > variant) destroy_field(own, object, field);
+    if (field.variant > variant && holds_block(object, field)) destroy_field(own, object, field);
   }
 }
 

@@ -100,6 +100,67 @@ TEST_F(XmlArray, OfRecordsEndsAtAWrongOneAndLosesNothing) {
     }
 }
 
+// A store that is refused leaves the error slot as it is: the walk goes on, and what was read into the scratch is not lost, also in
+// fields of variants that the scratch has not reached.
+TEST_F(XmlArray, OfRecordsThatRefusesAnElementGoesOnAndLosesNothing) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
+    const std::string name = calls.name();
+    const std::string text = "<" + name + "><channels><weight>7</weight><path_rf><path_id_str><hop_id_str>abc</hop_id_str></path_id_str>" +
+                             "</path_rf></channels></" + name + ">";
+    const TypeList oldest = release_list(0);
+    const TypeList without = release_list(0, name, -1);
+    for (const bool gate : {true, false}) {
+        handle.set_peer(gate ? without.get() : oldest.get());
+        const Object object(handle, calls);
+        auto *const record = static_cast<fwe_cl_wayfind_select_tc_lb_channels_st *>(object.get());
+        fwe_cl_wayfind_select_loadbalance_channel_st *first = nullptr;
+        if (!gate) {  // the element's own set refuses a storage of another layout
+            read(calls, "<" + name + "><channels><weight>5</weight></channels></" + name + ">", object);
+            first = fwe_cl_wayfind_select_tc_lb_channels_st_channels_get(handle, instance, record, 0, &err);
+            reinterpret_cast<ork_object *>(first)->variant_cap = 0;
+        }
+        read(calls, text, object);
+        EXPECT_EQ(err, 0u);
+        uint32_t own = 0;
+        if (first != nullptr) {
+            EXPECT_EQ(fwe_cl_wayfind_select_loadbalance_channel_st_weight_get_value(handle, instance, first, &own), 5u);
+        }
+        EXPECT_EQ(handle.memory().live_blocks, gate ? 1u : 2u) << "the record, and its array";
+        if (first != nullptr) {
+            reinterpret_cast<ork_object *>(first)->variant_cap = 1;
+        }
+        handle.set_peer(nullptr);
+    }
+}
+
+// An element that the array took over takes what it read along, and nothing of it is taken apart twice.
+TEST_F(XmlArray, OfRecordsTakesOverWhatItsElementsRead) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
+    const std::string name = calls.name();
+    const TypeList oldest = release_list(0);
+    for (const bool older : {false, true}) {
+        const Object object(handle, calls);
+        if (older) {
+            handle.set_peer(oldest.get());
+        }
+        read(calls,
+             "<" + name + "><channels><path_rf><path_id_str><hop_id_str>abc</hop_id_str></path_id_str></path_rf></channels></" + name + ">",
+             object);
+        EXPECT_EQ(err, 0u);
+        auto *const first = fwe_cl_wayfind_select_tc_lb_channels_st_channels_get(
+            handle, instance, static_cast<fwe_cl_wayfind_select_tc_lb_channels_st *>(object.get()), 0, &err);
+        handle.set_peer(nullptr);
+        reinterpret_cast<ork_object *>(first)->variant = 1;  // as a reader of the newer release has it
+        auto *const path_rf = fwe_cl_wayfind_select_loadbalance_channel_st_path_rf_get(handle, instance, first, &err);
+        auto *const hop = fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_get(handle, instance, path_rf, 0, &err);
+        ASSERT_NE(hop, nullptr);
+        char letters[16] = "";
+        fwe_cl_wayfind_hop_id_readable_format_st_hop_id_str_get(handle, instance, hop, letters, sizeof letters, &err);
+        EXPECT_STREQ(letters, "abc");
+        EXPECT_EQ(handle.memory().live_blocks, 3u) << "the record, its array and the element's own";
+    }
+}
+
 TEST_F(XmlArray, WithoutAScratchElementIs12WhateverBecomesOfTheNextPath) {
     const Calls &calls = calls_of("fwe_dp_wayfind_debug_data");
     // "/is_none" makes 257 characters behind two slashes and the longer name.
