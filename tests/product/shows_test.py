@@ -9,7 +9,7 @@ from product import OLD_RELEASE, WAYFIND, Case
 from schema import CL, SUBJECTS, Data, schema
 from shown_xml import Comparison
 
-LONG = os.environ.get("WAYFIND_LONG") == "1"
+ENTRIES = int(os.environ["WAYFIND_ENTRIES"])  # of each message, where a show repeats it
 OLD = ("--release", OLD_RELEASE)
 NEWEST = 3
 
@@ -48,7 +48,7 @@ class TenThousandHopChannels(ShowCase):
 class AllShows(ShowCase):
     def go_through(self, agent_options, newest, client):
         for tracking in ("off", "on"):
-            data = Data(1_000 if LONG else 100, seed=tracking)
+            data = Data(ENTRIES, seed=tracking)
             agent = self.start_with(data, *agent_options, "--tracking", tracking)
             for subject in SUBJECTS:
                 with self.subTest(subject=subject, tracking=tracking):
@@ -145,13 +145,23 @@ class Output(ShowCase):
         xml = self.show("hop-chan", "--tracking", "on", "--format", "xml").stdout
         self.assertRegex(xml, r'<num_hop_chans state="\d+">126</num_hop_chans>')
 
+    def show_into(self, output):
+        return subprocess.run([WAYFIND, "show", "hop-chan", "--connect", str(self.socket)], stdout=output, stderr=subprocess.PIPE,
+                              text=True, check=False)
+
     def test_full_disk_is_no_success(self):
         self.start_agent()
-        with open("/dev/full", "w") as full:
-            result = subprocess.run([WAYFIND, "show", "hop-chan", "--connect", str(self.socket)], stdout=full, stderr=subprocess.PIPE,
-                                    text=True, check=False)
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("cannot write to stdout", result.stderr)
+        with open("/dev/full", "wb") as full:
+            result = self.show_into(full)
+        self.assertEqual((result.returncode, result.stderr), (1, "wayfind: cannot write standard output: No space left on device\n"))
+
+    def test_reader_that_has_gone_is_no_success(self):
+        self.start_agent()
+        reader, writer = os.pipe()
+        os.close(reader)
+        with open(writer, "wb") as pipe:
+            result = self.show_into(pipe)
+        self.assertEqual((result.returncode, result.stderr), (1, "wayfind: cannot write standard output: Broken pipe\n"))
 
 
 class LiveInterfaces(ShowCase):
