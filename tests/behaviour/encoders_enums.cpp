@@ -235,22 +235,6 @@ TEST_P(EveryEnum, DoesNothingOnceAnErrorStands) {
     EXPECT_EQ(object.object().value, 1u);
     EXPECT_EQ(buffer, Bytes(5, 0xa5));
     EXPECT_EQ(err, 5u);
-    handle->cr_error = 5;
-    char text[100] = "";
-    EXPECT_EQ((object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_print_cr")(handle, object.get(), text, 100)),
-              0xffffffffu);
-    EXPECT_EQ((object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_toxml_cr")(handle, object.get(), text, 100)),
-              0xffffffffu);
-    EXPECT_STREQ(text, "");
-}
-
-TEST_P(EveryEnum, PrintsInCrStyleUnderItsTypesName) {
-    object.set_value(0, &err);
-    char text[200] = "";
-    object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_print_cr")(handle, object.get(), text, sizeof text);
-    EXPECT_EQ(text, name() + "@" + name() + ":" + values()[0] + "\n");
-    object.call<uint32_t(ork_handle *, const void *, char *, uint32_t)>("_toxml_cr")(handle, object.get(), text, sizeof text);
-    EXPECT_EQ(text, "<" + name() + ">\n<" + values()[0] + "/></" + name() + ">\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Enums, EveryEnum, testing::Range(size_t{0}, told.size()),

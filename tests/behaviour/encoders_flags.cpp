@@ -95,6 +95,7 @@ TEST_F(Flags, NameTheGivenPathWhenAProbeFails) {
     char reason[64] = "";
     from_xml("<f/>", reason, sizeof reason);
     EXPECT_EQ(err, 5u);
+    EXPECT_EQ(ork_handle_last_error(handle), 5u);
     EXPECT_STREQ(reason, "Failed xpath: //f");
     EXPECT_EQ(byte(), 0);
 }
@@ -137,6 +138,18 @@ TEST_F(Flags, AreNotMissingWhenTheUpgradeOfTheLastOneLeaves2) {
     EXPECT_EQ(byte(), 0x10);
 }
 
+// The next probe's answer takes the place of any number, and no bit is lost to one.
+TEST_F(Flags, KeepTheErrorOfAnUpgradeUntilTheNextProbe) {
+    const auto upgrade = spy::replace(
+        orklib_adjust_variant, [](ork_handle *, uint32_t, void *, const ork_type_info *, int32_t, uint32_t *slot) { return *slot = 5; });
+    from_xml(std::string("<f><") + names[3] + "/></f>");
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(byte(), 0x08);
+    from_xml(std::string("<f><") + names[4] + "/></f>");
+    EXPECT_EQ(err, 5u);
+    EXPECT_EQ(byte(), 0x18);
+}
+
 TEST_F(Flags, NeedRoomForAllTheirBytes) {
     byte() = 0x1f;
     for (int32_t length = -1; length <= 7; ++length) {
@@ -170,6 +183,17 @@ TEST_F(Flags, AreReadFromTheByteBehindAShortBuffer) {
         EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_unmarshal(handle, instance, nullptr, flags, length, 0, &err), 0u);
         EXPECT_EQ(err, 90u);
         err = 0;
+    }
+}
+
+TEST_F(Flags, WithoutAJumpAreReadWhereItWouldBegin) {
+    const Bytes image = hex("00 1b 000000");
+    for (int32_t length = 1; length < 5; ++length) {
+        byte() = 0;
+        err = 0;
+        EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_unmarshal(handle, instance, image.data(), flags, length, 0, &err), 2u) << length;
+        EXPECT_EQ(err, 90u);
+        EXPECT_EQ(byte(), 0x1b);
     }
 }
 

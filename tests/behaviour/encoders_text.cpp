@@ -122,6 +122,20 @@ TEST_F(TextForm, OfAnOlderRecordInsideLeavesItOpenAndGoesOn) {
     EXPECT_TRUE(text.ends_with("  }\n}\n"));
 }
 
+TEST_F(TextForm, OfARecordInsideWithoutAVariantIsItsHeader) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_color_data");
+    const Object object(handle, calls);
+    auto *const data = static_cast<fwe_cl_wayfind_color_data *>(object.get());
+    ork_object &inner = *reinterpret_cast<ork_object *>(fwe_cl_wayfind_color_data_color_get(handle, instance, data, &err));
+    inner.variant = -1;
+    EXPECT_TRUE(print(calls, object.get(), "c", 0)
+                    .starts_with("c@fwe_cl_wayfind_color_data: {\n"
+                                 "  color@fwe_cl_wayfind_color_st: {\n"
+                                 "  mem@fwe_cl_wayfind_mem_st: {\n"
+                                 "    fwe_num: 0\n"));
+    inner.variant = 0;
+}
+
 TEST_F(TextForm, FollowsTheRecordsOwnVariantNotTheDomain) {
     const Calls &calls = calls_of("fwe_cl_wayfind_auto_tunnel");
     const Object object = filled(handle, calls, 0);
@@ -187,6 +201,27 @@ TEST_F(TextForm, IndentsTheClosingLineAtTheEndOfATextThatBeginsWithANul) {
     EXPECT_TRUE(print(calls, object.get(), "m", 4).ends_with("      exmem_addr: 0\n    }\n"));
 }
 
+// ---- A fixed text on its own -------------------------------------------------------------------------------------
+
+TEST_F(TextForm, AShortTextIsReadWithZerosUpToTheWidthOfItsField) {
+    const Object object(handle, calls_of("fwe_cl_wayfind_hop_chan_data"));
+    auto *const data = static_cast<fwe_cl_wayfind_hop_chan_data *>(object.get());
+    fwe_cl_wayfind_hop_chan_data_dscp_str_set(handle, instance, data, "1234567", 7, &err);
+    fwe_cl_wayfind_hop_chan_data_dscp_str_set(handle, instance, data, "abc", 3, &err);
+    // What lies behind the end in the field stays there, and so does what lies behind nine bytes of the target.
+    const auto expect_read = [&](uint32_t size, const std::string &expected, uint32_t error) {
+        std::string target(12, '#');
+        fwe_cl_wayfind_hop_chan_data_dscp_str_get(handle, instance, data, target.data(), size, &err);
+        EXPECT_EQ(target, expected) << size;
+        EXPECT_EQ(std::exchange(err, 0), error) << size;
+    };
+    expect_read(9, std::string("abc\0\0\0\0\0\0###", 12), 0);
+    expect_read(12, std::string("abc\0\0\0\0\0\0###", 12), 0);
+    expect_read(6, std::string("abc\0\0\0######", 12), 28);
+}
+
+// ---- Call for call -----------------------------------------------------------------------------------------------
+
 class TextCalls : public testing::Test {
 protected:
     ~TextCalls() override { calls->destroy(h, instance, object); }
@@ -241,6 +276,31 @@ TEST_F(TextCalls, AreAllMadeAfterAnErrorToo) {
                  {"ork_print_space(7,text,0,500,err)", "u_int32_print(7,text+29,2,'fwe_num',obj+12,471,err)",
                   "u_int64_print(7,text+29,2,'ppe_addr',obj+16,471,err)", "u_int64_print(7,text+29,2,'exmem_addr',obj+24,471,err)",
                   "ork_print_space(7,text,0,471,err)"});
+}
+
+TEST_F(TextCalls, AreAllMadeAfterAnErrorInTheFirstToo) {
+    make("fwe_cl_wayfind_mem_st");
+    const auto failing = spy::fail(ork_print_space, 5);
+    spy::Log log;
+    EXPECT_EQ(print("mem", 3), 29u + 3 + 2);
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_CALLS(log,
+                 {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_print_space(7,text,3,500,err)",
+                  "ork_snprintf(7,text,500,err,'mem@fwe_cl_wayfind_mem_st: {\n')", "u_int32_print(7,text+29,5,'fwe_num',obj+12,471,err)",
+                  "u_int64_print(7,text+29,5,'ppe_addr',obj+16,471,err)", "u_int64_print(7,text+29,5,'exmem_addr',obj+24,471,err)",
+                  "ork_print_space(7,text,3,471,err)", "ork_snprintf(7,text+32,468,err,'}\n')"});
+}
+
+TEST_F(TextCalls, OfARecordBehindAnErrorAreNotMade) {
+    make("fwe_cl_wayfind_color_data");
+    const auto failing = spy::fail(u_int32_print, 5);
+    spy::Log log;
+    print("c", 0);
+    // color has the field that fails; mem comes behind it.
+    EXPECT_EQ(log.count("null_string_print") + log.count("u_int16_print"), 3u);
+    EXPECT_EQ(log.count("u_int64_print"), 0u);
+    EXPECT_EQ(log.count("ork_print_space"), 4u);
+    EXPECT_EQ(log.count("ork_get_instance_variant"), 2u);
 }
 
 }  // namespace

@@ -68,6 +68,20 @@ TEST_F(XmlForm, OfAnOlderVariantLacksLaterFieldsAndIsClosed) {
     object.header().variant = 1;
 }
 
+TEST_F(XmlForm, OfARecordInsideWithoutAVariantIsTwoTagsAndIsReadAllTheSame) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_color_data");
+    const Object object(handle, calls);
+    auto *const data = static_cast<fwe_cl_wayfind_color_data *>(object.get());
+    auto *const color = fwe_cl_wayfind_color_data_color_get(handle, instance, data, &err);
+    reinterpret_cast<ork_object *>(color)->variant = -1;
+    EXPECT_TRUE(as_xml(handle, calls, object.get()).starts_with("<fwe_cl_wayfind_color_data>\n<color>\n</color>\n<mem>\n<fwe_num>"));
+    read(calls, "<fwe_cl_wayfind_color_data><color><tag>5</tag></color></fwe_cl_wayfind_color_data>", object);
+    EXPECT_EQ(err, 0u);
+    EXPECT_EQ(reinterpret_cast<ork_object *>(color)->variant, -1);
+    reinterpret_cast<ork_object *>(color)->variant = 0;
+    EXPECT_EQ(fwe_cl_wayfind_color_st_tag_get_value(handle, instance, color, &err), 5u);
+}
+
 TEST_F(XmlForm, InATooSmallBufferIsStillClosedWhereThatFits) {
     const Object object(handle, mem);
     char text[60] = "";
@@ -103,6 +117,7 @@ TEST_F(XmlForm, WithoutTheElementIs2AndTouchesNothing) {
     read(mem, "<other><fwe_num>77</fwe_num></other>", object);
     EXPECT_EQ(err, 2u);
     EXPECT_EQ(ork_handle_last_error(handle), 2u);
+    EXPECT_STREQ(reason, "");
     EXPECT_EQ(mem.hash(object.get(), 0), before);
 }
 
@@ -179,16 +194,6 @@ TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNode) {
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(handle, instance, record, &err), 1u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err), 2u) << "255 characters";
     EXPECT_EQ(fwe_cl_wayfind_mem_st_exmem_addr_get_value(handle, instance, record, &err), 0u) << "257 characters";
-}
-
-TEST_F(XmlForm, AnnouncesNothingOnItsOwn) {
-    fixture::Handle h;
-    void *const object = mem.create(h, instance);
-    const Document document = parsed("<fwe_cl_wayfind_mem_st><fwe_num>1</fwe_num></fwe_cl_wayfind_mem_st>");
-    spy::Log log;
-    mem.from_xml(h, instance, "//fwe_cl_wayfind_mem_st", document.get(), object, &h.err, nullptr, 0);
-    EXPECT_TRUE(log.announcements().empty());
-    mem.destroy(h, instance, object);
 }
 
 // ---- What XML cannot carry ---------------------------------------------------------------------------------------

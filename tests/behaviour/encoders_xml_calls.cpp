@@ -138,6 +138,13 @@ TEST_F(XmlCalls, OfWritingLookAtTheErrorOnceForAWholeArray) {
         const auto first_element = spy::fail(u_int32_to_xml, 5, 2);
         expect_four(5);
     }
+    {
+        const auto counter = spy::fail(u_int32_to_xml, 5);
+        spy::Log log;
+        write();
+        EXPECT_EQ(std::exchange(h.err, 0), 5u);
+        EXPECT_EQ(log.count("u_int32_to_xml"), 1u) << "behind the count the error stands";
+    }
     // No element's state can be had.
     ork_handle_set_tracking(h, ORK_TRACKING_ON);
     expect_four(22);
@@ -146,15 +153,17 @@ TEST_F(XmlCalls, OfWritingLookAtTheErrorOnceForAWholeArray) {
 
 // ---- Reading -----------------------------------------------------------------------------------------------------
 
-TEST_F(XmlCalls, OfReadingAskForTheElementAndThenForEachField) {
+// Neither variant nor tracking is asked for, and no state and no store is told.
+TEST_F(TrackedXmlCalls, OfReadingAskForTheElementAndThenForEachFieldAndForNothingElse) {
     make("fwe_cl_wayfind_mem_st");
     spy::Log log;
     read("<r><fwe_num>1</fwe_num></r>");
     EXPECT_EQ(h.err, 0u);
     EXPECT_CALLS(
-        log.calls_of({"ork_clear_last_error", "xml_get_element_nodecount", "u_int32_from_xml", "u_int64_from_xml"}),
+        log,
         {"ork_clear_last_error()", "xml_get_element_nodecount(xml,'//r',?)", "u_int32_from_xml(7,'//r/fwe_num',xml,obj+12,err,reason,10)",
          "u_int64_from_xml(7,'//r/ppe_addr',xml,obj+16,err,reason,10)", "u_int64_from_xml(7,'//r/exmem_addr',xml,obj+24,err,reason,10)"});
+    EXPECT_TRUE(log.announcements().empty());
 }
 
 TEST_F(XmlCalls, OfReadingEndAtANodeCountThatFailsWhateverTheCount) {
@@ -197,6 +206,9 @@ TEST_F(XmlCalls, OfReadingStoreARecordElementBySetting) {
         spy::Log log;
         read("<r><path_id_str><hop_id_str>a</hop_id_str></path_id_str></r>");
         EXPECT_EQ(log.count("orklib_get_handle_ws") + log.count("char_marshal") + log.count("char_unmarshal"), 0u);
+        EXPECT_CALLS(log.calls_of({"alloc_fn", "free_fn"}),
+                     {"alloc_fn(7,40)=new1", "alloc_fn(7,40)=new2", "free_fn(7,new1)", "alloc_fn(7,40)=new3", "free_fn(7,new3)"})
+            << "a scratch, the array's block, and the scratch that finds nothing";
     }
     auto *const record = as<fwe_cl_wayfind_sel_lb_path_human_readable_st>();
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_human_readable_st_num_hops_str_get_value(h, instance, record, &h.err), 1u);
