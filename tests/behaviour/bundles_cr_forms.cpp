@@ -95,6 +95,64 @@ TEST_P(BundleCrForms, DoTheSameWithTheHandlesInstanceAndError) {
 
 INSTANTIATE_TEST_SUITE_P(All, BundleCrForms, testing::ValuesIn(family::bundles()), family::ByName());
 
+class ControlCreateCr : public testing::TestWithParam<Control> {
+protected:
+    const Control control = GetParam();
+    const Handle handle = family::make_handle();
+
+    void *sentinel() const {
+        const uint32_t before = std::exchange(handle->cr_error, 5);
+        void *const given = control.create_cr(handle.get());
+        handle->cr_error = before;
+        return given;
+    }
+};
+
+TEST_P(ControlCreateCr, LeavesCrActiveAlone) {
+    for (const uint32_t active : {0u, 1u, 256u}) {
+        handle->cr_active = active;
+        const auto look = spy::replace(ork_store_err, [&](ork_handle *, uint32_t) { EXPECT_EQ(handle->cr_active, active); });
+        void *const msg = control.create_cr(handle.get());
+        EXPECT_EQ(handle->cr_active, active);
+        control.destroy_cr(handle.get(), msg);
+        ork_handle_fail_allocation(handle.get(), 1);
+        EXPECT_EQ(control.create_cr(handle.get()), sentinel());
+        EXPECT_EQ(handle->cr_active, active);
+        EXPECT_EQ(std::exchange(handle->cr_error, 0), 12u);
+    }
+}
+
+// An allocator may report for itself.
+TEST_P(ControlCreateCr, ErrorThatTheAllocatorLeftStands) {
+    static ork_handle *failing;
+    failing = handle.get();
+    const ork_alloc_fn before = std::exchange(handle->alloc_fn, [](void *, uint32_t, size_t) -> void * {
+        failing->cr_error = 5;
+        return nullptr;
+    });
+    const spy::Log log;
+    EXPECT_EQ(control.create_cr(handle.get()), sentinel());
+    EXPECT_EQ(log.count("ork_store_err"), 0u);
+    EXPECT_EQ(handle->cr_error, 5u);
+    EXPECT_EQ(ork_handle_last_error(handle.get()), 0u);
+    handle->alloc_fn = before;
+}
+
+// Only the cr form knows the sentinel.
+TEST_P(ControlCreateCr, PlainDestroyGivesWhateverIsNotNullToFree) {
+    static std::vector<const void *> freed;
+    freed.clear();
+    const ork_free_fn before = std::exchange(handle->free_fn, [](void *, uint32_t, void *block) { freed.push_back(block); });
+    void *const msg = sentinel();
+    control.destroy_cr(handle.get(), msg);
+    EXPECT_TRUE(freed.empty());
+    control.destroy(handle.get(), instance, msg);
+    EXPECT_EQ(freed, std::vector<const void *>{msg});
+    handle->free_fn = before;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ControlCreateCr, testing::ValuesIn(family::controls()), family::ByName());
+
 TEST(ControlSentinels, EachControlMessageHasOneOfItsOwnInTheLibrary) {
     const Handle handles[] = {family::make_handle(), family::make_handle()};
     handles[0]->cr_error = handles[1]->cr_error = 5;

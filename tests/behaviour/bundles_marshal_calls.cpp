@@ -203,6 +203,40 @@ TEST_P(BundleSend, HeaderCarriesSequenceAndLength) {
     }
 }
 
+TEST_P(BundleSend, StartHasOpenedTheBundleWhenTheHeaderIsWritten) {
+    const Handle handle = family::make_handle();
+    ork_list_head &list = handle->bundle_send_list;
+    ork_list_head stale_entry;
+    list = {&stale_entry, &stale_entry};
+    bool seen = false;
+    const auto look = spy::replace(_ork_message_header_marshal,
+                                   [&](ork_handle *, uint32_t, uint8_t *buffer, const ork_message_header *, int32_t, uint32_t *) {
+                                       seen = true;
+                                       EXPECT_EQ(handle->bundle_ctx, 1u);
+                                       EXPECT_EQ(handle->bundle_table, bundle.table());
+                                       EXPECT_TRUE(list.next == &list && list.prev == &list);
+                                       EXPECT_EQ(std::memcmp(buffer + 27, bundle.start().luid(), 16), 0);
+                                       return 27u;
+                                   });
+    uint8_t buffer[43];
+    uint32_t err = 0;
+    bundle.start().marshal(handle.get(), instance, buffer, 43, &err);
+    EXPECT_TRUE(seen);
+}
+
+// The member is a word of 32 bits: any value but 0 means an open bundle.
+TEST_P(BundleSend, AnyValueButZeroMeansAnOpenBundle) {
+    const Handle handle = family::make_handle();
+    uint8_t buffer[43];
+    for (const auto &[kind, expected] : {std::pair(family::start, 17u), {family::abort, 0u}, {family::commit, 0u}}) {
+        handle->bundle_ctx = 256;
+        uint32_t err = 0;
+        EXPECT_EQ(bundle.control(kind).marshal(handle.get(), instance, buffer, 43, &err), expected == 0 ? 43u : 0u);
+        EXPECT_EQ(err, expected);
+        EXPECT_EQ(handle->bundle_ctx, expected == 0 ? 0u : 256u);
+    }
+}
+
 TEST_P(BundleSend, AsksNeitherDomainNorTable) {
     const Handle handle = family::make_handle();
     family::set_peer_without(handle, {});

@@ -94,6 +94,31 @@ TEST_P(BundleUnmarshal, GivesFortyThreeWithoutALookAtTheBuffer) {
     }
 }
 
+TEST_P(BundleUnmarshal, OutMsgIsNullBeforeAnyHandlerRuns) {
+    for (const Kind kind : kinds) {
+        const Handle handle = family::make_handle();
+        uint32_t err = 0;
+        void *out = &err;
+        // The first that the library's own handlers do.
+        unsigned asked = 0;
+        const auto look = spy::replace(orklib_is_accumulating_bundle, [&](ork_handle *) {
+            asked += 1;
+            EXPECT_EQ(out, nullptr);
+            return 0u;
+        });
+        bundle.control(kind).unmarshal(handle.get(), instance, nullptr, &out, nullptr, 0, nullptr, &err);
+        EXPECT_EQ(asked, 1u);
+        out = &err;
+        err = 0;
+        const ork_message_handler given = [](ork_handle *, uint32_t, void *ctx, void *, uint32_t *slot) {
+            EXPECT_EQ(*static_cast<void **>(ctx), nullptr);
+            *slot = 5;
+        };
+        bundle.control(kind).unmarshal(handle.get(), instance, &out, &out, nullptr, 0, given, &err);
+        EXPECT_EQ(err, 5u) << "it ran, and its word stands";
+    }
+}
+
 TEST_P(BundleUnmarshal, WithAPendingErrorCallsNoHandler) {
     for (const Kind kind : kinds) {
         const Handle handle = family::make_handle();

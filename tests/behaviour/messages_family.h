@@ -142,6 +142,7 @@ public:
     void *create(ork_handle *handle, uint32_t instance) const {
         return function<void *(ork_handle *, uint32_t)>(schema_->functions, "_create")(handle, instance);
     }
+    void *create_cr(ork_handle *handle) const { return function<void *(ork_handle *)>(schema_->functions, "_create_cr")(handle); }
     void *create_internal(ork_handle *handle, uint32_t instance) const {
         return function<void *(ork_handle *, uint32_t)>(schema_->functions, "_create_internal")(handle, instance);
     }

@@ -165,6 +165,33 @@ TEST_P(MessageMarshal, DomainIsAskedAboutTheObjectsOwnDescriptor) {
                                                             "ork_store_epoch_err(52,err)"});
 }
 
+TEST_P(MessageMarshal, DomainIsTheHandlesOwnAndAnyAnswerButZeroIsYes) {
+    Stage stage(message, ORK_TRACKING_OFF);
+    const family::Made made(message, stage.handle(), 1, instance);
+    unsigned asked = 0;
+    const auto yes =
+        spy::replace(ork_domain_lookup_message_ok, [&](ork_handle *handle, const ork_domain *domain, const ork_type_info *, uint32_t *) {
+            asked += 1;
+            EXPECT_EQ(domain, &handle->domain);
+            return 256u;
+        });
+    const size_t written = made.frame().size();
+    EXPECT_EQ(message.header(made.get()).length, written);
+    EXPECT_EQ(message.is_valid_cr(stage.handle()), 256u);
+    EXPECT_EQ(asked, 2u);
+}
+
+// The member is a word of 32 bits: any value but 0 means an open bundle.
+TEST_P(MessageMarshal, AnyValueButZeroMeansAnOpenBundle) {
+    const Case each{"256", 4096, 0, [this](ork_handle *handle) {
+                        in_bundle()(handle);
+                        handle->bundle_ctx = 256;
+                    }};
+    const Outcome made = same(each);
+    EXPECT_EQ(made.err, 0u);
+    EXPECT_EQ(std::count(made.calls.begin(), made.calls.end(), "bundle_message_increment_count(luid,err)"), 1);
+}
+
 TEST_P(MessageMarshal, RefusalThatThePlatformKeepsFromTheSlotGivesZeroAndNoError) {
     const auto refuse = spy::answer(ork_domain_lookup_message_ok, 0);
     const auto keep = spy::replace(ork_store_epoch_err, [](ork_handle *, uint32_t, uint32_t *) {});

@@ -168,6 +168,15 @@ TEST_P(MessageRecording, NullStreamIsTracedAndTheHandlerRuns) {
     EXPECT_CALLS(made.traces(), std::vector<std::string>{"trace(error,ORK record - NULL file handle for message " + name + ")"});
 }
 
+TEST_P(MessageRecording, WhetherTheStreamTookItIsNotLookedAt) {
+    const auto time = spy::replace(start_tag_timestamp, fixed_time);
+    FILE *const unwritable = std::fopen("/dev/null", "r");
+    const Recorded made = same(unwritable);
+    EXPECT_EQ(made.writes.size(), 1u);
+    EXPECT_TRUE(made.traces().empty());
+    std::fclose(unwritable);
+}
+
 TEST_P(MessageRecording, FailingOuterTagIsReportedTwice) {
     const auto fails = spy::replace(start_tag_timestamp, [](ork_handle *, uint32_t, char *, const char *, int32_t, uint32_t *err) {
         *err = 5;
