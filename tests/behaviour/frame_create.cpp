@@ -83,6 +83,20 @@ TEST(FrameCreate, the_platform_hooks_want_an_instance_and_watched_storage) {
     EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
 }
 
+TEST(FrameCreate, storage_that_is_shared_but_not_watched_leads_to_the_shared_copy_as_well) {
+    Handle h({.shared = true});
+    h->shared_types = 2;
+    spy::Log log;
+    auto *const obj = fwe_cl_wayfind_chan_nb_st_create(h, instance);
+    EXPECT_CALLS(log.calls_of({"ork_type_info_ptr_get"}),
+                 {"ork_type_info_ptr_get(7,type(fwe_cl_wayfind_chan_nb_st),fwe_ui_wayfind_typeinfo_initialize)",
+                  "ork_type_info_ptr_get(7,type(fwe_cl_wayfind_chan_nb_state_e),fwe_ui_wayfind_typeinfo_initialize)",
+                  "ork_type_info_ptr_get(7,type(fwe_cl_wayfind_chan_tx_state_e),fwe_ui_wayfind_typeinfo_initialize)"});
+    EXPECT_EQ(load<const ork_type_info *>(obj)->shared, 2u);
+    fwe_cl_wayfind_chan_nb_st_destroy(h, instance, obj);
+    h->shared_types = 1;
+}
+
 TEST(FrameCreate, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_object) {
     Handle h(shared_and_recorded);
     spy::name_at(sentinel_of_mem(h), "sentinel");

@@ -24,6 +24,14 @@ TEST(FrameDestroy, tells_the_hooks_before_the_storage_goes) {
                        "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
+TEST(FrameDestroy, the_hook_of_shared_storage_is_not_told_of_objects_that_lie_inside_another) {
+    Handle h(shared_and_recorded);
+    Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+    spy::Log log;
+    fwe_cl_wayfind_nb_channel_data_destroy(h, instance, static_cast<fwe_cl_wayfind_nb_channel_data *>(obj.release()));
+    EXPECT_CALLS(log.calls_of({"orkdb_plat_set_destroy"}), {"orkdb_plat_set_destroy(7,obj)"});
+}
+
 TEST(FrameDestroy, a_tracked_parent_drops_the_distances_of_its_children) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_nb_channel_data");
@@ -162,6 +170,55 @@ TEST(FrameDestroy, enums_flag_sets_booleans_and_link_types_are_not_destroyed) {
     EXPECT_EQ(type.destroy_count, destroyed);
 }
 
+TEST(FrameDestroy, an_untracked_object_drops_the_distance_that_it_was_told_without_asking_for_it) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    obj.head().obj_flags = OBJ_STTR_OFFSET;
+    const auto dropped = spy::answer(ork_hd_mapping_destroy, 0);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
+    EXPECT_CALLS(log, {"ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
+                       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "ork_hd_mapping_destroy(7,obj,?)",
+                       "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
+}
+
+TEST(FrameDestroy, statistics_that_fail_keep_the_storage_only_where_a_distance_was_to_go) {
+    Handle h(tracked);
+    const auto &type = _fwe_cl_wayfind_mem_st_type_info_internal;
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    obj.head().obj_flags |= OBJ_RA_DATA;
+    const auto failing = spy::replace(orklib_type_stats_destroy_object,
+                                      [](ork_handle *, uint32_t, const ork_type_info *, void *, uint32_t *err) { return *err = 5; });
+    const auto dropped = spy::answer(ork_hd_mapping_destroy, 0);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
+    EXPECT_CALLS(log.calls_of({"ork_hd_mapping_destroy", "trace", "ork_store_err", "free_fn"}),
+                 {"ork_hd_mapping_destroy(7,obj,?)",
+                  "trace(error,fwe_cl_wayfind_mem_st destroy: Failed to remove oid mapping for object. Error Input/output error)",
+                  "ork_store_err(5)"});
+    EXPECT_EQ(load<const ork_type_info *>(obj.get()), &type);
+    obj.head().obj_flags = OBJ_STATE_TRACKED;
+    log.clear();
+    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
+    EXPECT_CALLS(log.calls_of({"ork_hd_mapping_destroy", "trace", "ork_store_err", "free_fn"}), {"free_fn(7,obj)"});
+}
+
+TEST(FrameDestroy, the_type_word_is_whole_when_it_is_announced_and_cleared_when_the_block_goes) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    const void *const block = obj.get();
+    std::vector<const void *> found;
+    spy::Log log;
+    log.on_announcement = [&](const spy::Announcement &a) {
+        if (a.address == block) { /* the statistics are announced as well */
+            found.push_back(load<const void *>(block));
+        }
+    };
+    log.on_free = [&](const void *) { found.push_back(load<const void *>(block)); };
+    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
+    EXPECT_EQ(found, (std::vector<const void *>{&_fwe_cl_wayfind_mem_st_type_info_internal, nullptr}));
+}
+
 TEST(FrameDestroy, a_distance_that_cannot_go_is_stored_and_the_storage_stays) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -215,6 +272,21 @@ TEST(FrameDestroy, a_negative_variant_prints_sign_extended) {
     spy::Log log;
     fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
     EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,variant 4294967294 requested only 4294967291 variants present)"});
+}
+
+TEST(FrameDestroy, an_object_whose_state_lies_elsewhere_does_not_look_at_the_mode_word) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+    auto *const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
+    // Its parent destroys it once more.
+    const auto uncounted = spy::answer(orklib_type_stats_destroy_object, 0);
+    const auto kept = spy::answer(ork_hd_mapping_destroy, 0);
+    h->sttr_info->sttr_mode = 3;
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_destroy_internal(h, instance, mem, 0);
+    EXPECT_CALLS(log, {"ork_get_instance_variant(obj+80,1,0)", "orklib_get_sttr_offset(7,obj+80)", "ork_get_manifested_type_info(obj+80)",
+                       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)", "ork_hd_mapping_destroy(7,obj+80,?)"});
+    h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
 TEST(FrameDestroyDeathTest, a_corrupted_descriptor_ends_the_process) {

@@ -168,4 +168,37 @@ TEST(FrameDestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
                  {"ip_address_get_oid_count(7,obj+24,?)", "ip_address_destroy_internal(7,obj+24,0)"});
 }
 
+TEST(FrameDestroyReferences, a_count_that_fails_leaves_its_error_to_the_fields_behind_it) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_prefixtosite_data");
+    const auto failing = spy::fail(ip_address_get_oid_count, 5);
+    spy::Log log;
+    fwe_cl_wayfind_prefixtosite_data_destroy(h, instance, static_cast<fwe_cl_wayfind_prefixtosite_data *>(obj.release()));
+    // pfx at 16, stats at 88; a record that is destroyed has a slot of its own.
+    EXPECT_CALLS(log.calls_of({"ip_address_get_oid_count", "ip_address_get_object_references", "ip_address_destroy_internal", "trace",
+                               "ork_store_err", "orklib_type_stats_destroy_object", "free_fn"}),
+                 {"ip_address_get_oid_count(7,obj+16,?)", "ip_address_destroy_internal(7,obj+16,0)",
+                  "trace(error,Error already present in call to get object oid count)",
+                  "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_prefixtosite_stats_st),?,?)",
+                  "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_prefixtosite_data),?,?)", "free_fn(7,obj)"});
+}
+
+TEST(FrameDestroyReferences, a_count_that_fails_and_is_not_0_fails_the_list_too) {
+    Handle h(plain);
+    Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+    const auto failing = spy::replace(ip_address_get_oid_count, [](ork_handle *, uint32_t, const ork_ip_address *, uint32_t *err) {
+        *err = 5;
+        return 1u;
+    });
+    const auto list = spy::replace(ip_address_get_object_references,
+                                   [](ork_handle *, uint32_t, const ork_ip_address *, void **, uint32_t, uint32_t *) {});
+    spy::Log log;
+    fwe_pal_wayfind_site_prefix_data_destroy(h, instance, obj);
+    EXPECT_CALLS(
+        log.calls_of({"ip_address_get_object_references", "orklib_lookup_and_update_oid_ref_count", "ip_address_destroy_internal", "trace",
+                      "free_fn"}),
+        {"ip_address_get_object_references(7,obj+24,?,1,?)",
+         "trace(error,fwe_pal_wayfind_site_prefix_data destroy: Failed to get oid references from object. Error Input/output error)"});
+}
+
 }  // namespace frame

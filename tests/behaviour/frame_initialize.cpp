@@ -31,6 +31,40 @@ TEST(FrameInitialize, without_notify_announces_nothing_and_without_statistics_co
     EXPECT_EQ(h.err, 0u) << "the state base is not asked for without statistics";
 }
 
+TEST(FrameInitialize, the_objects_inside_are_neither_announced_nor_counted_when_the_record_is_not) {
+    Handle h(tracked);
+    alignas(8) uint8_t block[136 + 9] = {};
+    spy::name(block, sizeof block, "obj");
+    spy::Log log;
+    fwe_cl_wayfind_hop_chan_state_data_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_hop_chan_state_data *>(block),
+                                                  &_fwe_cl_wayfind_hop_chan_state_data_type_info_internal, 0, 1, 0, nullptr, &h.err);
+    std::vector<std::string> expected = {"ork_clear_last_error()",
+                                         "ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_hop_chan_state_data),err)",
+                                         "ork_get_manifested_type_info_ptr_mem(obj)"};
+    // The booleans; at 32 lies an integer.
+    for (const size_t offset : {12u, 16u, 20u, 24u, 28u, 36u}) {
+        expected.push_back("ork_boolean_initialize(7," + at("obj", offset) + ",type(ork_boolean),0,1,4,null,err)");
+    }
+    EXPECT_CALLS(log, expected);
+
+    std::fill(std::begin(block), std::end(block), uint8_t{0});
+    const auto &state = _fwe_cl_wayfind_chan_nb_state_e_type_info_internal.varinfo->entries[0];
+    const uint64_t created = state.create_count;
+    log.clear();
+    fwe_cl_wayfind_nb_channel_data_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_nb_channel_data *>(block),
+                                              &_fwe_cl_wayfind_nb_channel_data_type_info_internal, 0, 1, 0, nullptr, &h.err);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn", "counter_notify_fn", "orklib_type_stats_create_object", "orklib_get_sttr_offset",
+                               "orklib_update_sttr_offset"}),
+                 {});
+    EXPECT_EQ(state.create_count, created);
+    // chan_nb at 16, with its enum state at 16 inside; mem at 80.
+    EXPECT_EQ(load<const ork_type_info *>(block + 32), &_fwe_cl_wayfind_chan_nb_state_e_type_info_internal);
+    for (const size_t child : {16u, 80u}) {
+        EXPECT_EQ(block[child + 10], OBJ_NESTED | OBJ_STATE_TRACKED) << "without a base the tracked children are no failure";
+    }
+    EXPECT_EQ(h.err, 0u);
+}
+
 TEST(FrameInitialize, a_nested_object_wants_a_state_base_while_tracking) {
     Handle h(tracked);
     alignas(8) uint8_t block[600 + 51] = {};
@@ -44,6 +78,20 @@ TEST(FrameInitialize, a_nested_object_wants_a_state_base_while_tracking) {
                   "the correct state tracking base pointer)"});
     EXPECT_EQ(load<uint64_t>(block + 16), 0u) << "the children stay uninitialised";
     EXPECT_EQ(log.count("orklib_type_stats_create_object"), 1u) << "the object itself was counted";
+}
+
+TEST(FrameInitialize, a_nested_object_wants_a_state_base_without_records_inside_and_with_a_told_distance_as_well) {
+    for (const uint8_t before : {uint8_t{0}, uint8_t{OBJ_STTR_OFFSET}}) {
+        Handle h(tracked);
+        alignas(8) uint8_t block[88 + 4] = {};
+        block[10] = before;
+        spy::Log log;
+        fwe_pal_wayfind_site_prefix_data_initialize(h, instance, reinterpret_cast<fwe_pal_wayfind_site_prefix_data *>(block),
+                                                    &_fwe_pal_wayfind_site_prefix_data_type_info_internal, 1, 0, OBJ_NESTED, nullptr,
+                                                    &h.err);
+        EXPECT_EQ(h.err, 22u);
+        EXPECT_CALLS(log.calls_of({"ork_store_err", "orklib_get_sttr_offset", "ip_address_initialize"}), {"ork_store_err(22)"});
+    }
 }
 
 TEST(FrameInitialize, a_nested_object_wants_no_state_base_without_tracking) {
@@ -69,6 +117,21 @@ TEST(FrameInitialize, a_variant_count_below_the_variant_is_traced_and_survived) 
                                           &h.err);
     EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,variant 1 requested only 0 variants present)"});
     EXPECT_EQ(log.count("orklib_type_stats_create_object"), 1u);
+}
+
+TEST(FrameInitialize, in_shared_storage_the_variants_are_those_of_the_shared_type) {
+    Handle h({.shared = true});
+    ork_type_info type = _fwe_cl_wayfind_auto_tunnel_type_info_internal;
+    ork_variant_info info = *type.varinfo;
+    info.n_variants = 0;
+    type.varinfo = &info;
+    const auto shared = spy::answer(ork_type_info_ptr_get, &type);
+    const auto newest = spy::answer(ork_domain_lookup_variant, 1);
+    alignas(8) uint8_t block[104] = {};
+    spy::Log log;
+    fwe_cl_wayfind_auto_tunnel_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_auto_tunnel *>(block),
+                                          &_fwe_cl_wayfind_auto_tunnel_type_info_internal, 0, 0, 0, nullptr, &h.err);
+    EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,variant 1 requested only 0 variants present)"});
 }
 
 TEST(FrameInitialize, a_parent_tells_the_runtime_where_its_children_keep_their_state_before_it_makes_them) {
@@ -227,16 +290,18 @@ TEST(FrameReferences, no_record_holds_any) {
     EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameReferences, an_error_standing_is_traced_and_kept) {
+TEST(FrameReferences, an_error_standing_is_traced_and_kept_whether_or_not_there_is_an_object) {
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_mem_st");
     h.err = 5;
-    spy::Log log;
-    EXPECT_EQ(fwe_cl_wayfind_mem_st_get_oid_count(h, instance, obj, &h.err), 0u);
-    fwe_cl_wayfind_mem_st_get_object_references(h, instance, obj, nullptr, 0, &h.err);
-    EXPECT_CALLS(log, {"trace(error,Error already present in call to get object oid count)",
-                       "trace(error,Error present in call to get table references from object)"});
-    EXPECT_EQ(h.err, 5u);
+    for (fwe_cl_wayfind_mem_st *const at : {static_cast<fwe_cl_wayfind_mem_st *>(obj), static_cast<fwe_cl_wayfind_mem_st *>(nullptr)}) {
+        spy::Log log;
+        EXPECT_EQ(fwe_cl_wayfind_mem_st_get_oid_count(h, instance, at, &h.err), 0u);
+        fwe_cl_wayfind_mem_st_get_object_references(h, instance, at, nullptr, 0, &h.err);
+        EXPECT_CALLS(log, {"trace(error,Error already present in call to get object oid count)",
+                           "trace(error,Error present in call to get table references from object)"});
+        EXPECT_EQ(h.err, 5u);
+    }
 }
 
 TEST(FrameReferences, a_null_object_gives_22) {

@@ -150,6 +150,34 @@ TEST(FrameScalar, set_goes_on_when_the_adjust_failed) {
     EXPECT_EQ(h.err, 5u);
 }
 
+TEST(FrameScalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_the_same) {
+    Handle h(tracked_and_recorded);
+    Object mem(h, "fwe_cl_wayfind_mem_st");
+    const uint32_t src = 5;
+    spy::name_at(&src, "src");
+    const auto set = spy::fail(u_int32_set, 5);
+    const auto set_value = spy::fail(u_int32_set_value, 5);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_fwe_num_set(h, instance, mem, &src, &h.err);
+    EXPECT_EQ(std::exchange(h.err, 0), 5u);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn", "orkdb_record_containment2"}),
+                 {"write_notify_fn(state,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
+    EXPECT_EQ(std::exchange(mem.state_of("fwe_num"), 0), 2);
+    fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, mem, 5, &h.err);
+    EXPECT_EQ(std::exchange(h.err, 0), 5u);
+    EXPECT_EQ(mem.state_of("fwe_num"), 2);
+
+    Object prefix(h, "fwe_pal_wayfind_site_prefix_data");
+    const ork_ip_address address{};
+    spy::name_at(&address, "address");
+    const auto address_set = spy::fail(ip_address_set, 5);
+    log.clear();
+    fwe_pal_wayfind_site_prefix_data_pfx_set(h, instance, prefix, &address, &h.err);
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn", "orkdb_record_containment2"}),
+                 {"write_notify_fn(state+3,1,7,null)", "orkdb_record_containment2(7,address,obj,1)"});
+}
+
 TEST(FrameScalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
     Handle h(tracked_and_recorded);
     Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -298,6 +326,19 @@ TEST(FrameObjectField, an_address_is_lent_with_both_records_and_set_by_its_own_f
     EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
                        "orklib_adjust_variant(7,obj,type(fwe_pal_wayfind_site_prefix_data),0,err)", "ork_get_instance_variant(obj,1,0)",
                        "ip_address_set(7,obj+24,src,err)", "write_notify_fn(state+3,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
+}
+
+TEST(FrameObjectField, set_goes_on_when_the_adjust_failed) {
+    Handle h(tracked_and_recorded);
+    Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+    const ork_ip_address src{};
+    spy::name_at(&src, "src");
+    const auto failing = spy::fail(orklib_adjust_variant, 5);
+    spy::Log log;
+    fwe_pal_wayfind_site_prefix_data_pfx_set(h, instance, obj, &src, &h.err);
+    EXPECT_CALLS(log.calls_of({"ip_address_set", "write_notify_fn", "orkdb_record_containment2"}),
+                 {"ip_address_set(7,obj+24,src,err)", "write_notify_fn(state+3,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
+    EXPECT_EQ(h.err, 5u);
 }
 
 TEST(FrameObjectField, a_link_type_is_a_scalar) {

@@ -187,6 +187,16 @@ TEST(FrameOffsets, remove_drops_each_child_in_field_order_and_goes_down) {
                   "ork_hd_mapping_destroy(7,obj+536,err)"});
 }
 
+TEST(FrameOffsets, behind_a_child_that_cannot_be_dropped_its_own_are_left_and_its_siblings_dropped) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_channel_data");
+    const auto failing = spy::replace(ork_hd_mapping_destroy, [](ork_handle *, uint32_t, void *, uint32_t *err) { return *err = 5; });
+    spy::Log log;
+    fwe_cl_wayfind_channel_data_offset_remove(h, instance, obj, &h.err);
+    EXPECT_CALLS(
+        log, {"ork_hd_mapping_destroy(7,obj+16,err)", "ork_hd_mapping_destroy(7,obj+432,err)", "ork_hd_mapping_destroy(7,obj+536,err)"});
+}
+
 TEST(FrameOffsets, both_are_empty_without_embedded_records_and_with_an_error_standing) {
     Handle h(tracked);
     Object mem(h, "fwe_cl_wayfind_mem_st", "mem");

@@ -70,6 +70,19 @@ TEST(FrameRecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an
     std::memset(src.get() + 88, 0, 104 - 88);
 }
 
+TEST(FrameRecordSet, copies_the_body_and_the_state_bytes_that_an_older_layout_has) {
+    Handle h(tracked);
+    OldObject dst(h, "fwe_cl_wayfind_chan_stats_st", 0, "dst");
+    OldObject src(h, "fwe_cl_wayfind_chan_stats_st", 0, "src");
+    std::memset(src.state(), 7, 11); /* eight are its own, three somebody else's */
+    spy::Log log;
+    fwe_cl_wayfind_chan_stats_st_set(h, instance, dst, src, &h.err);
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,88,7,dst)", "write_notify_fn(dst_state,8,7,dst_state)"});
+    EXPECT_EQ(std::vector<uint8_t>(dst.state(), dst.state() + 11), (std::vector<uint8_t>{7, 7, 7, 7, 7, 7, 7, 7, 0, 0, 0}));
+    std::memset(src.state() + 8, 0, 3);
+}
+
 TEST(FrameRecordSet, does_not_test_the_error_on_entry) {
     Handle h(plain);
     Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
@@ -96,6 +109,29 @@ TEST(FrameRecordSet, a_destination_of_a_lower_variant_is_refused) {
     fwe_cl_wayfind_auto_tunnel_set(h, instance, dst, src, &h.err);
     EXPECT_EQ(h.last_error(), 43u);
     EXPECT_TRUE(before.unchanged());
+}
+
+TEST(FrameRecordSet, variants_compare_with_their_sign) {
+    Handle h(plain);
+    const auto stay = spy::answer(orklib_adjust_variant, 0);
+    Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
+    Object src(h, "fwe_cl_wayfind_mem_st", "src");
+    fwe_cl_wayfind_mem_st_set_all(h, instance, src, 1, 2, 3, &h.err);
+    dst.head().variant = -1;
+    const Snapshot before = dst.snapshot();
+    fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
+    EXPECT_EQ(h.last_error(), 43u);
+    EXPECT_TRUE(before.unchanged());
+
+    ork_clear_last_error(h);
+    dst.head().variant = 0;
+    src.head().variant = -1;
+    fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_EQ(dst.head().variant, -1);
+    EXPECT_EQ(std::memcmp(dst.get(), src.get(), 40), 0);
+    dst.head().variant = 0;
+    src.head().variant = 0;
 }
 
 TEST(FrameRecordSet, a_destination_of_a_lower_variant_rises_first) {

@@ -53,15 +53,31 @@ TEST(FrameGetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
     obj.head().variant = 0;
 }
 
-TEST(FrameGetAll, a_null_field_pointer_reads_as_0) {
-    Handle h(plain);
+TEST(FrameGetAll, a_null_field_pointer_reads_as_0_and_is_not_recorded) {
+    Handle h(recorded);
     Object obj(h, "fwe_cl_wayfind_mem_st");
     const auto nothing = spy::answer(u_int32_get, nullptr);
     uint32_t fwe_num = 77;
     uint64_t ppe = 77;
     uint64_t exmem = 77;
+    spy::Log log;
     fwe_cl_wayfind_mem_st_get_all(h, instance, obj, &fwe_num, &ppe, &exmem, &h.err);
     EXPECT_EQ(fwe_num, 0u);
+    EXPECT_CALLS(log.calls_of({"orkdb_record_containment2"}),
+                 {"orkdb_record_containment2(7,obj+16,obj,1)", "orkdb_record_containment2(7,obj+24,obj,1)"});
+}
+
+TEST(FrameGetAll, behind_a_field_that_fails_all_read_as_0) {
+    Handle h(recorded);
+    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+    fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
+    const auto failing = spy::fail(u_int32_get, 5);
+    uint32_t out[4] = {77, 77, 77, 77};
+    spy::Log log;
+    fwe_cl_wayfind_chan_nb_st_get_all(h, instance, obj, &out[0], &out[1], &out[2], &out[3], &h.err);
+    EXPECT_EQ(std::vector<uint32_t>(out, out + 4), (std::vector<uint32_t>{0, 0, 0, 0}));
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_EQ(log.count("ork_clear_last_error"), 1u) << "the entry's alone";
 }
 
 TEST(FrameGetAll, leaves_out_the_fields_of_later_variants) {
