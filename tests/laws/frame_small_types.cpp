@@ -1,5 +1,6 @@
-// All enums and the flag set: sizes, counts and the range of their values.
-#include "frame_fields.h"
+// All enums and the flag set: sizes, counts, the range of their values, and that each store is announced.
+#include "announce_watch.h"
+#include "tests/behaviour/encoders_records.h"
 
 namespace frame_law {
 
@@ -119,6 +120,76 @@ TEST(FrameLawSmall, set_copies_the_object_whole_and_announced) {
         small.destroy(h, obj);
         small.destroy(h, src);
     });
+}
+
+// What is stored without a word: all that comes off the wire, and an enum's value out of a document. A flag out of a document is announced.
+TEST(FrameLawSmall, store_nothing_that_was_not_announced_but_what_is_told_to_be_silent) {
+    struct Store {
+        std::string suffix;
+        std::vector<uint64_t> words; /* behind the handle */
+        size_t silent_from, silent_size;
+        bool changes;
+    };
+    for (const Mode &mode : fixture::all_modes()) {
+        Handle h(mode);
+        for_each_small([&](const Small &small) {
+            const bool flags = small.told.flags;
+            const size_t value = flags ? 11 : 12;
+            const size_t width = flags ? 1 : 4;
+            std::vector<uint8_t> image = {0, 0, 0, 0, 0};
+            if (flags) {
+                image = {0, 0, 0, 0, 5, 2};
+            }
+            const forms::Document document = forms::parsed("<e><" + small.told.values[2] + "/></e>");
+            alignas(8) uint8_t block[24] = {};
+            void *const src = small.create(h);
+            bytes(src)[value] = 1;
+            const uint64_t i = instance;
+            const uint64_t o = word(block);
+            const uint64_t e = word(&h.err);
+            const Store stores[] = {
+                {"_initialize", {i, o, word(small.schema.type), 1, 0, 0, 0, e}, 0, 0, true},
+                {"_adjust_variant", {i, o, e}, 0, 0, false},
+                {"_set_instance_embedded", {i, o}, 0, 0, true},
+                {"_set", {i, o, word(src), e}, 0, 0, true},
+                {"_set_value", flags ? std::vector<uint64_t>{i, o, 1, 1, e} : std::vector<uint64_t>{i, o, 2, e}, 0, 0, true},
+                {"_set_cr", {o, 2, 1}, 0, 0, true},
+                {"_unmarshal", {i, word(image.data()), o, image.size(), 0, e}, 0, value + width, true},
+                {"_from_xml", {i, word("//e"), word(document.get()), o, e, 0, 0}, value, flags ? 0 : width, true},
+                {"_compare", {o, word(src)}, 0, 0, false},
+                {"_hash", {o, 0}, 0, 0, false},
+                {"_destroy_internal", {i, o, 0}, 0, 0, false},
+            };
+            for (const Store &call : stores) {
+                if (!fixture::has_function(small.schema.functions, call.suffix)) {
+                    EXPECT_EQ(call.suffix, "_set_cr"); /* the flag set's alone */
+                    EXPECT_FALSE(flags);
+                    continue;
+                }
+                const bool has_handle = call.suffix != "_compare" && call.suffix != "_hash";
+                std::vector<uint64_t> words = call.words;
+                if (has_handle) {
+                    words.insert(words.begin(), word(h));
+                }
+                if (call.suffix == "_from_xml") {
+                    bytes(block)[value] = 0;
+                }
+                const Snapshot before(block, sizeof block);
+                spy::name(block, sizeof block, "obj");
+                spy::Log log;
+                Watch watch(log);
+                watch.region(block, sizeof block);
+                watch.allow(block + call.silent_from, call.silent_size);
+                fixture::call_words(fixture::function<void()>(small.schema.functions, call.suffix), words);
+                watch.check();
+                EXPECT_EQ(h.err, 0u);
+                EXPECT_EQ(!before.unchanged(), call.changes) << small.told.name << call.suffix;
+                EXPECT_TRUE(watch.unannounced().empty())
+                    << small.told.name << call.suffix << ", " << mode.text() << ":" << list(watch.unannounced());
+            }
+            small.destroy(h, src);
+        });
+    }
 }
 
 }  // namespace frame_law

@@ -1,3 +1,6 @@
+#include <cstdio>
+#include <cstdlib>
+
 #include "ork/tawny.h"
 #include "support.h"
 
@@ -139,6 +142,29 @@ TEST(Tawny, TagBelongsToTheNextAllocation) {
     read();
     EXPECT_EQ(account.bytes, 0);
     EXPECT_EQ(account.blocks, 0);
+}
+
+TEST(Tawny, PrintsALineForEachTag) {
+    const Handle handle = make_handle();
+    const auto printed = [] {
+        char *text = nullptr;
+        size_t size = 0;
+        FILE *const stream = open_memstream(&text, &size);
+        tawny_print(stream);
+        fclose(stream);
+        const std::string all = "\n" + std::string(text, size);
+        free(text);
+        return all;
+    };
+    tawny_set_callsite_tag(0xa0910777);
+    void *first = allocate(handle, 40);
+    tawny_set_callsite_tag(0x00000777);
+    void *second = allocate(handle, 50);
+    EXPECT_NE(printed().find("\ntag 0xa0910777 bytes 40 blocks 1\n"), std::string::npos) << printed();
+    EXPECT_NE(printed().find("\ntag 0x00000777 bytes 50 blocks 1\n"), std::string::npos) << printed();
+    release(handle, first);
+    EXPECT_NE(printed().find("\ntag 0xa0910777 bytes 0 blocks 0\n"), std::string::npos) << printed();
+    release(handle, second);
 }
 
 }  // namespace

@@ -114,6 +114,12 @@ void Recorder::call(const std::string &text) {
     }
 }
 
+void Recorder::format(const char *text) {
+    if (current && depth == 0) {
+        current->formats_.emplace_back(text);
+    }
+}
+
 void Recorder::announcement(const Announcement &announcement) {
     if (current) {
         if (current->on_announcement) {
@@ -180,6 +186,7 @@ size_t Log::count(const std::string &function) const {
 void Log::clear() {
     entries_.clear();
     announcements_.clear();
+    formats_.clear();
 }
 
 testing::AssertionResult same_calls(const std::vector<std::string> &got, const std::vector<std::string> &expected) {

@@ -73,6 +73,9 @@ public:
     // Every announcement in order, the platform's own as well.
     const std::vector<Announcement> &announcements() const { return announcements_; }
 
+    // The format texts that the module handed to ork_snprintf, in order; calls() has what they came out as.
+    const std::vector<std::string> &formats() const { return formats_; }
+
     // Called at each announcement before it is entered, and before a block goes back: for tests that look at memory at that time.
     std::function<void(const Announcement &)> on_announcement;
     std::function<void(const void *)> on_free;
@@ -88,6 +91,7 @@ private:
     std::vector<Entry> entries_;
     std::vector<Announcement> announcements_;
     unsigned blocks_ = 0;
+    std::vector<std::string> formats_;
 };
 
 // Compares line by line; the message of a failure is a diff.

@@ -214,6 +214,7 @@ uint32_t ork_snprintf(ork_handle *handle, uint32_t instance, char *buffer, int32
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     if (spy::Recorder::active()) {
+        spy::Recorder::format(format);
         spy::Recorder::call(spy::joined("ork_snprintf", {spy::text_of(instance), spy::symbol(buffer), spy::text_of(remaining),
                                                          spy::symbol(err), spy::text_of(static_cast<const char *>(text))}));
     }

@@ -9,6 +9,7 @@ namespace spy {
 struct Recorder {
     static bool active();
     static void call(const std::string &text);
+    static void format(const char *text);
     static void announcement(const Announcement &announcement);
     static void freed(const void *block);
     static std::string name_block(const void *block, size_t size);
