@@ -11,6 +11,8 @@ struct LoadedFile {
     const void *base = nullptr;  // null: the address lies in no loaded file
     std::string path;
     std::vector<uint8_t> build_id;
+
+    bool operator==(const LoadedFile &) const = default;
 };
 
 LoadedFile loaded_file_at(const void *address);

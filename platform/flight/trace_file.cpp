@@ -116,10 +116,13 @@ uint16_t TraceFile::number_of(const LoadedFile &file) {
     if (file.base == nullptr) {
         return no_file;
     }
-    const auto known = std::find(traced_files_.begin(), traced_files_.end(), file.base);
+    const auto known = std::find(traced_files_.begin(), traced_files_.end(), file);
     const auto number = static_cast<uint16_t>(known - traced_files_.begin());
+    if (number == no_file) {
+        return no_file;  // all numbers are given
+    }
     if (known == traced_files_.end()) {
-        traced_files_.push_back(file.base);
+        traced_files_.push_back(file);
         Body body;
         body.number(number);
         body.number(static_cast<uint8_t>(file.build_id.size()));

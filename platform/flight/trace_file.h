@@ -40,7 +40,8 @@ private:
     std::FILE *stream_;
     const std::vector<Module> &modules_;
     bool begun_ = false;
-    std::vector<const void *> traced_files_;  // load addresses; the index is the file's number
+    // The index is the file's number. An address alone does not tell a file: one that is loaded later may lie where another did.
+    std::vector<LoadedFile> traced_files_;
 };
 
 }  // namespace flight

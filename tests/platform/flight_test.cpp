@@ -1,5 +1,7 @@
 #include "ork/flight.h"
 
+#include <dlfcn.h>
+
 #include <fstream>
 #include <sstream>
 
@@ -133,6 +135,39 @@ TEST(Flight, FileHoldsHeadModulesTheTracedFileAndTheTrace) {
     std::remove(path.c_str());
     flight_open("/nonexistent/trace", &err);
     EXPECT_EQ(err, 2u);
+}
+
+// Raises a trace with texts of that file, which is loaded for it alone; gives back where the file lay.
+const void *trace_from(const char *file) {
+    void *const module = dlopen(file, RTLD_NOW);
+    EXPECT_NE(module, nullptr) << dlerror();
+    const auto *const texts = static_cast<const unsigned char *>(dlsym(module, "traced_section"));
+    Dl_info info;
+    EXPECT_NE(dladdr(texts, &info), 0);
+    __FLf_0(texts, 0, 0, ORK_LEVEL_ERROR);
+    dlclose(module);
+    return info.dli_fbase;
+}
+
+TEST(Flight, AFileLoadedWhereAnotherWasIsATracedFileOfItsOwn) {
+    const std::string path = testing::TempDir() + "flight_test.reloaded";
+    uint32_t err = 0;
+    flight_open(path.c_str(), &err);
+    ASSERT_EQ(err, 0u);
+    const void *const first = trace_from(TRACED_1);
+    EXPECT_EQ(trace_from(TRACED_2), first) << "else this shows nothing";
+    EXPECT_EQ(trace_from(TRACED_1), first);
+    flight_close();
+    const std::string bytes = content_of(path);
+    std::remove(path.c_str());
+    const auto body_of = [](char number, const std::string &build_id, const char *file) {
+        return std::string({number, 0, 4}) + build_id + file;
+    };
+    for (const std::string &traced : {body_of(0, "\1\1\1\1", TRACED_1), body_of(1, "\2\2\2\2", TRACED_2)}) {
+        const size_t at = bytes.find(traced);
+        ASSERT_NE(at, std::string::npos);
+        EXPECT_EQ(bytes.find(traced, at + 1), std::string::npos) << "told once";
+    }
 }
 
 }  // namespace
