@@ -1,7 +1,9 @@
 """The offline subcommands of wayfind, on the built file, on changed copies of it and on trace files made by hand."""
+import bz2
 import json
 import os
 import pathlib
+import resource
 import struct
 import subprocess
 import tempfile
@@ -14,8 +16,8 @@ SECTION = bytes.fromhex("9e8b28a9eb796d25a381ca4855746a0f")
 PRINTING = 18 * 14 + 30  # index of a text with one %s: the first message's, behind all bundles
 
 
-def run(*arguments):
-    return subprocess.run([COMMAND, *map(str, arguments)], capture_output=True, text=True)
+def run(*arguments, output=subprocess.PIPE, before=None):
+    return subprocess.run([COMMAND, *map(str, arguments)], stdout=output, stderr=subprocess.PIPE, text=True, preexec_fn=before)
 
 
 def record(kind, body):
@@ -41,6 +43,36 @@ def trace_file(*records, own=None):
     return head + record(2, struct.pack("<H", 1) + b"the module") + record(1, struct.pack("<HB", 0, len(own)) + own + b"/lib") + b"".join(records)
 
 
+def made_library(*sections):
+    """A library of these sections alone: name, type, content, and the section linked to, of which they count from 2 on. Equal contents stand in
+    the file once."""
+    content, places = bytearray(), {}
+
+    def header(name_at, kind, data, link):
+        if data not in places:
+            places[data] = 64 + len(content)
+            content.extend(data + bytes(-len(data) % 8))
+        return struct.pack("<IIQQQQIIQQ", name_at, kind, 2, 0, places[data], len(data), link, 0, 1, 0)
+
+    headers = [bytes(64), header(0, 3, b"".join(b"\0" + name.encode() for name, *_ in sections) + b"\0", 0)]
+    name_at = 1
+    for name, *rest in sections:
+        headers.append(header(name_at, *rest))
+        name_at += len(name) + 1
+    head = struct.pack("<HHIQQQIHHHHHH", 3, 62, 1, 0, 0, 64 + len(content), 0, 64, 0, 0, 64, len(headers), 1)
+    return b"\x7fELF\2\1\1" + bytes(9) + head + content + b"".join(headers)
+
+
+def trace_index(number, *entries):
+    """An index section: its entries are patterns of arguments by number, with the length of the text."""
+    return struct.pack("<HH", 1, number) + SECTION + b"".join(struct.pack("<IH", pattern << 16, length) for pattern, length in entries)
+
+
+def traced_library(text):
+    """A library with one trace, which takes a text."""
+    return made_library((".flight_luids_0", 1, trace_index(0, (0, len(text))), 0), (".flight_format_strings", 1, bz2.compress(text), 0))
+
+
 class Offline(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory()
@@ -53,6 +85,9 @@ class Offline(unittest.TestCase):
 
     def decode(self, content, *options):
         return run("trace", "decode", LIBRARY, self.file(content), *options)
+
+    def assert_refused(self, done, reason):
+        self.assertEqual((done.stdout, done.stderr, done.returncode), ("", f"wayfind: {self.folder.name}/file: {reason}\n", 1))
 
 
 class Traces(Offline):
@@ -92,6 +127,16 @@ class Traces(Offline):
         self.assertEqual((refused.stdout, refused.returncode), ("", 1))
         self.assertIn("--force", refused.stderr)
         self.assertIn(": x\n", self.decode(content, "--force").stdout)
+
+    def test_another_build_is_refused_without_a_whole_record_too(self):
+        for rest in (b"", trace(PRINTING, b"x")[:-1]):
+            content = b"FLIGHT1\n\x14" + bytes(20) + rest
+            refused = self.decode(content)
+            self.assertEqual((refused.stdout, refused.returncode), ("", 1))
+            self.assertIn(f"are of build {bytes(20).hex()}, the library is build {build_id().hex()}; --force", refused.stderr)
+            self.assertEqual(self.decode(content, "--force").returncode, 0)
+        done = self.decode(b"FLIGHT1\n\x14" + build_id())
+        self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "", 0))
 
     def test_traces_of_other_libraries_are_counted(self):
         done = self.decode(trace_file(trace(5000, b"x")))
@@ -200,6 +245,84 @@ class Manifests(Offline):
         self.assertEqual(run("manifest", "diff", LIBRARY, self.file(b"nothing")).returncode, 2)
         self.assertEqual(run("manifest", "diff", self.file(b"nothing"), LIBRARY).returncode, 2)
         self.assertEqual(self.diff(CHAN_ST, b"type", b"tipe").returncode, 2)
+
+
+class Hostile(Offline):
+    """Files made to harm whoever looks at them."""
+
+    STEERING = b"\x1b[2J\x9b\xc2\x9b\n\x7f"
+    SHOWN = "\\x1b[2J\\x9b\\xc2\\x9b\\x0a\\x7f"
+
+    def test_texts_of_traces_cannot_steer_the_terminal(self):
+        library = self.file(traced_library(self.STEERING + "ä".encode()))
+        self.assertEqual(run("trace", "texts", library).stdout, f"0\t0\t1\t{self.SHOWN}ä\n")
+
+    def test_decoded_traces_cannot_steer_the_terminal(self):
+        traces = pathlib.Path(self.folder.name) / "traces"
+        traces.write_bytes(trace_file(record(2, struct.pack("<H", 1) + b"module" + self.STEERING), trace(0, self.STEERING)))
+        decode = ("trace", "decode", self.file(traced_library(b" text" + self.STEERING + b"%s")), traces, "--force")
+        self.assertEqual(run(*decode).stdout, f"1970-01-01T00:00:01.000000000Z 77 module{self.SHOWN} debug text{self.SHOWN}{self.SHOWN}\n")
+        self.assertRegex(run(*decode, "--json").stdout, r"\A[ -~]+\n\Z")
+
+    def test_manifests_cannot_steer_the_terminal(self):
+        steering = built.data
+        for of, to in ((b"# fwe_ui_wayfind.digest", b"# fwe_ui_\x1b[2Jind.digest"), (b"built by: wayfind", b"built by: \x1b[2Jind"),
+                       (CHAN_ST.encode() + b"\0", CHAN_ST[:-4].encode() + b"\x1b[2J\0")):
+            self.assertIn(of, steering)
+            steering = steering.replace(of, to)
+        library = self.file(steering)
+        shown = run("manifest", library).stdout
+        self.assertRegex(shown, r"\A[ -~\n]+\Z")
+        for text in ("module fwe_ui_\\x1b[2Jind, ", f" {CHAN_ST[:-4]}\\x1b[2J\n", "\nbuilt by: \\x1b[2Jind\n"):
+            self.assertIn(text, shown)
+        self.assertIn("the manifest of fwe_ui_\\x1b[2Jind, not of", run("manifest", "diff", LIBRARY, library).stderr)
+        less = pathlib.Path(self.folder.name) / "less"
+        less.write_bytes(steering.replace(line_of(CHAN_ST), line_of(CHAN_ST).replace(b"type003", b"type002")))
+        self.assertIn(f"type {CHAN_ST[:-4]}\\x1b[2J: variants lost", run("manifest", "diff", library, less).stdout)
+
+    def test_many_tables_of_names_cost_no_more_than_one(self):
+        names = b"\0_type_info_internal\0"
+        symbols = struct.pack("<IBBHQQ", 1, 0x11, 0, 1, 0x7FFFFFFFFFFF, 272) * 4000
+        library = self.file(made_library((".dynstr", 3, names, 0), *[(".dynsym", 11, symbols, 2)] * 3500))
+        # Reading each of them would take minutes.
+        done = run("manifest", library, before=lambda: resource.setrlimit(resource.RLIMIT_CPU, (30, 30)))
+        self.assert_refused(done, "no section .manifest")
+
+    def test_more_trace_entries_than_any_library_has_are_refused(self):
+        entry = (1, 0)
+        most = [(f".flight_luids_{n}", 1, trace_index(0, *[entry] * 1024), 0) for n in range(1024)]
+        one_more = (".flight_luids_more", 1, trace_index(1, entry), 0)
+        texts = (".flight_format_strings", 1, b"", 0)
+        self.assert_refused(run("trace", "texts", self.file(made_library(*most, texts))), "the packed trace texts are damaged")
+        self.assert_refused(run("trace", "texts", self.file(made_library(*most, one_more, texts))),
+                            "the trace sections claim more than 1048576 entries")
+
+
+class Output(Offline):
+    """Nothing counts as done that nobody could read."""
+
+    def commands(self):
+        traces = self.file(trace_file(trace(PRINTING, b"x")))
+        return {("types",): 1, ("manifest", LIBRARY): 1, ("manifest", "diff", LIBRARY, LIBRARY): 2, ("trace", "texts", LIBRARY): 1,
+                ("trace", "decode", LIBRARY, traces): 1, ("trace", "decode", LIBRARY, traces, "--json"): 1, ("--help",): 1}
+
+    def assert_failing(self, reason, **how):
+        for command, status in self.commands().items():
+            done = run(*command, **how)
+            self.assertEqual((done.stderr, done.returncode), (f"wayfind: cannot write standard output: {reason}\n", status), command)
+
+    def test_to_a_full_disk_fails(self):
+        with open("/dev/full", "wb") as full:
+            self.assert_failing("No space left on device", output=full)
+
+    def test_to_a_reader_that_has_gone_fails(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        with open(writer, "wb") as pipe:
+            self.assert_failing("Broken pipe", output=pipe)
+
+    def test_to_a_closed_descriptor_fails(self):
+        self.assert_failing("Bad file descriptor", output=None, before=lambda: os.close(1))
 
 
 class Types(unittest.TestCase):

@@ -1,7 +1,8 @@
 """Recordings: what a client records of a show is read back into the same messages."""
 import re
+import subprocess
 
-from product import Case, OLD_RELEASE, run
+from product import Case, OLD_RELEASE, WAYFIND, run
 from schema import CL, SUBJECTS, Data
 
 
@@ -89,6 +90,13 @@ class Recordings(Case):
         at = lines.index("<fwe_if_h>12</fwe_if_h>\n")
         self.file.write_text("".join(lines[:at] + ["<weather/>\n"] + lines[at:]))
         self.assert_fails(run("recording", self.file), f"{self.file}:{at + 1}: unknown element <weather>")
+
+    def test_printed_to_a_full_disk(self):
+        self.start_agent()
+        self.show("intf", "--record", self.file)
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([WAYFIND, "recording", str(self.file)], stdout=full, stderr=subprocess.PIPE, text=True, check=False)
+        self.assertEqual((done.returncode, done.stderr), (1, "wayfind: cannot write standard output: No space left on device\n"))
 
     def test_missing_file(self):
         self.assert_fails(run("recording", self.file), self.file, "No such file")

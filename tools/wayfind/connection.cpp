@@ -116,7 +116,7 @@ void Connection::begin_answer(const std::string& name) {
 }
 
 void Connection::refuse(const std::string& reason) {
-  log(name_ + ": " + printable(reason));
+  log(name_ + ": " + reason);
   put(refusal(reason));
 }
 

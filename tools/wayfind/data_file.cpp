@@ -6,7 +6,6 @@
 
 #include "data_check.h"
 #include "failure.h"
-#include "protocol.h"
 
 namespace wayfind {
 namespace {
@@ -91,7 +90,7 @@ void DataFile::read_record(const wayfind_record& record, uint32_t number, ork_ha
   char value[64] = "";
   xml_get_element_value(xml_.get(), culprit.c_str(), value, sizeof value, 0);
   throw Failure(path_ + ":" + std::to_string(ork_xml_line(xml_.get(), culprit.c_str())) + ": <" + culprit.substr(culprit.rfind('/') + 1) +
-                "> is \"" + printable(value) + "\": " + reason_of(err) + "; correct it");
+                "> is \"" + value + "\": " + reason_of(err) + "; correct it");
 }
 
 }  // namespace wayfind

@@ -2,8 +2,12 @@
 
 #include <cstdio>
 
+#include "printable.h"
+
 namespace wayfind {
 
-void log(const std::string& line) { std::fprintf(stderr, "wayfind agent: %s\n", line.c_str()); }
+void report(const std::string& line) { std::fprintf(stderr, "wayfind: %s\n", printable(line).c_str()); }
+
+void log(const std::string& line) { std::fprintf(stderr, "wayfind agent: %s\n", printable(line).c_str()); }
 
 }  // namespace wayfind

@@ -1,11 +1,15 @@
 // wayfind: shows of the path model between two processes, and what belongs to them.
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <string>
 
 #include "commands.h"
+#include "log.h"
+#include "standard_output.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+// The status to end with.
+int run(int argc, char** argv) {
   CLI::App app("Shows of the path model between two processes, and what belongs to them.", "wayfind");
   app.require_subcommand(1);
   app.failure_message(
@@ -21,8 +25,19 @@ int main(int argc, char** argv) {
     return 0;
   } catch (const CLI::ParseError& error) {
     return app.exit(error);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    wayfind::prepare_output();
+    const int status = run(argc, argv);
+    if (status == 0) wayfind::expect_written();
+    return status;
   } catch (const std::exception& exception) {
-    std::fprintf(stderr, "wayfind: %s\n", exception.what());
+    wayfind::report(exception.what());
     return 1;
   }
 }

@@ -4,13 +4,16 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "log.h"
 #include "manifest_diff.h"
+#include "printable.h"
+#include "standard_output.h"
 
 namespace wayfind {
 namespace {
 
 // Of manifest diff.
-enum : int { compatible = 0, incompatible = 1, unreadable = 2 };
+enum : int { compatible = 0, incompatible = 1, no_answer = 2 };
 
 struct Options {
   std::string library;
@@ -21,12 +24,12 @@ struct Options {
 Manifest manifest_of(const std::string& path) { return read_manifest(LibraryFile(path)); }
 
 void print(const Manifest& manifest) {
-  std::printf("module %s, %zu definitions\n", manifest.module.c_str(), manifest.definitions.size());
+  std::printf("module %s, %zu definitions\n", printable(manifest.module).c_str(), manifest.definitions.size());
   for (const Definition& definition : manifest.definitions) {
     std::printf("%s %s %u %5u %s %s\n", definition.luid.c_str(), definition.kind.c_str(), definition.newest, definition.size,
-                definition.hash.c_str(), definition.name.c_str());
+                definition.hash.c_str(), printable(definition.name).c_str());
   }
-  std::fputs(manifest.build.c_str(), stdout);
+  write_out(printable_lines(manifest.build));
 }
 
 const char* verdict(bool breaks) { return breaks ? "not compatible" : "compatible"; }
@@ -35,7 +38,7 @@ int diff(const Manifest& older, const Manifest& newer) {
   bool new_sender = false;
   bool old_sender = false;
   for (const Change& change : compare_manifests(older, newer)) {
-    std::printf("%s %s\n", change.breaks_new_sender || change.breaks_old_sender ? "break   " : "addition", change.words.c_str());
+    std::printf("%s %s\n", change.breaks_new_sender || change.breaks_old_sender ? "break   " : "addition", printable(change.words).c_str());
     new_sender |= change.breaks_new_sender;
     old_sender |= change.breaks_old_sender;
   }
@@ -48,10 +51,12 @@ int diff(const Options& options) {
     const Manifest older = manifest_of(options.older);
     const Manifest newer = manifest_of(options.newer);
     if (older.module != newer.module) throw Failure(options.newer + ": the manifest of " + newer.module + ", not of " + older.module);
-    return diff(older, newer);
+    const int status = diff(older, newer);
+    expect_written();  // a verdict that nobody could read is none
+    return status;
   } catch (const Failure& failure) {
-    std::fprintf(stderr, "wayfind: %s\n", failure.what());
-    return unreadable;
+    report(failure.what());
+    return no_answer;
   }
 }
 
@@ -63,8 +68,7 @@ void add_manifest(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   manifest->add_option("LIB", options->library, "The library, as a file");
 
-  CLI::App* comparison =
-      manifest->add_subcommand("diff", "Can peers of two builds talk, each way? Status 0: yes, 1: no, 2: a file is unreadable");
+  CLI::App* comparison = manifest->add_subcommand("diff", "Can peers of two builds talk, each way? Status 0: yes, 1: no, 2: no answer");
   comparison->add_option("OLD", options->older, "The library of the older build")->required();
   comparison->add_option("NEW", options->newer, "The library of the newer build")->required();
   comparison->callback([options] {

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "failure.h"
+#include "standard_output.h"
 
 namespace wayfind {
 namespace {
@@ -28,17 +29,10 @@ void MessagePrinter::print(const MessageType& type, const void* message) {
     uint32_t err = 0;
     buffer_[0] = 0;
     const uint32_t length = render(handle_, ORK_NO_INSTANCE, buffer_.data(), message, static_cast<uint32_t>(buffer_.size()), &err);
-    if (err == 0) {
-      std::fwrite(buffer_.data(), 1, length, stdout);
-      return;
-    }
+    if (err == 0) return write_out({buffer_.data(), length});
     if (err != EMSGSIZE || buffer_.size() >= largest_text) expect_done(err, std::string("cannot print ") + type.schema->name);
     buffer_.resize(2 * buffer_.size());
   }
-}
-
-void MessagePrinter::expect_written() {
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw Failure("cannot write to stdout: " + words_for(errno));
 }
 
 }  // namespace wayfind

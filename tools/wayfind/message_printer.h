@@ -22,9 +22,6 @@ class MessagePrinter {
   void print(const MessageType& type, const void* message);
   void close(const std::string& name);
 
-  // Fails when not everything was written.
-  static void expect_written();
-
  private:
   ork_handle* handle_;
   Format format_;

@@ -1,9 +1,9 @@
 #include "protocol.h"
 
-#include <algorithm>
 #include <charconv>
 
 #include "failure.h"
+#include "printable.h"
 #include "release.h"
 
 namespace wayfind {
@@ -28,7 +28,7 @@ size_t announced_length(const std::string& line) {
   const auto result =
       greets ? std::from_chars(line.data() + greeting.size(), end, length) : std::from_chars_result{end, std::errc::invalid_argument};
   if (result.ec != std::errc() || result.ptr != end || length > longest_announcement) {
-    throw Failure("the first line is no greeting of wayfind: " + printable(line));
+    throw Failure("the first line is no greeting of wayfind: " + line);
   }
   return length;
 }
@@ -36,7 +36,7 @@ size_t announced_length(const std::string& line) {
 std::string request(const std::string& subject) { return std::string(show) + subject + "\n"; }
 
 std::string requested_subject(const std::string& line) {
-  if (!line.starts_with(show)) throw Failure("no request: " + printable(line));
+  if (!line.starts_with(show)) throw Failure("no request: " + line);
   return line.substr(show.size());
 }
 
@@ -48,14 +48,8 @@ std::string refusal(const std::string& reason) {
 
 void expect_acceptance(const std::string& line) {
   if (line == ok) return;
-  if (line.starts_with(error)) throw Failure("the agent refuses: " + printable(line.substr(error.size())));
-  throw Failure("the agent answers a request with what is no answer: " + printable(line));
-}
-
-std::string printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-  return text;
+  if (line.starts_with(error)) throw Failure("the agent refuses: " + line.substr(error.size()));
+  throw Failure("the agent answers a request with what is no answer: " + line);
 }
 
 }  // namespace wayfind

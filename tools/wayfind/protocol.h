@@ -33,7 +33,4 @@ std::string refusal(const std::string& reason);
 // Ends with a Failure that tells the agent's reason unless the line accepts.
 void expect_acceptance(const std::string& line);
 
-// The text with everything replaced that could drive a terminal or break a line.
-std::string printable(std::string text);
-
 }  // namespace wayfind

@@ -1,11 +1,11 @@
 // wayfind show: asks an agent and prints what it answers.
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
 
 #include "agent_link.h"
 #include "commands.h"
 #include "failure.h"
+#include "log.h"
 #include "receiver.h"
 #include "release.h"
 #include "session.h"
@@ -39,7 +39,7 @@ class Recording {
 };
 
 void note(const char* what, const std::string& list) {
-  if (!list.empty()) std::fprintf(stderr, "wayfind: %s%s\n", what, list.c_str());
+  if (!list.empty()) report(what + list);
 }
 
 void run(ShowOptions& options) {
@@ -55,7 +55,6 @@ void run(ShowOptions& options) {
   const Recording recording(options.recording);
   MessagePrinter printer(handle.get(), format_named(options.format));
   for (Receiver receiver(handle.get(), subject, printer); !receiver.committed();) receiver.take(link.next_frame());
-  MessagePrinter::expect_written();
 }
 
 std::string subject_lines() {

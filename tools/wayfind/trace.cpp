@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "printable.h"
 #include "trace_decode.h"
 
 namespace wayfind {
@@ -50,14 +51,15 @@ void print_json(const DecodedTrace& decoded) {
                                        {"words", decoded.words},
                                        {"text", decoded.text.text.substr(decoded.text.text.starts_with(' ') ? 1 : 0)},
                                        {"arguments", std::move(arguments)}};
-  // Texts of a process need not be UTF-8.
-  std::puts(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+  // Texts of a process need not be UTF-8, and in ASCII they drive no terminal.
+  constexpr bool in_ascii = true;
+  std::puts(line.dump(-1, ' ', in_ascii, nlohmann::json::error_handler_t::replace).c_str());
 }
 
 void print_line(const DecodedTrace& decoded) {
   const std::string module = decoded.module.empty() ? "module " + std::to_string(decoded.trace.module) : decoded.module;
-  std::printf("%s %u %s %s %s\n", time_text(decoded.trace.time).c_str(), decoded.trace.thread, module.c_str(),
-              level_name(decoded.trace.level_word).c_str(), decoded.words.c_str());
+  std::printf("%s %u %s %s %s\n", time_text(decoded.trace.time).c_str(), decoded.trace.thread, printable(module).c_str(),
+              level_name(decoded.trace.level_word).c_str(), printable(decoded.words).c_str());
 }
 
 void decode(const Options& options) {
@@ -80,7 +82,7 @@ void texts(const Options& options) {
   const LibraryFile library(options.library);
   const TraceTexts texts(library);
   for (const TraceText& text : texts.all()) {
-    std::printf("%u\t%u\t%s\t%.*s\n", text.section, text.index, text.pattern.c_str(), static_cast<int>(text.text.size()), text.text.data());
+    std::printf("%u\t%u\t%s\t%s\n", text.section, text.index, text.pattern.c_str(), printable(text.text).c_str());
   }
 }
 

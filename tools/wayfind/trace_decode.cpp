@@ -8,29 +8,13 @@
 namespace wayfind {
 namespace {
 
-// An argument came from a process: it must not steer the terminal that shows it.
-std::string printable(const std::string& text) {
-  std::string shown;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7F) {
-      shown += c;
-    } else {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\x%02x", byte);
-      shown += escape;
-    }
-  }
-  return shown;
-}
-
 std::string argument_text(char conversion, const TraceArgument* argument) {
   constexpr const char* mismatch = "<?>";
   if (argument == nullptr) return mismatch;
   const auto* text = std::get_if<std::string>(argument);
   const auto* number = std::get_if<uint32_t>(argument);
   const auto* pointer = std::get_if<TracePointer>(argument);
-  if (conversion == 's' && text != nullptr) return printable(*text);
+  if (conversion == 's' && text != nullptr) return *text;
   if (conversion == 'd' && number != nullptr) return std::to_string(static_cast<int32_t>(*number));
   if (conversion == 'u' && number != nullptr) return std::to_string(*number);
   if (conversion == 'p' && pointer != nullptr) {
@@ -43,6 +27,12 @@ std::string argument_text(char conversion, const TraceArgument* argument) {
 
 std::string shown(const std::string& build_id) { return build_id.empty() ? "unknown" : build_id; }
 
+void expect_same_build(const std::string& traced, const std::string& library) {
+  if (traced == library && !library.empty()) return;
+  throw Failure("the traces are of build " + shown(traced) + ", the library is build " + shown(library) +
+                "; --force decodes them all the same");
+}
+
 // What the file said of its libraries and modules so far.
 class Context {
  public:
@@ -52,7 +42,7 @@ class Context {
   const std::string* build_id(uint16_t file) const { return found(build_ids_, file); }
   std::string module(uint16_t id) const {
     const std::string* name = found(modules_, id);
-    return name != nullptr ? printable(*name) : std::string();
+    return name != nullptr ? *name : std::string();
   }
 
  private:
@@ -95,13 +85,10 @@ std::string level_name(uint32_t level_word) {
 
 DecodeCount decode_traces(const TraceTexts& texts, const std::string& build_id, TraceFile& file, bool forced,
                           const std::function<void(const DecodedTrace&)>& sink) {
+  if (!forced && file.build_id()) expect_same_build(*file.build_id(), build_id);
   DecodeCount count;
   Context context;
   while (std::optional<TraceRecord> record = file.next()) {
-    if (!forced && (file.build_id() != build_id || build_id.empty())) {
-      throw Failure("the traces are of build " + shown(file.build_id()) + ", the library is build " + shown(build_id) +
-                    "; --force decodes them all the same");
-    }
     if (auto* traced = std::get_if<TracedFile>(&*record)) {
       context.take(std::move(*traced));
       continue;

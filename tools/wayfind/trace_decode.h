@@ -9,6 +9,7 @@
 
 namespace wayfind {
 
+// Its texts are as the files have them, fit for a terminal or not.
 struct DecodedTrace {
   const Trace& trace;
   const TraceText& text;

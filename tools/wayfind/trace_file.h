@@ -48,8 +48,8 @@ class TraceFile {
   // The bytes have to outlive it. Fails when they do not begin as a trace file does; no bytes at all are a file without traces.
   TraceFile(Bytes bytes, const std::string& name);
 
-  // Of the library that made itself known first, hexadecimal; empty when the process could not tell.
-  const std::string& build_id() const { return build_id_; }
+  // Of the library that made itself known first, hexadecimal; empty when the process could not tell, none in a file of no bytes.
+  const std::optional<std::string>& build_id() const { return build_id_; }
 
   // The next whole record; none at the end.
   std::optional<TraceRecord> next();
@@ -58,7 +58,7 @@ class TraceFile {
   size_t damaged() const { return damaged_; }
 
  private:
-  std::string build_id_;
+  std::optional<std::string> build_id_;
   Bytes rest_;
   size_t damaged_ = 0;
   bool in_damage_ = false;
