@@ -174,5 +174,26 @@ TEST(FieldSites, SetOfAnArrayWhoseHandleOrObjectChangesUnderWay) {
   }
 }
 
+// An element is measured when the count has been read; by then the mode can be another. Here the count is the image's first field.
+TEST(FieldSites, UnmarshalOfARecordArrayWhoseHandleChangesUnderWay) {
+  static const uint8_t image[32] = {0, 0, 0, 0, 0, 0, 1, 1, 1, 1};
+  for (const Field& field : fields_with("_state_flag_whole_get")) {
+    if (field.schema.cls != WAYFIND_RECORD_ARRAY) continue;
+    expect_trace({std::string(field.schema.record->name) + "_sizeof", text::corrupted, "fatal", {}}, [&] {
+      const Handle handle;
+      void* object = field.create(handle);
+      const auto corrupting = [&](auto* read) {
+        return spy::replace(read, [&handle, read](auto... arguments) {
+          handle.corrupt();
+          return spy::next(read)(arguments...);
+        });
+      };
+      const spy::Replacement counters[] = {corrupting(u_int8_unmarshal), corrupting(u_int32_unmarshal)};
+      function<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*)>(field.record.functions, "_unmarshal")(
+          handle, instance, image, object, sizeof image, 0, &handle.err);
+    });
+  }
+}
+
 }  // namespace
 }  // namespace trace_sites

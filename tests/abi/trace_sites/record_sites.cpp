@@ -42,7 +42,7 @@ struct Record {
         handle, instance, image, object, static_cast<int32_t>(size), 0, &handle.err);
   }
   // Zeroed, and of the largest size that an object of this record has.
-  void* block() const { return new uint64_t[128]{}; }
+  static void* block() { return new uint64_t[128]{}; }
 };
 
 std::vector<Record> records() {
@@ -61,10 +61,50 @@ TEST(RecordSites, Create) {
       const auto lookup = spy::fail(ork_domain_lookup_variant, EIO);
       record.create(handle);
     });
-    expect_trace({record.name("_sizeof"), text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
-      handle.corrupt();
-      record.call<uint32_t(ork_handle*)>("_sizeof")(handle);
+    const auto expect_corrupted = [&](const std::function<void(ork_handle*)>& ask_for_size) {
+      expect_trace({record.name("_sizeof"), text::corrupted, "fatal", {}}, [&] {
+        const Handle handle;
+        handle.corrupt();
+        ask_for_size(handle);
+      });
+    };
+    expect_corrupted([&](ork_handle* handle) { record.call<uint32_t(ork_handle*)>("_sizeof")(handle); });
+    expect_corrupted([&](ork_handle* handle) {
+      record.call<uint32_t(ork_handle*, const void*, uint32_t, uint32_t)>("_sizeof_internal")(handle, nullptr, 1, 0);
+    });
+    expect_corrupted([&](ork_handle* handle) { record.create(handle); });
+  }
+}
+
+// The mode is read again behind an allocation, behind the count of a new object and behind the announcement of a copy.
+TEST(RecordSites, HandleThatChangesUnderWay) {
+  static const Handle* handle;
+  for (const Record& record : records()) {
+    const auto expect_corrupted = [&](const char* function, const Action& action) {
+      expect_trace({record.name(function), text::corrupted, "fatal", {}}, [&] {
+        handle = new Handle;
+        action();
+      });
+    };
+    expect_corrupted("_sizeof", [&] {
+      (*handle)->alloc_fn = [](auto...) -> void* {
+        handle->corrupt();
+        return Record::block();
+      };
+      record.create(*handle);
+    });
+    expect_corrupted("_initialize", [&] {
+      const auto counted = spy::replace(orklib_type_stats_create_object, [](auto...) {
+        handle->corrupt();
+        return 0u;
+      });
+      record.initialize(*handle, Record::block(), record.schema.type, 0, nullptr);
+    });
+    expect_corrupted("_set", [&] {
+      void* to = record.create(*handle);
+      void* from = record.create(*handle);
+      (*handle)->write_notify_fn = [](auto...) { handle->corrupt(); };
+      record.set(*handle, to, from);
     });
   }
 }

@@ -183,17 +183,18 @@ void expect_trace_after_change(const Expected& expected, const Action& action, c
   due_change = &change;
   const spy::Replacement runtime[] = {ticking(orklib_get_sttr_offset), ticking(orklib_update_sttr_offset),
                                       ticking(ork_get_instance_variant)};
-  for (unsigned calls = 1; calls <= most_calls; ++calls) {
+  bool reached = false;
+  for (unsigned calls = 1; calls <= most_calls && !reached; ++calls) {
     calls_left = calls;
     const int end = run(action);
     const std::vector<Heard> heard = read_traces();
     if (heard.empty() || !(heard.front() == awaited)) continue;
     EXPECT_EQ(end, expected.level == "fatal" ? SIGABRT : 0) << expected.function;
     raised().insert(awaited.place);
-    break;
+    reached = true;
   }
   calls_left = 0;
-  EXPECT_TRUE(raised().contains(awaited.place)) << expected.function << ": " << awaited.words << " " << expected.nth;
+  EXPECT_TRUE(reached) << expected.function << ": " << awaited.words << " " << expected.nth;
 }
 
 Handle::Handle(ork_tracking tracking) {
