@@ -291,11 +291,18 @@ size_t ork_xml_document_length(const char *text, size_t length);
 
 /* ---- Recording of messages -------------------------------------------------------------------------------------- */
 
-/* Appends recordings to a file from now on. The switch stays as it is. No thread may be receiving meanwhile. */
+/*
+ * Appends recordings to a file from now on. The switch stays as it is. No thread may be receiving meanwhile. With *err
+ * nonzero on entry nothing happens; an error of fopen leaves everything as it was. A file that was open is closed, and
+ * what could not be written to it is told as by ork_recorder_close, the new one being open all the same.
+ */
 void ork_recorder_open(const char *path, uint32_t *err);
 
-/* Closes the file and turns recording off. No thread may be receiving meanwhile. */
-void ork_recorder_close(void);
+/*
+ * Closes the file and turns recording off, whatever *err is. When it was 0 it becomes the number of the error that kept
+ * recorded messages from the file, 5 when one was met before the end. No thread may be receiving meanwhile.
+ */
+void ork_recorder_close(uint32_t *err);
 
 /* Nonzero turns recording on. Any thread. */
 void ork_recorder_switch(uint32_t on);

@@ -12,10 +12,17 @@ namespace {
 std::atomic<uint32_t> recording{0};
 std::atomic<std::FILE *> stream{nullptr};
 
-void replace_stream(std::FILE *next) {
-    if (std::FILE *old = stream.exchange(next)) {
-        std::fclose(old);
+// The error that some of the old stream's bytes were lost to, or 0. Of one that came before the end only the fact is known.
+uint32_t replace_stream(std::FILE *next) {
+    std::FILE *const old = stream.exchange(next);
+    if (old == nullptr) {
+        return 0;
     }
+    const bool failed = std::ferror(old) != 0;
+    if (std::fclose(old) != 0) {
+        return static_cast<uint32_t>(errno);
+    }
+    return failed ? EIO : 0;
 }
 
 }  // namespace
@@ -39,12 +46,15 @@ ORK_EXPORT void ork_recorder_open(const char *path, uint32_t *err) {
         *err = static_cast<uint32_t>(errno);
         return;
     }
-    replace_stream(file);
+    *err = replace_stream(file);
 }
 
-ORK_EXPORT void ork_recorder_close() {
+ORK_EXPORT void ork_recorder_close(uint32_t *err) {
     recording.store(0);
-    replace_stream(nullptr);
+    const uint32_t lost = replace_stream(nullptr);
+    if (*err == 0) {
+        *err = lost;
+    }
 }
 
 ORK_EXPORT void ork_recorder_switch(uint32_t on) {

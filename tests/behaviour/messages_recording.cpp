@@ -264,7 +264,8 @@ TEST_P(MessageRecording, FileReadsBackAsTheMessage) {
     struct stat status {};
     stat(path.c_str(), &status);
     EXPECT_EQ(status.st_size % 4096, 0) << "nothing but what the stream could no longer hold: it is not flushed";
-    ork_recorder_close();
+    ork_recorder_close(&err);
+    EXPECT_EQ(err, 0u);
     std::string text(1 << 20, '\0');
     FILE *file = std::fopen(path.c_str(), "r");
     text.resize(std::fread(text.data(), 1, text.size(), file));

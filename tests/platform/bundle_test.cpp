@@ -71,12 +71,32 @@ TEST(Recorder, SwitchAndStreamAreTheProcess) {
     uint32_t err = 0;
     ork_recorder_open(path.c_str(), &err);
     EXPECT_NE(orklib_msg_recorder_get_handle(), nullptr);
-    ork_recorder_close();
+    ork_recorder_close(&err);
+    EXPECT_EQ(err, 0u);
     EXPECT_EQ(orklib_msg_recorder_get_handle(), nullptr);
     EXPECT_EQ(orklib_msg_recorder_get_state(), 0u);
     std::remove(path.c_str());
     ork_recorder_open("/nonexistent/recording", &err);
     EXPECT_EQ(err, 2u);
+}
+
+TEST(Recorder, TellsAtTheEndThatTheFileTookNotAll) {
+    uint32_t err = 0;
+    ork_recorder_open("/dev/full", &err);
+    std::fputs("a message", orklib_msg_recorder_get_handle());
+    ork_recorder_close(&err);
+    EXPECT_EQ(err, 28u);
+    err = 0;
+    ork_recorder_open("/dev/full", &err);
+    std::fputs("a message", orklib_msg_recorder_get_handle());
+    std::fflush(orklib_msg_recorder_get_handle());
+    ork_recorder_open("/dev/null", &err);
+    EXPECT_NE(err, 0u) << "of the file before";
+    EXPECT_NE(orklib_msg_recorder_get_handle(), nullptr);
+    err = 7;
+    ork_recorder_close(&err);
+    EXPECT_EQ(err, 7u);
+    EXPECT_EQ(orklib_msg_recorder_get_handle(), nullptr);
 }
 
 TEST(Suppress, IsAnOption) {

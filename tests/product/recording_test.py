@@ -98,5 +98,13 @@ class Recordings(Case):
             done = subprocess.run([WAYFIND, "recording", str(self.file)], stdout=full, stderr=subprocess.PIPE, text=True, check=False)
         self.assertEqual((done.returncode, done.stderr), (1, "wayfind: cannot write standard output: No space left on device\n"))
 
+    def test_recorded_to_a_full_disk(self):
+        self.start_agent()
+        # Of what was lost before the end the number is not known any more.
+        for subject, words in (("intf", "No space left on device"), ("hop-chan", "Input/output error")):
+            shown = self.show(subject, "--record", "/dev/full")
+            self.assertEqual((shown.returncode, shown.stderr), (1, f"wayfind: cannot record to /dev/full: {words}\n"))
+            self.assertEqual(shown.stdout, self.show(subject).stdout)
+
     def test_missing_file(self):
         self.assert_fails(run("recording", self.file), self.file, "No such file")

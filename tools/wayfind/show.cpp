@@ -26,16 +26,31 @@ struct ShowOptions {
 // Messages that come in while it lives are recorded.
 class Recording {
  public:
-  explicit Recording(const std::string& path) {
-    if (path.empty()) return;
+  explicit Recording(const std::string& path) : path_(path) {
+    if (path_.empty()) return;
     uint32_t err = 0;
-    ork_recorder_open(path.c_str(), &err);
-    expect_done(err, "cannot record to " + path);
+    ork_recorder_open(path_.c_str(), &err);
+    expect(err);
     ork_recorder_switch(1);
   }
-  ~Recording() { ork_recorder_close(); }
+  ~Recording() {
+    uint32_t lost = 0;
+    ork_recorder_close(&lost);
+  }
   Recording(const Recording&) = delete;
   Recording& operator=(const Recording&) = delete;
+
+  // Throws unless all of it is in the file.
+  void finish() const {
+    uint32_t err = 0;
+    ork_recorder_close(&err);
+    expect(err);
+  }
+
+ private:
+  void expect(uint32_t err) const { expect_done(err, "cannot record to " + path_); }
+
+  const std::string& path_;
 };
 
 void note(const char* what, const std::string& list) {
@@ -55,6 +70,7 @@ void run(ShowOptions& options) {
   const Recording recording(options.recording);
   MessagePrinter printer(handle.get(), format_named(options.format));
   for (Receiver receiver(handle.get(), subject, printer); !receiver.committed();) receiver.take(link.next_frame());
+  recording.finish();
 }
 
 std::string subject_lines() {
