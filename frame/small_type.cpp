@@ -55,10 +55,6 @@ void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object,
   give_back(call, object);
 }
 
-uint32_t small_adjust(const Call& call, void* object) {
-  const auto* type = load<const ork_type_info*>(object);
-  return orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
-}
 uint32_t small_adjust_variant(const Call& call, void* object) {
   const ork_type_info* type = object != nullptr ? manifested_type(object) : nullptr;
   return orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
@@ -67,6 +63,12 @@ uint32_t small_adjust_variant(const Call& call, void* object) {
 // Enums. -----------------------------------------------------------------------------------------------------------------------------
 
 namespace {
+
+// The runtime is given the raw first word of the header as the type.
+void enum_adjust(const Call& call, void* object) {
+  const auto* type = load<const ork_type_info*>(object);
+  orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
+}
 
 // Values beyond those of the first variant need a later one, and there is none.
 bool admits(const Call& call, const void* object, uint32_t value, const SmallRow& type) {
@@ -95,7 +97,7 @@ uint32_t enum_get_value(const Call& call, const void* object) {
 
 void enum_set(const Call& call, void* object, const void* from, const SmallRow& type) {
   if (!call.begins()) return;
-  small_adjust(call, object);
+  enum_adjust(call, object);
   if (!admits(call, object, enum_value(from), type)) return;
   announce(call, object, type.size, object);
   memmove(object, from, type.size);
@@ -103,7 +105,7 @@ void enum_set(const Call& call, void* object, const void* from, const SmallRow& 
 
 void enum_set_value(const Call& call, void* object, uint32_t value, const SmallRow& type) {
   if (!call.begins()) return;
-  small_adjust(call, object);
+  enum_adjust(call, object);
   if (admits(call, object, value, type)) store(call, byte_at(object, at_value), value, object);
 }
 
@@ -158,7 +160,7 @@ uint32_t flag_get_cr(ork_handle* handle, const void* object, uint32_t flag, cons
 
 void flag_set_set(const Call& call, void* object, const void* from, const SmallRow& type) {
   if (!call.begins()) return;
-  small_adjust(call, object);
+  small_adjust_variant(call, object);
   announce(call, object, type.size, object);
   memmove(object, from, type.size);
 }

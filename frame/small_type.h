@@ -18,8 +18,6 @@ void initialize(const Call& call, void* object, const ork_type_info* info, Initi
 void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, const SmallRow& type);
 void small_destroy(ork_handle* handle, uint32_t instance, void* object, const SmallRow& type);
 void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const SmallRow& type);
-// The runtime is given the raw first word of the header as the type.
-uint32_t small_adjust(const Call& call, void* object);
 uint32_t small_adjust_variant(const Call& call, void* object);
 
 void* enum_get(ork_handle* handle, uint32_t instance, void* object);
