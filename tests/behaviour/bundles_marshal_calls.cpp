@@ -350,6 +350,20 @@ TEST_P(ControlMessage, FromXmlLooksAtNoDocument) {
     spy::forget(handle.get());
 }
 
+TEST_P(ControlMessage, FromXmlMayGiveNullWithoutAnError) {
+    const Handle handle = family::make_handle();
+    spy::forget_names();
+    spy::observe(handle.get());
+    uint32_t err = 0;
+    const spy::Log log;
+    spy::fail_alloc(1);
+    EXPECT_EQ(control.from_xml(handle.get(), instance, nullptr, &err), nullptr);
+    spy::fail_alloc(0);
+    EXPECT_EQ(err, 0u);
+    EXPECT_CALLS(log, {"alloc_fn(7,0)=null"}) << "and no error is stored";
+    spy::forget(handle.get());
+}
+
 INSTANTIATE_TEST_SUITE_P(All, ControlMessage, testing::ValuesIn(family::controls()), family::ByName());
 
 }  // namespace

@@ -34,6 +34,8 @@ protected:
         bool made[2] = {};
         bool read[2] = {};  // holds what the sender had put in
         std::vector<std::string> calls;
+
+        long stored_12() const { return std::count(calls.begin(), calls.end(), "ork_store_err(12)"); }
     };
     End unmarshal(size_t length, unsigned fail_alloc = 0) const {
         const std::vector<uint8_t> bytes = frame();
@@ -57,6 +59,16 @@ protected:
         }
         message.destroy(stage.handle(), instance, msg);
         return end;
+    }
+    // Which allocation of an unmarshal of length bytes makes the second record: the last one of its size.
+    unsigned allocation_of_second(size_t length) const {
+        unsigned nth = 0;
+        unsigned second = 0;
+        for (const std::string &call : unmarshal(length).calls) {
+            nth += call.rfind("alloc_fn", 0) == 0 ? 1 : 0;
+            second = call.rfind("alloc_fn(7,56)", 0) == 0 ? nth : second;
+        }
+        return second;
     }
 };
 
@@ -177,19 +189,43 @@ TEST_F(TwoRecords, FirstWithoutMemoryStillTriesTheSecond) {
 }
 
 TEST_F(TwoRecords, SecondWithoutMemoryKeepsTheFirstRead) {
-    const std::vector<std::string> calls = unmarshal(frame().size()).calls;
-    // The allocation of the second record is the last one of its size.
-    unsigned nth = 0;
-    unsigned second = 0;
-    for (const std::string &call : calls) {
-        nth += call.rfind("alloc_fn", 0) == 0 ? 1 : 0;
-        second = call.rfind("alloc_fn(7,56)", 0) == 0 ? nth : second;
-    }
-    const End end = unmarshal(frame().size(), second);
+    const End end = unmarshal(frame().size(), allocation_of_second(frame().size()));
     EXPECT_EQ(end.err, 12u);
     EXPECT_TRUE(end.given && end.made[0] && end.read[0]);
     EXPECT_FALSE(end.made[1]);
     EXPECT_EQ(end.result, 43 + first_size());
+}
+
+TEST_F(TwoRecords, RecordWithoutMemoryReplacesTheErrorOfTheHeader) {
+    for (const size_t refused : {0u, 1u}) {
+        const End end = unmarshal(20, refused == 0 ? 2 : allocation_of_second(20));
+        EXPECT_EQ(end.err, 12u) << "no longer the header's 90";
+        EXPECT_EQ(end.stored_12(), 1);
+        EXPECT_EQ(end.result, 16u);
+        EXPECT_TRUE(end.given);
+        EXPECT_EQ(end.made[0], refused != 0);
+        EXPECT_EQ(end.made[1], refused != 1);
+        EXPECT_FALSE(end.read[0] || end.read[1]);
+    }
+}
+
+TEST_F(TwoRecords, SecondWithoutMemoryReplacesTheErrorOfTheFirst) {
+    const family::Handle handle = family::tracking_handle(ORK_TRACKING_ABSENT);
+    const std::vector<uint8_t> bytes = frame();
+    for (size_t length = 43; length < 43 + first_size(); ++length) {
+        void *alone = Record(message.record(0)).create_internal(handle.get(), 0);
+        uint32_t err = 0;
+        const uint32_t read =
+            Record(message.record(0)).unmarshal(handle.get(), 0, bytes.data() + 43, alone, static_cast<int32_t>(length - 43), &err);
+        Record(message.record(0)).destroy(handle.get(), 0, alone);
+        EXPECT_EQ(err, 90u) << length;
+        const End end = unmarshal(length, allocation_of_second(length));
+        EXPECT_EQ(end.err, 12u) << length;
+        EXPECT_EQ(end.stored_12(), 1) << length;
+        EXPECT_EQ(end.result, 43 + read) << length;
+        EXPECT_TRUE(end.given && end.made[0]) << length;
+        EXPECT_FALSE(end.made[1]) << length;
+    }
 }
 
 TEST_F(TwoRecords, NeitherRecordStarts) {

@@ -149,6 +149,17 @@ TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheFirstRecord) {
     EXPECT_FALSE(made.records[0]);
 }
 
+TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheFirstRecordReplacesTheErrorOfTheHeader) {
+    bool set;
+    const Outcome made =
+        same({"no memory behind an unreadable header", 0, static_cast<int32_t>(frame(ORK_TRACKING_ABSENT).size()) - 20, 2}, &set);
+    EXPECT_TRUE(set) << "with what there is";
+    EXPECT_EQ(made.err, 12u) << "no longer the header's 90";
+    EXPECT_EQ(std::count(made.calls.begin(), made.calls.end(), "ork_store_err(12)"), 1);
+    EXPECT_EQ(made.result, 16u);
+    EXPECT_FALSE(made.records[0]);
+}
+
 TEST_P(MessageUnmarshal, OnlySurvivesEveryFailingAllocation) {
     for (unsigned nth = 1; nth <= 40; ++nth) {
         same({"allocation " + std::to_string(nth), 0, 0, nth});
