@@ -100,6 +100,13 @@ TEST_F(MemStCalls, OfLengthAskForEachWidth) {
     EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}), {"u_int32_len(7,obj+12)", "u_int64_len(7,obj+16)", "u_int64_len(7,obj+24)"});
 }
 
+TEST_F(MemStCalls, OfLengthInCrStyleAreForTheHandlesInstance) {
+    const fixture::Handle other({.cr_instance = 9});
+    spy::Log log;
+    EXPECT_EQ(mem.len_cr(other, object), 26u);
+    EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}), {"u_int32_len(9,obj+12)", "u_int64_len(9,obj+16)", "u_int64_len(9,obj+24)"});
+}
+
 TEST_F(MemStCalls, OfLengthOfNullAskWithNull) {
     spy::Log log;
     mem.len(h, instance, nullptr);

@@ -140,6 +140,25 @@ TEST_F(Clone, LowersWhatIsInsideUnderAnOlderDomain) {
     }
 }
 
+TEST_F(Clone, LowersTheElementsOfAnArrayUnderAnOlderDomain) {
+    const Calls &channels = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
+    const Object source(handle, channels);
+    const Object element(handle, calls_of("fwe_cl_wayfind_select_loadbalance_channel_st"));
+    auto *const record = static_cast<fwe_cl_wayfind_select_tc_lb_channels_st *>(source.get());
+    auto *const channel = static_cast<fwe_cl_wayfind_select_loadbalance_channel_st *>(element.get());
+    fwe_cl_wayfind_select_tc_lb_channels_st_channels_set(handle, instance, record, 1, channel, &err);
+    ASSERT_EQ(err, 0u);
+    // An element of variant 0 with empty arrays has 97 bytes; path_rf, which variant 1 adds, would make 10 more.
+    const auto image_length = [&] { return channels.marshal_for_clone(handle, instance, workspace.data(), record, ample, &err); };
+    EXPECT_EQ(image_length(), 10u + 2 * 107);
+    handle.set_peer(release_list(0).get());
+    const spy::Log log;
+    EXPECT_EQ(image_length(), 10u + 2 * 97);
+    EXPECT_EQ(Bytes(workspace.begin() + 10, workspace.begin() + 16), hex("00 00 0000005f"));
+    EXPECT_EQ(Bytes(workspace.begin() + 107, workspace.begin() + 113), hex("00 00 0000005f"));
+    EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), {"ork_store_epoch_err(43,?)", "ork_store_epoch_err(43,?)"});
+}
+
 TEST_F(Clone, HasArraysOfItsOwn) {
     const Object source = filled(handle, path, 3);
     const uint32_t before = path.hash(source.get(), 0);
@@ -191,6 +210,60 @@ TEST_F(Clone, StartsTheTraceModuleAndCreatesOnlyForAnEmptySlot) {
     EXPECT_EQ(h.err, 0u);
     mem.destroy(h, instance, slot);
     mem.destroy(h, instance, source);
+}
+
+TEST_F(Clone, ReadsNoMoreThanWasWrittenForTheInstanceOfItsStyle) {
+    fixture::Handle h({.cr_instance = 9});
+    void *const source = mem.create(h, instance);
+    spy::name(source, 40, "src");
+    uint8_t *own = nullptr;
+    int32_t room = 0;
+    orklib_get_handle_ws(h, &own, &room);
+    for (const bool cr : {false, true}) {
+        const std::string number = cr ? "9" : "7";
+        const std::string slot_name = cr ? "cr_error" : "err";
+        spy::name(cr ? own : workspace.data(), 100, "ws");
+        void *copy = nullptr;
+        spy::Log log;
+        if (cr) {
+            copy = mem.clone_cr(h, source);
+        } else {
+            mem.clone(h, instance, source, &copy, workspace.data(), 100, &h.err);
+        }
+        const std::string left = std::to_string((cr ? room : 100) - 6);
+        EXPECT_CALLS(log.calls_of({"u_int32_marshal", "alloc_fn", "_ork_instance_variant_unmarshal", "u_int32_unmarshal"}),
+                     std::vector<std::string>{"u_int32_marshal(" + number + ",ws+6,src+12," + left + "," + slot_name + ")",
+                                              "alloc_fn(" + number + ",40)=new1",
+                                              "_ork_instance_variant_unmarshal(" + number + ",ws,?,26," + slot_name + ")",
+                                              "u_int32_unmarshal(" + number + ",ws+6,new1+12,20,0," + slot_name + ")"});
+        mem.destroy(h, instance, copy);
+    }
+    mem.destroy(h, instance, source);
+}
+
+TEST_F(Clone, WhoseUnmarshalFailsLeavesTheSentinelAlive) {
+    fixture::Handle h({.tracking = ORK_TRACKING_OFF});
+    const Object source = filled(h, path, 3);
+    const auto failed_create = [&] {
+        spy::fail_alloc(1);
+        void *const sentinel = fwe_cl_wayfind_sel_lb_path_st_create_cr(h);
+        h->cr_error = 0;
+        return sentinel;
+    };
+    void *const sentinel = failed_create();
+    ASSERT_NE(sentinel, nullptr);
+    const fixture::Snapshot before(sentinel, 32);
+    void *slot = sentinel;
+    {
+        spy::fail_alloc(1);
+        const spy::Log log;
+        path.clone_internal(h, instance, source.get(), &slot, workspace.data(), 100, &h.err);
+        EXPECT_EQ(log.count("free_fn"), 0u);
+    }
+    EXPECT_EQ(h.err, 12u);
+    EXPECT_EQ(slot, nullptr);
+    EXPECT_EQ(failed_create(), sentinel);
+    std::copy(before.before().begin(), before.before().end(), static_cast<uint8_t *>(sentinel));
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 // Order and hash of records: values by kind, what takes part and what does not.
+#include <span>
+
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "ork/superfasthash.h"
+#include "support/spy.h"
 #include "tests/behaviour/encoders_values.h"
 #include "tests/support/told_tables.h"
 
@@ -14,20 +17,59 @@ protected:
     uint32_t err = 0;
 };
 
-TEST_F(CompareHash, NumbersDifferByOneWhateverTheirDistance) {
-    const Calls &calls = calls_of("fwe_cl_wayfind_mem_st");
-    const Object a(handle, calls);
-    const Object b(handle, calls);
-    auto *const mem = static_cast<fwe_cl_wayfind_mem_st *>(b.get());
-    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, 3, &err);
-    EXPECT_EQ(calls.compare(a.get(), b.get()), -1);
-    EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
-    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, 0xffffffff, &err);
-    EXPECT_EQ(calls.compare(a.get(), b.get()), -1) << "unsigned";
-    fwe_cl_wayfind_mem_st_fwe_num_set_value(handle, instance, mem, 0, &err);
-    fwe_cl_wayfind_mem_st_exmem_addr_set_value(handle, instance, mem, UINT64_MAX, &err);
-    EXPECT_EQ(calls.compare(a.get(), b.get()), -1);
-    EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
+TEST_F(CompareHash, NumbersAndCountsDifferByOneWhateverTheirDistance) {
+    for (const Calls &calls : all_records()) {
+        for (const wayfind_field &field : std::span(calls.schema->fields, calls.schema->field_count)) {
+            if ((field.cls != WAYFIND_VALUE && field.cls != WAYFIND_COUNTER) || field.kind > WAYFIND_U_INT64) {
+                continue;
+            }
+            const Object a(handle, calls);
+            const Object b(handle, calls);
+            const auto put = [&](const Object &object, uint64_t value) {
+                std::memcpy(static_cast<uint8_t *>(object.get()) + field.offset, &value, field.width);
+            };
+            const uint64_t highest_bit = uint64_t{1} << (8 * field.width - 1);
+            put(a, 1);
+            for (const uint64_t greater : {uint64_t{3}, highest_bit + 1}) {
+                put(b, greater);
+                EXPECT_EQ(calls.compare(a.get(), b.get()), -1) << calls.name() << "." << field.name << " 1 and " << greater;
+                EXPECT_EQ(calls.compare(b.get(), a.get()), 1) << calls.name() << "." << field.name << " " << greater << " and 1";
+            }
+            put(a, 0);
+            put(b, 0);
+        }
+    }
+}
+
+// Swaps the function for one whose answer for the first argument is no mirror image of that for the second.
+template <class Value>
+void expect_own_answers(ork_handle *handle, wayfind_kind kind, int32_t (*compare)(const Value *, const Value *)) {
+    const void *first = nullptr;
+    const void *second = nullptr;
+    const auto scripted = spy::replace(
+        compare, [&](const Value *a, const Value *b) { return a == first && b == second ? 7 : (a == second && b == first ? -9 : 0); });
+    size_t tried = 0;
+    for (const Calls &calls : all_records()) {
+        for (const wayfind_field &field : std::span(calls.schema->fields, calls.schema->field_count)) {
+            if (field.kind != kind) {
+                continue;
+            }
+            ++tried;
+            const Object a(handle, calls);
+            const Object b(handle, calls);
+            first = static_cast<const uint8_t *>(a.get()) + field.offset;
+            second = static_cast<const uint8_t *>(b.get()) + field.offset;
+            EXPECT_EQ(calls.compare(a.get(), b.get()), 7) << calls.name() << "." << field.name;
+            EXPECT_EQ(calls.compare(b.get(), a.get()), -9) << calls.name() << "." << field.name;
+        }
+    }
+    EXPECT_GT(tried, 0u);
+}
+
+TEST_F(CompareHash, PrimitivesThatCompareThemselvesDifferByWhatTheyAnswer) {
+    expect_own_answers(handle, WAYFIND_ORK_BOOLEAN, ork_boolean_compare);
+    expect_own_answers(handle, WAYFIND_IP_ADDRESS, ip_address_compare);
+    expect_own_answers(handle, WAYFIND_LINK_TYPE, link_type_compare);
 }
 
 TEST_F(CompareHash, TheFirstFieldThatDiffersDecides) {
@@ -44,6 +86,16 @@ TEST_F(CompareHash, EnumsDifferByTheirDistance) {
     const Object a(handle, calls);
     const Object b(handle, calls);
     fwe_cl_wayfind_chan_st_state_set_value(handle, instance, static_cast<fwe_cl_wayfind_chan_st *>(b.get()), 3, &err);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), -3);
+    EXPECT_EQ(calls.compare(b.get(), a.get()), 3);
+}
+
+TEST_F(CompareHash, RecordsInsideDifferByTheirOwnResult) {
+    const Calls &calls = calls_of("fwe_cl_wayfind_channel_data");
+    const Object a(handle, calls);
+    const Object b(handle, calls);
+    auto *const inside = fwe_cl_wayfind_channel_data_chan_get(handle, instance, static_cast<fwe_cl_wayfind_channel_data *>(b.get()), &err);
+    fwe_cl_wayfind_chan_st_state_set_value(handle, instance, inside, 3, &err);
     EXPECT_EQ(calls.compare(a.get(), b.get()), -3);
     EXPECT_EQ(calls.compare(b.get(), a.get()), 3);
 }
@@ -83,19 +135,25 @@ TEST_F(CompareHash, ArraysOfNumbersDifferAsTheirBytesInMemoryDo) {
     EXPECT_GT(calls.compare(b.get(), a.get()), 0);
 }
 
-TEST_F(CompareHash, ArraysOfRecordsDifferByTheFirstElementThatDoes) {
+TEST_F(CompareHash, ArraysOfRecordsDifferByTheResultOfTheFirstElementThatDoes) {
     const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    const Calls &hop = calls_of("fwe_cl_wayfind_hop_id_readable_format_st");
     const Object a = filled(handle, calls, 3);
     const Object b = filled(handle, calls, 3);
-    const auto name_second = [&](const Object &object, const char *name) {
+    const auto named = [&](const Object &object, uint32_t index, const char *name) {
         auto *const element = fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_get(
-            handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_human_readable_st *>(object.get()), 1, &err);
+            handle, instance, static_cast<fwe_cl_wayfind_sel_lb_path_human_readable_st *>(object.get()), index, &err);
         fwe_cl_wayfind_hop_id_readable_format_st_hop_id_str_set(handle, instance, element, name, 1, &err);
+        return element;
     };
-    name_second(a, "b");
-    name_second(b, "a");
+    const void *const second_of_a = named(a, 1, "h");
+    const void *const second_of_b = named(b, 1, "a");
+    named(a, 2, "a");
+    named(b, 2, "z");
     EXPECT_GT(calls.compare(a.get(), b.get()), 0);
     EXPECT_LT(calls.compare(b.get(), a.get()), 0);
+    EXPECT_EQ(calls.compare(a.get(), b.get()), hop.compare(second_of_a, second_of_b));
+    EXPECT_EQ(calls.compare(b.get(), a.get()), hop.compare(second_of_b, second_of_a));
 }
 
 TEST_F(CompareHash, EmptyArraysAreEqualAndHashAsNothing) {

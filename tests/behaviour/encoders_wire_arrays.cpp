@@ -330,32 +330,65 @@ TEST(RecordArray, WithoutReuseLosesWhatOldElementsOwnedAndWithReuseGivesItBack) 
 }
 
 TEST(RecordArray, MakesNestedElementsWithTheirStatesBehindTheLastOne) {
-    const Handle handle(ORK_TRACKING_ON);
     const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
-    const Bytes image = marshalled(handle, calls, filled(handle, calls, 3).get());
-    const Object object(handle, calls);
-    uint32_t err = 0;
-    calls.unmarshal(handle, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0, &err);
-    auto *const block = static_cast<uint8_t *>(array_of(object).block);
-    for (int i = 0; i < 3; ++i) {
-        auto *const element = reinterpret_cast<ork_object *>(block + 40 * i);
-        EXPECT_EQ(element->obj_flags, OBJ_NESTED | OBJ_STATE_TRACKED | OBJ_STTR_OFFSET);
-        EXPECT_EQ(orklib_get_sttr_offset(handle, instance, element), 3 * 40 + i - 40 * i);
-        EXPECT_EQ(block[3 * 40 + i],
-                  state_of("fwe_cl_wayfind_sel_lb_path_human_readable_st/path_id_str[" + std::to_string(i) + "]/hop_id_str"));
+    for (const ork_tracking writer : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle source(writer);
+        const Bytes image = marshalled(source, calls, filled(source, calls, 3).get());
+        const Handle handle(ORK_TRACKING_ON);
+        const Object object(handle, calls);
+        uint32_t err = 0;
+        calls.unmarshal(handle, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0, &err);
+        auto *const block = static_cast<uint8_t *>(array_of(object).block);
+        const Bytes bodies(block, block + 3 * 40);
+        for (int i = 0; i < 3; ++i) {
+            auto *const element = reinterpret_cast<ork_object *>(block + 40 * i);
+            EXPECT_EQ(element->obj_flags, OBJ_NESTED | OBJ_STATE_TRACKED | OBJ_STTR_OFFSET);
+            EXPECT_EQ(orklib_get_sttr_offset(handle, instance, element), 3 * 40 + i - 40 * i);
+            const std::string path = "fwe_cl_wayfind_sel_lb_path_human_readable_st/path_id_str[" + std::to_string(i) + "]/hop_id_str";
+            EXPECT_EQ(block[3 * 40 + i], writer == ORK_TRACKING_ON ? state_of(path) : 0);
+            fwe_cl_wayfind_hop_id_readable_format_st_hop_id_str_state_flag_set(
+                handle, instance, reinterpret_cast<fwe_cl_wayfind_hop_id_readable_format_st *>(element), 9, &err);
+            EXPECT_EQ(block[3 * 40 + i], 9);
+        }
+        EXPECT_EQ(Bytes(block, block + 3 * 40), bodies) << "no mark lands in another element";
+        EXPECT_EQ(err, 0u);
     }
 }
 
-TEST(ByteArray, WhoseImageEndsEarlyTakesWhatIsThere) {
+// ---- What is kept ------------------------------------------------------------------------------------------------
+
+TEST(ByteArray, WhoseImageEndsEarlyTakesWhatIsThereAndHoldsZerosBehindIt) {
     const Handle handle(ORK_TRACKING_OFF);
     const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_src_intf_st");
-    const Object object(handle, calls);
     const Bytes image = hex("00 00 0000000d 00000005 0102030405");
+    for (const uint32_t reuse : {0U, 1U}) {
+        const Object object = filled(handle, calls, reuse * 5);
+        const void *const kept = array_of(object).block;
+        if (kept != nullptr) {
+            std::memset(array_of(object).block, 0xee, 5);
+        }
+        uint32_t err = 0;
+        EXPECT_EQ(calls.unmarshal(handle, instance, image.data(), object.get(), 12, reuse, &err), 15u) << "the jump is followed";
+        EXPECT_EQ(err, 0u);
+        const auto *const block = static_cast<const uint8_t *>(array_of(object).block);
+        EXPECT_EQ(Bytes(block, block + 5), hex("01 02 00 00 00"));
+        EXPECT_TRUE(kept == nullptr || block == kept);
+    }
+}
+
+TEST(ElementStates, ThatAreKeptAreZeroWhereTheImageEndsEarly) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Calls &calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    const Object object = filled(handle, calls, 3);
+    uint8_t *const elements = entry_of(object).elements;
+    std::memset(elements, 0xee, 3);
+    const Bytes image = hex("00 08 00000018 00000003 0000000a 0000000b 0000000c 05 77");
     uint32_t err = 0;
-    EXPECT_EQ(calls.unmarshal(handle, instance, image.data(), object.get(), 12, 0, &err), 15u) << "the jump is followed";
+    EXPECT_EQ(calls.unmarshal(handle, instance, image.data(), object.get(), 24, 1, &err), 26u) << "the jump is followed";
     EXPECT_EQ(err, 0u);
-    const auto *const block = static_cast<const uint8_t *>(array_of(object).block);
-    EXPECT_EQ(Bytes(block, block + 5), hex("01 02 00 00 00"));
+    EXPECT_EQ(entry_of(object).elements, elements);
+    EXPECT_EQ(entry_of(object).whole, 0x05);
+    EXPECT_EQ(Bytes(elements, elements + 3), hex("77 00 00"));
 }
 
 }  // namespace

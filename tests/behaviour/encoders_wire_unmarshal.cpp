@@ -95,6 +95,33 @@ TEST(Unmarshal, KeepsTheStateWhoseByteIsMissingAtTheEndAndTakesTheJump) {
     EXPECT_EQ(states_of(object), (Bytes{0xa1, 0xa2, before[2]}));
 }
 
+TEST(Unmarshal, NeitherTakesNorCountsAStateByteThatIsMissingAtTheEnd) {
+    struct Case {
+        const char *record;
+        const char *image;  // without a jump
+        size_t state;       // where the missing byte would go in the object
+    };
+    for (const auto &[record, image, state] :
+         {Case{"fwe_cl_wayfind_mem_st", "00 08 00000000 01020304 a1 1112131415161718 a2 2122232425262728", 42},
+          Case{"fwe_cl_wayfind_sel_lb_path_st", "00 08 00000000 00000001 0a0b0c0d", 32}}) {
+        Bytes bytes = hex(image);
+        const auto length = static_cast<int32_t>(bytes.size());
+        bytes.insert(bytes.end(), 2, 0x77);
+        for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+            const Handle handle(tracking);
+            const Calls &calls = calls_of(record);
+            const Object object(handle, calls);
+            uint32_t err = 0;
+            EXPECT_EQ(calls.unmarshal(handle, instance, bytes.data(), object.get(), length, 0, &err), static_cast<uint32_t>(length))
+                << record << " tracking " << tracking;
+            EXPECT_EQ(err, 0u);
+            if (tracking == ORK_TRACKING_ON) {
+                EXPECT_EQ(static_cast<const uint8_t *>(object.get())[state], 0) << record;
+            }
+        }
+    }
+}
+
 TEST(Unmarshal, StaysWhereTheFieldsEndedWhenTheJumpLeadsLessFar) {
     const Handle handle(ORK_TRACKING_OFF);
     for (const int jump : {0, 1, 4, 23, 24}) {
@@ -159,6 +186,19 @@ TEST(Unmarshal, DropsRaDataAndKeepsItsFlag) {
     EXPECT_EQ(err, 0u);
     EXPECT_EQ(object.header().obj_flags, OBJ_RA_DATA);
     EXPECT_EQ(fwe_num(handle, object.get()), 0x01020304u);
+}
+
+TEST(Unmarshal, CountsTheJumpFromBehindTheRaData) {
+    fixture::Handle handle;
+    void *const object = mem().create(handle, instance);
+    {
+        spy::Log log;
+        const Bytes image = hex("00 20 001122334455667788 0000001b 01020304 1112131415161718 2122232425262728 eeeeee");
+        EXPECT_EQ(unmarshal(handle, mem(), image, object, handle.err), 38u);
+        EXPECT_EQ(handle.err, 0u);
+        EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,offset_jump read_len 35 offset_jump_base 11 _ork_variant_jump 27)"});
+    }
+    mem().destroy(handle, instance, object);
 }
 
 TEST(Unmarshal, RecordsWithARaDataFlagFromTheWireAreDestroyedWithoutAnError) {
@@ -266,6 +306,25 @@ TEST(Unmarshal, AfterAShortFieldKeepsWhatWasReadAndGoesOnToTheEnd) {
     EXPECT_EQ(fwe_num(handle, object.get()), 0x01020304u);
     err = 0;
     EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), &err), 0u);
+}
+
+TEST(Unmarshal, WithoutMemoryForAnArrayEndsAtOnceWithTheHeaderAsItWas) {
+    fixture::Handle handle;
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    void *const object = path.create(handle, instance);
+    fixture::header(object).variant = -1;
+    const fixture::Snapshot header(object, offsetof(ork_object, obj_flags) + 1);
+    {
+        spy::Log log;
+        spy::fail_alloc(1);
+        const Bytes image = hex("00 20 001122334455667788 00000010 00000002 0a0b0c0d 1a1b1c1d");
+        EXPECT_EQ(unmarshal(handle, path, image, object, handle.err), 0u);
+        EXPECT_EQ(handle.err, 12u);
+        EXPECT_CALLS(log.calls_of({"trace"}), {}) << "the jump would lead further";
+    }
+    EXPECT_TRUE(header.unchanged()) << "neither variant nor flags";
+    fixture::header(object).variant = 0;
+    path.destroy(handle, instance, object);
 }
 
 TEST(Unmarshal, PointsTheRecordAtTheSharedDescriptorInSharedStorage) {
