@@ -208,13 +208,33 @@ TEST_F(Flags, StepOverTheBytesOfANewerSet) {
     EXPECT_EQ(byte(), 6);
 }
 
-TEST_F(Flags, TraceTheJumpThatTheyFollow) {
+TEST_F(Flags, TraceTheJumpThatTheyFollowAlsoOutOfTheBufferAndNeverABackwardOne) {
+    const struct {
+        const char *image;
+        uint32_t end;
+        const char *jump; /* as traced, if it is followed */
+    } rows[] = {{"00 00000008 05 eeeeee", 9, "8"},
+                {"00 00000020 05", 33, "32"},
+                {"00 00000005 05", 6, nullptr},
+                {"00 ffffffff 05", 6, nullptr},
+                {"00 80000000 05", 6, nullptr}};
     fixture::Handle h;
     auto *const object = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
-    const Bytes image = hex("00 00000008 05 eeeeee");
-    spy::Log log;
-    fwe_cl_wayfind_hop_chan_flags_unmarshal(h, instance, image.data(), object, 9, 0, &h.err);
-    EXPECT_CALLS(log.calls_of({"trace"}), {"trace(info,offset_jump read_len 6 offset_jump_base 1 _ork_variant_jump 8)"});
+    for (const auto &row : rows) {
+        const Bytes image = hex(row.image);
+        reinterpret_cast<uint8_t *>(object)[11] = 0;
+        spy::Log log;
+        EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_unmarshal(h, instance, image.data(), object, static_cast<int32_t>(image.size()), 0, &h.err),
+                  row.end)
+            << row.image;
+        EXPECT_EQ(h.err, 0u) << row.image;
+        EXPECT_EQ(reinterpret_cast<uint8_t *>(object)[11], 5) << row.image;
+        std::vector<std::string> expected;
+        if (row.jump != nullptr) {
+            expected.push_back(std::string("trace(info,offset_jump read_len 6 offset_jump_base 1 _ork_variant_jump ") + row.jump + ")");
+        }
+        EXPECT_CALLS(log.calls_of({"trace"}), expected) << row.image;
+    }
     fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, object);
 }
 

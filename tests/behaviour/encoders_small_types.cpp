@@ -8,6 +8,7 @@ namespace {
 
 using namespace forms;
 
+using Marshal = uint32_t(ork_handle *, uint32_t, uint8_t *, const void *, int32_t, uint32_t *);
 using CrForm = uint32_t(ork_handle *, const void *, char *, uint32_t);
 using FromXml = void(ork_handle *, uint32_t, const char *, ork_xml *, void *, uint32_t *, char *, uint32_t);
 
@@ -78,6 +79,41 @@ TEST_P(SmallTypeForms, AreMadeOfTheSameCallsWhateverTheVariant) {
     static_cast<ork_object *>(object)->variant = 0;
 }
 
+// The runtime prints on whatever error stands, and writes no element then.
+TEST_P(SmallTypeForms, AreMadeOfAllTheirCallsAfterAnErrorInTheFirst) {
+    const std::string head = "e@" + type + ":";
+    {
+        const auto failing = spy::fail(ork_print_space, 5);
+        spy::Log log;
+        EXPECT_EQ(print("e", 200), head.size() + value.size() + (small.flags ? 2 : 1));
+        EXPECT_EQ(log.count("ork_snprintf"), small.flags ? 3u : 2u);
+        EXPECT_EQ(log.calls_of({"ork_snprintf"}).front(), "ork_snprintf(7,text,200,err,'" + head + "')");
+        EXPECT_EQ(std::exchange(h.err, 0), 5u);
+    }
+    EXPECT_EQ(text, head + value + (small.flags ? " \n" : "\n"));
+    const auto failing = spy::fail(start_tag, 5);
+    const std::string element = "<" + value + "/>";
+    spy::Log log;
+    to_xml("e", 200);
+    EXPECT_CALLS(log.calls_of({"xml_enum_print", "end_tag"}),
+                 std::vector<std::string>{"xml_enum_print(7,text,'" + element + "',200," + std::to_string(element.size()) + ",err)",
+                                          "end_tag(7,text,'e',200,err)"});
+    EXPECT_EQ(h.err, 5u);
+}
+
+TEST_P(SmallTypeForms, OnTheWireAreMadeOfAllTheirCallsAfterAnErrorInTheFirst) {
+    spy::name(object, small.size, "obj");
+    const auto failing = spy::fail(_ork_instance_variant_marshal, 5);
+    const std::vector<std::string> behind =
+        small.flags ? std::vector<std::string>{"_ork_variant_jump_marshal(7,text,?,10,err)", "_ork_variant_jump_marshal(7,text,?,4,err)"}
+                    : std::vector<std::string>{"u_int32_marshal(7,text,obj+12,10,err)"};
+    spy::Log log;
+    EXPECT_EQ(find<Marshal>(schema.functions, "_marshal")(h, instance, reinterpret_cast<uint8_t *>(text), object, 10, &h.err), 0u);
+    EXPECT_CALLS(log.calls_of({"_ork_variant_jump_marshal", "u_int32_marshal"}), behind);
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_EQ(std::string(text, sizeof text), std::string(sizeof text, '\0'));
+}
+
 TEST_P(SmallTypeForms, InCrStyleAreForTheHandlesInstanceAndSlotUnderTheTypesName) {
     const std::pair<const char *, std::string> forms[] = {{"_print_cr", type + "@" + type + ":" + value + (small.flags ? " \n" : "\n")},
                                                           {"_toxml_cr", "<" + type + ">\n<" + value + "/></" + type + ">\n"}};
@@ -133,7 +169,7 @@ TEST_P(SmallTypeForms, OnTheWireAreOfTheOneVariantUnlessTheyOrTheDomainHaveNone)
         uint32_t error;
     } rows[] = {{0, 0, 0, 0},     {0, -1, 0xff, 43}, {-2, -1, 0xfe, 0}, {-2, -2, 0xfe, 0},
                 {-2, 0, 0xfe, 0}, {6, 9, 0, 0},      {6, 4, 0, 43},     {6, -128, 0x80, 43}};
-    const auto marshal = find<uint32_t(ork_handle *, uint32_t, uint8_t *, const void *, int32_t, uint32_t *)>(schema.functions, "_marshal");
+    const auto marshal = find<Marshal>(schema.functions, "_marshal");
     auto *const buffer = reinterpret_cast<uint8_t *>(text);
     for (const auto &row : rows) {
         static_cast<ork_object *>(object)->variant = row.variant;

@@ -136,12 +136,17 @@ TEST_F(TextForm, OfARecordInsideWithoutAVariantIsItsHeader) {
     inner.variant = 0;
 }
 
-TEST_F(TextForm, FollowsTheRecordsOwnVariantNotTheDomain) {
+TEST_F(TextForm, FollowsTheRecordsOwnVariantNotTheDomainOrTheNewestOfItsStorage) {
     const Calls &calls = calls_of("fwe_cl_wayfind_auto_tunnel");
     const Object object = filled(handle, calls, 0);
     const std::string before = print(calls, object.get(), "t", 0);
+    EXPECT_NE(before.find("\n  update_ts_msec: "), std::string::npos);
+    EXPECT_TRUE(before.ends_with("\n}\n"));
     handle.set_peer(release_list(0).get());
     EXPECT_EQ(print(calls, object.get(), "t", 0), before);
+    object.header().variant_cap = 0;
+    EXPECT_EQ(print(calls, object.get(), "t", 0), before);
+    object.header().variant_cap = 1;
 }
 
 TEST_F(TextForm, OfEnumAndFlagFieldsIsALineEach) {

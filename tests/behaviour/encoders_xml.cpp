@@ -68,6 +68,17 @@ TEST_F(XmlForm, OfAnOlderVariantLacksLaterFieldsAndIsClosed) {
     object.header().variant = 1;
 }
 
+TEST_F(XmlForm, FollowsTheRecordsOwnVariantNotTheNewestOfItsStorage) {
+    const Object object = filled(handle, tunnel, 0);
+    const std::string before = as_xml(handle, tunnel, object.get());
+    for (const char *element : {"<create_ts_msec>", "<update_ts_msec>"}) {
+        EXPECT_NE(before.find(element), std::string::npos);
+    }
+    object.header().variant_cap = 0;
+    EXPECT_EQ(as_xml(handle, tunnel, object.get()), before);
+    object.header().variant_cap = 1;
+}
+
 TEST_F(XmlForm, OfARecordInsideWithoutAVariantIsTwoTagsAndIsReadAllTheSame) {
     const Calls &calls = calls_of("fwe_cl_wayfind_color_data");
     const Object object(handle, calls);
@@ -194,6 +205,28 @@ TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNode) {
     EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(handle, instance, record, &err), 1u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err), 2u) << "255 characters";
     EXPECT_EQ(fwe_cl_wayfind_mem_st_exmem_addr_get_value(handle, instance, record, &err), 0u) << "257 characters";
+}
+
+// The place for the reason goes to the enum or the flag set as it was given.
+TEST_F(XmlForm, NamesTheSmallFieldWhoseProbeFails) {
+    const struct {
+        const char *record, *field;
+    } rows[] = {{"fwe_cl_wayfind_chan_nb_st", "state"}, {"fwe_cl_wayfind_hop_chan_st", "flags_show"}};
+    const auto failing = spy::answer(xml_get_element_value, 5u);
+    const Document document = parsed("<r><chan_id>1</chan_id></r>");
+    for (const auto &row : rows) {
+        const Calls &calls = calls_of(row.record);
+        const Object object(handle, calls);
+        const std::string expected = std::string("Failed xpath: //r/") + row.field;
+        for (const size_t room : {expected.size() + 1, expected.size(), size_t{0}}) {
+            err = 0;
+            std::strcpy(reason, "untouched");
+            calls.from_xml(handle, instance, "//r", document.get(), object.get(), &err, room != 0 ? reason : nullptr,
+                           static_cast<uint32_t>(room));
+            EXPECT_EQ(err, 5u) << row.record;
+            EXPECT_EQ(reason, room != 0 ? expected.substr(0, room - 1) : "untouched");
+        }
+    }
 }
 
 // ---- What XML cannot carry ---------------------------------------------------------------------------------------

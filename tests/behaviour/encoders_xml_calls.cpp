@@ -104,6 +104,16 @@ TEST_F(XmlCalls, OfWritingSkipFieldsOnceAnErrorStandsButCloseTheElement) {
               (std::vector<std::string>{"start_tag", "u_int32_to_xml", "end_tag"}));
 }
 
+TEST_F(XmlCalls, OfWritingCloseTheElementThatCouldNotBeOpened) {
+    make("fwe_cl_wayfind_mem_st");
+    const auto failing = spy::fail(start_tag, 5);
+    spy::Log log;
+    write();
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "start_tag(7,text,'m',400,0,err)",
+                       "end_tag(7,text,'m',400,err)"});
+}
+
 // An untracked record has no state bytes: the getter of its first field fails.
 TEST_F(XmlCalls, OfWritingAreStillMadeForTheFieldWhoseStateCannotBeHad) {
     const std::pair<const char *, const char *> firsts[] = {{"fwe_cl_wayfind_mem_st", "u_int32_to_xml"},
@@ -197,6 +207,40 @@ TEST_F(XmlCalls, OfReadingGoOnToTheNextFieldWhenAScratchCannotBeMade) {
     EXPECT_EQ(h.err, 12u);
     EXPECT_CALLS(log.calls_of({"alloc_fn", "ork_boolean_from_xml"}),
                  {"alloc_fn(7,32)=null", "ork_boolean_from_xml(7,'//r/is_none',xml,obj+24,err,reason,10)"});
+}
+
+// A runtime in cr mode gives the type's sentinel in place of a scratch. That is no object to give back.
+TEST_F(XmlCalls, OfReadingInCrModeLeaveTheSentinelAlone) {
+    make("fwe_dp_wayfind_debug_data");
+    const Document document = parsed("<r><dbg_per_complex/></r>");
+    h->cr_active = 1;
+    spy::fail_alloc(1);
+    spy::Log log;
+    calls->from_xml(h, instance, "//r", document.get(), object, &h->cr_error, nullptr, 0);
+    h->cr_active = 0;
+    EXPECT_CALLS(log.calls_of({"alloc_fn", "free_fn", "ork_store_err"}), {"alloc_fn(7,32)=null", "ork_store_err(12)"});
+    EXPECT_EQ(std::exchange(h->cr_error, 0), 12u);
+    EXPECT_EQ(h.last_error(), 12u);
+}
+
+// The error that the store left is seen behind the next element only, which is asked for with it standing.
+TEST_F(XmlCalls, OfReadingMakeOneMoreScratchBehindAStoreThatFailed) {
+    for (const bool refused : {false, true}) {
+        make("fwe_cl_wayfind_sel_lb_path_st");
+        const auto creates = spy::replace(u_int32_create, [refused, seen = 0](ork_handle *handle, uint32_t in) mutable {
+            return refused && ++seen == 2 ? nullptr : spy::next(u_int32_create)(handle, in);
+        });
+        std::vector<std::string> expected = {"u_int32_create", "u_int32_from_xml", "u_int32_destroy",
+                                             "u_int32_create", "u_int32_from_xml", "u_int32_destroy"};
+        expected.resize(refused ? 4 : 6);
+        spy::fail_alloc(2); /* behind the scratch, the array's block */
+        spy::Log log;
+        read("<r><path_id>1</path_id><path_id>2</path_id></r>");
+        EXPECT_EQ(h.err, 12u);
+        EXPECT_EQ(names_of(log.calls_of({"u_int32_create", "u_int32_from_xml", "u_int32_destroy"})), expected);
+        EXPECT_EQ(log.calls().back(), refused ? "ork_store_err(12)" : log.calls_of({"u_int32_destroy"}).back());
+        EXPECT_EQ(h.last_error(), 12u);
+    }
 }
 
 // An element is copied from its scratch; a clone would go through the workspace and the wire form.

@@ -25,10 +25,23 @@ protected:
     std::vector<uint8_t> image(uint8_t variant) const {
         return small.flags ? std::vector<uint8_t>{variant, 0, 0, 0, 5, 1} : std::vector<uint8_t>{variant, 0, 0, 0, 1};
     }
-    uint32_t unmarshal(Handle &h, const std::vector<uint8_t> &from, void *obj) const {
+    uint32_t unmarshal(Handle &h, const std::vector<uint8_t> &from, size_t length, void *obj) const {
         return function<uint32_t(ork_handle *, uint32_t, const uint8_t *, void *, int32_t, uint32_t, uint32_t *)>("_unmarshal")(
-            h, instance, from.data(), obj, static_cast<int32_t>(from.size()), 0, &h.err);
+            h, instance, from.data(), obj, static_cast<int32_t>(length), 0, &h.err);
     }
+    uint32_t unmarshal(Handle &h, const std::vector<uint8_t> &from, void *obj) const { return unmarshal(h, from, from.size(), obj); }
+    void set(Handle &h, void *obj, const void *from) const {
+        function<void(ork_handle *, uint32_t, void *, const void *, uint32_t *)>("_set")(h, instance, obj, from, &h.err);
+    }
+    // Value 1, or flag 1.
+    void set_value(Handle &h, void *obj) const {
+        if (small.flags) {
+            function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, 1, &h.err);
+        } else {
+            function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, &h.err);
+        }
+    }
+    uint8_t &value_of(void *obj) const { return bytes(obj)[small.flags ? 11 : 12]; }
     std::string type() const { return "type(" + small.name + ")"; }
 
     const wayfind_small_type &schema = wayfind_small_types[GetParam()];
@@ -188,10 +201,51 @@ TEST_P(EverySmallType, adjust_variant_hands_on_whatever_stands_in_the_slot) {
     destroy(h, obj);
 }
 
+// Enums hand the runtime what stands in the slot, the flag set what the runtime says that stands there.
+TEST_P(EverySmallType, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifested_type) {
+    Handle h(plain);
+    void *const obj = create(h);
+    {
+        const wayfind_small_type &other = wayfind_small_types[(GetParam() + 1) % 12];
+        const auto manifested = spy::answer(ork_get_manifested_type_info, other.type);
+        const auto runtime = spy::answer(orklib_adjust_variant, 0);
+        const std::string given = small.flags ? "type(" + std::string(other.name) + ")" : type();
+        spy::Log log;
+        set(h, obj, obj);
+        set_value(h, obj);
+        EXPECT_CALLS(log.calls_of({"orklib_adjust_variant"}),
+                     std::vector<std::string>(2, "orklib_adjust_variant(7,obj," + given + ",0,err)"));
+    }
+    EXPECT_EQ(h.err, 0u);
+    destroy(h, obj);
+}
+
+TEST_P(EverySmallType, writes_go_on_behind_an_upgrade_that_fails) {
+    Handle h(plain);
+    void *const obj = create(h);
+    void *const src = create(h);
+    spy::name(src, small.size, "src");
+    value_of(src) = small.flags ? 4 : 2;
+    const auto runtime = spy::replace(
+        orklib_adjust_variant, [](ork_handle *, uint32_t, void *, const ork_type_info *, int32_t, uint32_t *slot) { return *slot = 5; });
+    spy::Log log;
+    set(h, obj, src);
+    EXPECT_EQ(std::exchange(h.err, 0), 5u);
+    EXPECT_EQ(value_of(obj), small.flags ? 4 : 2);
+    set_value(h, obj);
+    EXPECT_EQ(h.err, 5u);
+    EXPECT_EQ(value_of(obj), small.flags ? 4 | 2 : 1);
+    const std::string whole = "write_notify_fn(obj," + std::to_string(small.size) + ",7,obj)";
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}),
+                 std::vector<std::string>({whole, small.flags ? "write_notify_fn(obj+11,1,7,obj)" : "write_notify_fn(obj+12,4,7,obj)"}));
+    destroy(h, src);
+    destroy(h, obj);
+}
+
 TEST_P(EverySmallType, get_value_calls_nothing) {
     Handle h(recorded);
     void *const obj = create(h);
-    bytes(obj)[small.flags ? 11 : 12] = 2;
+    value_of(obj) = 2;
     spy::Log log;
     const uint32_t value =
         small.flags
@@ -247,6 +301,34 @@ TEST_P(EverySmallType, a_read_object_points_at_its_type_or_at_the_shared_copy) {
         EXPECT_EQ(load<const ork_type_info *>(obj), shared ? &copy : schema.type);
         const std::string asked = "ork_type_info_ptr_get(7," + type() + ",fwe_ui_wayfind_typeinfo_initialize)";
         EXPECT_CALLS(log.calls_of({"ork_type_info_ptr_get"}), std::vector<std::string>(shared ? 1 : 0, asked));
+        destroy(h, obj);
+    }
+}
+
+// The flag set's byte is read where the image ended, behind the one that the image has.
+TEST_P(EverySmallType, a_header_from_the_wire_is_stored_before_what_is_behind_it_is_read_and_also_when_that_fails) {
+    ork_type_info copy = *schema.type;
+    const auto table = spy::answer(ork_type_info_ptr_get, &copy);
+    for (const bool shared : {false, true}) {
+        Handle h({.shared = shared});
+        void *const obj = create(h);
+        store<void *>(obj, nullptr);
+        header(obj).variant_cap = 2;
+        spy::Log log;
+        EXPECT_EQ(unmarshal(h, {1, 0x1B}, 1, obj), small.flags ? 2u : 1u);
+        EXPECT_EQ(h.err, 90u);
+        EXPECT_EQ(header(obj).variant, 1);
+        EXPECT_EQ(load<const ork_type_info *>(obj), shared ? &copy : schema.type);
+        EXPECT_EQ(value_of(obj), small.flags ? 0x1B : 0);
+        auto calls = log.calls_of({"_ork_variant_jump_unmarshal", "ork_type_info_ptr_get", "u_int32_unmarshal"});
+        for (std::string &call : calls) {
+            call.resize(call.find('('));
+        }
+        std::vector<std::string> expected(shared ? 1 : 0, "ork_type_info_ptr_get");
+        expected.insert(small.flags ? expected.begin() : expected.end(), small.flags ? "_ork_variant_jump_unmarshal" : "u_int32_unmarshal");
+        EXPECT_EQ(calls, expected);
+        store<const ork_type_info *>(obj, shared ? &copy : schema.type);
+        header(obj).variant = 0;
         destroy(h, obj);
     }
 }

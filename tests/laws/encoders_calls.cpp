@@ -57,6 +57,7 @@ unsigned record_scratches(const wayfind_record &record, unsigned elements) {
     return result;
 }
 
+// What is allocated next after each start is the scratch; behind the scratch that finds nothing there is no start.
 TEST_P(FormCalls, OfFromXmlStartTheTraceModuleBeforeEachRecordScratch) {
     for (const unsigned elements : {0U, 2U}) {
         fixture::Handle h;
@@ -66,6 +67,10 @@ TEST_P(FormCalls, OfFromXmlStartTheTraceModuleBeforeEachRecordScratch) {
         calls().from_xml(h, instance, (std::string("//") + calls().name()).c_str(), document.get(), object.get(), &h.err, nullptr, 0);
         EXPECT_EQ(h.err, 0u);
         EXPECT_EQ(log.count("flight_module_init_fn"), record_scratches(*calls().schema, elements));
+        std::vector<std::string> made = log.calls_of({"flight_module_init_fn", "alloc_fn"});
+        for (made.emplace_back("nothing"); made.size() > 1; made.erase(made.begin())) {
+            EXPECT_TRUE(!made[0].starts_with("flight_module_init_fn(") || made[1].starts_with("alloc_fn(")) << made[1];
+        }
     }
 }
 
