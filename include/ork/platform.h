@@ -278,9 +278,18 @@ uint32_t ork_xml_nth_path(char *path, uint32_t size, const char *name, uint32_t 
 /* The line of the first node at path, 0 when there is none. */
 uint32_t ork_xml_line(struct ork_xml *xml, const char *path);
 
-/* Calls visit for each element in document order; depth is 0 at the root, parent then null. Stops at nonzero. */
-uint32_t ork_xml_each(struct ork_xml *xml,
-                      uint32_t (*visit)(void *ctx, uint32_t depth, const char *name, const char *parent, uint32_t line),
+/* An element of a document. The texts are the document's and live as long. */
+struct ork_xml_element {
+    uint32_t depth;     /* 0 at the root */
+    uint32_t line;      /* of its start tag, from 1 */
+    const char *name;   /* without the prefix of its namespace */
+    const char *parent; /* name of the element around it, null at the root */
+    const char *space;  /* its namespace, null: none; the reader finds only elements without one */
+    const char *text;   /* the first text right in it that is not blank, whole, null: none */
+};
+
+/* Calls visit for each element in document order. Stops at nonzero and gives that back, else 0. */
+uint32_t ork_xml_each(struct ork_xml *xml, uint32_t (*visit)(void *ctx, const struct ork_xml_element *element),
                       void *ctx);
 
 /*

@@ -103,17 +103,35 @@ ork_xml *parse(std::string_view original, uint32_t *err, char *err_text, uint32_
     return new ork_xml(document);
 }
 
-uint32_t each(xmlNode *first, uint32_t depth, const char *parent,
-              uint32_t (*visit)(void *ctx, uint32_t depth, const char *name, const char *parent, uint32_t line),
-              void *ctx) {
-    for (xmlNode *node = first; node != nullptr; node = node->next) {
+const char *chars(const xmlChar *text) {
+    return reinterpret_cast<const char *>(text);
+}
+
+const char *text_in(const xmlNode *element) {
+    for (const xmlNode *node = element->children; node != nullptr; node = node->next) {
+        const bool is_text = node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
+        if (is_text && xmlIsBlankNode(node) == 0) {
+            return chars(node->content);
+        }
+    }
+    return nullptr;
+}
+
+uint32_t each(const xmlNode *first, uint32_t depth, const char *parent,
+              uint32_t (*visit)(void *ctx, const ork_xml_element *element), void *ctx) {
+    for (const xmlNode *node = first; node != nullptr; node = node->next) {
         if (node->type != XML_ELEMENT_NODE) {
             continue;
         }
-        const auto *name = reinterpret_cast<const char *>(node->name);
-        uint32_t stop = visit(ctx, depth, name, parent, static_cast<uint32_t>(xmlGetLineNo(node)));
+        const ork_xml_element element{depth,
+                                      static_cast<uint32_t>(xmlGetLineNo(node)),
+                                      chars(node->name),
+                                      parent,
+                                      node->ns != nullptr ? chars(node->ns->href) : nullptr,
+                                      text_in(node)};
+        uint32_t stop = visit(ctx, &element);
         if (stop == 0) {
-            stop = each(node->children, depth + 1, name, visit, ctx);
+            stop = each(node->children, depth + 1, element.name, visit, ctx);
         }
         if (stop != 0) {
             return stop;
@@ -150,9 +168,7 @@ ORK_EXPORT uint32_t ork_xml_line(struct ork_xml *xml, const char *path) {
 }
 
 ORK_EXPORT uint32_t ork_xml_each(struct ork_xml *xml,
-                                 uint32_t (*visit)(void *ctx, uint32_t depth, const char *name, const char *parent,
-                                                   uint32_t line),
-                                 void *ctx) {
+                                 uint32_t (*visit)(void *ctx, const struct ork_xml_element *element), void *ctx) {
     return ork::each(xml->root(), 0, nullptr, visit, ctx);
 }
 

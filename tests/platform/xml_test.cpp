@@ -230,7 +230,35 @@ TEST(XmlText, TooLongAndBadEscapesAreRefused) {
     EXPECT_EQ(std::string_view(target, 4), "abcd");
 }
 
-TEST(XmlTools, PathsLinesElementsAndRecordings) {
+// Each element as depth, name, parent, line, namespace and text.
+std::string elements_of(const std::string &text) {
+    std::string seen;
+    const auto append = [](void *ctx, const ork_xml_element *element) -> uint32_t {
+        const auto shown = [](const char *part) { return std::string(part != nullptr ? part : "-") + ","; };
+        *static_cast<std::string *>(ctx) += std::to_string(element->depth) + "," + shown(element->name) +
+                                            shown(element->parent) + std::to_string(element->line) + "," +
+                                            shown(element->space) + shown(element->text) + " ";
+        return 0;
+    };
+    EXPECT_EQ(ork_xml_each(parse_xml(text).get(), append, &seen), 0u);
+    return seen;
+}
+
+TEST(XmlTools, ElementsAreToldInDocumentOrder) {
+    EXPECT_EQ(elements_of("<m>\n<r>\n<n>1</n>\n</r>\n<o/></m>"),
+              "0,m,-,1,-,-, 1,r,m,2,-,-, 2,n,r,3,-,1, 1,o,m,5,-,-, ");
+}
+
+TEST(XmlTools, ElementsInANamespaceSaySo) {
+    EXPECT_EQ(elements_of("<m><a xmlns='urn:a'/><p:b xmlns:p='urn:b'/></m>"),
+              "0,m,-,1,-,-, 1,a,m,1,urn:a,-, 1,b,m,1,urn:b,-, ");
+}
+
+TEST(XmlTools, TextOfAnElementIsTheFirstThatIsNotBlank) {
+    EXPECT_EQ(elements_of("<m> <a>x</a> <!-- no -->y <a/>z</m>"), "0,m,-,1,-,y , 1,a,m,1,-,x, 1,a,m,1,-,-, ");
+}
+
+TEST(XmlTools, PathsLinesAndRecordings) {
     const Xml xml = parse_xml("<m>\n<r>\n<n>1</n>\n</r>\n</m>");
     char path[32];
     EXPECT_EQ(ork_xml_nth_path(path, sizeof path, "r", 1), 0u);
@@ -238,16 +266,6 @@ TEST(XmlTools, PathsLinesElementsAndRecordings) {
     EXPECT_EQ(ork_xml_nth_path(path, 4, "r", 1), 90u);
     EXPECT_EQ(ork_xml_line(xml.get(), "(//r)[1]/n"), 3u);
     EXPECT_EQ(ork_xml_line(xml.get(), "//none"), 0u);
-    std::string seen;
-    ork_xml_each(
-        xml.get(),
-        [](void *ctx, uint32_t depth, const char *name, const char *parent, uint32_t line) -> uint32_t {
-            *static_cast<std::string *>(ctx) +=
-                std::to_string(depth) + name + (parent != nullptr ? parent : "-") + std::to_string(line) + " ";
-            return 0;
-        },
-        &seen);
-    EXPECT_EQ(seen, "0m-1 1rm2 2nr3 ");
     const std::string two = "<m time=\"t\">\n<a/></m>\n<m/>";
     EXPECT_EQ(ork_xml_document_length(two.data(), two.size()), std::strlen("<m time=\"t\">\n<a/></m>\n"));
     EXPECT_EQ(ork_xml_document_length("<m>", 3), 0u);

@@ -3,7 +3,7 @@ import pathlib
 import socket
 import tempfile
 
-from product import Agent, Case, FakeAgent, RawClient, TREE, greeting
+from product import Agent, Case, FakeAgent, RawClient, TREE, greeting, run
 from schema import CL, SUBJECTS, schema
 
 
@@ -63,6 +63,19 @@ class ClientErrors(Case):
 
     def test_unknown_subject(self):
         self.assert_fails(self.show("weather"), "there is no show weather", "--help")
+
+    def test_arguments_are_shown_as_they_can_be_printed(self):
+        for result in (self.show("bad\n\x1b[31msubject"), self.show("hop-chan", "bad\n\x1b[31msubject"), run("bad\n\x1b[31msubject")):
+            self.assert_fails(result, "bad\\x0a\\x1b[31msubject", "--help")
+            self.assertNotRegex(result.stderr[:-1], "[\x00-\x1f\x7f]")
+
+    def test_no_subcommand(self):
+        self.assert_fails(run(), "A subcommand is required", "--help")
+        self.assert_fails(run("trace"), "A subcommand is required", "--help")
+
+    def test_unknown_subcommand(self):
+        for arguments in (["weather"], ["weather", "--fine"], ["trace", "weather"], ["types", "weather"]):
+            self.assert_fails(run(*arguments), "not expected: weather", "--help")
 
     def test_missing_release_file(self):
         self.assert_fails(self.show("hop-chan", "--release", self.folder / "none"), self.folder / "none", "No such file")

@@ -2,6 +2,11 @@
 from product import Case, run
 from schema import CL, Data
 
+UNREACHABLE = "WAYFIND_UI_HOP_CHAN_STATE_UNREACHABLE"
+REACHABLE = "WAYFIND_UI_HOP_CHAN_STATE_REACHABLE"
+ADDR_CHANGE = "WAYFIND_UI_HOP_CHAN_FLAG_ADDR_CHANGE"
+ACK = "WAYFIND_UI_HOP_CHAN_FLAG_ACK"
+
 
 class DataErrors(Case):
     def refused(self, text, *words, name="bad.xml"):
@@ -49,6 +54,56 @@ class DataErrors(Case):
     def test_field_that_stands_twice(self):
         self.refused(self.hop_chan("<dscp_str>ef</dscp_str>\n<dscp_str>ef</dscp_str>"), "bad.xml:4: a second <dscp_str> in")
 
+    def test_second_value_of_an_enum(self):
+        for second in (UNREACHABLE, REACHABLE, CL + "hop_chan_state_e"):
+            self.refused(self.hop_chan(f"<probe><rx_state><{REACHABLE}/>\n<{second}/></rx_state></probe>"),
+                         f"bad.xml:4: a second value, <{second}>, in <rx_state>; remove one of them")
+
+    def test_flag_that_stands_twice(self):
+        self.refused(self.hop_chan(f"<hop_chan><flags_show><{ACK}/><{ADDR_CHANGE}/>\n<{ACK}/></flags_show></hop_chan>"),
+                     f"bad.xml:4: a second <{ACK}> in <flags_show>; remove one of them")
+
+    def test_name_of_a_value_as_text(self):
+        self.refused(self.hop_chan(f"<probe>\n<rx_state> {REACHABLE} </rx_state></probe>"),
+                     f'bad.xml:4: text in <rx_state>, "{REACHABLE}"; write the value as an element, like <{REACHABLE}/>')
+
+    def test_number_of_a_value(self):
+        self.refused(self.hop_chan("<probe><rx_state>1</rx_state></probe>"),
+                     f'bad.xml:3: text in <rx_state>, "1"; write the value as an element, like <{UNREACHABLE}/>')
+
+    def test_text_beside_a_value(self):
+        self.refused(self.hop_chan(f"<probe><rx_state><{REACHABLE}/>1</rx_state></probe>"), 'bad.xml:3: text in <rx_state>, "1"')
+
+    def test_text_inside_a_value(self):
+        self.refused(self.hop_chan(f"<probe><rx_state><{REACHABLE}>1</{REACHABLE}></rx_state></probe>"),
+                     f'bad.xml:3: text in <{REACHABLE}>, "1"; remove it')
+
+    def test_name_of_a_flag_as_text(self):
+        self.refused(self.hop_chan(f"<hop_chan><flags_show>{ACK}</flags_show></hop_chan>"),
+                     f'bad.xml:3: text in <flags_show>, "{ACK}"; write flags as elements, like <{ACK}/>')
+
+    def test_text_between_the_fields_of_a_record(self):
+        self.refused(self.hop_chan("<hop_chan>\n<hop_id>1</hop_id>\n dscp 46 \n<sa_id>2</sa_id></hop_chan>"),
+                     'bad.xml:3: text in <hop_chan>, "dscp 46"; write fields as elements, like <hop_chan_id>')
+
+    def test_marked_text_in_a_record(self):
+        self.refused(self.hop_chan("<hop_chan><![CDATA[46]]></hop_chan>"), 'bad.xml:3: text in <hop_chan>, "46"')
+
+    def test_text_between_records(self):
+        self.refused(f"<fwe_ui_wayfind>\n<{CL}hop_chan_data/>\nhello\n</fwe_ui_wayfind>\n",
+                     'bad.xml:1: text in <fwe_ui_wayfind>, "hello"; remove it')
+
+    def test_text_behind_many_records(self):
+        many = "".join(f"<{CL}hop_chan_data><dscp_str>{number}</dscp_str></{CL}hop_chan_data>\n" for number in range(20_000))
+        self.refused(f"<fwe_ui_wayfind>\n{many}x</fwe_ui_wayfind>\n", 'bad.xml:1: text in <fwe_ui_wayfind>, "x"')
+
+    def test_text_that_is_not_printable(self):
+        self.refused(self.hop_chan("<probe>\u0085</probe>"), 'bad.xml:3: text in <probe>, "\\xc2\\x85"')
+
+    def test_namespace(self):
+        self.refused(f'<fwe_ui_wayfind xmlns="weather"><{CL}hop_chan_data/></fwe_ui_wayfind>\n',
+                     "bad.xml:1: <fwe_ui_wayfind> stands in a namespace; remove its xmlns")
+
     def test_number_out_of_range(self):
         self.refused(self.hop_chan("<hop_chan>\n<dscp>256</dscp>\n</hop_chan>"), 'bad.xml:4: <dscp> is "256"', "out of its range")
 
@@ -95,6 +150,14 @@ class DataForms(Case):
         shown = self.shown("<fwe_ui_wayfind/>")
         self.assertIn("<num_hop_chans>0</num_hop_chans>", shown)
         self.assertNotIn("hop_chan_msg", shown)
+
+    def test_comments_and_blanks_may_stand_between_elements(self):
+        shown = self.shown(f"<{CL}hop_chan_data>\n<!-- up --><probe>\t<rx_state> <{REACHABLE}/>\r\n</rx_state></probe></{CL}hop_chan_data>")
+        self.assertIn(f"<rx_state><{REACHABLE}/>", shown.replace("\n", ""))
+
+    def test_set_holds_several_flags(self):
+        shown = self.shown(f"<{CL}hop_chan_data><hop_chan><flags_show><{ACK}/><{ADDR_CHANGE}/></flags_show></hop_chan></{CL}hop_chan_data>")
+        self.assertIn(f"<flags_show><{ADDR_CHANGE}/><{ACK}/></flags_show>", shown.replace("\n", ""))
 
     def test_numbers_may_be_hexadecimal(self):
         self.assertIn("<flags>31</flags>", self.shown(f"<{CL}hop_chan_data><hop_chan><flags> 0x1f </flags></hop_chan></{CL}hop_chan_data>"))

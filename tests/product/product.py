@@ -62,7 +62,10 @@ class Case(unittest.TestCase):
         self.socket = self.folder / "socket"
 
     def start_agent(self, *options, data=TREE / "data", environment=()):
-        agent = Agent(self.socket, "--data", data, *options, environment=environment)
+        return self.start_agent_without_data("--data", data, *options, environment=environment)
+
+    def start_agent_without_data(self, *options, environment=()):
+        agent = Agent(self.socket, *options, environment=environment)
         self.addCleanup(agent.log_file.close)
         self.addCleanup(agent.stop)
         return agent

@@ -105,6 +105,8 @@ class Releases(ShowCase):
         self.assertIn("fwe_cl_wayfind_select_flow_msg left out", result.stderr)
         self.assertIn("select_tc_msg", result.stdout)
         self.assertNotIn("select_flow_msg", result.stdout)
+        self.assertEqual(result.stdout.count("select_tc_msg:"), 6)
+        self.assertRegex(result.stdout, r"\bcount: 6\n")
 
     def test_show_of_which_the_client_knows_no_message_is_refused(self):
         self.start_agent()
@@ -164,14 +166,37 @@ class Output(ShowCase):
         self.assertEqual((result.returncode, result.stderr), (1, "wayfind: cannot write standard output: Broken pipe\n"))
 
 
+def host_interfaces():
+    """Name, index, whether it is up, and whether it has a carrier too, twice: once for each direction."""
+    for device in pathlib.Path("/sys/class/net").iterdir():
+        is_up = int((device / "flags").read_text(), 16) & 1
+        try:
+            carrier = is_up and int((device / "carrier").read_text())
+        except OSError:  # one that is down has none to tell
+            carrier = 0
+        yield device.name, (device / "ifindex").read_text().strip(), str(is_up), str(carrier), str(carrier)
+
+
 class LiveInterfaces(ShowCase):
-    def test_are_those_of_the_host(self):
-        self.start_agent("--live-interfaces")
+    FIELDS = ("if_name", "fwe_if_h", "sel_enabled", "ingress_smp_enabled", "egress_smp_enabled")
+
+    def assert_host_is_shown(self):
         root = ElementTree.fromstring(self.show("intf", "--format", "xml").stdout)
-        shown = {(data.findtext("if_name"), data.findtext("fwe_if_h")) for data in root.iter(CL + "intf_data")}
-        host = {(index.parent.name, index.read_text().strip()) for index in pathlib.Path("/sys/class/net").glob("*/ifindex")}
+        shown = {tuple(data.findtext(field) for field in self.FIELDS) for data in root.iter(CL + "intf_data")}
+        host = set(host_interfaces())
         self.assertTrue(host)
         self.assertEqual(shown, host)
+
+    def test_stand_in_for_those_of_the_data(self):
+        self.start_agent("--live-interfaces")
+        self.assert_host_is_shown()
+
+    def test_need_no_data(self):
+        self.start_agent_without_data("--live-interfaces")
+        self.assert_host_is_shown()
+        other = ElementTree.fromstring(self.show("hop-chan", "--format", "xml").stdout)
+        self.assertEqual([count.text for count in other.iter("num_hop_chans")], ["0"])
+        self.assertEqual(list(other.iter(CL + "hop_chan_msg")), [])
 
 
 if __name__ == "__main__":

@@ -47,7 +47,7 @@ void Answer::append_next(std::vector<uint8_t>& out) {
     case Stage::members: {
       const Part& part = parts_[part_];
       void* message = part.messages->at(entry_);
-      fill_counts(*subject_.bundle, data_, *part.type->schema, message);
+      fill_counts(*subject_.bundle, data_, handle_, *part.type->schema, message);
       append_message(*part.type, message, out);
       ++messages_sent_;
       ++entry_;

@@ -14,7 +14,7 @@ using SetValue = void(ork_handle*, uint32_t, void*, uint32_t, uint32_t*);
 struct Count {
   std::string_view record;
   std::string_view field;    // a u_int32
-  std::string_view counted;  // a message; empty: all that may repeat in the show
+  std::string_view counted;  // a message, of which the agent has so many; empty: what repeats in the show
 };
 
 constexpr Count counts[] = {
@@ -35,10 +35,12 @@ constexpr Count counts[] = {
     {"fwe_cl_wayfind_global_info_data", "num_enf_hop", "fwe_cl_wayfind_enforce_hop_msg"},
 };
 
-uint32_t entries_of(const wayfind_bundle& bundle, const DataFolder& data) {
+uint32_t entries_of(const wayfind_bundle& bundle, const DataFolder& data, ork_handle* client) {
   size_t entries = 0;
   for (unsigned i = 0; i < bundle.member_count; ++i) {
-    if (bundle.members[i].repeatable != 0) entries += data.messages(*bundle.members[i].message)->size();
+    const wayfind_message& message = *bundle.members[i].message;
+    const bool goes_out = message_type(message).is_valid(client) != 0;
+    if (bundle.members[i].repeatable != 0 && goes_out) entries += data.messages(message)->size();
   }
   return static_cast<uint32_t>(entries);
 }
@@ -53,12 +55,12 @@ bool tells_counts(const wayfind_message& message) {
   return std::any_of(std::begin(counts), std::end(counts), [&](const Count& count) { return count.record == message.records[0]->name; });
 }
 
-void fill_counts(const wayfind_bundle& bundle, const DataFolder& data, const wayfind_message& message, void* msg) {
+void fill_counts(const wayfind_bundle& bundle, const DataFolder& data, ork_handle* client, const wayfind_message& message, void* msg) {
   const wayfind_record& record = *message.records[0];
   for (const Count& count : counts) {
     if (count.record != record.name) continue;
     const uint32_t entries = count.counted.empty()
-                                 ? entries_of(bundle, data)
+                                 ? entries_of(bundle, data, client)
                                  : static_cast<uint32_t>(data.messages(*find_message_type(count.counted)->schema)->size());
     SetValue* set_value = nullptr;
     find_function(field_named(record, count.field).functions, "_set_value", set_value);

@@ -11,9 +11,10 @@
 namespace wayfind {
 namespace {
 
-// What an element is; all null for one that holds text alone.
+// What an element is; none of these for one that names a value and holds nothing.
 struct Meaning {
   bool is_container = false;
+  bool is_text = false;
   const wayfind_record* record = nullptr;
   const wayfind_small_type* type = nullptr;
 };
@@ -21,8 +22,10 @@ struct Meaning {
 // An element on the way from the root to where the walk is.
 struct Open {
   Meaning meaning;
-  std::vector<std::string_view> once;  // fields seen that may stand in it once
+  std::vector<std::string_view> once;  // elements seen of which it holds one
 };
+
+std::string tag(std::string_view name) { return "<" + std::string(name) + ">"; }
 
 bool is_container(std::string_view name) {
   if (name == "fwe_ui_wayfind" || find_message_type(name) != nullptr) return true;
@@ -49,14 +52,60 @@ bool has_value(const wayfind_small_type& type, std::string_view name) {
   return std::any_of(type.texts, type.texts + type.values, [&](const char* text) { return text == name; });
 }
 
+// The first words of a text, to be told.
+std::string_view first_line_of(std::string_view text) {
+  constexpr const char* blanks = " \t\r\n";
+  text.remove_prefix(text.find_first_not_of(blanks));
+  text = text.substr(0, text.find('\n'));
+  return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+// What to do about text in an element that holds none.
+std::string advice(const Meaning& meaning, std::string_view text) {
+  if (meaning.record != nullptr) return "write fields as elements, like " + tag(meaning.record->fields[0].name);
+  if (meaning.type == nullptr) return "remove it";
+  const std::string value(has_value(*meaning.type, text) ? text : meaning.type->texts[0]);
+  return (meaning.type->is_flag_set != 0 ? "write flags as elements, like <" : "write the value as an element, like <") + value + "/>";
+}
+
+bool find(const Meaning& outer, std::string_view name, Meaning& meaning) {
+  if (outer.is_container) {
+    meaning.record = carried_record(name);
+    meaning.is_container = meaning.record == nullptr;
+    return meaning.record != nullptr || is_container(name);
+  }
+  if (outer.record != nullptr) {
+    const wayfind_field* field = field_of(*outer.record, name);
+    if (field == nullptr) return false;
+    meaning.record = field->record;
+    meaning.type = field->type;
+    meaning.is_text = field->record == nullptr && field->type == nullptr;
+    return true;
+  }
+  // A value that its enum does not know is written under the enum's own name.
+  return outer.type != nullptr && (has_value(*outer.type, name) || outer.type->name == name);
+}
+
+bool stands_once(const Meaning& outer, std::string_view name) {
+  if (outer.record == nullptr) return outer.type != nullptr;
+  const wayfind_field& field = *field_of(*outer.record, name);
+  return field.cls != WAYFIND_VALUE_ARRAY && field.cls != WAYFIND_RECORD_ARRAY;
+}
+
 class Check {
  public:
   Check(const std::string& origin, uint32_t first_line) : origin_(origin), first_line_(first_line) {}
 
-  static uint32_t visit(void* ctx, uint32_t depth, const char* name, const char* parent, uint32_t line) {
+  void run(ork_xml& xml) {
+    ork_xml_each(&xml, visit, this);
+    if (failure_) std::rethrow_exception(failure_);
+  }
+
+ private:
+  static uint32_t visit(void* ctx, const ork_xml_element* element) {
     auto& check = *static_cast<Check*>(ctx);
     try {
-      check.enter(depth, name, parent, line);
+      check.enter(*element);
       return 0;
     } catch (...) {
       check.failure_ = std::current_exception();
@@ -64,50 +113,35 @@ class Check {
     }
   }
 
-  void rethrow() const {
-    if (failure_) std::rethrow_exception(failure_);
-  }
-
- private:
-  void enter(uint32_t depth, std::string_view name, const char* parent, uint32_t line) {
-    open_.resize(depth);
+  void enter(const ork_xml_element& element) {
+    open_.resize(element.depth);
     Open top{{.is_container = true}, {}};
-    Open& outer = depth == 0 ? top : open_.back();
-    const std::string where = origin_ + ":" + std::to_string(first_line_ - 1 + line) + ": ";
-    const std::string element = "<" + std::string(name) + ">";
-    const std::string inside = parent != nullptr ? " in <" + std::string(parent) + ">" : " at the root";
+    Open& outer = open_.empty() ? top : open_.back();
+    const std::string name = tag(element.name);
+    const std::string inside = element.parent != nullptr ? " in " + tag(element.parent) : " at the root";
     Meaning meaning;
-    if (!find(outer, name, meaning)) throw Failure(where + "unknown element " + element + inside + "; correct or remove it");
-    if (is_single(outer.meaning, name)) {
-      if (std::find(outer.once.begin(), outer.once.end(), name) != outer.once.end()) {
-        throw Failure(where + "a second " + element + inside + "; remove one of them");
-      }
-      outer.once.push_back(name);
+    if (element.space != nullptr) fail(element, name + " stands in a namespace; remove its xmlns");
+    if (!find(outer.meaning, element.name, meaning)) fail(element, "unknown element " + name + inside + "; correct or remove it");
+    if (stands_once(outer.meaning, element.name)) expect_first(outer, element, inside);
+    if (element.text != nullptr && !meaning.is_text) {
+      const std::string_view text = first_line_of(element.text);
+      fail(element, "text in " + name + ", \"" + std::string(text) + "\"; " + advice(meaning, text));
     }
     open_.push_back({meaning, {}});
   }
 
-  static bool find(const Open& outer, std::string_view name, Meaning& meaning) {
-    if (outer.meaning.is_container) {
-      meaning.record = carried_record(name);
-      meaning.is_container = meaning.record == nullptr;
-      return meaning.record != nullptr || is_container(name);
+  // An enum holds one value, whichever it is.
+  void expect_first(Open& outer, const ork_xml_element& element, const std::string& inside) const {
+    const bool is_enum = outer.meaning.type != nullptr && outer.meaning.type->is_flag_set == 0;
+    if (is_enum && !outer.once.empty()) fail(element, "a second value, " + tag(element.name) + "," + inside + "; remove one of them");
+    if (std::find(outer.once.begin(), outer.once.end(), element.name) != outer.once.end()) {
+      fail(element, "a second " + tag(element.name) + inside + "; remove one of them");
     }
-    if (outer.meaning.record != nullptr) {
-      const wayfind_field* field = field_of(*outer.meaning.record, name);
-      if (field == nullptr) return false;
-      meaning.record = field->record;
-      meaning.type = field->type;
-      return true;
-    }
-    // A value that its enum does not know is written under the enum's own name.
-    return outer.meaning.type != nullptr && (has_value(*outer.meaning.type, name) || outer.meaning.type->name == name);
+    outer.once.emplace_back(element.name);
   }
 
-  static bool is_single(const Meaning& outer, std::string_view name) {
-    if (outer.record == nullptr) return false;
-    const wayfind_field& field = *field_of(*outer.record, name);
-    return field.cls != WAYFIND_VALUE_ARRAY && field.cls != WAYFIND_RECORD_ARRAY;
+  [[noreturn]] void fail(const ork_xml_element& element, const std::string& reason) const {
+    throw Failure(origin_ + ":" + std::to_string(first_line_ - 1 + element.line) + ": " + reason);
   }
 
   const std::string& origin_;
@@ -118,10 +152,6 @@ class Check {
 
 }  // namespace
 
-void check_elements(ork_xml& xml, const std::string& origin, uint32_t first_line) {
-  Check check(origin, first_line);
-  ork_xml_each(&xml, Check::visit, &check);
-  check.rethrow();
-}
+void check_elements(ork_xml& xml, const std::string& origin, uint32_t first_line) { Check(origin, first_line).run(xml); }
 
 }  // namespace wayfind

@@ -1,4 +1,4 @@
-// Whether every element of a document means something here.
+// Whether all that stands in a document means something here.
 #pragma once
 
 #include <string>
@@ -8,8 +8,9 @@
 namespace wayfind {
 
 // A document holds records that messages carry, at its root or inside elements of the module's, a bundle's or a message's name, and in each
-// record its fields. The reader of records passes over what it does not know; a person's spelling mistake would be lost that way. Any
-// other element is a Failure that names origin and line, first_line being that of the document's first line.
+// record its fields; text stands in fields alone, and what can be said once stands once. The reader of records passes over all else, and a
+// person's mistake would be lost that way: here it is a Failure that names origin and line, first_line being that of the document's first
+// line.
 void check_elements(ork_xml& xml, const std::string& origin, uint32_t first_line = 1);
 
 }  // namespace wayfind

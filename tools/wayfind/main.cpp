@@ -1,19 +1,33 @@
 // wayfind: shows of the path model between two processes, and what belongs to them.
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "commands.h"
 #include "log.h"
+#include "printable.h"
 #include "standard_output.h"
 
 namespace {
+
+// Why the arguments were refused. Where a subcommand is missing, what stands in its place says more.
+std::string reason(const CLI::App& app, const CLI::Error& error) {
+  const CLI::App* innermost = &app;
+  while (!innermost->get_subcommands().empty()) innermost = innermost->get_subcommands().front();
+  const std::vector<std::string> left_over = innermost->remaining();
+  if (innermost->get_require_subcommand_min() == 0 || left_over.empty()) return error.what();
+  return CLI::ExtrasError({left_over.front()}).what();
+}
+
+std::string failure_line(const CLI::App* app, const CLI::Error& error) {
+  return "wayfind: " + wayfind::printable(reason(*app, error)) + "; wayfind --help tells more\n";
+}
 
 // The status to end with.
 int run(int argc, char** argv) {
   CLI::App app("Shows of the path model between two processes, and what belongs to them.", "wayfind");
   app.require_subcommand(1);
-  app.failure_message(
-      [](const CLI::App*, const CLI::Error& error) { return std::string("wayfind: ") + error.what() + "; wayfind --help tells more\n"; });
+  app.failure_message(failure_line);
   wayfind::add_agent(app);
   wayfind::add_show(app);
   wayfind::add_recording(app);

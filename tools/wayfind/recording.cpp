@@ -20,9 +20,9 @@ struct RecordingOptions {
 };
 
 // Finds the first message's element.
-uint32_t find_message(void* ctx, uint32_t, const char* name, const char*, uint32_t) {
+uint32_t find_message(void* ctx, const ork_xml_element* element) {
   auto& found = *static_cast<const MessageType**>(ctx);
-  found = find_message_type(name);
+  found = find_message_type(element->name);
   return found != nullptr ? 1 : 0;
 }
 
