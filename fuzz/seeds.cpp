@@ -1,12 +1,16 @@
-// Writes inputs to begin from: every record's image with and without state bytes, every message's frame, every record's document, and a few
-// orders of bundle frames. One folder per target.
+// Writes inputs to begin from: every record's image with and without state bytes, every message's frame, every record's document, a few orders
+// of bundle frames, and a library as the offline tools read it. One folder per target.
 //
 //   seeds FOLDER
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "fuzz/small_library.h"
 #include "fuzz/world.h"
+#include "tools/wayfind/manifest_digest.h"
+#include "tools/wayfind/trace_texts.h"
 
 namespace {
 
@@ -79,6 +83,19 @@ void bundle_seeds() {
   }
 }
 
+// Damage shows how the readers stand it only where they take the whole file to its end.
+void library_seed() {
+  const std::string file = fuzz::small_library();
+  const wayfind::LibraryFile library({file.begin(), file.end()}, "small library");
+  const wayfind::Manifest manifest = wayfind::read_manifest(library);
+  const wayfind::TraceTexts texts(library);
+  if (library.build_id() != "01234567" || manifest.definitions.size() != 1 || manifest.definitions[0].name != "small_type" ||
+      manifest.build.empty() || texts.all().size() != 2 || texts.all()[1].text != " %d %u") {
+    std::abort();
+  }
+  write("trace_decode", "library", file);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -93,4 +110,5 @@ int main(int argc, char** argv) {
     }
   }
   bundle_seeds();
+  library_seed();
 }

@@ -1,100 +1,20 @@
 """The offline subcommands of wayfind, on the built file, on changed copies of it and on trace files made by hand."""
-import bz2
 import json
 import os
-import pathlib
-import resource
 import struct
-import subprocess
-import tempfile
 import unittest
 
+from offline import CHAN_ST, PRINTING, Offline, Pointer, build_id, line_of, record, run, trace, trace_file, traced_file
+from sections_test import INDEX, entries_of
 from subject import LIBRARY, built, types
-
-COMMAND = os.environ["WAYFIND_COMMAND"]
-SECTION = bytes.fromhex("9e8b28a9eb796d25a381ca4855746a0f")
-PRINTING = 18 * 14 + 30  # index of a text with one %s: the first message's, behind all bundles
-
-
-def run(*arguments, output=subprocess.PIPE, before=None):
-    return subprocess.run([COMMAND, *map(str, arguments)], stdout=output, stderr=subprocess.PIPE, text=True, preexec_fn=before)
-
-
-def record(kind, body):
-    checksum = 0x811C9DC5
-    for byte in body:
-        checksum = (checksum ^ byte) * 0x01000193 & 0xFFFFFFFF
-    return struct.pack("<IHBBI", 0x54464C46, len(body), kind, 0, checksum) + body
-
-
-def trace(index, *texts):
-    body = struct.pack("<QIHHII", 1_000_000_000, 77, 0, 1, 0x7000000, index) + SECTION + bytes([len(texts)])
-    return record(3, body + b"".join(bytes([1, len(text)]) + text for text in texts))
-
-
-def build_id():
-    notes = built.sections[".note.gnu.build-id"].data
-    return notes[16:16 + struct.unpack_from("<I", notes, 4)[0]]
-
-
-def trace_file(*records, own=None):
-    own = own or build_id()
-    head = b"FLIGHT1\n" + bytes([len(own)]) + own
-    return head + record(2, struct.pack("<H", 1) + b"the module") + record(1, struct.pack("<HB", 0, len(own)) + own + b"/lib") + b"".join(records)
-
-
-def made_library(*sections):
-    """A library of these sections alone: name, type, content, and the section linked to, of which they count from 2 on. Equal contents stand in
-    the file once."""
-    content, places = bytearray(), {}
-
-    def header(name_at, kind, data, link):
-        if data not in places:
-            places[data] = 64 + len(content)
-            content.extend(data + bytes(-len(data) % 8))
-        return struct.pack("<IIQQQQIIQQ", name_at, kind, 2, 0, places[data], len(data), link, 0, 1, 0)
-
-    headers = [bytes(64), header(0, 3, b"".join(b"\0" + name.encode() for name, *_ in sections) + b"\0", 0)]
-    name_at = 1
-    for name, *rest in sections:
-        headers.append(header(name_at, *rest))
-        name_at += len(name) + 1
-    head = struct.pack("<HHIQQQIHHHHHH", 3, 62, 1, 0, 0, 64 + len(content), 0, 64, 0, 0, 64, len(headers), 1)
-    return b"\x7fELF\2\1\1" + bytes(9) + head + content + b"".join(headers)
-
-
-def trace_index(number, *entries):
-    """An index section: its entries are patterns of arguments by number, with the length of the text."""
-    return struct.pack("<HH", 1, number) + SECTION + b"".join(struct.pack("<IH", pattern << 16, length) for pattern, length in entries)
-
-
-def traced_library(text):
-    """A library with one trace, which takes a text."""
-    return made_library((".flight_luids_0", 1, trace_index(0, (0, len(text))), 0), (".flight_format_strings", 1, bz2.compress(text), 0))
-
-
-class Offline(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.addCleanup(self.folder.cleanup)
-
-    def file(self, content):
-        path = pathlib.Path(self.folder.name) / "file"
-        path.write_bytes(content)
-        return path
-
-    def decode(self, content, *options):
-        return run("trace", "decode", LIBRARY, self.file(content), *options)
-
-    def assert_refused(self, done, reason):
-        self.assertEqual((done.stdout, done.stderr, done.returncode), ("", f"wayfind: {self.folder.name}/file: {reason}\n", 1))
 
 
 class Traces(Offline):
     def test_texts_are_all_listed(self):
-        lines = run("trace", "texts", LIBRARY).stdout.splitlines()
-        self.assertEqual(len(lines), 5656)
-        self.assertEqual(lines[0], "0\t0\t1\t error in fwe_cl_wayfind_hop_chan_serv_st create: %s")
+        entries = entries_of(built)
+        told = [f"{section}\t{index}\t%s\t%s" % next(entries) for section, (_, count) in enumerate(INDEX) for index in range(count)]
+        self.assertEqual(len(told), 5656)
+        self.assertEqual(run("trace", "texts", LIBRARY).stdout.splitlines(), told)
 
     def test_a_trace_becomes_a_line_of_words(self):
         done = self.decode(trace_file(trace(PRINTING, b"a reason")))
@@ -103,10 +23,22 @@ class Traces(Offline):
         self.assertEqual((done.stderr, done.returncode), ("", 0))
 
     def test_json_has_an_object_on_a_line(self):
-        line = json.loads(self.decode(trace_file(trace(PRINTING, b"\xff\x1b")), "--json").stdout)
-        self.assertEqual((line["section"], line["index"], line["level"], line["thread"], line["module"]), (2, PRINTING, "debug", 77, "the module"))
-        self.assertEqual(line["text"], "Already have error when printing fwe_pal_wayfind_site_prefix_msg: %s")
-        self.assertEqual(len(line["arguments"]), 1)
+        def line(section, index, words, text, arguments):
+            return (f'{{"time":"1970-01-01T00:00:01.000000000Z","time_ns":1000000000,"thread":77,"module":"the module","module_id":1,'
+                    f'"level":"debug","section":{section},"index":{index},"words":"{words}","text":"{text}","arguments":[{arguments}]}}\n')
+
+        reference = "fwe_cl_wayfind_hop_chan_data destroy: Failed to decrement ref count of oid {}. Error {}"
+        variant = "variant {} requested only {} variants present"
+        done = self.decode(trace_file(trace(129, Pointer(0x7F0123456789), b"a reason", section=0), trace(253, 9, 0xFFFFFFFF)), "--json")
+        self.assertEqual(done.stdout, line(0, 129, reference.format("0x7f0123456789", "a reason"), reference.format("%p", "%s"),
+                                           '{"pointer":139642863445897},"a reason"') +
+                         line(2, 253, variant.format(9, 4294967295), variant.format("%u", "%u"), "9,4294967295"))
+        self.assertEqual((done.stderr, done.returncode), ("", 0))
+
+    def test_arguments_in_json_are_ascii(self):
+        line, = self.decode(trace_file(trace(PRINTING, b"\xff\x1b")), "--json").stdout.splitlines()
+        self.assertRegex(line, r"\A[ -~]+\Z")
+        self.assertEqual(json.loads(line)["arguments"], ["\ufffd\x1b"])
 
     def test_arguments_cannot_steer_the_terminal(self):
         self.assertIn(": \\x1b[2J\n", self.decode(trace_file(trace(PRINTING, b"\x1b[2J"))).stdout)
@@ -142,6 +74,17 @@ class Traces(Offline):
         done = self.decode(trace_file(trace(5000, b"x")))
         self.assertEqual((done.stdout, done.stderr), ("", "1 traces of other libraries skipped\n"))
 
+    def test_each_trace_is_of_the_build_that_its_file_number_names(self):
+        ours, theirs, unknown = trace(PRINTING, b"ours"), trace(PRINTING, b"theirs", file=1), trace(PRINTING, b"unknown", file=7)
+        content = trace_file(ours, traced_file(1, bytes(20), b"/other"), theirs, unknown)
+        done = self.decode(content)
+        self.assertEqual([line.split()[-1] for line in done.stdout.splitlines()], ["ours"])
+        self.assertEqual((done.stderr, done.returncode), ("1 traces of other libraries skipped\n"
+                                                          "1 traces of an unknown build skipped; --force decodes them\n", 0))
+        forced = self.decode(content, "--force")
+        self.assertEqual([line.split()[-1] for line in forced.stdout.splitlines()], ["ours", "theirs", "unknown"])
+        self.assertEqual((forced.stderr, forced.returncode), ("", 0))
+
     def test_what_is_no_trace_file_or_library_is_refused(self):
         self.assertEqual(self.decode(b"something else").returncode, 1)
         self.assertEqual(self.decode(b"").returncode, 0)
@@ -149,15 +92,7 @@ class Traces(Offline):
         self.assertEqual(run("trace", "texts", self.file(built.data[:100000])).returncode, 1)
 
 
-CHAN_ST = "fwe_cl_wayfind_chan_st"
 FINE, BROKEN = "compatible", "not compatible"
-
-
-def line_of(name):
-    """The type's line in the digest."""
-    luid = next(t for t in types if t.name == name).luid.encode()
-    at = built.data.index(b"\n" + luid + b":") + 1
-    return built.data[at:built.data.index(b"\n", at)]
 
 
 def without(line):
@@ -191,9 +126,16 @@ class Manifests(Offline):
         self.assertEqual((done.stdout.splitlines(), done.stderr), (told, ""))
         self.assertEqual(done.returncode, 0 if {new_sender, old_sender} == {FINE} else 1)
 
-    def test_every_definition_is_listed_with_its_name(self):
-        lines = run("manifest", LIBRARY).stdout.splitlines()
-        self.assertEqual({(line.split()[0], line.split()[-1]) for line in lines[1:97]}, {(t.luid, t.name) for t in types})
+    def test_a_manifest_is_shown_whole(self):
+        words = {"type": "type", "enum": "enum", "flag": "flag", "message": "mess"}
+        small = sorted((t for t in types if t.kind != "message"), key=lambda t: t.name)
+        told = ["module fwe_ui_wayfind, 96 definitions"]
+        for t in small + sorted((t for t in types if t.kind == "message"), key=lambda t: t.luid):
+            size = 0 if t.kind == "message" else (t.variants[-1][0] + 7) // 8 * 8
+            told.append(f"{t.luid} {words[t.kind]} {len(t.variants) - 1} {size:5} {t.definition} {t.name}")
+        told += built.sections[".manifest"].data.rstrip(b"\0").rpartition(b"\0")[2].decode().split("\n")
+        done = run("manifest", LIBRARY)
+        self.assertEqual((done.stdout.split("\n"), done.stderr, done.returncode), (told, "", 0))
 
     def test_a_build_is_compatible_with_itself(self):
         self.assert_told(run("manifest", "diff", LIBRARY, LIBRARY), [], FINE, FINE)
@@ -206,6 +148,11 @@ class Manifests(Offline):
         self.assert_told(self.diff(CHAN_ST, b"type003:00392", b"type004:00391"),
                          [f"addition type {CHAN_ST}: more variants, 5 variants for 4 variants",
                           f"break    type {CHAN_ST}: fewer bytes in more variants"], BROKEN, BROKEN)
+
+    def test_more_bytes_in_fewer_variants_break_both_ways(self):
+        self.assert_told(self.diff(CHAN_ST, b"type003:00392", b"type002:00400"),
+                         [f"break    type {CHAN_ST}: variants lost, 3 variants of 4 variants",
+                          f"break    type {CHAN_ST}: more bytes in fewer variants"], BROKEN, BROKEN)
 
     def test_another_definition_at_the_same_variant_breaks_both_ways(self):
         self.assert_told(self.diff(CHAN_ST, b":dba0", b":dba1"),
@@ -245,57 +192,6 @@ class Manifests(Offline):
         self.assertEqual(run("manifest", "diff", LIBRARY, self.file(b"nothing")).returncode, 2)
         self.assertEqual(run("manifest", "diff", self.file(b"nothing"), LIBRARY).returncode, 2)
         self.assertEqual(self.diff(CHAN_ST, b"type", b"tipe").returncode, 2)
-
-
-class Hostile(Offline):
-    """Files made to harm whoever looks at them."""
-
-    STEERING = b"\x1b[2J\x9b\xc2\x9b\n\x7f"
-    SHOWN = "\\x1b[2J\\x9b\\xc2\\x9b\\x0a\\x7f"
-
-    def test_texts_of_traces_cannot_steer_the_terminal(self):
-        library = self.file(traced_library(self.STEERING + "ä".encode()))
-        self.assertEqual(run("trace", "texts", library).stdout, f"0\t0\t1\t{self.SHOWN}ä\n")
-
-    def test_decoded_traces_cannot_steer_the_terminal(self):
-        traces = pathlib.Path(self.folder.name) / "traces"
-        traces.write_bytes(trace_file(record(2, struct.pack("<H", 1) + b"module" + self.STEERING), trace(0, self.STEERING)))
-        decode = ("trace", "decode", self.file(traced_library(b" text" + self.STEERING + b"%s")), traces, "--force")
-        self.assertEqual(run(*decode).stdout, f"1970-01-01T00:00:01.000000000Z 77 module{self.SHOWN} debug text{self.SHOWN}{self.SHOWN}\n")
-        self.assertRegex(run(*decode, "--json").stdout, r"\A[ -~]+\n\Z")
-
-    def test_manifests_cannot_steer_the_terminal(self):
-        steering = built.data
-        for of, to in ((b"# fwe_ui_wayfind.digest", b"# fwe_ui_\x1b[2Jind.digest"), (b"built by: wayfind", b"built by: \x1b[2Jind"),
-                       (CHAN_ST.encode() + b"\0", CHAN_ST[:-4].encode() + b"\x1b[2J\0")):
-            self.assertIn(of, steering)
-            steering = steering.replace(of, to)
-        library = self.file(steering)
-        shown = run("manifest", library).stdout
-        self.assertRegex(shown, r"\A[ -~\n]+\Z")
-        for text in ("module fwe_ui_\\x1b[2Jind, ", f" {CHAN_ST[:-4]}\\x1b[2J\n", "\nbuilt by: \\x1b[2Jind\n"):
-            self.assertIn(text, shown)
-        self.assertIn("the manifest of fwe_ui_\\x1b[2Jind, not of", run("manifest", "diff", LIBRARY, library).stderr)
-        less = pathlib.Path(self.folder.name) / "less"
-        less.write_bytes(steering.replace(line_of(CHAN_ST), line_of(CHAN_ST).replace(b"type003", b"type002")))
-        self.assertIn(f"type {CHAN_ST[:-4]}\\x1b[2J: variants lost", run("manifest", "diff", library, less).stdout)
-
-    def test_many_tables_of_names_cost_no_more_than_one(self):
-        names = b"\0_type_info_internal\0"
-        symbols = struct.pack("<IBBHQQ", 1, 0x11, 0, 1, 0x7FFFFFFFFFFF, 272) * 4000
-        library = self.file(made_library((".dynstr", 3, names, 0), *[(".dynsym", 11, symbols, 2)] * 3500))
-        # Reading each of them would take minutes.
-        done = run("manifest", library, before=lambda: resource.setrlimit(resource.RLIMIT_CPU, (30, 30)))
-        self.assert_refused(done, "no section .manifest")
-
-    def test_more_trace_entries_than_any_library_has_are_refused(self):
-        entry = (1, 0)
-        most = [(f".flight_luids_{n}", 1, trace_index(0, *[entry] * 1024), 0) for n in range(1024)]
-        one_more = (".flight_luids_more", 1, trace_index(1, entry), 0)
-        texts = (".flight_format_strings", 1, b"", 0)
-        self.assert_refused(run("trace", "texts", self.file(made_library(*most, texts))), "the packed trace texts are damaged")
-        self.assert_refused(run("trace", "texts", self.file(made_library(*most, one_more, texts))),
-                            "the trace sections claim more than 1048576 entries")
 
 
 class Output(Offline):

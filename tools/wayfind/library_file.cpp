@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <string_view>
 
 #include "failure.h"
 #include "ork/handle.h"
@@ -23,7 +22,7 @@ struct Closed {
 using ElfImage = std::unique_ptr<Elf, Closed>;
 
 struct Section {
-  std::string name;
+  std::string_view name;
   GElf_Shdr header;
   Bytes bytes;  // what the file holds of it
 };
@@ -48,7 +47,7 @@ std::vector<Section> sections_of(Elf* elf, Bytes bytes) {
     Section section{};
     if (gelf_getshdr(scn, &section.header) == nullptr) section.header = {};  // it keeps its place: others count on theirs
     if (section.header.sh_type != SHT_NOBITS) section.bytes = part(bytes, section.header.sh_offset, section.header.sh_size);
-    sections.push_back(std::move(section));
+    sections.push_back(section);
   }
   size_t names = 0;
   if (elf_getshdrstrndx(elf, &names) != 0 || names == 0 || names > sections.size()) return sections;
@@ -72,29 +71,41 @@ std::string build_id_in(Bytes notes) {
   return {};
 }
 
-// The bytes of the file behind an address of the loaded image.
-Bytes image_at(const std::vector<Section>& sections, uint64_t address, size_t size) {
-  for (const Section& section : sections) {
-    if ((section.header.sh_flags & SHF_ALLOC) == 0 || address < section.header.sh_addr) continue;
-    const Bytes found = part(section.bytes, address - section.header.sh_addr, size);
-    if (!found.empty()) return found;
+// What the file holds of the loaded image, section by section.
+class Image {
+ public:
+  explicit Image(const std::vector<Section>& sections) {
+    for (const Section& section : sections) {
+      if ((section.header.sh_flags & SHF_ALLOC) != 0 && !section.bytes.empty()) parts_.emplace(section.header.sh_addr, section.bytes);
+    }
   }
-  return {};
-}
 
-std::map<std::string, std::string> names_in(const std::vector<Section>& sections) {
+  // Sections of a library never overlap; where they do, the one that begins last is looked at alone, so that no address costs a walk.
+  Bytes at(uint64_t address, size_t size) const {
+    const auto behind = parts_.upper_bound(address);
+    if (behind == parts_.begin()) return {};
+    const auto& [begin, bytes] = *std::prev(behind);
+    return part(bytes, address - begin, size);
+  }
+
+ private:
+  std::map<uint64_t, Bytes> parts_;  // by address
+};
+
+TypeNames names_in(const std::vector<Section>& sections) {
   constexpr size_t luid_text_at = offsetof(ork_type_info, luid_text);
   constexpr size_t name_at = offsetof(ork_type_info, name);
-  std::map<std::string, std::string> names;
+  const Image image(sections);
+  TypeNames names;
   for (const Section& table : sections) {
     if (table.header.sh_type != SHT_DYNSYM || table.header.sh_link == 0 || table.header.sh_link > sections.size()) continue;
     const Bytes strings = sections[table.header.sh_link - 1].bytes;
     for (size_t at = 0; at + sizeof(Elf64_Sym) <= table.bytes.size(); at += sizeof(Elf64_Sym)) {
       if (!text_in(strings, u32_at(table.bytes, at)).ends_with("_type_info_internal")) continue;
-      const Bytes image = image_at(sections, u64_at(table.bytes, at + offsetof(Elf64_Sym, st_value)), sizeof(ork_type_info));
-      if (image.empty() || u32_at(image, 0) != ORK_TYPE_INFO_MAGIC) continue;
-      names.emplace(text_in(image.subspan(luid_text_at, sizeof(ork_type_info::luid_text)), 0),
-                    text_in(image.subspan(name_at, sizeof(ork_type_info::name)), 0));
+      const Bytes descriptor = image.at(u64_at(table.bytes, at + offsetof(Elf64_Sym, st_value)), sizeof(ork_type_info));
+      if (descriptor.empty() || u32_at(descriptor, 0) != ORK_TYPE_INFO_MAGIC) continue;
+      names.emplace(text_in(descriptor.subspan(luid_text_at, sizeof(ork_type_info::luid_text)), 0),
+                    text_in(descriptor.subspan(name_at, sizeof(ork_type_info::name)), 0));
     }
     break;  // a library has one; more of them could all be the same bytes, read again and again
   }
@@ -141,7 +152,8 @@ void LibraryFile::read() {
   }
   elf_version(EV_CURRENT);
   const ElfImage elf(elf_memory(reinterpret_cast<char*>(bytes_.data()), bytes_.size()));
-  if (elf == nullptr || elf_kind(elf.get()) != ELF_K_ELF) throw Failure(name_ + ": " + elf_errmsg(-1));
+  if (elf == nullptr) throw Failure(name_ + ": " + elf_errmsg(-1));
+  if (elf_kind(elf.get()) != ELF_K_ELF) throw Failure(name_ + ": not an ELF file of the known version");
   const std::vector<Section> sections = sections_of(elf.get(), bytes_);
   for (const Section& section : sections) {
     sections_.emplace(section.name, section.bytes);
@@ -150,16 +162,16 @@ void LibraryFile::read() {
   type_names_ = names_in(sections);
 }
 
-Bytes LibraryFile::section(const std::string& name) const {
+Bytes LibraryFile::section(std::string_view name) const {
   const auto found = sections_.find(name);
-  if (found == sections_.end()) throw Failure(name_ + ": no section " + name);
+  if (found == sections_.end()) throw Failure(name_ + ": no section " + std::string(name));
   return found->second;
 }
 
-std::vector<std::string> LibraryFile::sections_named(const std::string& prefix) const {
-  std::vector<std::string> names;
-  for (auto at = sections_.lower_bound(prefix); at != sections_.end() && at->first.starts_with(prefix); ++at) names.push_back(at->first);
-  return names;
+std::vector<Bytes> LibraryFile::sections_named(std::string_view prefix) const {
+  std::vector<Bytes> named;
+  for (auto at = sections_.lower_bound(prefix); at != sections_.end() && at->first.starts_with(prefix); ++at) named.push_back(at->second);
+  return named;
 }
 
 }  // namespace wayfind

@@ -5,6 +5,7 @@
 #include <map>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wayfind {
@@ -22,33 +23,38 @@ uint64_t u64_at(Bytes bytes, size_t at);
 
 std::string hex(Bytes bytes);
 
+// What the descriptors of a library call its types, by LUID as text.
+using TypeNames = std::map<std::string_view, std::string_view>;
+
+// Bytes, names and texts that it hands out live as long as it does.
 class LibraryFile {
  public:
   explicit LibraryFile(const std::string& path);
   LibraryFile(std::vector<uint8_t> bytes, const std::string& name);
+  LibraryFile(const LibraryFile&) = delete;
+  LibraryFile& operator=(const LibraryFile&) = delete;
 
   const std::string& name() const { return name_; }
 
   // Hexadecimal; empty when the file has none.
   const std::string& build_id() const { return build_id_; }
 
-  // Fails when there is none of that name. The bytes live as long as this object.
-  Bytes section(const std::string& name) const;
+  // Fails when there is none of that name.
+  Bytes section(std::string_view name) const;
 
-  // Names of the sections that begin so.
-  std::vector<std::string> sections_named(const std::string& prefix) const;
+  // The sections whose names begin so, in the order of their names.
+  std::vector<Bytes> sections_named(std::string_view prefix) const;
 
-  // What the descriptors call the types, by LUID as text.
-  const std::map<std::string, std::string>& type_names() const { return type_names_; }
+  const TypeNames& type_names() const { return type_names_; }
 
  private:
   void read();
 
   std::vector<uint8_t> bytes_;
   std::string name_;
-  std::map<std::string, Bytes> sections_;
+  std::map<std::string_view, Bytes> sections_;
   std::string build_id_;
-  std::map<std::string, std::string> type_names_;
+  TypeNames type_names_;
 };
 
 }  // namespace wayfind

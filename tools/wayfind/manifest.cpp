@@ -54,8 +54,8 @@ int diff(const Options& options) {
     const int status = diff(older, newer);
     expect_written();  // a verdict that nobody could read is none
     return status;
-  } catch (const Failure& failure) {
-    report(failure.what());
+  } catch (const std::exception& exception) {  // files too large for the memory end here too
+    report(exception.what());
     return no_answer;
   }
 }

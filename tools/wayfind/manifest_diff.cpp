@@ -17,6 +17,7 @@ void compare(const Definition& older, const Definition& newer, std::vector<Chang
   } else if (newer.newest < older.newest) {
     // A sender lowers what its peer knows less of, so only what is sent by the old build loses fields.
     changes.push_back({name + ": variants lost, " + count_of(newer.newest) + " of " + count_of(older.newest), false, true});
+    if (newer.size > older.size) changes.push_back({name + ": more bytes in fewer variants", true, true});
   } else if (newer.newest > older.newest) {
     changes.push_back({name + ": more variants, " + count_of(newer.newest) + " for " + count_of(older.newest)});
     if (newer.size < older.size) changes.push_back({name + ": fewer bytes in more variants", true, true});

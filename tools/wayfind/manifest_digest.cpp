@@ -48,7 +48,7 @@ bool next_line(std::string_view& text, std::string_view& line) {
   return true;
 }
 
-void parse_digest(std::string_view text, const std::map<std::string, std::string>& names, Manifest& manifest, const std::string& origin) {
+void parse_digest(std::string_view text, const TypeNames& names, Manifest& manifest, const std::string& origin) {
   constexpr std::string_view begin = "# ";
   constexpr std::string_view end = ".digest";
   std::string_view line;
@@ -68,7 +68,7 @@ void parse_digest(std::string_view text, const std::map<std::string, std::string
 
 }  // namespace
 
-Manifest parse_manifest(Bytes section, const std::map<std::string, std::string>& names, const std::string& origin) {
+Manifest parse_manifest(Bytes section, const TypeNames& names, const std::string& origin) {
   constexpr size_t head_size = 8;
   Manifest manifest;
   bool has_digest = false;

@@ -28,6 +28,6 @@ struct Manifest {
 // Fails when the section is not there or not whole.
 Manifest read_manifest(const LibraryFile& library);
 
-Manifest parse_manifest(Bytes section, const std::map<std::string, std::string>& names, const std::string& origin);
+Manifest parse_manifest(Bytes section, const TypeNames& names, const std::string& origin);
 
 }  // namespace wayfind

@@ -1,6 +1,7 @@
 // The file that a process writes its traces to, read back. Any bytes may stand in it: a record that is not whole is passed over.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -58,8 +59,15 @@ class TraceFile {
   size_t damaged() const { return damaged_; }
 
  private:
+  bool is_right(Bytes body, uint32_t checksum);
+
   std::optional<std::string> build_id_;
-  Bytes rest_;
+  Bytes records_;
+  size_t front_ = 0;  // of what is still to be read
+
+  // Where wrong bodies end. What looks like a record's head may stand in the body of another: while all of these lie behind the front, no
+  // further body is added up, so no byte counts towards more wrong ones than there are places.
+  std::array<size_t, 16> wrong_ends_{};
   size_t damaged_ = 0;
   bool in_damage_ = false;
 };

@@ -39,8 +39,7 @@ size_t length_of_texts(Bytes section) {
 }
 
 std::vector<Bytes> index_sections(const LibraryFile& library) {
-  std::vector<Bytes> index;
-  for (const std::string& name : library.sections_named(".flight_luids_")) index.push_back(library.section(name));
+  std::vector<Bytes> index = library.sections_named(".flight_luids_");
   if (index.empty()) throw Failure(library.name() + ": no trace sections");
   return index;
 }
