@@ -10,7 +10,7 @@ namespace {
 using GiveUp = void (*)(const Call& call, void** slot, const RecordRow& record);
 
 void destroy_target(const Call& call, void** slot, const RecordRow& record) {
-  frame::destroy_internal(call.handle, call.instance, *slot, 1, record);
+  frame::destroy_filled(call.handle, call.instance, *slot, 1, record);
   *slot = nullptr;
 }
 void renew_target(const Call& call, void** slot, const RecordRow& record) { frame::renew(call, *slot, record); }

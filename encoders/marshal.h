@@ -105,7 +105,9 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
           marshal_array<I>(call, out, object, states, tracked);
         } else {
           marshal_field<I>(call, out, object);
-          if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
+          // An object that stands above the layout of its storage has no byte for a later field.
+          const bool has_byte = states != nullptr && (field.variant == 0 || field.state < frame::layout_of(record, object).state);
+          if (tracked) out.state_byte(has_byte ? states[field.state] : uint8_t{0});
         }
         return true;
       });

@@ -52,9 +52,7 @@ void* create_scratch(const Call& call, const FieldRow& field) {
 // With all that was read into it, unless the array took that over.
 void destroy_scratch(const Call& call, void* scratch, const FieldRow& field) {
   if (field.cls == Class::value_array) return frame::with_element(field.kind, [&](auto element) { element.destroy(call, scratch); });
-  const RecordRow& record = frame::child_record(field);
-  frame::destroy_unreached_arrays(call, scratch, record);
-  frame::destroy_internal(call.handle, call.instance, scratch, 1, record);
+  frame::destroy_filled(call.handle, call.instance, scratch, 1, frame::child_record(field));
 }
 
 void store_element(const Call& call, void* object, uint32_t index, const void* scratch, const FieldRow& field) {

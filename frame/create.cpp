@@ -127,7 +127,7 @@ void renew(const Call& call, void* element, const RecordRow& record) {
   const bool mapped = has_flag(element, OBJ_STTR_OFFSET);
   const int32_t distance = mapped ? orklib_get_sttr_offset(call.handle, call.instance, element) : int32_t{layout.body};
   uint8_t* states = static_cast<uint8_t*>(element) + distance;
-  destroy_internal(call.handle, call.instance, element, 0, record);
+  destroy_filled(call.handle, call.instance, element, 0, record);
   announce(own, element, layout.body, element);
   memset(element, 0, layout.body);
   if (mapped) {

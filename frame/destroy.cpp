@@ -1,8 +1,6 @@
 // Taking records apart: mappings, references, fields, statistics, memory.
 #include <alloca.h>
 
-#include <algorithm>
-
 #include "frame/array.h"
 #include "frame/lifecycle.h"
 #include "frame/primitives.h"
@@ -96,23 +94,34 @@ void free_element_states(const Call& call, void* object, const RecordRow& record
   }
 }
 
-// Whether a field still has an array's block, its own or one of the records inside it.
-bool holds_block(const void* object, const FieldRow& field) {
-  if (!is_embedded_record(field)) return field.array != model::no_type && block_of(object, field) != nullptr;
-  const void* child = field_of(object, field);
-  const model::FieldSpan fields = laid_out_fields(child_record(field), child);
-  return std::any_of(fields.begin(), fields.end(), [child](const FieldRow& inner) { return holds_block(child, inner); });
+constexpr int nothing_reached = INT8_MIN;
+
+// Gives back the arrays that a destroy of the object, which visits its fields up to the variant `reached`, would leave.
+void release_unreached_arrays(const Call& call, void* object, int reached, const RecordRow& record) {
+  for (const FieldRow& field : laid_out_fields(record, object)) {
+    const bool is_reached = field.variant <= reached;
+    if (is_embedded_record(field)) {
+      void* child = field_of(object, field);
+      const RecordRow& type = child_record(field);
+      release_unreached_arrays(call, child, is_reached ? variant_of(child) : nothing_reached, type);
+      if (!is_reached && type.has_array && has_flag(child, OBJ_STATE_TRACKED)) free_element_states(call, child, type);
+    } else if (field.array != model::no_type && block_of(object, field) != nullptr) {
+      for (uint64_t i = 0; field.kind == Kind::record && i < count_of(object, field); ++i) {
+        void* element = element_at(object, field, i);
+        release_unreached_arrays(call, element, variant_of(element), child_record(field));
+      }
+      if (!is_reached) destroy_array(call, object, field);
+    }
+  }
 }
 
 }  // namespace
 
-void destroy_unreached_arrays(const Call& call, void* object, const RecordRow& record) {
+void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record) {
+  if (object == nullptr || object == sentinel(record)) return;
   uint32_t local = 0;
-  const Call own{call.handle, call.instance, &local};
-  const int variant = variant_of(object);
-  for (const FieldRow& field : laid_out_fields(record, object)) {
-    if (field.variant > variant && holds_block(object, field)) destroy_field(own, object, field);
-  }
+  if (record.holds_array) release_unreached_arrays({handle, instance, &local}, object, variant_of(object), record);
+  destroy_internal(handle, instance, object, free_storage, record);
 }
 
 void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record) {

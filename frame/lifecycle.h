@@ -22,9 +22,9 @@ uint32_t size_of_internal(const ork_handle* handle, const void* object, uint32_t
 void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record);
 void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record);
 
-// What a destroy leaves alone, for an object that was filled without a gate: arrays in fields of variants that it has not reached. One whose
-// content moved on has none.
-void destroy_unreached_arrays(const Call& call, void* object, const RecordRow& record);
+// The same for an object that was filled without a gate or not to its end. Arrays in fields of variants that it has not reached go too, as
+// nobody else knows of them; where content moved on there are none.
+void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record);
 // Makes an array's element that could not be filled a fresh one in place.
 void renew(const Call& call, void* element, const RecordRow& record);
 
