@@ -61,6 +61,16 @@ TEST_F(MemStCalls, OfMarshalReportALoweredVariant) {
     EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), {"ork_store_epoch_err(43,err)"});
 }
 
+TEST_F(MemStCalls, OfMarshalReportAVariantThatTheLibraryDoesNotKnowEither) {
+    const auto known = spy::answer(ork_domain_lookup_variant, int8_t{0});
+    static_cast<ork_object *>(object)->variant = 5;
+    spy::Log log;
+    EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 26u);
+    EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), {"ork_store_epoch_err(43,err)"});
+    EXPECT_EQ(Bytes(buffer, buffer + 26), hex("00 00 00000018 00000000 0000000000000000 0000000000000000"));
+    static_cast<ork_object *>(object)->variant = 0;
+}
+
 TEST_F(MemStCalls, OfMarshalWriteRaDataFromAZeroWordAndByte) {
     static_cast<ork_object *>(object)->obj_flags |= OBJ_RA_DATA;
     spy::Log log;

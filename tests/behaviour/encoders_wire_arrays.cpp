@@ -4,31 +4,11 @@
 
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
-#include "tests/behaviour/encoders_values.h"
+#include "tests/behaviour/encoders_arrays.h"
 
 namespace {
 
 using namespace forms;
-
-struct ArrayEntry {
-    uint8_t whole;
-    uint8_t unused[7];
-    uint8_t *elements;
-};
-
-// Both kinds of array begin with a count and a pointer behind it; the body of either record has 32 bytes.
-struct ArrayRecord {
-    ork_object header;
-    uint32_t count;
-    void *block;
-};
-
-const ArrayRecord &array_of(const Object &object) {
-    return *static_cast<const ArrayRecord *>(object.get());
-}
-ArrayEntry &entry_of(const Object &object) {
-    return *reinterpret_cast<ArrayEntry *>(static_cast<uint8_t *>(object.get()) + 32);
-}
 
 class ArrayFields : public testing::TestWithParam<const char *> {
 protected:

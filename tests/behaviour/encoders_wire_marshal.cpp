@@ -1,7 +1,7 @@
 // What marshal and the lengths do beyond the plain image: variants, tracking, room, and the domain.
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
-#include "tests/behaviour/encoders_values.h"
+#include "tests/behaviour/encoders_arrays.h"
 
 namespace {
 
@@ -83,20 +83,32 @@ TEST(Marshal, OfAnUntrackedArrayWhileTrackingWritesZeroStatesForTheArrayAndItsEl
     EXPECT_EQ(image, expected);
 }
 
-TEST(Marshal, OfATrackedArrayWhoseElementBytesAreMissingWritesZeroesForThem) {
+TEST(Marshal, OfATrackedArrayWhoseElementBytesAreMissingWritesZeroStates) {
     const Handle handle(ORK_TRACKING_ON);
     const Object object = filled(handle, bytes_array(), 3);
-    // The entry of the array: the whole byte, then the pointer to the bytes of the elements at 8.
-    auto *const entry = static_cast<uint8_t *>(object.get()) + 32;
-    uint8_t *elements = nullptr;
-    std::memcpy(&elements, entry + 8, sizeof elements);
+    uint8_t *const elements = std::exchange(entry_of(object).elements, nullptr);
     ASSERT_NE(elements, nullptr);
-    std::memset(entry + 8, 0, 8);
-    Bytes image = marshalled(handle, bytes_array(), object.get());
-    std::memcpy(entry + 8, &elements, sizeof elements);
+    entry_of(object).whole = 5;
+    const Bytes image = marshalled(handle, bytes_array(), object.get());
+    entry_of(object).elements = elements;
     ASSERT_EQ(image.size(), 6u + 4 + 3 + 1 + 3);
-    EXPECT_EQ(image[13], state_of("fwe_cl_wayfind_sel_lb_src_intf_st/src_intf_id"));
-    EXPECT_EQ(Bytes(image.end() - 3, image.end()), Bytes(3, 0));
+    EXPECT_EQ(Bytes(image.end() - 4, image.end()), hex("00 000000")) << "and for the array as a whole";
+}
+
+// An object of variant 0 has 20 state bytes behind its body; what follows those is not its own.
+TEST(Marshal, OfAVariantAboveTheLayoutOfTheStorageWritesZeroStatesForTheLaterFields) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Calls &calls = calls_of("fwe_cl_wayfind_chan_st");
+    const Object fresh(handle, calls);
+    Bytes old(272 + 20 + 8, 0xa5);
+    std::memcpy(old.data(), fresh.get(), 272);
+    std::memset(old.data() + 272, 0x11, 20);
+    auto &header = *reinterpret_cast<ork_object *>(old.data());
+    header.variant_cap = 0;
+    header.variant = 1;
+    const Bytes image = marshalled(handle, calls, old.data());
+    EXPECT_EQ(Bytes(image.end() - 5, image.end()), hex("11 00 00 00 00"))
+        << "the last state of variant 0, then two bytes with their states";
 }
 
 TEST(Marshal, WhileNotTrackingLeavesATrackedRecordsStatesOut) {

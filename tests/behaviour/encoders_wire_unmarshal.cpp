@@ -308,6 +308,20 @@ TEST(Unmarshal, AfterAShortFieldKeepsWhatWasReadAndGoesOnToTheEnd) {
     EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, static_cast<fwe_cl_wayfind_mem_st *>(object.get()), &err), 0u);
 }
 
+TEST(Unmarshal, AfterAShortFieldStillWritesTheHeader) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object(handle, mem());
+    object.header().variant = -1;
+    std::memset(object.header().type_info_slot, 0, 8);
+    const Bytes image = hex("00 20 001122334455667788 00000018 01020304 1112");
+    uint32_t err = 0;
+    EXPECT_EQ(unmarshal(handle, mem(), image, object.get(), err), 11u + 24) << "the jump is followed";
+    EXPECT_EQ(err, 90u);
+    EXPECT_EQ(object.header().variant, 0);
+    EXPECT_EQ(object.header().obj_flags, OBJ_RA_DATA);
+    EXPECT_EQ(fixture::load<const void *>(object.header().type_info_slot), mem().schema->type);
+}
+
 TEST(Unmarshal, WithoutMemoryForAnArrayEndsAtOnceWithTheHeaderAsItWas) {
     fixture::Handle handle;
     const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");

@@ -84,23 +84,53 @@ TEST_P(FailedAllocation, InUnmarshalIntoAFilledRecordLeavesOneThatCanBeUsed) {
     }
 }
 
+// A peer that lacks the type makes the clone's target one of no field, until it has been read to its end.
 TEST_P(FailedAllocation, InCloneLeavesNoObject) {
-    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-        const Handle handle(tracking);
-        const Object source = filled(handle, calls(), elements);
-        Bytes workspace(ample + 1);
-        const unsigned failed = fail_each(handle, [&](Object &) {
-            uint32_t err = 0;
-            void *slot = nullptr;
-            calls().clone(handle, instance, source.get(), &slot, workspace.data(), ample, &err);
-            EXPECT_EQ(slot == nullptr, err != 0);
-            EXPECT_EQ(ork_handle_last_error(handle), err);
-            if (slot != nullptr) {
-                calls().destroy(handle, instance, slot);
-            }
-            return err;
-        });
-        EXPECT_EQ(failed, 1 + array_blocks(*calls().schema, tracking == ORK_TRACKING_ON)) << "the object's own block too";
+    const TypeList lacking = release_list(9, calls().name(), -1);
+    for (const bool lacks : {false, true}) {
+        for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+            const Handle handle(tracking);
+            const Object source = filled(handle, calls(), elements);
+            handle.set_peer(lacks ? lacking.get() : nullptr);
+            Bytes workspace(ample + 1);
+            const unsigned failed = fail_each(handle, [&](Object &) {
+                uint32_t err = 0;
+                void *slot = nullptr;
+                calls().clone(handle, instance, source.get(), &slot, workspace.data(), ample, &err);
+                EXPECT_EQ(slot == nullptr, err != 0);
+                EXPECT_EQ(ork_handle_last_error(handle), err);
+                if (slot != nullptr) {
+                    calls().destroy(handle, instance, slot);
+                }
+                return err;
+            });
+            EXPECT_EQ(failed, 1 + array_blocks(*calls().schema, tracking == ORK_TRACKING_ON)) << "the object's own block too";
+        }
+    }
+}
+
+// An element is a fresh one of no field, too, when the peer lacks its type; whatever had been read into it goes when it is made anew.
+TEST_P(FailedAllocation, InCloneToAnElementLosesNothing) {
+    for (unsigned i = 0; i < calls().schema->field_count; ++i) {
+        const wayfind_field &field = calls().schema->fields[i];
+        if (field.cls != WAYFIND_RECORD_ARRAY) {
+            continue;
+        }
+        const Calls &inner = calls_of(field.record->name);
+        const TypeList lacking = release_list(9, inner.name(), -1);
+        for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+            const Handle handle(tracking);
+            const Object source = filled(handle, inner, elements);
+            handle.set_peer(lacking.get());
+            auto *const set = find<uint32_t(ork_handle *, void *, uint32_t, const void *, uint32_t)>(field.functions, "_set_cr");
+            const unsigned failed = fail_each(handle, [&](Object &object) {
+                const uint32_t err = set(handle, object.get(), 0, source.get(), 0);
+                handle->cr_error = 0;
+                return err;
+            });
+            const bool tracked = tracking == ORK_TRACKING_ON;
+            EXPECT_EQ(failed, (tracked ? 2U : 1U) + array_blocks(*inner.schema, tracked)) << "what the array itself takes too";
+        }
     }
 }
 
