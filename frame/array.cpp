@@ -73,9 +73,15 @@ uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_
   return block.count;
 }
 
+uint64_t first_tracked(const RecordBlock& block) {
+  uint64_t i = 0;
+  while (i < block.count && !has_flag(block.element(i), OBJ_STATE_TRACKED)) ++i;
+  return i;
+}
+
 void close_ranks(const Call& call, const RecordBlock& block, uint64_t kept, const FieldRow& field) {
   const RecordBlock left = record_block(block.start, kept, field);
-  if (kept == 0 || !has_flag(block.start, OBJ_STATE_TRACKED)) return;
+  if (first_tracked(left) == kept) return;
   announce(call, left.element_state(0), kept * left.state, nullptr);
   memmove(left.element_state(0), block.element_state(0), kept * left.state);
   uint32_t local = 0;

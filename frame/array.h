@@ -63,6 +63,8 @@ inline bool states_in_reach(bool tracked, uint64_t count, const FieldRow& field)
   return !tracked || count * record_stride(true, field) <= INT32_MAX;
 }
 
+// The first element that has state bytes; the count when there is none.
+uint64_t first_tracked(const RecordBlock& block);
 // After a failure left only the first `kept` elements: their state blocks follow the last of them again.
 void close_ranks(const Call& call, const RecordBlock& block, uint64_t kept, const FieldRow& field);
 // Initialises elements from `first` on, until one fails; gives back how many are whole.

@@ -32,13 +32,6 @@ void forget_old_element(const Call& call, void* object, void* element, bool on, 
   if (watched(call)) orkdb_plat_set_detach(call.handle, call.instance, element, 0);
 }
 
-// The first element that has state bytes; the count when there is none.
-uint64_t first_tracked(const RecordBlock& block) {
-  uint64_t i = 0;
-  while (i < block.count && !has_flag(block.element(i), OBJ_STATE_TRACKED)) ++i;
-  return i;
-}
-
 // Where the old elements' state bytes begin, or null: behind the elements that the block was made for. An 8-bit counter may have wrapped since,
 // so there the runtime is asked for what it was told.
 const uint8_t* old_states(const Call& call, const RecordBlock& from, const FieldRow& field) {
@@ -56,7 +49,7 @@ void move_elements(const Call& call, void* object, const RecordBlock& from, cons
   for (uint64_t i = 0; i < from.count; ++i) {
     if (on) {
       point_at_states(call, to, i, record);
-    } else if (has_flag(from.element(i), OBJ_STATE_TRACKED)) {
+    } else if (has_flag(from.element(i), OBJ_STATE_TRACKED | OBJ_STTR_OFFSET)) {
       leave_states_behind(call, from.element(i), to.element(i), record);
     }
   }
