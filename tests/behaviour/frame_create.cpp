@@ -254,6 +254,7 @@ TEST(FrameCreate, when_the_start_of_an_object_fails_its_block_goes_back_and_the_
     log.clear();
     EXPECT_EQ(fwe_cl_wayfind_mem_st_create_cr(h), nullptr) << "no sentinel here";
     EXPECT_EQ(h->cr_error, 0u) << "left to what the runtime stored";
+    EXPECT_EQ(h->cr_active, 0u);
 }
 
 TEST(FrameCreate, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_statistics) {
@@ -266,6 +267,26 @@ TEST(FrameCreate, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_st
                        "write_notify_fn(new1+8,1,7,new1)", "ork_get_manifested_type_info_ptr_mem(new1)", "write_notify_fn(new1,8,7,new1)",
                        "write_notify_fn(new1+10,1,7,new1)", "orklib_type_stats_create_object(7,type(fwe_cl_wayfind_mem_st),?,?)",
                        "trace(error,error in fwe_cl_wayfind_mem_st create: Input/output error)", "free_fn(7,new1)"});
+}
+
+TEST(FrameCreate, statistics_that_fail_are_looked_at_behind_the_fields_which_are_told_of_them) {
+    struct Case {
+        const char *record, *address;
+    };
+    // The second embeds a record: its state bytes would be at 176, and nobody is told so.
+    for (const auto &[record, address] :
+         {Case{"fwe_pal_wayfind_site_prefix_data", "ip_address_initialize(7,new1+24,type(ip_address),1,0,4,null,?)"},
+          Case{"fwe_cl_wayfind_prefixtosite_data", "ip_address_initialize(7,new1+16,type(ip_address),1,0,4,new1+176,?)"}}) {
+        Handle h(tracked);
+        const auto failing = spy::fail(orklib_type_stats_create_object, 5);
+        const std::string name = record;
+        spy::Log log;
+        EXPECT_EQ(fixture::function<void *(ork_handle *, uint32_t)>(schema(name).functions, "_create")(h, instance), nullptr);
+        EXPECT_CALLS(
+            log.calls_of({"orklib_type_stats_create_object", "orklib_update_sttr_offset", "ip_address_initialize", "trace", "free_fn"}),
+            std::vector<std::string>({"orklib_type_stats_create_object(7,type(" + name + "),?,?)", address,
+                                      "trace(error,error in " + name + " create: Input/output error)", "free_fn(7,new1)"}));
+    }
 }
 
 TEST(FrameCreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trace) {

@@ -259,6 +259,22 @@ TEST(FrameDestroy, a_negative_variant_is_counted_in_front_of_the_entries) {
                  {"orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_auto_tunnel),in front,?)"});
 }
 
+TEST(FrameDestroy, at_a_negative_variant_no_field_is_visited) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_prefixtosite_data");
+    obj.head().variant = -1;
+    auto *const entries = reinterpret_cast<const uint8_t *>(_fwe_cl_wayfind_prefixtosite_data_type_info_internal.varinfo->entries);
+    spy::name_at(entries + 16 - 40, "in front");
+    const auto &stats = _fwe_cl_wayfind_prefixtosite_stats_st_type_info_internal.varinfo->entries[0];
+    const uint64_t destroyed = stats.destroy_count;
+    spy::Log log;
+    fwe_cl_wayfind_prefixtosite_data_destroy(h, instance, static_cast<fwe_cl_wayfind_prefixtosite_data *>(obj.release()));
+    EXPECT_CALLS(log, {"ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
+                       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_prefixtosite_data),in front,?)",
+                       "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
+    EXPECT_EQ(stats.destroy_count, destroyed);
+}
+
 TEST(FrameDestroy, a_negative_variant_prints_sign_extended) {
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_mem_st");

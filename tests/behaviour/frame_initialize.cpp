@@ -31,6 +31,22 @@ TEST(FrameInitialize, without_notify_announces_nothing_and_without_statistics_co
     EXPECT_EQ(h.err, 0u) << "the state base is not asked for without statistics";
 }
 
+TEST(FrameInitialize, the_type_goes_where_the_runtime_says_and_that_place_is_announced) {
+    Handle h(plain);
+    alignas(8) uint8_t block[40] = {};
+    const ork_type_info *slot = nullptr;
+    spy::name(block, sizeof block, "obj");
+    spy::name(&slot, sizeof slot, "slot");
+    const auto elsewhere = spy::answer(ork_get_manifested_type_info_ptr_mem, &slot);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_mem_st *>(block),
+                                     &_fwe_cl_wayfind_mem_st_type_info_internal, 1, 1, 0, nullptr, &h.err);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(obj+9,1,7,obj)", "write_notify_fn(obj+8,1,7,obj)",
+                                                     "write_notify_fn(slot,8,7,obj)", "write_notify_fn(obj+10,1,7,obj)"});
+    EXPECT_EQ(slot, &_fwe_cl_wayfind_mem_st_type_info_internal);
+    EXPECT_EQ(load<uint64_t>(block), 0u);
+}
+
 TEST(FrameInitialize, the_objects_inside_are_neither_announced_nor_counted_when_the_record_is_not) {
     Handle h(tracked);
     alignas(8) uint8_t block[136 + 9] = {};
@@ -210,6 +226,28 @@ TEST(FrameInitialize, children_are_told_of_a_given_base_unless_their_parent_is_n
         fwe_cl_wayfind_nb_channel_data_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_nb_channel_data *>(block),
                                                   &_fwe_cl_wayfind_nb_channel_data_type_info_internal, 1, 0, flags, block + 200, &h.err);
         EXPECT_CALLS(log.calls_of({"orklib_get_sttr_offset", "orklib_update_sttr_offset"}), expected) << int{before} << " " << int{flags};
+        EXPECT_EQ(h.err, 0u);
+    }
+}
+
+TEST(FrameInitialize, children_take_the_base_that_was_given_also_where_a_distance_was_told) {
+    alignas(8) uint8_t block[300 + 13];
+    struct Case {
+        uint8_t *base;
+        const char *taken;
+    };
+    for (const auto &[base, taken] : {Case{block + 200, "obj+200"}, Case{nullptr, "obj+300"}}) {
+        Handle h(tracked);
+        std::memset(block, 0, sizeof block);
+        block[10] = OBJ_STTR_OFFSET;
+        spy::name(block, sizeof block, "obj");
+        const auto distance = spy::answer(orklib_get_sttr_offset, 300);
+        const auto unmapped = spy::replace(orklib_update_sttr_offset, [](ork_handle *, uint32_t, void *, int32_t) {});
+        spy::Log log;
+        fwe_cl_wayfind_prefixtosite_data_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_prefixtosite_data *>(block),
+                                                    &_fwe_cl_wayfind_prefixtosite_data_type_info_internal, 1, 0, 0, base, &h.err);
+        EXPECT_CALLS(log.calls_of({"ip_address_initialize"}),
+                     std::vector<std::string>{std::string("ip_address_initialize(7,obj+16,type(ip_address),1,0,4,") + taken + ",err)"});
         EXPECT_EQ(h.err, 0u);
     }
 }

@@ -80,6 +80,22 @@ TEST(FrameState, without_a_mode_an_object_that_claims_tracking_is_read_behind_it
     EXPECT_EQ(h.err, 0u);
 }
 
+TEST(FrameState, without_a_mode_the_getter_follows_a_told_distance) {
+    Handle h(plain);
+    alignas(8) uint8_t block[60 + 3] = {};
+    auto *const obj = reinterpret_cast<fwe_cl_wayfind_mem_st *>(block);
+    fwe_cl_wayfind_mem_st_initialize(h, instance, obj, &_fwe_cl_wayfind_mem_st_type_info_internal, 0, 1, 0, nullptr, &h.err);
+    header(obj).obj_flags = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
+    block[40] = 3; /* behind the body */
+    block[60] = 9;
+    spy::name(block, sizeof block, "obj");
+    const auto distance = spy::answer(orklib_get_sttr_offset, 60);
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_state_flag_get(h, instance, obj, &h.err), 9u);
+    EXPECT_CALLS(log, {"orklib_get_sttr_offset(7,obj)"});
+    EXPECT_EQ(h.err, 0u);
+}
+
 TEST(FrameState, the_getter_has_no_gate_and_the_setter_has) {
     Handle h(tracked);
     const auto old = h.domain({{"fwe_cl_wayfind_chan_st", 0}});

@@ -215,6 +215,52 @@ TEST(FrameRecordSet, an_untracked_source_gives_22_behind_the_copy_of_the_body) {
     h.err = 0;
 }
 
+TEST(FrameRecordSet, an_untracked_destination_under_a_tracking_handle_takes_the_body_and_stays_untracked_with_all_inside_it) {
+    struct Case {
+        const char *record;
+        unsigned body, fwe_num;
+        std::vector<size_t> records; /* itself and those inside it */
+    };
+    for (const auto &[record, body, fwe_num, records] :
+         {Case{"fwe_cl_wayfind_mem_st", 40, 12, {0}}, Case{"fwe_cl_wayfind_nb_channel_data", 136, 80 + 12, {0, 16, 80}}}) {
+        Handle h(untracked);
+        Object dst(h, record, "dst");
+        ork_handle_set_tracking(h, ORK_TRACKING_ON);
+        Object src(h, record, "src");
+        ASSERT_EQ(src.head().obj_flags, OBJ_STATE_TRACKED);
+        store<uint32_t>(bytes(src.get()) + fwe_num, 5);
+        spy::Log log;
+        fixture::function<void(ork_handle *, uint32_t, void *, const void *, uint32_t *)>(schema(record).functions, "_set")(
+            h, instance, dst.get(), src.get(), &h.err);
+        EXPECT_EQ(h.err, 22u);
+        EXPECT_CALLS(log.calls_of({"write_notify_fn", "ork_store_err", "trace"}),
+                     std::vector<std::string>({"write_notify_fn(dst," + std::to_string(body) + ",7,dst)", "ork_store_err(22)",
+                                               "trace(error,The object is not state tracked)"}));
+        EXPECT_EQ(load<uint32_t>(bytes(dst.get()) + fwe_num), 5u);
+        for (const size_t at : records) {
+            EXPECT_EQ(bytes(dst.get())[at + 10] & (OBJ_STATE_TRACKED | OBJ_STTR_OFFSET), 0) << record << " " << at;
+        }
+        EXPECT_EQ(dst.head().obj_flags, 0);
+    }
+}
+
+TEST(FrameRecordSet, between_tracked_records_only_the_body_is_copied_once_tracking_is_off) {
+    Handle h(tracked);
+    Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
+    Object src(h, "fwe_cl_wayfind_mem_st", "src");
+    fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, src, 5, &h.err);
+    ASSERT_EQ(src.state_of("fwe_num"), 2);
+    ork_handle_set_tracking(h, ORK_TRACKING_OFF);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
+    ork_handle_set_tracking(h, ORK_TRACKING_ON);
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,40,7,dst)"});
+    EXPECT_EQ(load<uint32_t>(dst.field("fwe_num")), 5u);
+    EXPECT_EQ(dst.head().obj_flags, OBJ_STATE_TRACKED);
+    EXPECT_EQ(dst.state_bytes(), (std::vector<uint8_t>{0, 0, 0}));
+}
+
 TEST(FrameRecordSet, re_points_its_children_before_their_state_is_copied_and_sets_them_behind) {
     Handle h(tracked);
     Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
