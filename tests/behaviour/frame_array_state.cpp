@@ -160,6 +160,19 @@ TEST(FrameArrayState, an_untracked_object_is_refused_with_the_words_of_getter_an
     ork_handle_set_tracking(p.h, ORK_TRACKING_OFF);
 }
 
+TEST(FrameArrayState, a_refused_request_for_the_element_block_leaves_the_callers_pointer_alone) {
+    Path p(untracked);
+    uint8_t byte = 1;
+    for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        ork_handle_set_tracking(p.h, tracking);
+        uint8_t *lent = &byte;
+        fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get_arr(p.h, instance, p.obj, &lent, &p.h.err);
+        EXPECT_EQ(std::exchange(p.h.err, 0), 22u);
+        EXPECT_EQ(lent, &byte);
+    }
+    ork_handle_set_tracking(p.h, ORK_TRACKING_OFF);
+}
+
 TEST(FrameArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_else) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");

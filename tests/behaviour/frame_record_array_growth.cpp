@@ -15,19 +15,6 @@ std::vector<std::string> until_the_old_block_goes(const spy::Log &log) {
     return calls;
 }
 
-struct Settings {
-    explicit Settings(const Mode &mode) : h(mode), obj(h, per_complex), src(h, setting, "src") {}
-    void set(uint32_t index) { fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, index, src, &h.err); }
-    fwe_dp_wayfind_debug_setting *get(uint32_t index) {
-        return fwe_dp_wayfind_debug_data_per_complex_dbg_setting_get(h, instance, obj, index, &h.err);
-    }
-    uint8_t number(uint32_t index) { return fwe_dp_wayfind_debug_setting_fwe_num_get_value(h, instance, get(index), &h.err); }
-    uint8_t state(uint32_t index) { return fwe_dp_wayfind_debug_setting_fwe_num_state_flag_get(h, instance, get(index), &h.err); }
-    Handle h;
-    Object obj;
-    Object src;
-};
-
 }  // namespace
 
 // ---- What goes along ----
@@ -126,6 +113,69 @@ TEST(FrameRecordArrayGrowth, elements_left_by_a_failed_read_close_up_announced_a
         s.set(count);
         EXPECT_EQ(s.h.err, 0u);
     }
+}
+
+TEST(FrameRecordArrayGrowth, that_fails_at_an_element_keeps_those_before_it_with_their_states_right_behind_them) {
+    Settings s(tracked);
+    spy::Log log;
+    {
+        const auto failing = spy::fail(ork_domain_lookup_variant, 5, 2);
+        s.set(2);
+    }
+    EXPECT_EQ(std::exchange(s.h.err, 0), 5u);
+    auto calls = log.calls_of({"alloc_fn", "write_notify_fn", "orklib_update_sttr_offset"});
+    std::erase_if(calls, [](const std::string &call) { /* the elements' own headers, but not a copy into one */
+                                                       return call.find(",7,new1") != std::string::npos &&
+                                                              call.find(",56,") == std::string::npos;
+    });
+    // Made for three elements with their states from 168 on; one is left, with its own from 56 on.
+    EXPECT_CALLS(calls, {"alloc_fn(7,195)=new1", "write_notify_fn(obj+16,8,7,obj)", "write_notify_fn(obj+11,1,7,obj)",
+                         "orklib_update_sttr_offset(7,new1,168)", "orklib_update_sttr_offset(7,new1+56,121)",
+                         "orklib_update_sttr_offset(7,new1+112,74)", "write_notify_fn(obj+11,1,7,obj)", "write_notify_fn(new1+56,9,7,null)",
+                         "orklib_update_sttr_offset(7,new1,56)", "write_notify_fn(state+8,8,7,null)", "alloc_fn(7,3)=new2"});
+    EXPECT_EQ(count_of<uint8_t>(s.obj, "num_fwes"), 1u);
+    EXPECT_EQ(s.obj.state()[0], 0);
+    EXPECT_EQ(element_bytes(s.obj, "dbg_setting", 3), (std::vector<uint8_t>{0, 0, 0}));
+    s.set(2);
+    EXPECT_EQ(s.h.err, 0u);
+    EXPECT_EQ(count_of<uint8_t>(s.obj, "num_fwes"), 3u);
+}
+
+TEST(FrameRecordArrayGrowth, records_inside_the_elements_left_by_a_failed_read_are_told_where_their_states_are_now) {
+    Handle h(tracked);
+    const auto mem = [&](const Object &obj, uint32_t i) {
+        auto *const element = fwe_cl_wayfind_select_all_policies_policy_get(h, instance, obj, i, &h.err);
+        return fwe_cl_wayfind_select_policy_mem_get(h, instance, element, &h.err);
+    };
+    // Ten bytes, three images of 59, the array's four states and the byte that a writer may touch behind them.
+    std::vector<uint8_t> image(10 + 3 * 59 + 4 + 1);
+    {
+        Object from(h, all_policies, "from");
+        Object src(h, policy, "src");
+        for (uint8_t i = 0; i < 3; ++i) {
+            fwe_cl_wayfind_select_all_policies_policy_set(h, instance, from, i, src, &h.err);
+            fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, mem(from, i), static_cast<uint8_t>(10 + i), &h.err);
+        }
+        EXPECT_EQ(fwe_cl_wayfind_select_all_policies_marshal(h, instance, image.data(), from, 191, &h.err), 191u);
+        EXPECT_EQ(h.err, 0u);
+    }
+    image.resize(10 + 59 + 40); /* the second ends behind its mem, which has the bytes from 10 to 38 */
+    Object obj(h, all_policies);
+    spy::Log log;
+    fwe_cl_wayfind_select_all_policies_unmarshal(h, instance, image.data(), obj, 109, 0, &h.err);
+    EXPECT_EQ(std::exchange(h.err, 0), 90u);
+    auto told = log.calls_of({"orklib_update_sttr_offset"});
+    ASSERT_GE(told.size(), 4u);
+    told.erase(told.begin(), told.end() - 4);
+    // Two bodies of 88, then two blocks of seven, in each that of its mem at 2.
+    EXPECT_CALLS(told, {"orklib_update_sttr_offset(7,new1,176)", "orklib_update_sttr_offset(7,new1+16,162)",
+                        "orklib_update_sttr_offset(7,new1+88,95)", "orklib_update_sttr_offset(7,new1+104,81)"});
+    EXPECT_EQ(count_of<uint32_t>(obj, "num_policies"), 2u);
+    for (uint8_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_state_flag_get(h, instance, mem(obj, i), &h.err), 10 + i);
+        EXPECT_EQ(fwe_cl_wayfind_mem_st_exmem_addr_state_flag_get(h, instance, mem(obj, i), &h.err), 0);
+    }
+    EXPECT_EQ(h.err, 0u);
 }
 
 // ---- Counters of one byte ----

@@ -24,4 +24,21 @@ inline uint8_t *block_of(const Object &obj, const std::string &field) {
     return load<uint8_t *>(obj.field(field));
 }
 
+// An array of debug settings and a source for its elements.
+struct Settings {
+    explicit Settings(const Mode &mode) : h(mode), obj(h, per_complex), src(h, setting, "src") {}
+    void set(uint32_t index) { set(index, src); }
+    void set(uint32_t index, const Object &from) {
+        fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, index, from, &h.err);
+    }
+    fwe_dp_wayfind_debug_setting *get(uint32_t index) {
+        return fwe_dp_wayfind_debug_data_per_complex_dbg_setting_get(h, instance, obj, index, &h.err);
+    }
+    uint8_t number(uint32_t index) { return fwe_dp_wayfind_debug_setting_fwe_num_get_value(h, instance, get(index), &h.err); }
+    uint8_t state(uint32_t index) { return fwe_dp_wayfind_debug_setting_fwe_num_state_flag_get(h, instance, get(index), &h.err); }
+    Handle h;
+    Object obj;
+    Object src;
+};
+
 }  // namespace frame

@@ -80,6 +80,19 @@ TEST(FrameText, set_announces_its_length_and_not_its_end) {
     EXPECT_EQ(obj.state_of("dscp_str"), 2);
 }
 
+TEST(FrameText, a_text_of_no_length_announces_no_bytes_and_writes_the_end_alone) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_hop_chan_data");
+    std::memcpy(obj.field("dscp_str"), "12345678", 8);
+    spy::Log log;
+    fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "", 0, &h.err);
+    EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(obj+280,0,7,obj)", "write_notify_fn(state+29,1,7,null)"});
+    EXPECT_EQ(text_at(obj, "dscp_str", 8), std::string("\0"
+                                                       "2345678",
+                                                       8));
+    EXPECT_EQ(h.err, 0u);
+}
+
 TEST(FrameText, a_length_above_the_field_is_refused) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_hop_chan_data");

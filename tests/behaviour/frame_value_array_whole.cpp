@@ -177,12 +177,13 @@ TEST(FrameValueArray, destroy_gives_both_blocks_back_and_announces_the_pointer_a
                                                                 "free_fn(7,elements)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameValueArray, destroy_of_an_empty_one_frees_no_null) {
+TEST(FrameValueArray, destroy_of_an_empty_one_frees_no_null_and_announces_its_pointer_all_the_same) {
     Handle h(tracked);
     Object obj(h, path_st);
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_destroy(h, instance, static_cast<fwe_cl_wayfind_sel_lb_path_st *>(obj.release()));
-    EXPECT_CALLS(log.calls_of({"free_fn"}), {"free_fn(7,obj)"});
+    EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}),
+                 {"write_notify_fn(obj+16,8,7,null)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
 TEST(FrameValueArray, destroy_at_a_negative_variant_keeps_the_array_but_frees_the_element_bytes) {
