@@ -1,11 +1,12 @@
 """The offline subcommands of wayfind on files made to harm whoever reads them."""
+import bz2
 import os
 import pathlib
 import resource
 import struct
 import unittest
 
-from offline import (CHAN_ST, DATA, PRINTING, STRINGS, SYMBOLS, Offline, bounded, elf_file, line_of, made_library, record, run,
+from offline import (CHAN_ST, DATA, NOTE, PRINTING, STRINGS, SYMBOLS, Offline, bounded, elf_file, line_of, made_library, record, run,
                      section_header, trace, trace_file, trace_index, traced_library)
 from subject import LIBRARY, SANITIZED, built
 
@@ -96,6 +97,29 @@ class Cost(Offline):
         library = self.file(made_library((".dynstr", STRINGS, names), *[(".dynsym", SYMBOLS, symbols, 2)] * 3500))
         done = run("manifest", library, before=HALF_A_MINUTE)  # reading each of them would take minutes
         self.assert_refused(done, "no section .manifest")
+
+    def test_many_notes_over_the_same_bytes_cost_no_more_than_one(self):
+        notes = bytes(12) * 500000  # as many without name and content
+        library = self.file(made_library(*[(".note", NOTE, notes)] * 60000))
+        self.assert_refused(run("manifest", library, before=HALF_A_MINUTE), "no section .manifest")
+
+    def test_many_trace_sections_cost_no_trace_a_walk(self):
+        nobodys = struct.pack("<HH", 1, 0) + bytes(16)
+        many = [(f".flight_luids_{n}", DATA, nobodys) for n in range(50000)]
+        library = self.file(made_library(*many, (".flight_format_strings", DATA, bz2.compress(b""))))
+        traces = library.with_name("traces")
+        traces.write_bytes(trace_file(trace(PRINTING) * 200000))
+        done = run("trace", "decode", library, traces, "--force", before=HALF_A_MINUTE)
+        self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "200000 traces of other libraries skipped\n", 0))
+
+    def test_a_text_longer_than_any_library_has_is_refused(self):
+        for size, is_refused in ((4096, False), (4097, True)):
+            library = self.file(traced_library(b"x" * size))
+            done = run("trace", "texts", library)
+            if is_refused:
+                self.assert_refused(done, f"a trace entry claims a text of {size} bytes")
+            else:
+                self.assertEqual((done.stderr, done.returncode), ("", 0))
 
     @unittest.skipIf(SANITIZED, "a sanitizer takes terabytes of addresses itself")
     def test_names_of_sections_that_overlap_are_not_copied(self):

@@ -63,7 +63,7 @@ def trace_file(*records, own=None):
     return head + record(2, struct.pack("<H", 1) + b"the module") + traced_file(0, own, b"/lib") + b"".join(records)
 
 
-NULL, DATA, STRINGS, SYMBOLS = 0, 1, 3, 11  # types of sections
+NULL, DATA, STRINGS, NOTE, SYMBOLS = 0, 1, 3, 7, 11  # types of sections
 CONTENT_AT = 64
 
 

@@ -4,7 +4,7 @@ import os
 import struct
 import unittest
 
-from offline import CHAN_ST, PRINTING, Offline, Pointer, build_id, line_of, record, run, trace, trace_file, traced_file
+from offline import CHAN_ST, PRINTING, Offline, Pointer, build_id, line_of, record, run, trace, trace_file, traced_file, traced_library
 from sections_test import INDEX, entries_of
 from subject import LIBRARY, built, types
 
@@ -52,6 +52,28 @@ class Traces(Offline):
             done = self.decode(trace_file(good, damage, good))
             self.assertEqual(done.stdout.count(": good\n"), 2, damage)
             self.assertEqual((done.stderr, done.returncode), ("1 damaged records skipped\n", 0))
+
+    def test_damaged_neighbours_count_each(self):
+        good, damaged = trace(PRINTING, b"x"), trace(PRINTING, b"x")[:-1] + b"y"
+        for records, count in (((good, damaged, damaged, damaged, good), 3), ((damaged, damaged), 2), ((good, b"junk", damaged, good), 2)):
+            done = self.decode(trace_file(*records))
+            self.assertEqual((len(done.stdout.splitlines()), done.stderr, done.returncode),
+                             (records.count(good), f"{count} damaged records skipped\n", 0))
+
+    def test_a_file_that_nobody_traced_to_is_empty(self):
+        for content in (b"", b"FLIGHT1\n\0"):
+            done = self.decode(content)
+            self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "", 0))
+
+    def test_builds_that_are_not_known_are_not_the_same(self):
+        library = self.file(traced_library(b" x"))
+        traces = library.with_name("traces")
+        traces.write_bytes(b"FLIGHT1\n\0" + traced_file(0, b"", b"/l") + trace(0, b"x"))
+        done = run("trace", "decode", library, traces)
+        self.assertEqual((done.stdout, done.returncode), ("", 1))
+        self.assertIn("the traces are of build unknown, the library is build unknown; --force decodes them all the same", done.stderr)
+        done = run("trace", "decode", library, traces, "--force")
+        self.assertEqual((len(done.stdout.splitlines()), done.returncode), (1, 0))
 
     def test_another_build_is_refused_unless_forced(self):
         content = trace_file(trace(PRINTING, b"x"), own=bytes(20))

@@ -155,10 +155,8 @@ void LibraryFile::read() {
   if (elf == nullptr) throw Failure(name_ + ": " + elf_errmsg(-1));
   if (elf_kind(elf.get()) != ELF_K_ELF) throw Failure(name_ + ": not an ELF file of the known version");
   const std::vector<Section> sections = sections_of(elf.get(), bytes_);
-  for (const Section& section : sections) {
-    sections_.emplace(section.name, section.bytes);
-    if (section.header.sh_type == SHT_NOTE && build_id_.empty()) build_id_ = build_id_in(section.bytes);
-  }
+  for (const Section& section : sections) sections_.emplace(section.name, section.bytes);
+  if (const auto notes = sections_.find(".note.gnu.build-id"); notes != sections_.end()) build_id_ = build_id_in(notes->second);
   type_names_ = names_in(sections);
 }
 

@@ -135,8 +135,8 @@ TraceFile::TraceFile(Bytes bytes, const std::string& name) {
   const bool begins = head.text(file_head.size()) == file_head;
   const Bytes build_id = head.take(head.number<uint8_t>());
   if (!begins || !head.whole()) throw Failure(name + ": not a trace file");
-  build_id_ = hex(build_id);
   records_ = head.rest();
+  if (!build_id.empty() || !records_.empty()) build_id_ = hex(build_id);
 }
 
 bool TraceFile::is_right(Bytes body, uint32_t checksum) {
@@ -147,20 +147,27 @@ bool TraceFile::is_right(Bytes body, uint32_t checksum) {
   return false;
 }
 
+bool TraceFile::ends_a_record(size_t place) const {
+  const Bytes behind = records_.subspan(place);
+  return behind.empty() || (behind.size() >= sizeof sync_word && u32_at(behind, 0) == sync_word);
+}
+
 std::optional<TraceRecord> TraceFile::next() {
   while (front_ < records_.size()) {
     size_t size = 1;
     std::optional<TraceRecord> record;
-    if (const std::optional<Claim> claim = read_head(records_.subspan(front_)); claim && is_right(claim->body, claim->checksum)) {
-      size = head_size + claim->body.size();
-      record = read_body(claim->kind, claim->body);
+    if (const std::optional<Claim> claim = read_head(records_.subspan(front_))) {
+      const size_t whole = head_size + claim->body.size();
+      const bool right = is_right(claim->body, claim->checksum);
+      if (right) record = read_body(claim->kind, claim->body);
+      if (right || ends_a_record(front_ + whole)) size = whole;
     }
     front_ += size;
     if (record) {
       in_damage_ = false;
       return record;
     }
-    // A stretch counts once, a record that is damaged in its body alone for itself.
+    // A stretch counts once, a record of which only the body is damaged for itself.
     if (size > 1 || !in_damage_) ++damaged_;
     in_damage_ = size == 1;
   }

@@ -49,17 +49,20 @@ class TraceFile {
   // The bytes have to outlive it. Fails when they do not begin as a trace file does; no bytes at all are a file without traces.
   TraceFile(Bytes bytes, const std::string& name);
 
-  // Of the library that made itself known first, hexadecimal; empty when the process could not tell, none in a file of no bytes.
+  // Of the library that made itself known first, hexadecimal; empty when the process could not tell, none in a file without a record of whom
+  // it is.
   const std::optional<std::string>& build_id() const { return build_id_; }
 
   // The next whole record; none at the end.
   std::optional<TraceRecord> next();
 
-  // Stretches of bytes passed over because no whole record stood there.
+  // Records passed over because their bodies are damaged, and stretches of bytes in which no record stands.
   size_t damaged() const { return damaged_; }
 
  private:
   bool is_right(Bytes body, uint32_t checksum);
+  // Whether the next record stands at that place, or nothing any more.
+  bool ends_a_record(size_t place) const;
 
   std::optional<std::string> build_id_;
   Bytes records_;

@@ -20,6 +20,7 @@ constexpr const char* patterns[] = {"1", "0", "44", "444", "51", "15", "111", "1
 // More than any library has; what claims more is not unpacked.
 constexpr size_t max_texts_size = size_t{64} << 20;
 constexpr size_t max_entries = size_t{1} << 20;
+constexpr size_t max_text_size = 4096;
 
 std::string unpack(Bytes packed, size_t size, const std::string& origin) {
   std::string texts(size + 1, '\0');  // one more than told, to see a stream that is too long
@@ -66,14 +67,15 @@ TraceTexts::TraceTexts(const std::vector<Bytes>& index, Bytes packed, const std:
   texts_ = unpack(packed, size, origin);
   size_t place = 0;
   for (const Bytes section : sections) {
-    Section& added = sections_.emplace_back();
-    std::copy_n(section.begin() + 4, added.id.size(), added.id.begin());
-    added.first = all_.size();
-    added.entries = (section.size() - head_size) / entry_size;
-    for (uint32_t i = 0; i < added.entries; ++i) {
+    SectionId id;
+    std::copy_n(section.begin() + 4, id.size(), id.begin());
+    const size_t own_entries = (section.size() - head_size) / entry_size;
+    sections_.emplace(id, Section{all_.size(), own_entries});
+    for (uint32_t i = 0; i < own_entries; ++i) {
       const size_t at = head_size + i * entry_size;
       const size_t pattern = u32_at(section, at) >> 16;
       const size_t length = u16_at(section, at + 4);
+      if (length > max_text_size) throw Failure(origin + ": a trace entry claims a text of " + std::to_string(length) + " bytes");
       if (pattern >= std::size(patterns)) throw Failure(origin + ": a trace entry has an unknown pattern of arguments");
       all_.push_back({u16_at(section, 2), i, patterns[pattern], std::string_view(texts_).substr(place, length)});
       place += length;
@@ -82,8 +84,8 @@ TraceTexts::TraceTexts(const std::vector<Bytes>& index, Bytes packed, const std:
 }
 
 const TraceTexts::Section* TraceTexts::section(const SectionId& id) const {
-  const auto found = std::find_if(sections_.begin(), sections_.end(), [&](const Section& section) { return section.id == id; });
-  return found == sections_.end() ? nullptr : &*found;
+  const auto found = sections_.find(id);
+  return found == sections_.end() ? nullptr : &found->second;
 }
 
 bool TraceTexts::has_section(const SectionId& id) const { return section(id) != nullptr; }

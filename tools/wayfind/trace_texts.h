@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,7 +40,6 @@ class TraceTexts {
 
  private:
   struct Section {
-    SectionId id;
     size_t first;  // in all_
     size_t entries;
   };
@@ -47,7 +47,7 @@ class TraceTexts {
 
   std::string texts_;
   std::vector<TraceText> all_;
-  std::vector<Section> sections_;
+  std::map<SectionId, Section> sections_;
 };
 
 }  // namespace wayfind
