@@ -144,6 +144,33 @@ class AgentUnderBadClients(Case):
             time.sleep(0.2)
             self.assertEqual(len(client.file.read(100_000)), 100_000)
 
+    def test_client_that_asks_and_does_not_read_is_held_back_and_let_go(self):
+        agent = self.start_agent("--idle-limit", 1)
+        with RawClient(self.socket) as client:
+            client.exchange()
+            client.socket.settimeout(0.5)
+            before = agent.memory()
+            sent = 0
+            with self.assertRaises(OSError):  # held back, or let go by now
+                while sent < 20_000_000:
+                    sent += client.socket.send(b"show x\n" * 9_000)
+            self.assertLess(agent.memory() - before, 4096)
+            time.sleep(1.5)
+            self.assertIn("let go, silent for 1 s", agent.log())
+        self.assert_serves()
+
+    def test_requests_held_back_are_answered_once_the_client_reads(self):
+        self.start_agent()
+        with RawClient(self.socket) as client:
+            client.exchange()
+            count = 20_000
+            sender = threading.Thread(target=client.say, args=(b"show x\n" * count,))
+            sender.start()
+            time.sleep(0.5)
+            for _ in range(count):
+                self.assertEqual(client.file.readline(), b"error there is no show x\n")
+            sender.join()
+
     def test_silent_client_is_let_go(self):
         agent = self.start_agent("--idle-limit", 1)
         with RawClient(self.socket) as client:

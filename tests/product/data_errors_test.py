@@ -1,4 +1,6 @@
 """What an agent says of data that it cannot take: file, line and reason, and it does not start."""
+import os
+
 from product import Case, run
 from schema import CL, Data
 
@@ -96,6 +98,16 @@ class DataErrors(Case):
     def test_text_behind_many_records(self):
         many = "".join(f"<{CL}hop_chan_data><dscp_str>{number}</dscp_str></{CL}hop_chan_data>\n" for number in range(20_000))
         self.refused(f"<fwe_ui_wayfind>\n{many}x</fwe_ui_wayfind>\n", 'bad.xml:1: text in <fwe_ui_wayfind>, "x"')
+
+    def test_record_that_the_message_around_it_does_not_carry(self):
+        self.refused(f"<{CL}hop_chan_msg>\n<{CL}channel_data/></{CL}hop_chan_msg>\n",
+                     f"bad.xml:2: unknown element <{CL}channel_data> in <{CL}hop_chan_msg>; correct or remove it")
+
+    def test_pipe_is_not_waited_for(self):
+        folder = self.folder / "data"
+        folder.mkdir(exist_ok=True)
+        os.mkfifo(folder / "pipe.xml")
+        self.assert_fails(run("agent", "--listen", self.socket, "--data", folder), "pipe.xml: no regular file")
 
     def test_text_that_is_not_printable(self):
         self.refused(self.hop_chan("<probe>\u0085</probe>"), 'bad.xml:3: text in <probe>, "\\xc2\\x85"')

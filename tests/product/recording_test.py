@@ -91,6 +91,13 @@ class Recordings(Case):
         self.file.write_text("".join(lines[:at] + ["<weather/>\n"] + lines[at:]))
         self.assert_fails(run("recording", self.file), f"{self.file}:{at + 1}: unknown element <weather>")
 
+    def test_with_two_messages_in_one_document(self):
+        one, other = (f"<{CL}{name}>\n</{CL}{name}>\n" for name in ("intf_sum_msg", "hop_chan_msg"))
+        self.file.write_text(f"<fwe_ui_wayfind>\n{one}</fwe_ui_wayfind>\n<fwe_ui_wayfind>\n{one}{other}</fwe_ui_wayfind>\n")
+        done = run("recording", self.file)
+        self.assertEqual((done.returncode, done.stderr), (1, f"wayfind: {self.file}:8: a second message in one document; "
+                                                             "give a file that was recorded\n"))
+
     def test_printed_to_a_full_disk(self):
         self.start_agent()
         self.show("intf", "--record", self.file)

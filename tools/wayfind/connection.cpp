@@ -13,7 +13,7 @@
 namespace wayfind {
 namespace {
 
-// Frames are made ahead of the client up to here, so that a client that does not read costs no more.
+// Answers are made ahead of the client up to here, so that a client that does not read costs no more.
 constexpr size_t outbox_enough = size_t{256} << 10;
 
 bool would_wait() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR; }
@@ -26,20 +26,24 @@ Connection::Connection(Descriptor socket, Handle handle, DataFolder& data, Refre
 }
 
 short Connection::wanted_events() const {
-  const bool reads = !closing_ && !input_ended_ && !answer_;
+  const bool reads = !closing_ && !input_ended_ && !answer_ && !is_full();
   return static_cast<short>((reads ? POLLIN : 0) | (has_output() ? POLLOUT : 0));
 }
 
 bool Connection::serve(short events) {
   if ((events & (POLLIN | POLLHUP | POLLERR)) != 0 && (wanted_events() & POLLIN) != 0 && !receive()) return false;
-  bool took = false;
+  bool goes_on = false;
   do {
-    took = take_input();
+    const bool was_held_back = is_full();
+    const bool took = take_input();
     make_frames();
     if (!flush()) return false;
-  } while (!has_output() && (took || answer_));
+    goes_on = was_held_back || took || answer_;
+  } while (!has_output() && goes_on);
   return has_output() || !(closing_ || input_ended_);
 }
+
+bool Connection::is_full() const { return outbox_.size() >= outbox_enough; }
 
 bool Connection::receive() {
   const ssize_t got = inbox_.fill(socket_.get());
@@ -65,7 +69,7 @@ bool Connection::flush() {
 bool Connection::take_input() {
   bool took = false;
   try {
-    while (!closing_ && !answer_ && take_item()) took = true;
+    while (!closing_ && !answer_ && !is_full() && take_item()) took = true;
   } catch (const Failure& failure) {
     refuse(failure.what());
     closing_ = true;
@@ -123,7 +127,7 @@ void Connection::refuse(const std::string& reason) {
 void Connection::make_frames() {
   if (!answer_) return;
   try {
-    while (!answer_->done() && outbox_.size() < outbox_enough) answer_->append_next(outbox_);
+    while (!answer_->done() && !is_full()) answer_->append_next(outbox_);
     if (!answer_->done()) return;
     const std::string less = lowered(*answer_->subject().bundle, *own_, *peer_);
     log(name_ + ": show " + answer_->subject().name + ", " + std::to_string(answer_->messages_sent()) + " messages" +

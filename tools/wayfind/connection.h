@@ -48,6 +48,8 @@ class Connection {
   void make_frames();
   void put(const std::string& text);
   bool has_output() const { return sent_ < outbox_.size(); }
+  // Whether the client has to read before it is answered further.
+  bool is_full() const;
 
   Descriptor socket_;
   Handle handle_;

@@ -13,8 +13,9 @@ namespace {
 
 // What an element is; none of these for one that names a value and holds nothing.
 struct Meaning {
-  bool is_container = false;
+  bool is_container = false;  // of records, messages and further containers
   bool is_text = false;
+  const wayfind_message* message = nullptr;
   const wayfind_record* record = nullptr;
   const wayfind_small_type* type = nullptr;
 };
@@ -28,18 +29,20 @@ struct Open {
 std::string tag(std::string_view name) { return "<" + std::string(name) + ">"; }
 
 bool is_container(std::string_view name) {
-  if (name == "fwe_ui_wayfind" || find_message_type(name) != nullptr) return true;
   const auto* end = wayfind_bundles + wayfind_bundle_count;
-  return std::any_of(wayfind_bundles, end, [&](const wayfind_bundle& bundle) { return bundle.name == name; });
+  return name == "fwe_ui_wayfind" || std::any_of(wayfind_bundles, end, [&](const wayfind_bundle& bundle) { return bundle.name == name; });
+}
+
+const wayfind_record* record_in(const wayfind_message& message, std::string_view name) {
+  const auto* end = message.records + message.record_count;
+  const auto* found = std::find_if(message.records, end, [&](const wayfind_record* record) { return record->name == name; });
+  return found != end ? *found : nullptr;
 }
 
 const wayfind_record* carried_record(std::string_view name) {
-  for (unsigned i = 0; i < wayfind_message_count; ++i) {
-    for (unsigned slot = 0; slot < wayfind_messages[i].record_count; ++slot) {
-      if (wayfind_messages[i].records[slot]->name == name) return wayfind_messages[i].records[slot];
-    }
-  }
-  return nullptr;
+  const wayfind_record* record = nullptr;
+  for (unsigned i = 0; i < wayfind_message_count && record == nullptr; ++i) record = record_in(wayfind_messages[i], name);
+  return record;
 }
 
 const wayfind_field* field_of(const wayfind_record& record, std::string_view name) {
@@ -70,9 +73,15 @@ std::string advice(const Meaning& meaning, std::string_view text) {
 
 bool find(const Meaning& outer, std::string_view name, Meaning& meaning) {
   if (outer.is_container) {
+    const MessageType* type = find_message_type(name);
+    meaning.message = type != nullptr ? type->schema : nullptr;
     meaning.record = carried_record(name);
-    meaning.is_container = meaning.record == nullptr;
-    return meaning.record != nullptr || is_container(name);
+    meaning.is_container = is_container(name);
+    return meaning.message != nullptr || meaning.record != nullptr || meaning.is_container;
+  }
+  if (outer.message != nullptr) {
+    meaning.record = record_in(*outer.message, name);
+    return meaning.record != nullptr;
   }
   if (outer.record != nullptr) {
     const wayfind_field* field = field_of(*outer.record, name);

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "data_check.h"
 #include "failure.h"
@@ -21,6 +23,8 @@ std::string located(const std::string& path, std::string_view reason) {
 }
 
 Xml parse(const std::string& path) {
+  std::error_code error;
+  if (std::filesystem::is_other(path, error)) throw Failure(path + ": no regular file");  // a pipe would be waited for
   const std::string text = file_content(path);
   uint32_t err = 0;
   char reason[256] = "";

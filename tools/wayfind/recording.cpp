@@ -19,11 +19,19 @@ struct RecordingOptions {
   Session session;
 };
 
-// Finds the first message's element.
-uint32_t find_message(void* ctx, const ork_xml_element* element) {
-  auto& found = *static_cast<const MessageType**>(ctx);
-  found = find_message_type(element->name);
-  return found != nullptr ? 1 : 0;
+// The message of a recorded document.
+struct Found {
+  const MessageType* type = nullptr;
+  uint32_t line_of_second = 0;  // where another one stands; 0: nowhere
+};
+
+uint32_t find_messages(void* ctx, const ork_xml_element* element) {
+  auto& found = *static_cast<Found*>(ctx);
+  const MessageType* type = find_message_type(element->name);
+  if (type == nullptr) return 0;
+  if (found.type != nullptr) found.line_of_second = element->line;
+  found.type = type;
+  return found.line_of_second;
 }
 
 class RecordingReader {
@@ -52,9 +60,14 @@ class RecordingReader {
     const Xml xml(ork_xml_parse(document.data(), document.size(), &err, reason, sizeof reason));
     if (err != 0) fail(*reason != 0 ? std::string("in the message that begins here, ") + reason : words_for(err));
     check_elements(*xml, path_, line_);
-    const MessageType* type = nullptr;
-    ork_xml_each(xml.get(), find_message, &type);
+    Found found;
+    ork_xml_each(xml.get(), find_messages, &found);
+    const MessageType* type = found.type;
     if (type == nullptr) fail("no recorded message; give a file that was recorded");
+    if (found.line_of_second != 0) {
+      line_ += found.line_of_second - 1;
+      fail("a second message in one document; give a file that was recorded");
+    }
     const auto destroy = [&](void* message) { type->destroy(handle_, ORK_NO_INSTANCE, message); };
     const std::unique_ptr<void, decltype(destroy)> message(type->from_xml(handle_, ORK_NO_INSTANCE, xml.get(), &err, reason, sizeof reason),
                                                            destroy);
