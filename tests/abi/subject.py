@@ -1,4 +1,4 @@
-"""What is under test, as the build hands it over in the environment, and the told tables beside this file."""
+"""What is under test, as the build hands it over in the environment, and the tables beside this file."""
 import os
 import pathlib
 import subprocess

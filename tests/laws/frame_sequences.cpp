@@ -11,7 +11,7 @@ void append(Calls &calls, const Calls &more) {
     calls.insert(calls.end(), more.begin(), more.end());
 }
 
-// The told sequences of one field on an object named obj with its state bytes named state.
+// The sequences that are to be seen for one field on an object named obj with its state bytes named state.
 class Told {
 public:
     Told(const Handle &h, const Field &f) : h_(h), f_(f) {}

@@ -61,7 +61,6 @@ LAYERS = [
     ("tests/", "tests", PUBLIC),
     ("bench/", "bench", PUBLIC),
     ("fuzz/", "fuzz", PUBLIC + ["tools"]),
-    ("examples/", "examples", PUBLIC),
     ("fwe_ui_wayfind/", "generated headers", ["ork"]),
 ]
 

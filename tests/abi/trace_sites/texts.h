@@ -1,4 +1,4 @@
-// The forms of trace text, as they are told.
+// The forms of trace text.
 #pragma once
 
 #include <string>
