@@ -43,6 +43,19 @@ protected:
     }
     uint8_t &value_of(void *obj) const { return bytes(obj)[small.flags ? 11 : 12]; }
     std::string type() const { return "type(" + small.name + ")"; }
+    // In private and in shared storage: an object without a type, and the type that a read has to put there.
+    template <class Use>
+    void with_unread(Use &&use) const {
+        ork_type_info copy = *schema.type;
+        const auto table = spy::answer(ork_type_info_ptr_get, &copy);
+        for (const bool shared : {false, true}) {
+            Handle h({.shared = shared});
+            void *const obj = create(h);
+            store<void *>(obj, nullptr);
+            use(h, obj, shared ? &copy : schema.type, shared ? 1u : 0u);
+            destroy(h, obj);
+        }
+    }
 
     const wayfind_small_type &schema = wayfind_small_types[GetParam()];
     const told::Small &small = *told::small(schema.name);
@@ -289,48 +302,36 @@ TEST_P(EverySmallType, with_an_error_standing_nothing_is_written_or_read) {
 }
 
 TEST_P(EverySmallType, a_read_object_points_at_its_type_or_at_the_shared_copy) {
-    ork_type_info copy = *schema.type;
-    const auto table = spy::answer(ork_type_info_ptr_get, &copy);
-    for (const bool shared : {false, true}) {
-        Handle h({.shared = shared});
-        void *const obj = create(h);
-        store<void *>(obj, nullptr);
+    with_unread([&](Handle &h, void *obj, const ork_type_info *expected, size_t asked) {
         spy::Log log;
         unmarshal(h, image(0), obj);
         EXPECT_EQ(h.err, 0u);
-        EXPECT_EQ(load<const ork_type_info *>(obj), shared ? &copy : schema.type);
-        const std::string asked = "ork_type_info_ptr_get(7," + type() + ",fwe_ui_wayfind_typeinfo_initialize)";
-        EXPECT_CALLS(log.calls_of({"ork_type_info_ptr_get"}), std::vector<std::string>(shared ? 1 : 0, asked));
-        destroy(h, obj);
-    }
+        EXPECT_EQ(load<const ork_type_info *>(obj), expected);
+        EXPECT_CALLS(log.calls_of({"ork_type_info_ptr_get"}),
+                     std::vector<std::string>(asked, "ork_type_info_ptr_get(7," + type() + ",fwe_ui_wayfind_typeinfo_initialize)"));
+    });
 }
 
 // The flag set's byte is read where the image ended, behind the one that the image has.
 TEST_P(EverySmallType, a_header_from_the_wire_is_stored_before_what_is_behind_it_is_read_and_also_when_that_fails) {
-    ork_type_info copy = *schema.type;
-    const auto table = spy::answer(ork_type_info_ptr_get, &copy);
-    for (const bool shared : {false, true}) {
-        Handle h({.shared = shared});
-        void *const obj = create(h);
-        store<void *>(obj, nullptr);
+    with_unread([&](Handle &h, void *obj, const ork_type_info *expected, size_t asked) {
         header(obj).variant_cap = 2;
         spy::Log log;
         EXPECT_EQ(unmarshal(h, {1, 0x1B}, 1, obj), small.flags ? 2u : 1u);
         EXPECT_EQ(h.err, 90u);
         EXPECT_EQ(header(obj).variant, 1);
-        EXPECT_EQ(load<const ork_type_info *>(obj), shared ? &copy : schema.type);
+        EXPECT_EQ(load<const ork_type_info *>(obj), expected);
         EXPECT_EQ(value_of(obj), small.flags ? 0x1B : 0);
         auto calls = log.calls_of({"_ork_variant_jump_unmarshal", "ork_type_info_ptr_get", "u_int32_unmarshal"});
         for (std::string &call : calls) {
             call.resize(call.find('('));
         }
-        std::vector<std::string> expected(shared ? 1 : 0, "ork_type_info_ptr_get");
-        expected.insert(small.flags ? expected.begin() : expected.end(), small.flags ? "_ork_variant_jump_unmarshal" : "u_int32_unmarshal");
-        EXPECT_EQ(calls, expected);
-        store<const ork_type_info *>(obj, shared ? &copy : schema.type);
+        std::vector<std::string> order(asked, "ork_type_info_ptr_get");
+        order.insert(small.flags ? order.begin() : order.end(), small.flags ? "_ork_variant_jump_unmarshal" : "u_int32_unmarshal");
+        EXPECT_EQ(calls, order);
+        store<const ork_type_info *>(obj, expected);
         header(obj).variant = 0;
-        destroy(h, obj);
-    }
+    });
 }
 
 TEST_P(EverySmallType, a_variant_from_the_wire_is_lowered_to_the_newest_of_the_object) {
