@@ -76,6 +76,7 @@ bool prepare_element_states(const Call& call, const Image& image, void* object, 
   uint8_t* entry = sent ? image.block + field.state : frame::state_entry(call, object, field);
   uint8_t* elements = frame::element_states(entry);
   if (sent && image.reuse != 0 && old_count == count && elements != nullptr) {
+    frame::announce(call, elements, count, nullptr);
     memset(elements, 0, count);
     return true;
   }

@@ -66,17 +66,6 @@ void allow_old_elements(Watch &watch, const told::Record &record, uint8_t *obj) 
     }
 }
 
-// A block of element bytes that fits is read into as the state bytes in front of it are.
-void allow_element_bytes(Watch &watch, const told::Record &record, const uint8_t *state, uint32_t count) {
-    for (const told::Field &field : record.fields) {
-        if (field.cls == Class::value_array || field.cls == Class::record_array) {
-            watch.allow(load<uint8_t *>(state + field.state + 8), count);
-        } else if (field.nested >= 0) {
-            allow_element_bytes(watch, *told::record(field.type), state + field.nested, count);
-        }
-    }
-}
-
 void fill(Handle &h, const Type &type, void *obj, uint32_t elements, const std::string &path) {
     forms::Filler filler(h, elements);
     filler.fill(type.schema, obj, path);
@@ -119,9 +108,6 @@ protected:
                 for_each_silent(silent, type().told, bytes(obj.get()), state, allow);
                 if (state && silent.states) {
                     allow_old_elements(watch, type().told, bytes(obj.get()));
-                    if (reuse) {
-                        allow_element_bytes(watch, type().told, state, had);
-                    }
                 }
                 call();
                 watch.check();
