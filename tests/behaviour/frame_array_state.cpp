@@ -1,4 +1,6 @@
 // State bytes of variable arrays: the whole, the elements, and two calls that work on different places.
+#include <numeric>
+
 #include "frame_objects.h"
 
 namespace frame {
@@ -62,6 +64,23 @@ TEST(FrameArrayState, set_arr_of_more_than_eight_goes_over_the_pointer) {
     fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, p.obj, src, 12, &p.h.err);
     EXPECT_EQ(std::memcmp(p.obj.state(), src, 12), 0);
     store(p.obj.state() + 8, elements);
+}
+
+TEST(FrameArrayState, set_arr_of_more_than_the_entry_holds_ends_with_the_entry) {
+    Handle h(tracked);
+    Object obj(h, "fwe_dp_wayfind_debug_data");
+    Object element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
+    fwe_dp_wayfind_debug_data_dbg_per_complex_set(h, instance, obj, 19, element, &h.err);
+    fwe_dp_wayfind_debug_data_is_none_state_flag_set(h, instance, obj, 9, &h.err);
+    auto *const elements = load<uint8_t *>(obj.state() + 8);
+    std::vector<uint8_t> src(20);
+    std::iota(src.begin(), src.end(), uint8_t{1});
+    std::vector<uint8_t> expected(src.begin(), src.begin() + 16);
+    expected.push_back(9); /* is_none's, behind the entry */
+    fwe_dp_wayfind_debug_data_dbg_per_complex_state_flag_set_arr(h, instance, obj, src.data(), 20, &h.err);
+    EXPECT_EQ(std::vector<uint8_t>(obj.state(), obj.state() + 17), expected);
+    EXPECT_EQ(h.err, 0u);
+    store(obj.state() + 8, elements);
 }
 
 TEST(FrameArrayState, set_arr_wants_the_arrays_own_count) {

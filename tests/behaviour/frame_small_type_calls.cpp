@@ -132,6 +132,22 @@ TEST_P(EverySmallType, destroy_counts_announces_the_slot_and_gives_the_block_bac
     }
 }
 
+TEST_P(EverySmallType, destroy_in_place_counts_and_leaves_the_storage_to_its_owner) {
+    Handle h(shared_and_recorded);
+    void *const obj = create(h);
+    auto *const type = load<const ork_type_info *>(obj);
+    ork_variant_entry &shared = type->varinfo->entries[0];
+    const uint64_t destroyed = shared.destroy_count;
+    spy::name_at(&shared.destroy_count, "destroy_count");
+    spy::Log log;
+    function<void(ork_handle *, uint32_t, void *, uint32_t)>("_destroy_internal")(h, instance, obj, 0);
+    EXPECT_CALLS(log.calls_of({"counter_notify_fn", "orkdb_plat_set_destroy", "write_notify_fn", "free_fn"}),
+                 {"counter_notify_fn(destroy_count,1,7)"});
+    EXPECT_EQ(shared.destroy_count, destroyed + 1);
+    EXPECT_EQ(load<const ork_type_info *>(obj), type);
+    h->free_fn(h->mem_pool, instance, obj);
+}
+
 TEST_P(EverySmallType, a_negative_variant_counts_neither_birth_nor_death) {
     Handle h(plain);
     const auto none = h.domain({{small.name, int8_t{-1}}});

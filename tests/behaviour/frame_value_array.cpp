@@ -269,6 +269,22 @@ TEST(FrameValueArray, an_object_of_a_negative_variant_has_no_array) {
 
 // ---- Set value ----
 
+TEST(FrameValueArray, set_value_raises_the_object_before_the_gate) {
+    Handle h(plain);
+    Object obj(h, path_st);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 2, &h.err);
+    spy::name(pointer_at<uint32_t *>(obj.field("path_id")), 8, "array");
+    obj.head().variant = -1;
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 7, &h.err);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                       "ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "u_int32_set_value(7,array,7,err)"});
+    EXPECT_EQ(obj.head().variant, 0);
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{7, 2}));
+}
+
 TEST(FrameValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_own) {
     Handle h(tracked_and_recorded);
     Object obj(h, path_st);

@@ -23,6 +23,21 @@ TEST(FrameSetMem, replaces_everything_in_the_order_told) {
     EXPECT_EQ(h.err, 0u);
 }
 
+TEST(FrameSetMem, raises_the_object_before_the_gate) {
+    Handle h(plain);
+    Object obj(h, path_st);
+    obj.head().variant = -1;
+    const uint32_t src[] = {1, 2};
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 2, &h.err);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                       "write_notify_fn(obj+16,8,7,obj)", "u_int32_sizeof()", "alloc_fn(7,8)=new1", "write_notify_fn(obj+12,4,7,obj)"});
+    EXPECT_EQ(obj.head().variant, 0);
+    EXPECT_EQ(h.last_error(), 0u);
+    EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
+}
+
 TEST(FrameSetMem, without_tracking_ends_with_the_count) {
     Handle h(untracked);
     Object obj(h, path_st);
@@ -136,6 +151,38 @@ TEST(FrameValueArray, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_set_cr(h, obj, 4, 5), 12u);
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem_cr(h, obj, src, 1), 12u) << "an error stands";
     h->cr_error = 0;
+}
+
+TEST(FrameGetMem, copies_elements_of_one_and_two_bytes_and_nothing_behind_them) {
+    Handle h(plain);
+    Object intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
+    Object site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
+    const uint8_t bytes_in[] = {1, 2, 3};
+    const uint16_t words_in[] = {1000, 2000, 3000};
+    fwe_cl_wayfind_sel_lb_src_intf_st_src_intf_id_set_mem(h, instance, intf, bytes_in, 3, &h.err);
+    fwe_cl_wayfind_sel_lb_dst_site_st_dst_site_id_set_mem(h, instance, site, words_in, 3, &h.err);
+    std::vector<uint8_t> bytes_out(4, 9);
+    std::vector<uint16_t> words_out(4, 9);
+    fwe_cl_wayfind_sel_lb_src_intf_st_src_intf_id_get_mem(h, instance, intf, bytes_out.data(), 3, &h.err);
+    fwe_cl_wayfind_sel_lb_dst_site_st_dst_site_id_get_mem(h, instance, site, words_out.data(), 3, &h.err);
+    EXPECT_EQ(bytes_out, (std::vector<uint8_t>{1, 2, 3, 9}));
+    EXPECT_EQ(words_out, (std::vector<uint16_t>{1000, 2000, 3000, 9}));
+    EXPECT_EQ(h.err, 0u);
+}
+
+TEST(FrameGetMem, raises_no_object_and_asks_the_gate_before_the_count) {
+    Handle h(plain);
+    Object obj(h, path_st);
+    obj.head().variant = -1;
+    uint32_t out = 9;
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_get_mem(h, instance, obj, &out, 1, &h.err);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_instance_variant(obj,1,0)", "ork_store_epoch_err(43,err)"});
+    EXPECT_EQ(h.last_error(), 43u);
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_EQ(out, 9u);
+    EXPECT_EQ(obj.head().variant, -1);
+    obj.head().variant = 0;
 }
 
 // ---- Removing ----

@@ -156,6 +156,27 @@ TEST(FrameLawAnnounce, destroy_in_place_and_removal_clear_nothing_silently_but_t
     }
 }
 
+TEST(FrameLawAnnounce, removal_of_elements_clears_pointer_and_count_behind_their_announcements) {
+    for (const Mode &mode : fixture::all_modes()) {
+        Handle h(mode);
+        for_each_field([&](const Field &f) {
+            if (!f.is_array()) {
+                return;
+            }
+            Object obj(h, f.type);
+            fill_arrays(h, f.type, obj.word());
+            ASSERT_EQ(h.err, 0u) << f.name();
+            spy::Log log;
+            Watch watch(log);
+            watch_object(watch, h, f.type, obj.get());
+            f.call("_remove_elements", {word(h), instance, obj.word()});
+            watch.check();
+            EXPECT_TRUE(watch.changed()) << f.name();
+            EXPECT_TRUE(watch.unannounced().empty()) << f.name() << ", " << mode.text() << ":" << list(watch.unannounced());
+        });
+    }
+}
+
 TEST(FrameLawAnnounce, the_silent_stores_are_silent) {
     Handle h(fixture::tracked);
     for (const Type &type : types()) {

@@ -83,9 +83,13 @@ TEST(FrameLawSmall, an_error_standing_stops_them) {
         void *const src = small.create(h);
         bytes(src)[small.told.flags ? 11 : 12] = 1;
         const Snapshot before(obj, small.told.size);
+        ork_store_err(h, 77);
         h.err = 5;
         {
             spy::Log log;
+            small
+                .function<void(ork_handle *, uint32_t, void *, const ork_type_info *, uint32_t, uint32_t, uint32_t, uint8_t *, uint32_t *)>(
+                    "_initialize")(h, instance, obj, small.schema.type, 1, 0, OBJ_NESTED, nullptr, &h.err);
             small.function<void(ork_handle *, uint32_t, void *, void *, uint32_t *)>("_set")(h, instance, obj, src, &h.err);
             if (small.told.flags) {
                 small.function<void(ork_handle *, uint32_t, void *, uint32_t, uint32_t, uint32_t *)>("_set_value")(h, instance, obj, 1, 1,
@@ -96,9 +100,29 @@ TEST(FrameLawSmall, an_error_standing_stops_them) {
             EXPECT_CALLS(log, {}) << small.told.name;
         }
         EXPECT_TRUE(before.unchanged()) << small.told.name;
+        EXPECT_EQ(h.err, 5u);
+        EXPECT_EQ(h.last_error(), 77u);
         h.err = 0;
         small.destroy(h, obj);
         small.destroy(h, src);
+    });
+}
+
+TEST(FrameLawSmall, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
+    Handle h;
+    std::set<void *> seen;
+    for_each_small([&](const Small &small) {
+        h->cr_error = 5;
+        void *const sentinel = small.function<void *(ork_handle *)>("_create_cr")(h);
+        ASSERT_NE(sentinel, nullptr);
+        EXPECT_TRUE(seen.insert(sentinel).second) << small.told.name;
+        h->cr_error = 0;
+        spy::Log log;
+        small.destroy(h, sentinel);
+        small.function<void(ork_handle *, void *)>("_destroy_cr")(h, sentinel);
+        small.function<void(ork_handle *, uint32_t, void *, uint32_t)>("_destroy_internal")(h, instance, sentinel, 1);
+        EXPECT_CALLS(log, {}) << small.told.name;
+        EXPECT_TRUE(std::all_of(bytes(sentinel), bytes(sentinel) + small.told.size, [](uint8_t b) { return b == 0; })) << small.told.name;
     });
 }
 

@@ -99,14 +99,22 @@ TEST(Observers, AreToldOfWritesAndOfTheDatabaseHooks) {
         options.observers.set_dirty = [](void *ctx, uint32_t, const void *) {
             static_cast<Seen *>(ctx)->calls.push_back("dirty");
         };
+        options.observers.set_destroy = [](void *ctx, uint32_t, const void *) {
+            static_cast<Seen *>(ctx)->calls.push_back("destroy");
+        };
+        options.observers.set_detach = [](void *ctx, uint32_t instance, const void *obj) {
+            EXPECT_EQ(*static_cast<const uint64_t *>(obj), 5u);
+            static_cast<Seen *>(ctx)->calls.push_back("detach " + std::to_string(instance));
+        };
     });
     uint32_t err = 0;
     uint64_t word = 0;
     u_int64_set_value(handle.get(), 0, &word, 5, &err);
     orkdb_record_containment2(handle.get(), 0, &word, nullptr, 1);
     orkdb_plat_set_dirty(handle.get(), 0, &word);
-    orkdb_plat_set_detach(handle.get(), 0, &word, 0);
-    EXPECT_EQ(seen.calls, (std::vector<std::string>{"write 8", "containment", "dirty"}));
+    orkdb_plat_set_destroy(handle.get(), 0, &word);
+    orkdb_plat_set_detach(handle.get(), 3, &word, 0);
+    EXPECT_EQ(seen.calls, (std::vector<std::string>{"write 8", "containment", "dirty", "destroy", "detach 3"}));
 }
 
 TEST(Modules, RootIsCountReservedTail) {
