@@ -286,6 +286,8 @@ struct ork_xml_element {
     const char *parent; /* name of the element around it, null at the root */
     const char *space;  /* its namespace, null: none; the reader finds only elements without one */
     const char *text;   /* the first text right in it that is not blank, whole, null: none */
+    /* The name of its first attribute but "state" and "time", which are what the library and a recording write; null: none. */
+    const char *attribute;
 };
 
 /* Calls visit for each element in document order. Stops at nonzero and gives that back, else 0. */

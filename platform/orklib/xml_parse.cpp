@@ -117,6 +117,16 @@ const char *text_in(const xmlNode *element) {
     return nullptr;
 }
 
+const char *foreign_attribute_of(const xmlNode *element) {
+    for (const xmlAttr *attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+        const std::string_view name = chars(attribute->name);
+        if (name != "state" && name != "time") {
+            return chars(attribute->name);
+        }
+    }
+    return nullptr;
+}
+
 uint32_t each(const xmlNode *first, uint32_t depth, const char *parent,
               uint32_t (*visit)(void *ctx, const ork_xml_element *element), void *ctx) {
     for (const xmlNode *node = first; node != nullptr; node = node->next) {
@@ -128,7 +138,8 @@ uint32_t each(const xmlNode *first, uint32_t depth, const char *parent,
                                       chars(node->name),
                                       parent,
                                       node->ns != nullptr ? chars(node->ns->href) : nullptr,
-                                      text_in(node)};
+                                      text_in(node),
+                                      foreign_attribute_of(node)};
         uint32_t stop = visit(ctx, &element);
         if (stop == 0) {
             stop = each(node->children, depth + 1, element.name, visit, ctx);

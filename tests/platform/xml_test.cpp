@@ -230,14 +230,15 @@ TEST(XmlText, TooLongAndBadEscapesAreRefused) {
     EXPECT_EQ(std::string_view(target, 4), "abcd");
 }
 
-// Each element as depth, name, parent, line, namespace and text.
+// Each element as depth, name, parent, line, namespace, text, and an attribute if there is a foreign one.
 std::string elements_of(const std::string &text) {
     std::string seen;
     const auto append = [](void *ctx, const ork_xml_element *element) -> uint32_t {
         const auto shown = [](const char *part) { return std::string(part != nullptr ? part : "-") + ","; };
         *static_cast<std::string *>(ctx) += std::to_string(element->depth) + "," + shown(element->name) +
                                             shown(element->parent) + std::to_string(element->line) + "," +
-                                            shown(element->space) + shown(element->text) + " ";
+                                            shown(element->space) + shown(element->text) +
+                                            (element->attribute != nullptr ? element->attribute : "") + " ";
         return 0;
     };
     EXPECT_EQ(ork_xml_each(parse_xml(text).get(), append, &seen), 0u);
@@ -256,6 +257,11 @@ TEST(XmlTools, ElementsInANamespaceSaySo) {
 
 TEST(XmlTools, TextOfAnElementIsTheFirstThatIsNotBlank) {
     EXPECT_EQ(elements_of("<m> <a>x</a> <!-- no -->y <a/>z</m>"), "0,m,-,1,-,y , 1,a,m,1,-,x, 1,a,m,1,-,-, ");
+}
+
+TEST(XmlTools, AttributeThatNoWriterWritesIsTold) {
+    EXPECT_EQ(elements_of("<m time='t'><a state='2'/><b state='2' x='1' y='2'/></m>"),
+              "0,m,-,1,-,-, 1,a,m,1,-,-, 1,b,m,1,-,-,x ");
 }
 
 TEST(XmlTools, PathsLinesAndRecordings) {

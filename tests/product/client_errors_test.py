@@ -59,7 +59,11 @@ class ClientErrors(Case):
 
     def test_path_too_long_for_a_socket(self):
         self.socket = "/tmp/" + "x" * 200
-        self.assert_fails(self.show("hop-chan"), "choose another one")
+        self.assert_fails(self.show("hop-chan"), self.socket + '", has 205 bytes, and may have 1 to 107; choose another one')
+
+    def test_path_of_a_socket_that_is_empty(self):
+        self.socket = ""
+        self.assert_fails(self.show("hop-chan"), 'path, "", has 0 bytes, and may have 1 to 107; choose another one')
 
     def test_unknown_subject(self):
         self.assert_fails(self.show("weather"), "there is no show weather", "--help")

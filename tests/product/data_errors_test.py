@@ -116,6 +116,29 @@ class DataErrors(Case):
         self.refused(f'<fwe_ui_wayfind xmlns="weather"><{CL}hop_chan_data/></fwe_ui_wayfind>\n',
                      "bad.xml:1: <fwe_ui_wayfind> stands in a namespace; remove its xmlns")
 
+    def test_attribute(self):
+        self.refused(self.hop_chan(f'<probe>\n<rx_state state="2" unit="k"><{REACHABLE}/></rx_state></probe>'),
+                     'bad.xml:4: attribute "unit" of <rx_state>; remove it')
+
+    def complexes(self, inside):
+        return f"<fwe_dp_wayfind_debug_data>\n{inside}</fwe_dp_wayfind_debug_data>\n"
+
+    def test_element_that_the_counter_of_its_array_cannot_count(self):
+        self.refused(self.complexes("<dbg_per_complex/>\n" * 256),
+                     "bad.xml:257: one more <dbg_per_complex> in <fwe_dp_wayfind_debug_data>, which holds up to 255; remove it")
+
+    def test_counter_that_tells_another_number_than_there_are_elements(self):
+        for told in ("3", "banana", "-2", "", "2 2", "0x3", "18446744073709551618"):
+            self.refused(self.complexes(f"\n<num_complexes>{told}</num_complexes>\n<dbg_per_complex/>\n<dbg_per_complex/>\n"),
+                         f'bad.xml:3: <num_complexes> is "{told}" and there are 2 of <dbg_per_complex>; correct it or leave it out')
+
+    def test_counter_of_an_array_without_elements(self):
+        self.refused(self.complexes("<num_complexes>1</num_complexes>"), 'bad.xml:2: <num_complexes> is "1" and there are 0 of')
+
+    def test_counter_in_an_element_of_an_array(self):
+        self.refused(self.complexes("<dbg_per_complex/>\n<dbg_per_complex>\n<num_fwes>2</num_fwes><dbg_setting/></dbg_per_complex>"),
+                     'bad.xml:4: <num_fwes> is "2" and there are 1 of <dbg_setting>')
+
     def test_number_out_of_range(self):
         self.refused(self.hop_chan("<hop_chan>\n<dscp>256</dscp>\n</hop_chan>"), 'bad.xml:4: <dscp> is "256"', "out of its range")
 
@@ -144,10 +167,10 @@ class DataErrors(Case):
 
 
 class DataForms(Case):
-    def shown(self, text):
+    def shown(self, text, subject="hop-chan"):
         (self.folder / "data.xml").write_text(text)
         self.start_agent(data=self.folder)
-        return self.show("hop-chan", "--format", "xml").stdout
+        return self.show(subject, "--format", "xml").stdout
 
     def test_record_may_be_the_root(self):
         self.assertIn("<dscp_str>ef</dscp_str>", self.shown(f"<{CL}hop_chan_data><dscp_str>ef</dscp_str></{CL}hop_chan_data>"))
@@ -170,6 +193,14 @@ class DataForms(Case):
     def test_set_holds_several_flags(self):
         shown = self.shown(f"<{CL}hop_chan_data><hop_chan><flags_show><{ACK}/><{ADDR_CHANGE}/></flags_show></hop_chan></{CL}hop_chan_data>")
         self.assertIn(f"<flags_show><{ADDR_CHANGE}/><{ACK}/></flags_show>", shown.replace("\n", ""))
+
+    def test_as_many_elements_as_their_counter_can_count_come_through(self):
+        for told in ("", "<num_complexes> 255 </num_complexes>", "<num_complexes>0xff</num_complexes>"):
+            data = f"<fwe_dp_wayfind_debug_data>{told}{'<dbg_per_complex/>' * 255}</fwe_dp_wayfind_debug_data>"
+            shown = self.shown(data, "dp-debug")
+            self.assertEqual((shown.count("<dbg_per_complex>"), shown.count("<num_complexes>255</num_complexes>")), (255, 1))
+            self.doCleanups()
+            self.setUp()
 
     def test_numbers_may_be_hexadecimal(self):
         self.assertIn("<flags>31</flags>", self.shown(f"<{CL}hop_chan_data><hop_chan><flags> 0x1f </flags></hop_chan></{CL}hop_chan_data>"))

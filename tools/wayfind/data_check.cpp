@@ -1,6 +1,7 @@
 #include "data_check.h"
 
 #include <algorithm>
+#include <charconv>
 #include <exception>
 #include <string_view>
 #include <vector>
@@ -20,10 +21,19 @@ struct Meaning {
   const wayfind_small_type* type = nullptr;
 };
 
+// What a counter says of the array behind it.
+struct Told {
+  const wayfind_field* counter;
+  const char* text;
+  uint32_t line;
+};
+
 // An element on the way from the root to where the walk is.
 struct Open {
   Meaning meaning;
   std::vector<std::string_view> once;  // elements seen of which it holds one
+  std::vector<uint64_t> fields;        // of a record: elements seen of each field
+  std::vector<Told> told;              // of a record: what its counters say
 };
 
 std::string tag(std::string_view name) { return "<" + std::string(name) + ">"; }
@@ -58,7 +68,7 @@ bool has_value(const wayfind_small_type& type, std::string_view name) {
 // The first words of a text, to be told.
 std::string_view first_line_of(std::string_view text) {
   constexpr const char* blanks = " \t\r\n";
-  text.remove_prefix(text.find_first_not_of(blanks));
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
   text = text.substr(0, text.find('\n'));
   return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
@@ -95,10 +105,23 @@ bool find(const Meaning& outer, std::string_view name, Meaning& meaning) {
   return outer.type != nullptr && (has_value(*outer.type, name) || outer.type->name == name);
 }
 
+bool is_array(const wayfind_field& field) { return field.cls == WAYFIND_VALUE_ARRAY || field.cls == WAYFIND_RECORD_ARRAY; }
+
 bool stands_once(const Meaning& outer, std::string_view name) {
   if (outer.record == nullptr) return outer.type != nullptr;
-  const wayfind_field& field = *field_of(*outer.record, name);
-  return field.cls != WAYFIND_VALUE_ARRAY && field.cls != WAYFIND_RECORD_ARRAY;
+  return !is_array(*field_of(*outer.record, name));
+}
+
+// A counter stands in front of its array.
+uint64_t most_elements(const wayfind_field& array) { return (uint64_t{1} << 8 * (&array)[-1].width) - 1; }
+
+// Whether a text is this number, written as any number of a data file.
+bool is_number(std::string_view text, uint64_t number) {
+  const bool is_hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  if (is_hexadecimal) text.remove_prefix(2);
+  uint64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, is_hexadecimal ? 16 : 10);
+  return error == std::errc() && end == text.data() + text.size() && value == number;
 }
 
 class Check {
@@ -108,6 +131,7 @@ class Check {
   void run(ork_xml& xml) {
     ork_xml_each(&xml, visit, this);
     if (failure_) std::rethrow_exception(failure_);
+    close(0);
   }
 
  private:
@@ -123,20 +147,50 @@ class Check {
   }
 
   void enter(const ork_xml_element& element) {
-    open_.resize(element.depth);
-    Open top{{.is_container = true}, {}};
+    close(element.depth);
+    Open top{{.is_container = true}, {}, {}, {}};
     Open& outer = open_.empty() ? top : open_.back();
     const std::string name = tag(element.name);
     const std::string inside = element.parent != nullptr ? " in " + tag(element.parent) : " at the root";
     Meaning meaning;
     if (element.space != nullptr) fail(element, name + " stands in a namespace; remove its xmlns");
+    if (element.attribute != nullptr) fail(element, "attribute \"" + std::string(element.attribute) + "\" of " + name + "; remove it");
     if (!find(outer.meaning, element.name, meaning)) fail(element, "unknown element " + name + inside + "; correct or remove it");
     if (stands_once(outer.meaning, element.name)) expect_first(outer, element, inside);
     if (element.text != nullptr && !meaning.is_text) {
       const std::string_view text = first_line_of(element.text);
       fail(element, "text in " + name + ", \"" + std::string(text) + "\"; " + advice(meaning, text));
     }
-    open_.push_back({meaning, {}});
+    if (outer.meaning.record != nullptr) count(outer, element);
+    open_.push_back({meaning, {}, {}, {}});
+  }
+
+  void count(Open& outer, const ork_xml_element& element) const {
+    const wayfind_record& record = *outer.meaning.record;
+    const wayfind_field& field = *field_of(record, element.name);
+    if (field.cls == WAYFIND_COUNTER) outer.told.push_back({&field, element.text != nullptr ? element.text : "", element.line});
+    outer.fields.resize(record.field_count);
+    const uint64_t elements = ++outer.fields[static_cast<size_t>(&field - record.fields)];
+    if (is_array(field) && elements > most_elements(field)) {
+      fail(element.line, "one more " + tag(element.name) + " in " + tag(record.name) + ", which holds up to " +
+                             std::to_string(most_elements(field)) + "; remove it");
+    }
+  }
+
+  // Leaves the elements that lie deeper.
+  void close(size_t depth) {
+    for (; open_.size() > depth; open_.pop_back()) {
+      const Open& left = open_.back();
+      for (const Told& told : left.told)
+        expect_count(told, left.fields[static_cast<size_t>(told.counter + 1 - left.meaning.record->fields)]);
+    }
+  }
+
+  void expect_count(const Told& told, uint64_t elements) const {
+    const std::string_view text = first_line_of(told.text);
+    if (is_number(text, elements)) return;
+    fail(told.line, tag(told.counter->name) + " is \"" + std::string(text) + "\" and there are " + std::to_string(elements) + " of " +
+                        tag(told.counter[1].name) + "; correct it or leave it out");
   }
 
   // An enum holds one value, whichever it is.
@@ -149,8 +203,10 @@ class Check {
     outer.once.emplace_back(element.name);
   }
 
-  [[noreturn]] void fail(const ork_xml_element& element, const std::string& reason) const {
-    throw Failure(origin_ + ":" + std::to_string(first_line_ - 1 + element.line) + ": " + reason);
+  [[noreturn]] void fail(const ork_xml_element& element, const std::string& reason) const { fail(element.line, reason); }
+
+  [[noreturn]] void fail(uint32_t line, const std::string& reason) const {
+    throw Failure(origin_ + ":" + std::to_string(first_line_ - 1 + line) + ": " + reason);
   }
 
   const std::string& origin_;

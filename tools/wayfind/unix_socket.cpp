@@ -17,7 +17,8 @@ sockaddr_un address_of(const std::string& path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (path.empty() || path.size() >= sizeof address.sun_path) {
-    throw Failure(path + ": a socket's path has 1 to " + std::to_string(sizeof address.sun_path - 1) + " bytes; choose another one");
+    throw Failure("the socket's path, \"" + path + "\", has " + std::to_string(path.size()) + " bytes, and may have 1 to " +
+                  std::to_string(sizeof address.sun_path - 1) + "; choose another one");
   }
   path.copy(address.sun_path, path.size());
   return address;
