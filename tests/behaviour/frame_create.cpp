@@ -1,5 +1,6 @@
 // Making records: the calls in their order, the sentinel, cr mode, and every way to fail.
 #include "frame_objects.h"
+#include "ork/flight.h"
 
 namespace frame {
 
@@ -222,17 +223,26 @@ TEST(FrameCreate, a_plain_create_does_not_look_at_cr_error) {
 
 TEST(FrameCreate, cr_mode_is_active_only_while_the_object_is_made) {
     Handle h({.cr_instance = 9});
+    uint32_t at_trace_start = 2;
     uint32_t seen = 2;
+    const auto start = spy::replace(flight_module_init_fn, [&](auto... arguments) {
+        at_trace_start = h->cr_active;
+        return spy::next(flight_module_init_fn)(arguments...);
+    });
     const auto watch =
         spy::replace(orklib_type_stats_create_object, [&](ork_handle *handle, uint32_t i, const ork_type_info *t, void *s, uint32_t *e) {
             seen = handle->cr_active;
             EXPECT_EQ(i, 9u);
             return spy::next(orklib_type_stats_create_object)(handle, i, t, s, e);
         });
-    auto *const obj = fwe_cl_wayfind_mem_st_create_cr(h);
-    EXPECT_EQ(seen, 1u);
-    EXPECT_EQ(h->cr_active, 0u);
-    fwe_cl_wayfind_mem_st_destroy_cr(h, obj);
+    for (const uint32_t before : {0u, 1u}) {
+        h->cr_active = before;
+        auto *const obj = fwe_cl_wayfind_mem_st_create_cr(h);
+        EXPECT_EQ(at_trace_start, before);
+        EXPECT_EQ(seen, 1u);
+        EXPECT_EQ(h->cr_active, 0u);
+        fwe_cl_wayfind_mem_st_destroy_cr(h, obj);
+    }
 }
 
 TEST(FrameCreate, when_the_start_of_an_object_fails_its_block_goes_back_and_the_hooks_are_not_told) {

@@ -88,6 +88,7 @@ TEST(FrameDestroy, null_and_the_sentinel_are_left_alone) {
     }
     EXPECT_CALLS(log, {});
     EXPECT_EQ(_fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0].destroy_count, destroyed);
+    EXPECT_EQ(h->cr_error, 5u);
 }
 
 TEST(FrameDestroy, in_cr_mode_the_instance_comes_from_the_handle) {
@@ -109,17 +110,23 @@ TEST(FrameDestroy, without_free_storage_the_block_and_its_header_stay) {
     EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameDestroy, a_slot_block_of_its_own_goes_back_first) {
-    Handle h(plain);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
-    void *const block = h->alloc_fn(h->mem_pool, instance, 16);
-    spy::name(block, 16, "block");
-    const auto manifested = spy::answer(ork_get_manifested_type_info, &_fwe_cl_wayfind_mem_st_type_info_internal);
-    obj.head().obj_flags = OBJ_OWNS_SLOT_BLOCK;
-    store(obj.get(), block);
-    spy::Log log;
-    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
-    EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}), {"free_fn(7,block)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
+TEST(FrameDestroy, a_slot_block_of_its_own_goes_back_before_the_object_and_behind_the_hook) {
+    for (const Mode &mode : {plain, shared_and_recorded}) {
+        Handle h(mode);
+        Object obj(h, "fwe_cl_wayfind_mem_st");
+        void *const block = h->alloc_fn(h->mem_pool, instance, 16);
+        spy::name(block, 16, "block");
+        const auto manifested = spy::answer(ork_get_manifested_type_info, &_fwe_cl_wayfind_mem_st_type_info_internal);
+        obj.head().obj_flags = OBJ_OWNS_SLOT_BLOCK;
+        store(obj.get(), block);
+        std::vector<std::string> expected = {"free_fn(7,block)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"};
+        if (mode.shared) {
+            expected.insert(expected.begin(), "orkdb_plat_set_destroy(7,obj)");
+        }
+        spy::Log log;
+        fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
+        EXPECT_CALLS(log.calls_of({"orkdb_plat_set_destroy", "free_fn", "write_notify_fn"}), expected);
+    }
 }
 
 TEST(FrameDestroy, a_slot_block_of_its_own_stays_with_storage_that_is_not_freed) {

@@ -59,13 +59,27 @@ TEST(FrameDestroyOid, open_references_keep_the_object_and_its_statistics) {
     EXPECT_EQ(h.memory().live_blocks, 0u) << "the runtime destroyed it behind the last reference";
 }
 
-TEST(FrameDestroyOid, a_removal_that_fails_is_stored_and_the_object_stays) {
+TEST(FrameDestroyOid, any_answer_but_0_lets_the_object_go) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    obj.head().obj_flags |= OBJ_OID_MAPPED;
+    const auto gone = spy::answer(ork_request_oid_mapping_destroy, 2);
+    spy::Log log;
+    fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(obj.release()));
+    EXPECT_CALLS(log.calls_of({"trace", "free_fn"}),
+                 {"trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)", "free_fn(7,obj)"});
+}
+
+TEST(FrameDestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatever_the_answer) {
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_mem_st");
     obj.head().obj_flags |= OBJ_OID_MAPPED;
     const Snapshot before = obj.snapshot();
-    {
-        const auto failing = spy::fail(ork_request_oid_mapping_destroy, 5);
+    for (const uint32_t answer : {0u, 1u}) {
+        const auto failing = spy::replace(ork_request_oid_mapping_destroy, [answer](ork_handle *, uint32_t, void *, uint32_t *err) {
+            *err = 5;
+            return answer;
+        });
         spy::Log log;
         fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
         EXPECT_CALLS(log, {"ork_request_oid_mapping_destroy(7,obj,?)",

@@ -121,4 +121,15 @@ TEST(FrameEnumField, a_later_variant_of_the_enum_itself_takes_any_value) {
     EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 77u);
 }
 
+TEST(FrameEnumField, a_negative_variant_of_the_enum_itself_has_the_range_of_the_first) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+    obj.field("tx_state")[8] = 0xFF;
+    const auto stay = spy::answer(orklib_adjust_variant, 0);
+    fwe_cl_wayfind_chan_nb_st_tx_state_set_value(h, instance, obj, 3, &h.err);
+    EXPECT_EQ(h.last_error(), 43u);
+    EXPECT_EQ(load<uint32_t>(obj.field("tx_state") + 12), 0u);
+    EXPECT_EQ(obj.state_of("tx_state"), 2);
+}
+
 }  // namespace frame

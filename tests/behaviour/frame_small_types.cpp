@@ -97,6 +97,20 @@ TEST(FrameEnum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_fai
     h->cr_error = 0;
 }
 
+TEST(FrameSmall, in_cr_style_all_are_made_and_given_back_for_the_instance_of_the_handle) {
+    Handle h({.cr_instance = 9});
+    for (unsigned i = 0; i < wayfind_small_type_count; ++i) {
+        const wayfind_small_type &type = wayfind_small_types[i];
+        const std::string size = std::to_string(told::small(type.name)->size);
+        spy::Log log;
+        void *const obj = fixture::function<void *(ork_handle *)>(type.functions, "_create_cr")(h);
+        fixture::function<void(ork_handle *, void *)>(type.functions, "_destroy_cr")(h, obj);
+        EXPECT_CALLS(log.calls_of({"alloc_fn", "free_fn"}), std::vector<std::string>{"alloc_fn(9," + size + ")=new1", "free_fn(9,new1)"})
+            << type.name;
+        EXPECT_EQ(log.calls_of({"write_notify_fn"}).back(), "write_notify_fn(new1,8,9,null)") << type.name;
+    }
+}
+
 TEST(FrameEnum, a_start_that_fails_is_traced_in_the_enums_words) {
     Handle h(plain);
     const auto failing = spy::fail(ork_domain_lookup_variant, 5);
@@ -334,10 +348,13 @@ TEST(FrameFlags, set_copies_all_24_bytes_and_get_makes_no_record) {
     EXPECT_CALLS(log, {});
 }
 
-TEST(FrameFlags, cr_forms_use_the_slot_of_the_handle) {
+TEST(FrameFlags, cr_forms_use_the_slot_and_the_instance_of_the_handle) {
     Handle h({.cr_instance = 11});
     FlagObject obj(h);
+    spy::Log log;
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_set_cr(h, obj, 2, 1), 0u);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "write_notify_fn"}),
+                 {"orklib_adjust_variant(11,obj,type(fwe_cl_wayfind_hop_chan_flags),0,cr_error)", "write_notify_fn(obj+11,1,11,obj)"});
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_cr(h, obj, 2), 1u);
     h->cr_error = 5;
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_cr(h, obj, 2), 0u);

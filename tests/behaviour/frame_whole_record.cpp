@@ -34,10 +34,12 @@ TEST(FrameRecordSet, a_null_destination_has_a_null_descriptor) {
     EXPECT_CALLS(log.calls_of({"orklib_adjust_variant"}), {"orklib_adjust_variant(7,null,null,0,err)"});
 }
 
-TEST(FrameRecordSet, copies_body_and_state_announced) {
+TEST(FrameRecordSet, copies_the_body_with_its_type_word_and_the_state_announced) {
+    const ork_type_info other = _fwe_cl_wayfind_mem_st_type_info_internal;
     Handle h(tracked);
     Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
     Object src(h, "fwe_cl_wayfind_mem_st", "src");
+    store(dst.get(), &other);
     fwe_cl_wayfind_mem_st_set_all(h, instance, src, 1, 2, 3, &h.err);
     fwe_cl_wayfind_mem_st_set_all_state_tracking_flag(h, instance, src, 7);
     spy::Log log;
@@ -184,13 +186,14 @@ TEST(FrameRecordSet, of_the_flags_only_the_told_distance_survives_the_copy) {
     Handle h(plain);
     Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
     Object src(h, "fwe_cl_wayfind_mem_st", "src");
-    dst.head().obj_flags = OBJ_EMBEDDED | OBJ_NESTED | OBJ_STTR_OFFSET;
+    constexpr uint8_t all = 0xE7; /* but 0x10, which says nothing, and that of state tracking, which is off */
+    dst.head().obj_flags = all;
     fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
-    EXPECT_EQ(dst.head().obj_flags, OBJ_STTR_OFFSET);
+    EXPECT_EQ(dst.head().obj_flags, 0x40);
     dst.head().obj_flags = 0;
-    src.head().obj_flags = OBJ_EMBEDDED | OBJ_STTR_OFFSET;
+    src.head().obj_flags = all;
     fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
-    EXPECT_EQ(dst.head().obj_flags, OBJ_EMBEDDED) << "the source's distance is not the destination's";
+    EXPECT_EQ(dst.head().obj_flags, 0xA7) << "the source's distance is not the destination's";
     src.head().obj_flags = 0;
     dst.head().obj_flags = 0;
 }

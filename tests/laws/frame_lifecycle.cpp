@@ -107,19 +107,25 @@ TEST(FrameLawLifecycle, memory_distances_and_statistics_balance) {
     }
 }
 
-TEST(FrameLawLifecycle, cr_mode_makes_and_destroys_the_same) {
+TEST(FrameLawLifecycle, cr_mode_makes_the_same_and_destroys_it_whatever_error_stands) {
     for (const Mode &mode : fixture::all_modes()) {
         Handle h(mode);
         for (const Type &type : types()) {
-            const Counts before = counts(h.storage());
-            void *const obj = fixture::function<void *(ork_handle *)>(type.schema.functions, "_create_cr")(h);
-            ASSERT_NE(obj, nullptr);
-            fixture::function<void(ork_handle *, void *)>(type.schema.functions, "_destroy_cr")(h, obj);
-            Counts expected;
-            expect_counts(expected, type.told, type.told.newest_variant(), true);
-            EXPECT_EQ(difference(counts(h.storage()), before), expected) << type.told.name << ", " << mode.text();
-            EXPECT_EQ(h->cr_error, 0u);
-            EXPECT_EQ(h->cr_active, 0u);
+            for (const uint32_t error : {0u, 5u}) {
+                const Counts before = counts(h.storage());
+                void *const obj = fixture::function<void *(ork_handle *)>(type.schema.functions, "_create_cr")(h);
+                ASSERT_NE(obj, nullptr);
+                EXPECT_EQ(h->cr_error, 0u);
+                EXPECT_EQ(h->cr_active, 0u);
+                h->cr_error = error; /* of a call in between */
+                fixture::function<void(ork_handle *, void *)>(type.schema.functions, "_destroy_cr")(h, obj);
+                EXPECT_EQ(std::exchange(h->cr_error, 0), error) << type.told.name;
+                EXPECT_EQ(h->cr_active, 0u);
+                EXPECT_EQ(h.memory().live_blocks, 0u) << type.told.name;
+                Counts expected;
+                expect_counts(expected, type.told, type.told.newest_variant(), true);
+                EXPECT_EQ(difference(counts(h.storage()), before), expected) << type.told.name << ", " << mode.text();
+            }
         }
     }
 }
