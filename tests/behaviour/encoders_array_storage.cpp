@@ -113,6 +113,10 @@ INSTANTIATE_TEST_SUITE_P(Records, ArrayReadWithoutTracking,
 
 // ---- Calls -------------------------------------------------------------------------------------------------------
 
+std::vector<std::string> storage_calls(const spy::Log &log) {
+    return log.calls_of({"free_fn", "write_notify_fn", "alloc_fn"});
+}
+
 TEST(ArrayStorage, GoesBeforeThePointerIsAnnouncedAndNewStorageComesLast) {
     for (const uint32_t hops : {0U, 2U}) {
         fixture::Handle handle;
@@ -126,8 +130,43 @@ TEST(ArrayStorage, GoesBeforeThePointerIsAnnouncedAndNewStorageComesLast) {
         if (hops != 0) {
             expected.emplace_back("alloc_fn(7,8)=new1");
         }
-        EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn", "alloc_fn"}), expected);
+        EXPECT_CALLS(storage_calls(log), expected);
     }
+}
+
+class TrackedArrayStorage : public testing::Test {
+protected:
+    TrackedArrayStorage() {
+        spy::name(object.get(), 48, "obj");
+        spy::name(array_of(object).block, 3 * sizeof(uint32_t), "block");
+        spy::name(elements, 3, "elements");
+    }
+
+    fixture::Handle handle{fixture::tracked};
+    const Object object = filled(handle, path(), 3);
+    const Bytes image = marshalled(handle, path(), object.get());
+    uint8_t *const elements = entry_of(object).elements;
+};
+
+TEST_F(TrackedArrayStorage, GoesAndComesOneBlockAfterTheOther) {
+    spy::Log log;
+    EXPECT_EQ(read(handle, path(), image, object, 0), 0u);
+    EXPECT_CALLS(storage_calls(log), {"free_fn(7,block)", "write_notify_fn(obj+16,8,7,obj)", "alloc_fn(7,12)=new1", "free_fn(7,elements)",
+                                      "write_notify_fn(obj+40,8,7,null)", "alloc_fn(7,3)=new2"});
+}
+
+TEST_F(TrackedArrayStorage, ThatIsKeptIsAnnouncedBeforeItIsCleared) {
+    std::memset(elements, 0xee, 3);
+    Bytes when_announced;
+    spy::Log log;
+    log.on_announcement = [&](const spy::Announcement &announcement) {
+        if (announcement.address == elements) {
+            when_announced.assign(elements, elements + 3);
+        }
+    };
+    EXPECT_EQ(read(handle, path(), image, object, 1), 0u);
+    EXPECT_CALLS(storage_calls(log), {"write_notify_fn(block,12,7,obj)", "write_notify_fn(elements,3,7,null)"});
+    EXPECT_EQ(when_announced, Bytes(3, 0xee));
 }
 
 TEST(ArrayStorage, HoldsElementsWhoseHeadersAreAnnouncedAsTheyAreWritten) {

@@ -1,7 +1,7 @@
 // What marshal, unmarshal and length of records call, in order, and what the forms of the small types do.
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
-#include "tests/behaviour/encoders_records.h"
+#include "tests/behaviour/encoders_arrays.h"
 
 namespace {
 
@@ -157,6 +157,67 @@ TEST(ArrayCalls, OfLengthOfFixedElementsAskTheFirstOne) {
         EXPECT_EQ(log.count("char_len"), 1u);
     }
     path.destroy(h, instance, object);
+}
+
+TEST(ArrayCalls, OfLengthOfNumbersAskTheFirstOneOnce) {
+    for (const auto &[record, width] : {std::pair{"fwe_cl_wayfind_sel_lb_path_st", "u_int32_len"},
+                                        {"fwe_cl_wayfind_sel_lb_dst_site_st", "u_int16_len"},
+                                        {"fwe_cl_wayfind_sel_lb_src_intf_st", "u_int8_len"}}) {
+        const fixture::Handle h;
+        const Object object = filled(h, calls_of(record), 3);
+        spy::name(object.get(), 32, "obj");
+        spy::name(array_of(object).block, 3, "block");
+        const spy::Log log;
+        calls_of(record).len(h, instance, object.get());
+        EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int16_len", "u_int8_len"}),
+                     std::vector<std::string>{"u_int32_len(7,obj+12)", std::string(width) + "(7,block)"});
+    }
+}
+
+TEST(ArrayCalls, OfBytesAreNoneForTheElements) {
+    for (const char *record : {"fwe_cl_wayfind_sel_lb_src_intf_st", "fwe_cl_wayfind_sel_lb_dst_intf_st"}) {
+        fixture::Handle h;
+        const Calls &calls = calls_of(record);
+        const Object object = filled(h, calls, 3);
+        const spy::Log log;
+        const Bytes image = marshalled(h, calls, object.get());
+        calls.unmarshal(h, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0, &h.err);
+        EXPECT_EQ(h.err, 0u);
+        EXPECT_EQ(log.count("u_int8_marshal"), 0u);
+        EXPECT_EQ(log.count("u_int8_unmarshal"), 0u);
+    }
+}
+
+// The counter, one element, and the one that ends early.
+TEST(ArrayCalls, OfUnmarshalEndWithTheFirstElementThatFails) {
+    fixture::Handle h;
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    const Object object(h, path);
+    const Bytes image = hex("00 00 0000001c 00000005 0000000a 0000");
+    const spy::Log log;
+    EXPECT_EQ(path.unmarshal(h, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0, &h.err), 30u)
+        << "the jump is followed";
+    EXPECT_EQ(h.err, 90u);
+    EXPECT_EQ(log.count("u_int32_unmarshal"), 3u);
+}
+
+TEST(ArrayCalls, OfUnmarshalTellNoDistanceWithoutTracking) {
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
+    for (const ork_tracking writer : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
+        const Handle source(writer);
+        const Bytes image = marshalled(source, path, filled(source, path, 2).get());
+        for (const ork_tracking reader : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
+            fixture::Handle h({.tracking = reader});
+            const Object object(h, path);
+            const spy::Log log;
+            path.unmarshal(h, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0, &h.err);
+            EXPECT_EQ(h.err, 0u);
+            EXPECT_EQ(log.count("orklib_update_sttr_offset"), 0u);
+            auto *const block = static_cast<uint8_t *>(array_of(object).block);
+            EXPECT_EQ(fixture::header(block).obj_flags, OBJ_NESTED);
+            EXPECT_EQ(fixture::header(block + 40).obj_flags, OBJ_NESTED);
+        }
+    }
 }
 
 TEST(ArrayCalls, OfUnmarshalTellTheDistanceBeforeTheElementIsInitialised) {

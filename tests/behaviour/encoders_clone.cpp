@@ -199,8 +199,10 @@ TEST_F(Clone, StartsTheTraceModuleAndCreatesOnlyForAnEmptySlot) {
     {
         spy::Log log;
         mem.clone_internal(h, instance, source, &slot, workspace.data(), 100, &h.err);
-        EXPECT_EQ(log.count("flight_module_init_fn"), 1u);
-        EXPECT_EQ(log.count("alloc_fn"), 1u);
+        const std::vector<std::string> made = log.calls_of({"flight_module_init_fn", "alloc_fn"});
+        ASSERT_EQ(made.size(), 2u);
+        EXPECT_TRUE(made[0].starts_with("flight_module_init_fn(")) << made[0];
+        EXPECT_EQ(made[1], "alloc_fn(7,40)=new1");
     }
     {
         spy::Log log;

@@ -162,7 +162,16 @@ TEST_F(CompareHash, EmptyArraysAreEqualAndHashAsNothing) {
     const Object b(handle, calls);
     EXPECT_EQ(calls.compare(a.get(), b.get()), 0);
     const uint32_t zero = 0;
-    EXPECT_EQ(calls.hash(a.get(), 5), u_int32_hash(&zero, u_int32_hash(&zero, 5)));
+    const uint32_t once = u_int32_hash(&zero, 5);
+    const uint32_t twice = u_int32_hash(&zero, once);
+    spy::name(a.get(), 32, "obj");
+    {
+        const spy::Log log;
+        EXPECT_EQ(calls.hash(a.get(), 5), twice);
+        EXPECT_CALLS(log, std::vector<std::string>{"u_int32_hash(obj+12,5)", "u_int32_hash(obj+12," + std::to_string(once) + ")",
+                                                   "SuperFastHash(null,0," + std::to_string(twice) + ")"});
+    }
+    spy::forget_names();
 }
 
 TEST_F(CompareHash, TextsDifferBehindTheirTerminatorAsWell) {

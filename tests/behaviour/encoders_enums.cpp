@@ -153,6 +153,22 @@ TEST_P(EveryEnum, NamesTheGivenPathWhenAProbeFails) {
     EXPECT_EQ(err, 5u);
 }
 
+// The value that the document holds lies behind the probe that fails.
+TEST_P(EveryEnum, LooksForNoFurtherValueOnceAProbeFailed) {
+    for (unsigned nth = 1; nth < count(); ++nth) {
+        const auto failing = failing_probe(nth);
+        object.object().value = 99;
+        err = 0;
+        char reason[64] = "";
+        spy::Log log;
+        object.from_xml("<e><" + values().back() + "/></e>", "//e", &err, reason, sizeof reason);
+        EXPECT_EQ(err, 5u) << nth;
+        EXPECT_EQ(log.count("xml_get_element_value"), nth);
+        EXPECT_EQ(object.object().value, 99u) << nth;
+        EXPECT_STREQ(reason, "Failed xpath: //e") << nth;
+    }
+}
+
 TEST_P(EveryEnum, NeedsRoomForAllItsBytes) {
     for (int32_t length = -1; length < 5; ++length) {
         Bytes buffer(8, 0xa5);

@@ -1,7 +1,7 @@
 // The flag set in all its forms.
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
-#include "tests/behaviour/encoders_records.h"
+#include "tests/behaviour/encoders_small_types.h"
 
 namespace {
 
@@ -81,6 +81,24 @@ TEST_F(Flags, OfNullPrintNothingMoreUnlessTheHandleIsStrict) {
     EXPECT_EQ(err, 0u) << "the scratch took the error";
 }
 
+// A runtime that refuses only one of the five has one written as refused.
+TEST_F(Flags, OfNullAreRefusedOneByOne) {
+    const std::vector<std::string> refused(5, "ork_store_epoch_err(43,?)");
+    for (unsigned nth = 1; nth <= 5; ++nth) {
+        {
+            const auto strict = spy::fail(ork_store_epoch_err, 43, nth);
+            spy::Log log;
+            EXPECT_EQ(print(nullptr), "  f@fwe_cl_wayfind_hop_chan_flags:ERR \n") << nth;
+            EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), refused);
+        }
+        const auto strict = spy::fail(ork_store_epoch_err, 43, nth);
+        spy::Log log;
+        EXPECT_EQ(to_xml(nullptr), "<f>\n<error>ERR</error></f>\n") << nth;
+        EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), refused);
+    }
+    EXPECT_EQ(err, 0u);
+}
+
 TEST_F(Flags, AreOnlyEverAddedFromXml) {
     byte() = 0x11;
     from_xml(std::string("<f><") + names[2] + "/></f>");
@@ -98,6 +116,15 @@ TEST_F(Flags, NameTheGivenPathWhenAProbeFails) {
     EXPECT_EQ(ork_handle_last_error(handle), 5u);
     EXPECT_STREQ(reason, "Failed xpath: //f");
     EXPECT_EQ(byte(), 0);
+}
+
+TEST_F(Flags, AreLookedForNoFurtherOnceAProbeFailedAndKeepThoseBeforeIt) {
+    const auto failing = failing_probe(2);
+    spy::Log log;
+    from_xml(std::string("<f><") + names[0] + "/><" + names[4] + "/></f>");
+    EXPECT_EQ(err, 5u);
+    EXPECT_EQ(log.count("xml_get_element_value"), 2u);
+    EXPECT_EQ(byte(), 0x01);
 }
 
 TEST_F(Flags, FromXmlWithoutAnObjectIsNoError) {
@@ -260,7 +287,13 @@ TEST_F(Flags, OutsideTheTableAre43) {
 TEST_F(Flags, OutsideTheTableLeave43InTheSlotOfAStrictHandle) {
     const Handle strict(Handle::Options{.strict_epoch = 1});
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_cr(strict, flags, 5), 0u);
-    EXPECT_EQ(strict->cr_error, 43u);
+    EXPECT_EQ(std::exchange(strict->cr_error, 0), 43u);
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_set_cr(strict, flags, 5, 1), 43u);
+    EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_value(strict, instance, nullptr, 1, &err), 0u);
+    EXPECT_EQ(std::exchange(err, 0), 43u) << "no object";
+    fwe_cl_wayfind_hop_chan_flags_set_value(strict, instance, flags, 5, 1, &err);
+    EXPECT_EQ(err, 43u);
+    EXPECT_EQ(byte(), 0);
 }
 
 TEST_F(Flags, OfALaterVariantWithoutAPlaceAreDroppedInSilence) {
@@ -321,6 +354,9 @@ TEST_F(Flags, CompareByTheirBytesAndHaveFixedSizes) {
     handle->cr_error = 1;
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_len_cr(handle), 0u);
     handle->cr_error = 0;
+    for (const auto &[variant, index] : {std::pair{5, 0}, {0, 0}, {-3, -3}}) {
+        EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_variant_data_index_cap(variant), index);
+    }
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get(handle, instance, flags), flags);
 }
 

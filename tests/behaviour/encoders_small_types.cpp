@@ -167,14 +167,16 @@ TEST_P(SmallTypeForms, OnTheWireAreOfTheOneVariantUnlessTheyOrTheDomainHaveNone)
         int8_t variant, known;
         uint8_t sent;
         uint32_t error;
-    } rows[] = {{0, 0, 0, 0},     {0, -1, 0xff, 43}, {-2, -1, 0xfe, 0}, {-2, -2, 0xfe, 0},
-                {-2, 0, 0xfe, 0}, {6, 9, 0, 0},      {6, 4, 0, 43},     {6, -128, 0x80, 43}};
+    } rows[] = {{0, 0, 0, 0}, {0, -1, 0xff, 43}, {-2, -1, 0xfe, 0},   {-2, -2, 0xfe, 0}, {-2, 0, 0xfe, 0},
+                {6, 9, 0, 0}, {6, 4, 0, 43},     {6, -128, 0x80, 43}, {-1, -2, 0xfe, 43}};
     const auto marshal = find<Marshal>(schema.functions, "_marshal");
     auto *const buffer = reinterpret_cast<uint8_t *>(text);
     for (const auto &row : rows) {
         static_cast<ork_object *>(object)->variant = row.variant;
         const auto known = spy::answer(ork_domain_lookup_variant, row.known);
+        spy::Log log;
         EXPECT_EQ(marshal(h, instance, buffer, object, 6, &h.err), small.flags ? 6u : 5u);
+        EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), std::vector<std::string>(row.error / 43, "ork_store_epoch_err(43,err)"));
         EXPECT_EQ(h.last_error(), row.error) << +row.variant << " of " << +row.known;
         EXPECT_EQ(buffer[0], row.sent) << +row.variant << " of " << +row.known;
     }

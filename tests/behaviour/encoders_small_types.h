@@ -1,6 +1,7 @@
-// Calls into the family of any enum.
+// Calls into the family of any enum, and probes for a value that fail.
 #pragma once
 
+#include "support/spy.h"
 #include "tests/behaviour/encoders_records.h"
 
 namespace forms {
@@ -77,6 +78,13 @@ inline std::vector<const wayfind_small_type *> all_enums() {
         }
     }
     return enums;
+}
+
+// The nth element asked for from now on, counted from 1, is answered by 5; the others go through.
+[[nodiscard]] inline spy::Replacement failing_probe(unsigned nth) {
+    return spy::replace(xml_get_element_value, [nth, seen = 0U](auto... arguments) mutable {
+        return ++seen == nth ? 5U : spy::next(xml_get_element_value)(arguments...);
+    });
 }
 
 }  // namespace forms

@@ -90,12 +90,14 @@ TEST_P(ArrayFields, TakeTheWholeByteAndThatOfEachElement) {
 }
 
 TEST_P(ArrayFields, AreSteppedOverWithTheirStatesByAReaderWithoutTracking) {
-    const Handle handle(ORK_TRACKING_OFF);
-    const Object object(handle, calls());
     const Bytes bytes = image(ORK_TRACKING_ON, 3);
-    EXPECT_EQ(read(handle, bytes, object), bytes.size());
-    EXPECT_EQ(err, 0u);
-    EXPECT_EQ(marshalled(handle, calls(), object.get()), image(ORK_TRACKING_OFF, 3));
+    for (const ork_tracking reader : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
+        const Handle handle(reader);
+        const Object object(handle, calls());
+        EXPECT_EQ(read(handle, bytes, object), bytes.size());
+        EXPECT_EQ(err, 0u);
+        EXPECT_EQ(marshalled(handle, calls(), object.get()), image(ORK_TRACKING_OFF, 3));
+    }
 }
 
 TEST_P(ArrayFields, WithoutStatesOnTheWireStillGetABlockThatFitsTheNewCount) {

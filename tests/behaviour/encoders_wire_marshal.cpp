@@ -1,4 +1,7 @@
 // What marshal and the lengths do beyond the plain image: variants, tracking, room, and the domain.
+#include <algorithm>
+#include <numeric>
+
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "support/fixture.h"
 #include "tests/behaviour/encoders_arrays.h"
@@ -93,6 +96,29 @@ TEST(Marshal, OfATrackedArrayWhoseElementBytesAreMissingWritesZeroStates) {
     entry_of(object).elements = elements;
     ASSERT_EQ(image.size(), 6u + 4 + 3 + 1 + 3);
     EXPECT_EQ(Bytes(image.end() - 4, image.end()), hex("00 000000")) << "and for the array as a whole";
+}
+
+// The elements of a path of three end at 22. The byte for the whole is stored there even when the buffer ends there, and not counted then.
+TEST(Marshal, OfAnArrayWhoseStatesDoNotAllFitWritesThoseThatDo) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Calls &path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
+    const Object untracked = filled(handle, path, 3);
+    ork_handle_set_tracking(handle, ORK_TRACKING_ON);
+    const Object tracked = filled(handle, path, 3);
+    entry_of(tracked).whole = 5;
+    std::iota(entry_of(tracked).elements, entry_of(tracked).elements + 3, uint8_t{6});
+    for (const auto &[object, states] : {std::pair{&untracked, hex("00 000000")}, {&tracked, hex("05 060708")}}) {
+        for (int32_t length = 22; length <= 26; ++length) {
+            Bytes buffer(32, 0xa5);
+            uint32_t err = 0;
+            EXPECT_EQ(marshal(handle, path, buffer, object->get(), length, err), static_cast<uint32_t>(length));
+            EXPECT_EQ(err, 0u);
+            EXPECT_EQ(buffer[5], length - 2) << "the jump";
+            Bytes expected(10, 0xa5);
+            std::copy_n(states.begin(), std::max(length - 22, 1), expected.begin());
+            EXPECT_EQ(Bytes(buffer.begin() + 22, buffer.end()), expected) << "length " << length;
+        }
+    }
 }
 
 // An object of variant 0 has 20 state bytes behind its body; what follows those is not its own.
@@ -282,6 +308,15 @@ TEST(Length, WithTrackingCountsOneForEachElementAndOneForTheArray) {
     }
 }
 
+TEST(Length, WithTrackingCountsTheStatesOfTheVariantsThatTheRecordHas) {
+    const Handle handle(ORK_TRACKING_ON);
+    const Object object(handle, tunnel());
+    for (const auto &[variant, length] : {std::pair{-1, 6u}, {0, 18u + 3}, {1, 82u + 3 + 2 * 33}}) {
+        object.header().variant = static_cast<int8_t>(variant);
+        EXPECT_EQ(tunnel().len(handle, instance, object.get()), length) << "variant " << variant;
+    }
+}
+
 TEST(Length, OfElementsWithArraysOfTheirOwnIsSummedOneByOne) {
     const Handle handle(ORK_TRACKING_OFF);
     const Calls &calls = calls_of("fwe_dp_wayfind_debug_data");
@@ -302,57 +337,6 @@ TEST(Length, InCrStyleIs0WhileAnErrorIsPending) {
     EXPECT_EQ(mem().len_cr(handle, nullptr), 26u);
     handle->cr_error = 12;
     EXPECT_EQ(mem().len_cr(handle, object.get()), 0u);
-}
-
-// ---- Corrupted handles -------------------------------------------------------------------------------------------
-
-class CorruptedHandle : public testing::Test {
-protected:
-    CorruptedHandle() : handle(ORK_TRACKING_ON), object(handle, mem()) {}
-
-    void corrupt() const { handle->sttr_info->sttr_mode = 0xDEAD; }
-    ~CorruptedHandle() override { handle->sttr_info->sttr_mode = ORK_STTR_ON; }
-
-    const Handle handle;
-    const Object object;
-    Bytes buffer = Bytes(100);
-    uint32_t err = 0;
-};
-using CorruptedHandleDeathTest = CorruptedHandle;
-
-TEST_F(CorruptedHandleDeathTest, EndsMarshal) {
-    corrupt();
-    EXPECT_DEATH(mem().marshal(handle, instance, buffer.data(), object.get(), 90, &err), "Corrupted ORK Handle");
-}
-
-TEST_F(CorruptedHandleDeathTest, EndsUnmarshal) {
-    corrupt();
-    EXPECT_DEATH(mem().unmarshal(handle, instance, buffer.data(), object.get(), 90, 0, &err), "Corrupted ORK Handle");
-}
-
-TEST_F(CorruptedHandleDeathTest, EndsLength) {
-    corrupt();
-    EXPECT_DEATH(mem().len(handle, instance, object.get()), "Corrupted ORK Handle");
-}
-
-TEST_F(CorruptedHandleDeathTest, IsNotLookedAtForTheLengthOfANullRecord) {
-    corrupt();
-    EXPECT_EQ(mem().len(handle, instance, nullptr), 26u);
-}
-
-TEST_F(CorruptedHandleDeathTest, EndsToXml) {
-    corrupt();
-    char text[200];
-    EXPECT_DEATH(mem().to_xml(handle, instance, "x", text, object.get(), sizeof text, 0, &err), "Corrupted ORK Handle");
-}
-
-TEST_F(CorruptedHandleDeathTest, IsNotLookedAtByPrintAndFromXml) {
-    corrupt();
-    char text[200] = "";
-    mem().print(handle, instance, text, 0, "x", object.get(), sizeof text, &err);
-    const Document document = parsed("<fwe_cl_wayfind_mem_st><fwe_num>5</fwe_num></fwe_cl_wayfind_mem_st>");
-    mem().from_xml(handle, instance, "//fwe_cl_wayfind_mem_st", document.get(), object.get(), &err, nullptr, 0);
-    EXPECT_EQ(err, 0u);
 }
 
 }  // namespace

@@ -60,6 +60,13 @@ struct TrackedXmlCalls : XmlCalls {
     TrackedXmlCalls() : XmlCalls(fixture::tracked) {}
 };
 
+// The nth scratch from now on, counted from 1, cannot be had; with 0 all can.
+[[nodiscard]] spy::Replacement refused_scratch(unsigned nth) {
+    return spy::replace(u_int32_create, [nth, seen = 0U](auto... arguments) mutable {
+        return ++seen == nth ? nullptr : spy::next(u_int32_create)(arguments...);
+    });
+}
+
 // The calls without their arguments.
 std::vector<std::string> names_of(const std::vector<std::string> &lines) {
     std::vector<std::string> names;
@@ -92,6 +99,20 @@ TEST_F(TrackedXmlCalls, OfWritingPassEachState) {
                  {"start_tag(7,text,'m',400,5,err)", "u_int32_to_xml(7,'fwe_num',text+14,obj+12,386,0,err)",
                   "u_int64_to_xml(7,'ppe_addr',text+35,obj+16,365,6,err)", "u_int64_to_xml(7,'exmem_addr',text+68,obj+24,332,0,err)",
                   "end_tag(7,text+95,'m',305,err)"});
+}
+
+// The mode is looked at once, before the fields.
+TEST_F(TrackedXmlCalls, OfWritingPassNoStateOfFieldsBehindTheOneThatTurnedTrackingOn) {
+    make("fwe_cl_wayfind_mem_st");
+    fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, as<fwe_cl_wayfind_mem_st>(), 6, &h.err);
+    ork_handle_set_tracking(h, ORK_TRACKING_OFF);
+    const auto turning = spy::replace(u_int32_to_xml, [&](auto... arguments) {
+        ork_handle_set_tracking(h, ORK_TRACKING_ON);
+        return spy::next(u_int32_to_xml)(arguments...);
+    });
+    write();
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_STREQ(text, "<m>\n<fwe_num>0</fwe_num>\n<ppe_addr>0</ppe_addr>\n<exmem_addr>0</exmem_addr>\n</m>\n");
 }
 
 TEST_F(XmlCalls, OfWritingSkipFieldsOnceAnErrorStandsButCloseTheElement) {
@@ -227,9 +248,7 @@ TEST_F(XmlCalls, OfReadingInCrModeLeaveTheSentinelAlone) {
 TEST_F(XmlCalls, OfReadingMakeOneMoreScratchBehindAStoreThatFailed) {
     for (const bool refused : {false, true}) {
         make("fwe_cl_wayfind_sel_lb_path_st");
-        const auto creates = spy::replace(u_int32_create, [refused, seen = 0](ork_handle *handle, uint32_t in) mutable {
-            return refused && ++seen == 2 ? nullptr : spy::next(u_int32_create)(handle, in);
-        });
+        const auto creates = refused_scratch(refused ? 2 : 0);
         std::vector<std::string> expected = {"u_int32_create", "u_int32_from_xml", "u_int32_destroy",
                                              "u_int32_create", "u_int32_from_xml", "u_int32_destroy"};
         expected.resize(refused ? 4 : 6);
@@ -241,6 +260,15 @@ TEST_F(XmlCalls, OfReadingMakeOneMoreScratchBehindAStoreThatFailed) {
         EXPECT_EQ(log.calls().back(), refused ? "ork_store_err(12)" : log.calls_of({"u_int32_destroy"}).back());
         EXPECT_EQ(h.last_error(), 12u);
     }
+}
+
+TEST_F(XmlCalls, OfReadingEndAt12WhenAScratchCannotBeMadeWhateverTheStoreLeft) {
+    make("fwe_cl_wayfind_sel_lb_path_st");
+    const auto storing = spy::fail(u_int32_set, 5);
+    const auto creates = refused_scratch(2);
+    read("<r><path_id>1</path_id></r>");
+    EXPECT_EQ(h.err, 12u);
+    EXPECT_EQ(h.last_error(), 12u);
 }
 
 // An element is copied from its scratch; a clone would go through the workspace and the wire form.

@@ -43,6 +43,26 @@ TEST_P(FormCalls, InCrStyleAreMadeForTheHandlesInstanceUnderTheTypesName) {
     }
 }
 
+TEST_P(FormCalls, OfUnmarshalHandOnTheRoomThatIsLeftAndReuseStorage) {
+    fixture::Handle h;
+    const Bytes image = marshalled(h, calls(), filled(h, calls(), 2).get());
+    const Object object(h, calls());
+    spy::name(image.data(), image.size(), "image");
+    const spy::Log log;
+    calls().unmarshal(h, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 3, &h.err);
+    EXPECT_EQ(h.err, 0u);
+    size_t primitives = 0;
+    for (const std::string &call : log.calls()) {
+        const size_t from = call.find("_unmarshal(7,image+");
+        if (from != std::string::npos && !call.starts_with("_ork_")) {
+            ++primitives;
+            const size_t left = image.size() - std::stoul(call.substr(call.find('+') + 1));
+            EXPECT_TRUE(call.ends_with("," + std::to_string(left) + ",3,err)")) << call;
+        }
+    }
+    EXPECT_GT(primitives, 0u);
+}
+
 // How many elements reading a record makes when each of its arrays has so many in the document: one more for each array, which finds none.
 unsigned record_scratches(const wayfind_record &record, unsigned elements) {
     unsigned result = 0;
