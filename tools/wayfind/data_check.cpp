@@ -112,8 +112,11 @@ bool stands_once(const Meaning& outer, std::string_view name) {
   return !is_array(*field_of(*outer.record, name));
 }
 
+size_t place(const wayfind_record& record, const wayfind_field& field) { return static_cast<size_t>(&field - record.fields); }
+
 // A counter stands in front of its array.
-uint64_t most_elements(const wayfind_field& array) { return (uint64_t{1} << 8 * (&array)[-1].width) - 1; }
+const wayfind_field& array_of(const wayfind_field& counter) { return *(&counter + 1); }
+uint64_t most_elements(const wayfind_field& array) { return (uint64_t{1} << 8 * (&array - 1)->width) - 1; }
 
 // Whether a text is this number, written as any number of a data file.
 bool is_number(std::string_view text, uint64_t number) {
@@ -153,13 +156,13 @@ class Check {
     const std::string name = tag(element.name);
     const std::string inside = element.parent != nullptr ? " in " + tag(element.parent) : " at the root";
     Meaning meaning;
-    if (element.space != nullptr) fail(element, name + " stands in a namespace; remove its xmlns");
-    if (element.attribute != nullptr) fail(element, "attribute \"" + std::string(element.attribute) + "\" of " + name + "; remove it");
-    if (!find(outer.meaning, element.name, meaning)) fail(element, "unknown element " + name + inside + "; correct or remove it");
+    if (element.space != nullptr) fail(element.line, name + " stands in a namespace; remove its xmlns");
+    if (element.attribute != nullptr) fail(element.line, "attribute \"" + std::string(element.attribute) + "\" of " + name + "; remove it");
+    if (!find(outer.meaning, element.name, meaning)) fail(element.line, "unknown element " + name + inside + "; correct or remove it");
     if (stands_once(outer.meaning, element.name)) expect_first(outer, element, inside);
     if (element.text != nullptr && !meaning.is_text) {
       const std::string_view text = first_line_of(element.text);
-      fail(element, "text in " + name + ", \"" + std::string(text) + "\"; " + advice(meaning, text));
+      fail(element.line, "text in " + name + ", \"" + std::string(text) + "\"; " + advice(meaning, text));
     }
     if (outer.meaning.record != nullptr) count(outer, element);
     open_.push_back({meaning, {}, {}, {}});
@@ -170,7 +173,7 @@ class Check {
     const wayfind_field& field = *field_of(record, element.name);
     if (field.cls == WAYFIND_COUNTER) outer.told.push_back({&field, element.text != nullptr ? element.text : "", element.line});
     outer.fields.resize(record.field_count);
-    const uint64_t elements = ++outer.fields[static_cast<size_t>(&field - record.fields)];
+    const uint64_t elements = ++outer.fields[place(record, field)];
     if (is_array(field) && elements > most_elements(field)) {
       fail(element.line, "one more " + tag(element.name) + " in " + tag(record.name) + ", which holds up to " +
                              std::to_string(most_elements(field)) + "; remove it");
@@ -181,8 +184,7 @@ class Check {
   void close(size_t depth) {
     for (; open_.size() > depth; open_.pop_back()) {
       const Open& left = open_.back();
-      for (const Told& told : left.told)
-        expect_count(told, left.fields[static_cast<size_t>(told.counter + 1 - left.meaning.record->fields)]);
+      for (const Told& told : left.told) expect_count(told, left.fields[place(*left.meaning.record, array_of(*told.counter))]);
     }
   }
 
@@ -190,20 +192,18 @@ class Check {
     const std::string_view text = first_line_of(told.text);
     if (is_number(text, elements)) return;
     fail(told.line, tag(told.counter->name) + " is \"" + std::string(text) + "\" and there are " + std::to_string(elements) + " of " +
-                        tag(told.counter[1].name) + "; correct it or leave it out");
+                        tag(array_of(*told.counter).name) + "; correct it or leave it out");
   }
 
   // An enum holds one value, whichever it is.
   void expect_first(Open& outer, const ork_xml_element& element, const std::string& inside) const {
     const bool is_enum = outer.meaning.type != nullptr && outer.meaning.type->is_flag_set == 0;
-    if (is_enum && !outer.once.empty()) fail(element, "a second value, " + tag(element.name) + "," + inside + "; remove one of them");
+    if (is_enum && !outer.once.empty()) fail(element.line, "a second value, " + tag(element.name) + "," + inside + "; remove one of them");
     if (std::find(outer.once.begin(), outer.once.end(), element.name) != outer.once.end()) {
-      fail(element, "a second " + tag(element.name) + inside + "; remove one of them");
+      fail(element.line, "a second " + tag(element.name) + inside + "; remove one of them");
     }
     outer.once.emplace_back(element.name);
   }
-
-  [[noreturn]] void fail(const ork_xml_element& element, const std::string& reason) const { fail(element.line, reason); }
 
   [[noreturn]] void fail(uint32_t line, const std::string& reason) const {
     throw Failure(origin_ + ":" + std::to_string(first_line_ - 1 + line) + ": " + reason);
