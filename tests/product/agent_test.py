@@ -51,6 +51,35 @@ class AgentLife(Case):
         self.assert_serves()
         self.assertEqual(agent.process.wait(60), 0)
 
+    def test_once_is_for_a_client_that_says_something(self):
+        agent = self.start_agent("--once", "--idle-limit", 1)
+        self.assert_fails(run("agent", "--listen", self.socket, "--data", TREE / "data"), "an agent is listening at")
+        with RawClient(self.socket) as silent:
+            silent.file.read()
+        self.assert_serves()
+        self.assertEqual(agent.process.wait(60), 0)
+
+    def test_once_ends_with_a_client_that_fell_silent(self):
+        agent = self.start_agent("--once", "--idle-limit", 1)
+        with RawClient(self.socket) as client:
+            client.exchange()
+            self.assertEqual(agent.process.wait(60), 0)
+
+    def test_of_many_that_find_a_stale_socket_one_listens(self):
+        with socket.socket(socket.AF_UNIX) as left_behind:
+            left_behind.bind(str(self.socket))
+        agents = [subprocess.Popen([WAYFIND, "agent", "--listen", str(self.socket), "--data", str(TREE / "data")], stderr=subprocess.DEVNULL)
+                  for _ in range(6)]
+        end = time.monotonic() + PATIENCE
+        while sum(agent.poll() is None for agent in agents) > 1 and time.monotonic() < end:
+            time.sleep(0.02)
+        try:
+            self.assert_serves()
+        finally:
+            for agent in agents:
+                agent.terminate()
+        self.assertEqual(sorted(agent.wait(PATIENCE) for agent in agents), [0, 1, 1, 1, 1, 1])
+
     def test_bad_release_file(self):
         self.assert_fails(run("agent", "--listen", self.socket, "--data", TREE / "data", "--release", TREE / "data/maps.xml"), "maps.xml: line 1")
 

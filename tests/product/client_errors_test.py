@@ -57,6 +57,13 @@ class ClientErrors(Case):
             left_behind.bind(str(self.socket))
         self.assert_fails(self.show("hop-chan"), "nobody listens at", "wayfind agent --listen")
 
+    def test_agent_that_lets_nobody_in(self):
+        with socket.socket(socket.AF_UNIX) as stuck, socket.socket(socket.AF_UNIX) as waiting:
+            stuck.bind(str(self.socket))
+            stuck.listen(0)
+            waiting.connect(str(self.socket))
+            self.assert_fails(self.show("hop-chan", "--timeout", 1), f"the agent at {self.socket} has let no client in for 1 s", "--timeout")
+
     def test_path_too_long_for_a_socket(self):
         self.socket = "/tmp/" + "x" * 200
         self.assert_fails(self.show("hop-chan"), self.socket + '", has 205 bytes, and may have 1 to 107; choose another one')

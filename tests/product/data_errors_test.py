@@ -65,6 +65,15 @@ class DataErrors(Case):
         self.refused(self.hop_chan(f"<hop_chan><flags_show><{ACK}/><{ADDR_CHANGE}/>\n<{ACK}/></flags_show></hop_chan>"),
                      f"bad.xml:4: a second <{ACK}> in <flags_show>; remove one of them")
 
+    def test_name_of_the_set_in_place_of_a_flag(self):
+        self.refused(self.hop_chan(f"<hop_chan><flags_show><{CL}hop_chan_flags/></flags_show></hop_chan>"),
+                     f"bad.xml:3: unknown element <{CL}hop_chan_flags> in <flags_show>")
+
+    def test_second_record_in_a_message(self):
+        record = f"<{CL}hop_chan_data/>"
+        self.refused(f"<{CL}hop_chan_msg>\n{record}\n{record}</{CL}hop_chan_msg>\n",
+                     f"bad.xml:3: a second {record.replace('/', '')} in <{CL}hop_chan_msg>; remove one of them")
+
     def test_name_of_a_value_as_text(self):
         self.refused(self.hop_chan(f"<probe>\n<rx_state> {REACHABLE} </rx_state></probe>"),
                      f'bad.xml:4: text in <rx_state>, "{REACHABLE}"; write the value as an element, like <{REACHABLE}/>')
@@ -128,9 +137,9 @@ class DataErrors(Case):
                      "bad.xml:257: one more <dbg_per_complex> in <fwe_dp_wayfind_debug_data>, which holds up to 255; remove it")
 
     def test_counter_that_tells_another_number_than_there_are_elements(self):
-        for told in ("3", "banana", "-2", "", "2 2", "0x3", "18446744073709551618"):
+        for told in ("3", "banana", "-2", "", "2 2", "2\n7", "0x3", "18446744073709551618"):
             self.refused(self.complexes(f"\n<num_complexes>{told}</num_complexes>\n<dbg_per_complex/>\n<dbg_per_complex/>\n"),
-                         f'bad.xml:3: <num_complexes> is "{told}" and there are 2 of <dbg_per_complex>; correct it or leave it out')
+                         f'bad.xml:3: <num_complexes> is "{told.partition(chr(10))[0]}" and there are 2 of <dbg_per_complex>; correct it or leave it out')
 
     def test_counter_of_an_array_without_elements(self):
         self.refused(self.complexes("<num_complexes>1</num_complexes>"), 'bad.xml:2: <num_complexes> is "1" and there are 0 of')

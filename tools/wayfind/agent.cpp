@@ -41,7 +41,7 @@ void add_agent(CLI::App& app) {
   command->add_option("--listen", options->server.path, "Socket to listen at")->required()->type_name("SOCKET");
   command->add_option("--data", options->data, "Folder of XML files with records")->type_name("DIR");
   command->add_flag("--live-interfaces", options->live_interfaces, "Answer show intf with this host's own interfaces");
-  command->add_flag("--once", options->server.once, "End when the first client has gone");
+  command->add_flag("--once", options->server.once, "End when the first client that has said something has gone");
   options->server.idle_limit = 30;
   command->add_option("--idle-limit", options->server.idle_limit, "Let a silent client go after so many seconds")
       ->type_name("SECONDS")

@@ -17,7 +17,8 @@ constexpr uint32_t longest_frame = uint32_t{64} << 20;
 
 }  // namespace
 
-AgentLink::AgentLink(const std::string& path, unsigned patience) : path_(path), patience_(patience), socket_(connect_to_agent(path)) {}
+AgentLink::AgentLink(const std::string& path, unsigned patience)
+    : path_(path), patience_(patience), socket_(connect_to_agent(path, patience)) {}
 
 TypeList AgentLink::exchange(const ork_type_list& own) {
   say(announcement_text(own));

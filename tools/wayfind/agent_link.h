@@ -11,7 +11,7 @@ namespace wayfind {
 
 class AgentLink {
  public:
-  // patience: seconds to wait for the next byte.
+  // patience: seconds to wait for a connection, and for the next byte.
   AgentLink(const std::string& path, unsigned patience);
 
   // Exchanges type lists: gives the agent's.

@@ -49,6 +49,7 @@ bool Connection::receive() {
   const ssize_t got = inbox_.fill(socket_.get());
   if (got < 0) return would_wait();
   input_ended_ = got == 0;
+  if (got > 0) has_spoken_ = true;
   last_progress_ = Clock::now();
   return true;
 }

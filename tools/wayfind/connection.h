@@ -31,6 +31,9 @@ class Connection {
   // Goes on as far as it can without waiting. False when the connection is over.
   bool serve(short events);
 
+  // Whether it has said anything: who only looks whether somebody listens has not.
+  bool has_spoken() const { return has_spoken_; }
+
   // When a byte last came or went.
   Clock::time_point last_progress() const { return last_progress_; }
 
@@ -64,6 +67,7 @@ class Connection {
   std::optional<Answer> answer_;
   std::vector<uint8_t> outbox_;
   size_t sent_ = 0;
+  bool has_spoken_ = false;
   bool input_ended_ = false;
   bool closing_ = false;  // nothing more is read; over when the outbox is empty
   Clock::time_point last_progress_ = Clock::now();

@@ -65,12 +65,16 @@ bool has_value(const wayfind_small_type& type, std::string_view name) {
   return std::any_of(type.texts, type.texts + type.values, [&](const char* text) { return text == name; });
 }
 
-// The first words of a text, to be told.
-std::string_view first_line_of(std::string_view text) {
+std::string_view trimmed(std::string_view text) {
   constexpr const char* blanks = " \t\r\n";
   text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-  text = text.substr(0, text.find('\n'));
   return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+// The first words of a text, to be told.
+std::string_view first_line_of(std::string_view text) {
+  text = trimmed(text);
+  return trimmed(text.substr(0, text.find('\n')));
 }
 
 // What to do about text in an element that holds none.
@@ -101,14 +105,15 @@ bool find(const Meaning& outer, std::string_view name, Meaning& meaning) {
     meaning.is_text = field->record == nullptr && field->type == nullptr;
     return true;
   }
+  if (outer.type == nullptr) return false;
   // A value that its enum does not know is written under the enum's own name.
-  return outer.type != nullptr && (has_value(*outer.type, name) || outer.type->name == name);
+  return has_value(*outer.type, name) || (outer.type->is_flag_set == 0 && outer.type->name == name);
 }
 
 bool is_array(const wayfind_field& field) { return field.cls == WAYFIND_VALUE_ARRAY || field.cls == WAYFIND_RECORD_ARRAY; }
 
 bool stands_once(const Meaning& outer, std::string_view name) {
-  if (outer.record == nullptr) return outer.type != nullptr;
+  if (outer.record == nullptr) return outer.type != nullptr || outer.message != nullptr;
   return !is_array(*field_of(*outer.record, name));
 }
 
@@ -189,10 +194,9 @@ class Check {
   }
 
   void expect_count(const Told& told, uint64_t elements) const {
-    const std::string_view text = first_line_of(told.text);
-    if (is_number(text, elements)) return;
-    fail(told.line, tag(told.counter->name) + " is \"" + std::string(text) + "\" and there are " + std::to_string(elements) + " of " +
-                        tag(array_of(*told.counter).name) + "; correct it or leave it out");
+    if (is_number(trimmed(told.text), elements)) return;
+    fail(told.line, tag(told.counter->name) + " is \"" + std::string(first_line_of(told.text)) + "\" and there are " +
+                        std::to_string(elements) + " of " + tag(array_of(*told.counter).name) + "; correct it or leave it out");
   }
 
   // An enum holds one value, whichever it is.

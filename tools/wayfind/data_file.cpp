@@ -88,6 +88,7 @@ void DataFile::read_record(const wayfind_record& record, uint32_t number, ork_ha
   char reason[512] = "";
   from_xml(handle, ORK_NO_INSTANCE, path, xml_.get(), target, &err, reason, sizeof reason);
   if (err == 0) return;
+  if (err == ENOMEM) throw Failure(path_ + ": no memory for one more " + record.name + "; use less data");
   const std::string_view told = reason;
   const size_t at = told.find("(//");
   const std::string culprit(at != std::string_view::npos ? told.substr(at) : path);

@@ -54,26 +54,29 @@ void Server::run() {
     if (places[0].revents != 0) break;
     std::vector<short> events;
     for (size_t i = 2; i < places.size(); ++i) events.push_back(places[i].revents);
-    if (serve_clients(events) && options_.once) break;
+    serve_clients(events);
     let_idle_clients_go();
+    if (served_ && options_.once) break;
     if (places[1].revents != 0) accept_client();
   }
   log("ended");
 }
 
-// True when one of them went.
-bool Server::serve_clients(const std::vector<short>& events) {
-  bool went = false;
+template <class Ends>
+void Server::remove_clients(Ends ends) {
+  clients_.remove_if([&](Connection& client) {
+    if (!ends(client)) return false;
+    served_ = served_ || client.has_spoken();
+    return true;
+  });
+}
+
+void Server::serve_clients(const std::vector<short>& events) {
   auto event = events.begin();
-  for (auto client = clients_.begin(); client != clients_.end(); ++event) {
-    if (*event == 0 || serve_client(*client, *event)) {
-      ++client;
-    } else {
-      client = clients_.erase(client);
-      went = true;
-    }
-  }
-  return went;
+  remove_clients([&](Connection& client) {
+    const short happened = *event++;
+    return happened != 0 && !serve_client(client, happened);
+  });
 }
 
 void Server::accept_client() {
@@ -94,7 +97,7 @@ void Server::accept_client() {
 
 void Server::let_idle_clients_go() {
   const auto limit = Connection::Clock::now() - std::chrono::seconds(options_.idle_limit);
-  clients_.remove_if([&](const Connection& client) {
+  remove_clients([&](const Connection& client) {
     const bool idle = client.last_progress() < limit;
     if (idle) log(client.name() + ": let go, silent for " + std::to_string(options_.idle_limit) + " s");
     return idle;

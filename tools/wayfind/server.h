@@ -13,7 +13,7 @@ struct ServerOptions {
   std::string path;
   Connection::Refresh refresh;
   unsigned idle_limit;  // seconds without a byte after which a client is let go
-  bool once;            // end with the first client
+  bool once;            // end with the first client that has said something
 };
 
 class Server {
@@ -21,13 +21,15 @@ class Server {
   // The storage holds the data and the handles of all clients.
   Server(const ServerOptions& options, const Session& session, ork_storage* storage, DataFolder& data);
 
-  // Returns after SIGINT or SIGTERM, or after the first client with once.
+  // Returns after SIGINT or SIGTERM, or with once after the first client that has said something.
   void run();
 
  private:
   void accept_client();
+  void serve_clients(const std::vector<short>& events);
   void let_idle_clients_go();
-  bool serve_clients(const std::vector<short>& events);
+  template <class Ends>
+  void remove_clients(Ends ends);
 
   const ServerOptions& options_;
   const Session& session_;
@@ -36,6 +38,7 @@ class Server {
   Listener listener_;
   std::list<Connection> clients_;
   unsigned accepted_ = 0;
+  bool served_ = false;  // a client that has said something has gone
 };
 
 }  // namespace wayfind

@@ -1,10 +1,14 @@
 #include "unix_socket.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include "failure.h"
 
@@ -36,6 +40,14 @@ int with_address(const Descriptor& descriptor, const std::string& path) {
   return Call(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
 }
 
+// While it lives no other agent takes a path in the same folder: between asking who listens there and listening, nobody else may do the same.
+Descriptor lock_folder_of(const std::string& path) {
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  Descriptor made(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (made.get() >= 0) flock(made.get(), LOCK_EX);  // a folder that cannot be opened is told when the path is bound
+  return made;
+}
+
 // Makes room for a listener at path.
 void remove_stale_socket(const std::string& path) {
   struct stat status {};
@@ -48,17 +60,24 @@ void remove_stale_socket(const std::string& path) {
 
 }  // namespace
 
-Descriptor connect_to_agent(const std::string& path) {
+Descriptor connect_to_agent(const std::string& path, unsigned patience) {
   Descriptor made = new_socket(0);
+  const timeval limit{static_cast<time_t>(patience), 0};
+  setsockopt(made.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
   const int number = with_address<connect>(made, path);
   const std::string start = "; start one with: wayfind agent --listen " + path + " --data DIR";
   if (number == ENOENT) throw Failure("no agent: there is no socket at " + path + start);
   if (number == ECONNREFUSED) throw Failure("no agent: nobody listens at " + path + start);
+  if (number == EAGAIN) {
+    throw Failure("the agent at " + path + " has let no client in for " + std::to_string(patience) +
+                  " s; see what it does, or ask with a longer --timeout");
+  }
   if (number != 0) throw Failure("cannot connect to " + path + ": " + words_for(number));
   return made;
 }
 
 Listener::Listener(const std::string& path) : path_(path), socket_(new_socket(SOCK_NONBLOCK)) {
+  const Descriptor lock = lock_folder_of(path);
   remove_stale_socket(path);
   const int number = with_address<bind>(socket_, path);
   if (number != 0) throw Failure("cannot listen at " + path + ": " + words_for(number));

@@ -7,7 +7,8 @@
 
 namespace wayfind {
 
-Descriptor connect_to_agent(const std::string& path);
+// patience: seconds that the agent may take to let a client in, and each write to take bytes.
+Descriptor connect_to_agent(const std::string& path, unsigned patience);
 
 // The place where an agent listens. The file goes when the agent does, unless somebody has put another one there.
 class Listener {
