@@ -181,6 +181,22 @@ TEST(FrameCreate, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
     EXPECT_TRUE(std::all_of(bytes(sentinel), bytes(sentinel) + 40, [](uint8_t b) { return b == 0; }));
 }
 
+TEST(FrameCreate, without_memory_cr_mode_keeps_the_error_that_the_allocation_left) {
+    Handle h(plain);
+    void *const sentinel = sentinel_of_mem(h);
+    static ork_handle *handle;
+    handle = h;
+    const auto alloc = std::exchange(h->alloc_fn, [](void *, uint32_t, size_t) -> void * {
+        handle->cr_error = 5;
+        return nullptr;
+    });
+    spy::Log log;
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_create_cr(h), sentinel);
+    EXPECT_EQ(log.count("ork_store_err"), 0u);
+    EXPECT_EQ(h->cr_error, 5u);
+    h->alloc_fn = alloc;
+}
+
 TEST(FrameCreate, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the_error) {
     Handle h(plain);
     h->cr_error = 5;
@@ -326,6 +342,21 @@ TEST(FrameCreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_pr
         });
     const auto sound = spy::answer(ork_domain_lookup_variant, 0);
     EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
+}
+
+TEST(FrameCreateDeathTest, initialize_looks_at_the_mode_word_before_it_counts_and_also_where_it_does_not) {
+    Handle h(tracked);
+    h->sttr_info->sttr_mode = 7;
+    alignas(8) uint8_t block[40] = {};
+    auto *const obj = reinterpret_cast<fwe_cl_wayfind_mem_st *>(block);
+    const auto counting = spy::replace(orklib_type_stats_create_object,
+                                       [](ork_handle *, uint32_t, const ork_type_info *, void *, uint32_t *) -> uint32_t { _exit(0); });
+    for (const uint32_t no_stats : {0u, 1u}) {
+        EXPECT_DEATH(
+            fwe_cl_wayfind_mem_st_initialize(h, instance, obj, &_fwe_cl_wayfind_mem_st_type_info_internal, 1, no_stats, 0, nullptr, &h.err),
+            "trace\\(fatal,Corrupted ORK Handle\\)");
+    }
+    h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
 TEST(FrameCreateDeathTest, a_descriptor_without_variants_ends_the_process) {

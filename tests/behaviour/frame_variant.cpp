@@ -255,6 +255,11 @@ TEST(FrameLayout, the_state_block_lies_behind_the_body_of_the_objects_own_layout
         fwe_cl_wayfind_chan_st_chan_id_set_value(h, instance, obj, 5, &h.err);
         EXPECT_EQ(log.calls_of({"write_notify_fn"}).back(), "write_notify_fn(old_state,1,7,null)");
         EXPECT_EQ(obj.get()[place.body], 2);
+        obj.get()[place.body] = 9;
+        EXPECT_EQ(fwe_cl_wayfind_chan_st_chan_id_state_flag_get(h, instance, obj, &h.err), 9u);
+        fwe_cl_wayfind_chan_st_chan_id_state_flag_set(h, instance, obj, 5, &h.err);
+        EXPECT_EQ(obj.get()[place.body], 5);
+        EXPECT_EQ(h.err, 0u);
         if (place.cap < 2) { /* no array, so the fill is safe */
             fwe_cl_wayfind_chan_st_set_all_state_tracking_flag(h, instance, obj, 3);
             EXPECT_TRUE(std::all_of(obj.state(), obj.state() + place.state, [](uint8_t b) { return b == 3; }));
