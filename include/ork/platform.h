@@ -275,13 +275,13 @@ void ork_xml_free(struct ork_xml *xml);
  */
 uint32_t ork_xml_nth_path(char *path, uint32_t size, const char *name, uint32_t n);
 
-/* The line of the first node at path, 0 when there is none. */
+/* The line of the first node at path, or of the element around one that is none; 0 when there is no node. */
 uint32_t ork_xml_line(struct ork_xml *xml, const char *path);
 
 /* An element of a document. The texts are the document's and live as long. */
 struct ork_xml_element {
     uint32_t depth;     /* 0 at the root */
-    uint32_t line;      /* of its start tag, from 1 */
+    uint32_t line;      /* where its start tag begins, from 1 */
     const char *name;   /* without the prefix of its namespace */
     const char *parent; /* name of the element around it, null at the root */
     const char *space;  /* its namespace, null: none; the reader finds only elements without one */

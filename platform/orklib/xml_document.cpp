@@ -50,22 +50,38 @@ bool parse_step(std::string_view text, Step &step) {
     return is_name(step.name) && (bracket == text.size() || parse_index(text.substr(bracket), step.index));
 }
 
-ork::Selection children(const xmlNode *parent, const Step &step) {
+bool is_called(const xmlNode *node, std::string_view name) {
+    return is_element(node) && name_of(node) == name;
+}
+
+// Goes on from the child found last where that is not behind the one sought: arrays are read from the front.
+xmlNode *nth_child(ork::Place &place, const Step &step) {
+    xmlNode *child = place.element->children;
+    uint32_t index = 1;
+    if (place.found != nullptr && place.index <= step.index && name_of(place.found) == step.name) {
+        child = place.found;
+        index = place.index;
+    }
+    for (; child != nullptr; child = child->next) {
+        if (is_called(child, step.name) && index++ == step.index) {
+            place.found = child;
+            place.index = step.index;
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+ork::Selection children(ork::Place &place, const Step &step) {
     ork::Selection selection;
-    uint32_t seen = 0;
-    for (xmlNode *child = parent->children; child != nullptr; child = child->next) {
-        if (!is_element(child) || name_of(child) != step.name) {
-            continue;
-        }
-        ++seen;
-        if (step.index != 0 && seen != step.index) {
-            continue;
-        }
-        if (selection.count++ == 0) {
+    if (step.index != 0) {
+        selection.first = nth_child(place, step);
+        selection.count = selection.first != nullptr ? 1 : 0;
+        return selection;
+    }
+    for (xmlNode *child = place.element->children; child != nullptr; child = child->next) {
+        if (is_called(child, step.name) && selection.count++ == 0) {
             selection.first = child;
-        }
-        if (step.index != 0) {
-            break;
         }
     }
     return selection;
@@ -101,7 +117,7 @@ ork::Selection ork_xml::select(std::string_view path) {
 
 // False: not a path of the plain kind, or one that goes through several elements at once.
 bool ork_xml::walk(std::string_view path, ork::Selection &selection) {
-    const auto begins = [&](const Place &place) {
+    const auto begins = [&](const ork::Place &place) {
         return path.starts_with(place.path) && (path.size() == place.path.size() || path[place.path.size()] == '/');
     };
     while (!trail_.empty() && !begins(trail_.back())) {
@@ -123,8 +139,8 @@ bool ork_xml::walk(std::string_view path, ork::Selection &selection) {
         if (selection.count > 1) {
             return false;
         }
-        if (selection.count == 1) {
-            selection = children(selection.first, step);
+        if (selection.count == 1) {  // and the trail ends with it
+            selection = children(trail_.back(), step);
         }
         behind = end;
         if (selection.count == 1 && behind < path.size()) {
@@ -176,6 +192,9 @@ ork::Selection ork_xml::evaluate(std::string_view path) {
     const xmlNodeSet *nodes = object->nodesetval;
     if (nodes == nullptr || nodes->nodeNr == 0) {
         return {};
+    }
+    if (nodes->nodeTab[0]->type == XML_NAMESPACE_DECL) {
+        return {EINVAL, 0, nullptr};  // these are the result's and go with it
     }
     return {0, static_cast<uint32_t>(nodes->nodeNr), nodes->nodeTab[0]};
 }

@@ -22,11 +22,19 @@ struct Selection {
     xmlNode *first = nullptr;
 };
 
+// An element that a path selects alone, and the child that "name[n]" found last in it.
+struct Place {
+    std::string path;
+    xmlNode *element = nullptr;
+    xmlNode *found = nullptr;
+    uint32_t index = 0;  // of found among the children of its name
+};
+
 }  // namespace ork
 
-// Records are read field by field, each by its full path. Paths of the plain kind, "//name" or "(//name)[n]" followed
-// by steps "name" or "name[n]", are walked here from the deepest element that the last path went through; any other
-// goes to XPath. Both give the same nodes.
+// Records are read field by field, each by its full path, and arrays element by element. Paths of the plain kind,
+// "//name" or "(//name)[n]" followed by steps "name" or "name[n]", are walked here from the deepest element that the
+// last path went through, and "name[n]" from the child found last; any other goes to XPath. Both give the same nodes.
 struct ork_xml {
     explicit ork_xml(xmlDoc *document);
     ork_xml(const ork_xml &) = delete;
@@ -42,12 +50,6 @@ private:
         void operator()(xmlXPathObject *object) const { xmlXPathFreeObject(object); }
     };
 
-    // An element that a path selects alone.
-    struct Place {
-        std::string path;
-        xmlNode *element;
-    };
-
     bool walk(std::string_view path, ork::Selection &selection);
     bool begin(std::string_view path, size_t &behind, ork::Selection &selection);
     ork::Selection evaluate(std::string_view path);
@@ -56,5 +58,5 @@ private:
     std::unique_ptr<xmlDoc, Freed> document_;
     std::unique_ptr<xmlXPathContext, Freed> context_;
     std::map<std::string, std::vector<xmlNode *>, std::less<>> by_name_;  // in document order
-    std::vector<Place> trail_;                                            // each path a beginning of the next
+    std::vector<ork::Place> trail_;                                       // each path a beginning of the next
 };

@@ -1,4 +1,5 @@
 // From text to a document. The text is hostile until it has come through here.
+#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
@@ -61,6 +62,33 @@ void keep_first_error(void *context, xmlError *error) {
     attempt.message = message.substr(0, message.find('\n'));
 }
 
+// The parser stands at the end of a start tag, and no "<" can stand in one but its own.
+uintptr_t line_where_tag_begins(const xmlParserInput &input) {
+    auto line = static_cast<uintptr_t>(input.line);
+    for (const xmlChar *at = input.cur; at != input.base && *at != '<'; --at) {
+        line -= *at == '\n' ? 1 : 0;
+    }
+    return line;
+}
+
+// libxml2 itself keeps 16 bits of an element's line, and the line where its start tag ends. The true one is noted here.
+void start_element(void *context, const xmlChar *name, const xmlChar *prefix, const xmlChar *space, int spaces,
+                   const xmlChar **all_spaces, int attributes, int defaulted, const xmlChar **all_attributes) {
+    const auto *parser = static_cast<const xmlParserCtxt *>(context);
+    xmlSAX2StartElementNs(context, name, prefix, space, spaces, all_spaces, attributes, defaulted, all_attributes);
+    if (parser->node != nullptr) {
+        parser->node->_private = reinterpret_cast<void *>(line_where_tag_begins(*parser->input));
+    }
+}
+
+// Of the start tag of the element that the node is or stands in; 0 for the document itself.
+uint32_t line_of(const xmlNode *node) {
+    while (node != nullptr && node->type != XML_ELEMENT_NODE) {
+        node = node->parent;
+    }
+    return node != nullptr ? static_cast<uint32_t>(reinterpret_cast<uintptr_t>(node->_private)) : 0;
+}
+
 void explain(const xmlParserCtxt *parser, const Attempt &attempt, char *err_text, uint32_t err_text_len) {
     if (err_text == nullptr) {
         return;
@@ -90,10 +118,10 @@ ork_xml *parse(std::string_view original, uint32_t *err, char *err_text, uint32_
     Attempt attempt;
     parser->_private = &attempt;
     parser->sax->internalSubset = refuse_document_type;
+    parser->sax->startElementNs = start_element;
     parser->sax->serror = keep_first_error;
-    xmlDoc *document =
-        xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
-                          XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_BIG_LINES);
+    xmlDoc *document = xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
+                                         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
     if (document == nullptr || attempt.has_document_type) {
         xmlFreeDoc(document);
         *err = EINVAL;
@@ -134,7 +162,7 @@ uint32_t each(const xmlNode *first, uint32_t depth, const char *parent,
             continue;
         }
         const ork_xml_element element{depth,
-                                      static_cast<uint32_t>(xmlGetLineNo(node)),
+                                      line_of(node),
                                       chars(node->name),
                                       parent,
                                       node->ns != nullptr ? chars(node->ns->href) : nullptr,
@@ -174,7 +202,7 @@ ORK_EXPORT uint32_t ork_xml_line(struct ork_xml *xml, const char *path) {
     uint32_t err = 0;
     return ork::guarded(&err, [&]() -> uint32_t {
         const ork::Selection selection = xml->select(path);
-        return selection.count != 0 ? static_cast<uint32_t>(xmlGetLineNo(selection.first)) : 0;
+        return selection.count != 0 ? ork::line_of(selection.first) : 0;
     });
 }
 

@@ -116,6 +116,7 @@ TEST(XmlRead, PathsSelectAsXPathDoes) {
     EXPECT_EQ(value("//none"), "status 2");
     EXPECT_EQ(value("//["), "status 22");
     EXPECT_EQ(value("1 + 1"), "status 22");
+    EXPECT_EQ(value("//namespace::*"), "status 22");
     char cut[3] = "";
     const Xml longer = parse_xml("<a>abcdef</a>");
     EXPECT_EQ(xml_get_element_value(longer.get(), "//a", cut, sizeof cut, 0), 0u);
@@ -276,6 +277,48 @@ TEST(XmlTools, PathsLinesAndRecordings) {
     EXPECT_EQ(ork_xml_document_length(two.data(), two.size()), std::strlen("<m time=\"t\">\n<a/></m>\n"));
     EXPECT_EQ(ork_xml_document_length("<m>", 3), 0u);
     EXPECT_EQ(ork_xml_document_length("", 0), 0u);
+}
+
+// Each element as name and line. Every line is asked for by path too, which finds the first of a name.
+std::string lines_of(const std::string &text) {
+    struct Seen {
+        Xml xml;
+        std::string lines;
+    } seen{parse_xml(text), ""};
+    const auto append = [](void *ctx, const ork_xml_element *element) -> uint32_t {
+        auto &[xml, lines] = *static_cast<Seen *>(ctx);
+        EXPECT_EQ(ork_xml_line(xml.get(), ("//" + std::string(element->name)).c_str()), element->line);
+        lines += std::string(element->name) + " " + std::to_string(element->line) + ", ";
+        return 0;
+    };
+    EXPECT_EQ(ork_xml_each(seen.xml.get(), append, &seen), 0u);
+    return seen.lines;
+}
+
+TEST(XmlTools, LinesBeyond65535AreTrue) {
+    const auto behind = [](const std::string &inside) {
+        return lines_of("<m>" + std::string(70'000, '\n') + inside + "</m>");
+    };
+    EXPECT_EQ(behind("<r><hop_idd/></r>"), "m 1, r 70001, hop_idd 70001, ");
+    EXPECT_EQ(behind("<r><is_none foo=\"1\"/></r>"), "m 1, r 70001, is_none 70001, ");
+    EXPECT_EQ(behind("<r>\n\n\n<n/></r>"), "m 1, r 70001, n 70004, ");
+    EXPECT_EQ(behind("<hop_idd>\n<x/>\n</hop_idd>\n<y/>"), "m 1, hop_idd 70001, x 70002, y 70004, ");
+    EXPECT_EQ(behind("\n\n<dscp>\n256</dscp>"), "m 1, dscp 70003, ");
+    EXPECT_EQ(refusal("<m>" + std::string(70'000, '\n') + "</r>").substr(0, 11), "line 70001:");
+}
+
+TEST(XmlTools, StartTagOfSeveralLinesIsToldByItsFirst) {
+    EXPECT_EQ(lines_of("<!-- <\n --><m\n state='2'\n time='\n&lt;>'\r\n>\n<n\n/></m>"), "m 2, n 7, ");
+    const std::string long_tag = "<n\n state='" + std::string(100'000, ' ') + "\n'/>";
+    EXPECT_EQ(lines_of("<m>\n" + long_tag + "<o/></m>"), "m 1, n 2, o 4, ");
+}
+
+TEST(XmlTools, LineOfWhatIsNoElementIsThatOfTheElementAroundIt) {
+    const Xml xml = parse_xml("<m>\n<n\n state='2'>\n\ntext<!-- --></n></m>");
+    for (const char *path : {"//n/@state", "//n/text()", "//n/comment()"}) {
+        EXPECT_EQ(ork_xml_line(xml.get(), path), 2u) << path;
+    }
+    EXPECT_EQ(ork_xml_line(xml.get(), "/"), 0u);
 }
 
 }  // namespace

@@ -161,8 +161,9 @@ class DataErrors(Case):
         self.refused(f"<{CL}channel_data><chan><path>\n<path_id>1</path_id>\n<path_id>x</path_id>\n</path></chan></{CL}channel_data>",
                      'bad.xml:3: <path_id[2]> is "x"')
 
-    def test_value_beyond_line_65535(self):
-        self.refused(self.hop_chan("\n" * 70_000 + "<dscp_str>123456789</dscp_str>"), "bad.xml:70003: <dscp_str>")
+    def test_lines_beyond_65535(self):
+        for inside, told in (("<dscp_str>\n123456789</dscp_str>", "<dscp_str> is"), ("<hop_chan><hop_idd/></hop_chan>", "unknown element <hop_idd>")):
+            self.refused(self.hop_chan("\n" * 70_000 + inside), f"bad.xml:70003: {told}")
 
     def test_second_record_of_a_kind_that_a_show_holds_once(self):
         self.refused(f"<fwe_ui_wayfind>{'<fwe_pal_wayfind_site_prefix_data/>' * 2}</fwe_ui_wayfind>", "bad.xml: one more <fwe_pal_wayfind_site_prefix_data>")
