@@ -111,6 +111,22 @@ INSTANTIATE_TEST_SUITE_P(Records, ArrayReadWithoutTracking,
                                          Without{readable_name, {"alloc_fn(7,123)=new1", "alloc_fn(7,3)=new2"}}),
                          [](const auto &which) { return std::string(which.param.record); });
 
+// ---- What elements own -------------------------------------------------------------------------------------------
+
+// The record, its array and those of its two elements; with tracking each array has a block of state bytes as well.
+TEST(ArrayStorage, GoesWithAllThatItsElementsOwnWhenTheImageIsEmpty) {
+    const Calls &calls = calls_of("fwe_dp_wayfind_debug_data");
+    for (const auto &[tracking, before, after] : {std::tuple{ORK_TRACKING_OFF, 4u, 1u}, {ORK_TRACKING_ON, 7u, 2u}}) {
+        for (const uint32_t reuse : {0U, 1U}) {
+            const Handle handle(tracking);
+            const Object object = filled(handle, calls, 2);
+            EXPECT_EQ(handle.memory().live_blocks, before);
+            EXPECT_EQ(read(handle, calls, image_of(calls, tracking, 0), object, reuse), 0u);
+            EXPECT_EQ(handle.memory().live_blocks, after) << "the record, and with tracking the state bytes of its own array";
+        }
+    }
+}
+
 // ---- Calls -------------------------------------------------------------------------------------------------------
 
 std::vector<std::string> storage_calls(const spy::Log &log) {

@@ -71,14 +71,46 @@ TEST_F(MemStCalls, OfMarshalReportAVariantThatTheLibraryDoesNotKnowEither) {
     static_cast<ork_object *>(object)->variant = 0;
 }
 
-TEST_F(MemStCalls, OfMarshalWriteRaDataFromAZeroWordAndByte) {
-    static_cast<ork_object *>(object)->obj_flags |= OBJ_RA_DATA;
+struct MemStWithRaDataCalls : MemStCalls {
+    MemStWithRaDataCalls() { static_cast<ork_object *>(object)->obj_flags |= OBJ_RA_DATA; }
+    ~MemStWithRaDataCalls() override { static_cast<ork_object *>(object)->obj_flags &= static_cast<uint8_t>(~OBJ_RA_DATA); }
+};
+
+TEST_F(MemStWithRaDataCalls, OfMarshalWriteItFromAZeroWordAndByte) {
     spy::Log log;
     EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 35u);
     EXPECT_CALLS(log.calls_of({"_ork_instance_ra_data_marshal", "_ork_variant_jump_marshal"}),
                  {"_ork_instance_ra_data_marshal(7,buf+2,?,?,88,err)", "_ork_variant_jump_marshal(7,buf+11,?,79,err)",
                   "_ork_variant_jump_marshal(7,buf+11,?,4,err)"});
-    static_cast<ork_object *>(object)->obj_flags &= static_cast<uint8_t>(~OBJ_RA_DATA);
+}
+
+TEST_F(MemStWithRaDataCalls, GoAsFarAsTheRuntimeSaysItReaches) {
+    {
+        const auto five = spy::answer(_ork_instance_ra_data_marshal, 5u);
+        EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 31u);
+    }
+    EXPECT_EQ(Bytes(buffer, buffer + 31), hex("00 20 0000000000 00000018 00000000 0000000000000000 0000000000000000"));
+    const Bytes image = hex("00 20 0011223344 00000018 01020304 1112131415161718 2122232425262728");
+    {
+        const auto five = spy::answer(_ork_instance_ra_data_unmarshal, 5u);
+        EXPECT_EQ(mem.unmarshal(h, instance, image.data(), object, 31, 0, &h.err), 31u);
+    }
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get_value(h, instance, static_cast<fwe_cl_wayfind_mem_st *>(object), &h.err), 0x01020304u);
+}
+
+TEST_F(MemStWithRaDataCalls, StopBehindTheFlagsWhereItDoesNotFit) {
+    const Bytes image = hex("00 20 001122334455667788");
+    for (int32_t length = 2; length <= 10; ++length) {
+        std::memset(buffer, 0xa5, sizeof buffer);
+        h.err = 0;
+        EXPECT_EQ(mem.marshal(h, instance, buffer, object, length, &h.err), 2u) << "length " << length;
+        EXPECT_EQ(h.err, 90u);
+        EXPECT_EQ(Bytes(buffer, buffer + 12), hex("00 20 a5a5a5a5a5a5a5a5a5a5"));
+        h.err = 0;
+        EXPECT_EQ(mem.unmarshal(h, instance, image.data(), object, length, 0, &h.err), 2u) << "length " << length;
+        EXPECT_EQ(h.err, 90u);
+    }
 }
 
 TEST_F(MemStCalls, OfMarshalAreAllMadeAfterAnErrorToo) {
@@ -121,6 +153,43 @@ TEST_F(MemStCalls, OfLengthOfNullAskWithNull) {
     spy::Log log;
     mem.len(h, instance, nullptr);
     EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}), {"u_int32_len(7,null)", "u_int64_len(7,null)", "u_int64_len(7,null)"});
+}
+
+TEST(RecordCalls, ForgetTheLastErrorInEachRecordInside) {
+    fixture::Handle h;
+    const Calls &policy = calls_of("fwe_cl_wayfind_select_policy");
+    const Object object(h, policy);
+    uint8_t buffer[100] = {};
+    spy::name(buffer, sizeof buffer, "buf");
+    spy::Log log;
+    policy.marshal(h, instance, buffer, object.get(), 90, &h.err);
+    EXPECT_CALLS(log.calls_of({"ork_clear_last_error", "_ork_instance_variant_marshal"}),
+                 {"ork_clear_last_error()", "_ork_instance_variant_marshal(7,buf,?,90,err)", "ork_clear_last_error()",
+                  "_ork_instance_variant_marshal(7,buf+10,?,80,err)"});
+    log.clear();
+    policy.unmarshal(h, instance, buffer, object.get(), 90, 0, &h.err);
+    EXPECT_CALLS(log.calls_of({"ork_clear_last_error", "_ork_instance_variant_unmarshal"}),
+                 {"ork_clear_last_error()", "_ork_instance_variant_unmarshal(7,buf,?,90,err)", "ork_clear_last_error()",
+                  "_ork_instance_variant_unmarshal(7,buf+10,?,80,err)"});
+}
+
+// Each record with its length as it is and with every value of the primitive 100 bytes wide.
+template <class Value>
+void expect_widths(uint32_t (*len)(ork_handle *, uint32_t, const Value *),
+                   std::initializer_list<std::tuple<const char *, uint32_t, uint32_t>> records) {
+    const fixture::Handle h;
+    for (const auto &[name, usual, wide] : records) {
+        const Object object(h, calls_of(name));
+        EXPECT_EQ(calls_of(name).len(h, instance, object.get()), usual) << name;
+        const auto hundred = spy::answer(len, 100u);
+        EXPECT_EQ(calls_of(name).len(h, instance, object.get()), wide) << name;
+    }
+}
+
+TEST(RecordCalls, OfLengthTakeTheWidthThatThePrimitiveReportsAtThatTime) {
+    expect_widths(ork_boolean_len, {{"fwe_cl_wayfind_debug_data", 27, 126}, {"fwe_cl_wayfind_channel_state_data", 16, 610}});
+    expect_widths(ip_address_len, {{"fwe_cl_wayfind_dcid_siteip_map", 29, 111}, {"fwe_cl_wayfind_multi_nh_map", 48, 212}});
+    expect_widths(link_type_len, {{"fwe_cl_wayfind_enforce_hop", 91, 186}});
 }
 
 TEST(ArrayCalls, OfUnmarshalAnnounceTheStateEntryWithoutAnOwner) {

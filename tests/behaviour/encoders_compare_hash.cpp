@@ -4,7 +4,7 @@
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 #include "ork/superfasthash.h"
 #include "support/spy.h"
-#include "tests/behaviour/encoders_values.h"
+#include "tests/behaviour/encoders_arrays.h"
 #include "tests/support/told_tables.h"
 
 namespace {
@@ -191,6 +191,32 @@ TEST_F(CompareHash, TextsDifferBehindTheirTerminatorAsWell) {
     EXPECT_EQ(printed(handle, calls, a.get()), printed(handle, calls, b.get()));
     EXPECT_GT(calls.compare(a.get(), b.get()), 0);
     EXPECT_NE(calls.hash(a.get(), 0), calls.hash(b.get(), 0));
+}
+
+TEST_F(CompareHash, TextsAndArraysOfNumbersDifferInTheirLastByteAsWell) {
+    size_t tried = 0;
+    for (const Calls &calls : all_records()) {
+        for (const wayfind_field &field : std::span(calls.schema->fields, calls.schema->field_count)) {
+            const bool array = field.cls == WAYFIND_VALUE_ARRAY;
+            if (!array && field.cls != WAYFIND_TEXT) {
+                continue;
+            }
+            ++tried;
+            const Object a = filled(handle, calls, 2);
+            const Object b = filled(handle, calls, 2);
+            const auto put = [&](const Object &object, uint8_t value) {
+                auto *const end = array ? static_cast<uint8_t *>(array_of(object).block) + 2 * field.width
+                                        : static_cast<uint8_t *>(object.get()) + field.offset + field.width;
+                end[-1] = value;
+            };
+            put(a, 0);
+            put(b, 1);
+            EXPECT_LT(calls.compare(a.get(), b.get()), 0) << calls.name() << "." << field.name;
+            EXPECT_GT(calls.compare(b.get(), a.get()), 0) << calls.name() << "." << field.name;
+            EXPECT_NE(calls.hash(a.get(), 0), calls.hash(b.get(), 0)) << calls.name() << "." << field.name;
+        }
+    }
+    EXPECT_EQ(tried, 32u) << "28 texts and 4 arrays";
 }
 
 TEST_F(CompareHash, HeadersAndStatesTakeNoPart) {

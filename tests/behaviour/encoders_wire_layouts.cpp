@@ -101,6 +101,28 @@ TEST_F(AutoTunnelLayout, IsReadByAReaderOfVariant0UpToItsOwnFieldsAndJumpsTheRes
     EXPECT_EQ(marshalled(handle, calls_of(name), object.get()), image(ORK_TRACKING_OFF, 0));
 }
 
+TEST_F(AutoTunnelLayout, HasWhatStandsBehindTheTerminatorOfATextToo) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Calls &calls = calls_of(name);
+    const Object object(handle, calls);
+    auto *const tunnel = static_cast<fwe_cl_wayfind_auto_tunnel *>(object.get());
+    uint32_t err = 0;
+    fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(handle, instance, tunnel, "abcdefgh", 8, &err);
+    fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(handle, instance, tunnel, "xy", 2, &err);
+    static_cast<char *>(object.get())[24 + 31] = 'z';
+    const Bytes image = marshalled(handle, calls, object.get());
+    ASSERT_EQ(image.size(), 82u);
+    EXPECT_EQ(Bytes(image.begin() + 18, image.begin() + 50), hex("787900646566676800000000000000000000000000000000000000000000007a"));
+    const Object read(handle, calls);
+    EXPECT_EQ(calls.unmarshal(handle, instance, image.data(), read.get(), 82, 0, &err), 82u);
+    EXPECT_EQ(err, 0u);
+    const Object clone(handle, calls, calls.clone_cr(handle, object.get()));
+    for (const Object *const copy : {&read, &clone}) {
+        EXPECT_EQ(calls.compare(object.get(), copy->get()), 0);
+        EXPECT_EQ(calls.hash(object.get(), 0), calls.hash(copy->get(), 0));
+    }
+}
+
 class PathLayout : public testing::Test {
 protected:
     static constexpr auto name = "fwe_cl_wayfind_sel_lb_path_st";

@@ -190,6 +190,34 @@ TEST(Marshal, OfAnArrayOfBytesThatDoesNotFitCopiesWhatDoes) {
     }
 }
 
+TEST(Marshal, OfAnArrayOfBytesWhoseCountDoesNotFitCopiesElementsInItsPlace) {
+    const Handle handle(ORK_TRACKING_OFF);
+    const Object object = filled(handle, bytes_array(), 5);
+    const auto *const block = static_cast<const uint8_t *>(array_of(object).block);
+    for (int32_t length = 6; length < 10; ++length) {
+        Bytes buffer(20, 0xa5);
+        Bytes expected = buffer;
+        std::copy_n(hex("00 00 00000000").begin(), 6, expected.begin());
+        std::copy_n(block, length - 6, expected.begin() + 6);
+        uint32_t err = 0;
+        EXPECT_EQ(marshal(handle, bytes_array(), buffer, object.get(), length, err), static_cast<uint32_t>(length));
+        EXPECT_EQ(err, 90u);
+        EXPECT_EQ(buffer, expected) << "length " << length;
+    }
+}
+
+// A record inside that is not lowered forgets the error of one that was.
+TEST(Marshal, ForgetsALoweringOnceARecordInsideBegins) {
+    for (const char *name : {"fwe_cl_wayfind_channel_data", "fwe_cl_wayfind_select_tc_lb_channels_st"}) {
+        const Handle handle(ORK_TRACKING_OFF);
+        const Object object = filled(handle, calls_of(name), 2);
+        const size_t whole = marshalled(handle, calls_of(name), object.get()).size();
+        handle.set_peer(release_list(0).get());
+        EXPECT_LT(marshalled(handle, calls_of(name), object.get()).size(), whole) << name;
+        EXPECT_EQ(ork_handle_last_error(handle), 0u) << name;
+    }
+}
+
 TEST(Marshal, LowersARecordToWhatTheDomainTakes) {
     const Handle handle(ORK_TRACKING_OFF);
     const Object object = filled(handle, tunnel(), 0);

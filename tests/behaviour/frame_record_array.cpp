@@ -184,7 +184,7 @@ TEST(FrameRecordArray, a_null_source_only_grows_without_tracking) {
     EXPECT_CALLS(doings(log), {});
 }
 
-TEST(FrameRecordArray, untracked_objects_and_sources_are_refused_each_in_its_words) {
+TEST(FrameRecordArray, untracked_objects_and_sources_are_refused_behind_the_gate_each_in_its_words) {
     Handle h(untracked);
     Object obj(h, per_complex);
     Object src(h, setting, "src");
@@ -192,8 +192,14 @@ TEST(FrameRecordArray, untracked_objects_and_sources_are_refused_each_in_its_wor
     Object tracked_src(h, setting, "tracked_src");
     spy::Log log;
     fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 0, tracked_src, &h.err);
-    EXPECT_EQ(std::exchange(h.err, 0), 22u);
-    EXPECT_CALLS(doings(log), {"ork_store_err(22)", "trace(error,The object is not state tracked)"});
+    EXPECT_EQ(std::exchange(h.err, 5), 22u);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                       "orklib_adjust_variant(7,obj,type(fwe_dp_wayfind_debug_data_per_complex),0,err)",
+                       "ork_get_instance_variant(obj,1,0)", "ork_store_err(22)", "trace(error,The object is not state tracked)"});
+    log.clear();
+    fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 0, tracked_src, &h.err);
+    EXPECT_EQ(std::exchange(h.err, 0), 5u) << "an error stands";
+    EXPECT_CALLS(log, {});
     Object tracked_obj(h, per_complex, "tracked_obj");
     log.clear();
     fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, tracked_obj, 0, src, &h.err);

@@ -68,6 +68,35 @@ TEST(FrameRecordArrayGrowth, in_watched_storage_each_old_element_is_recorded_and
 
 // ---- Failures ----
 
+TEST(FrameRecordArrayGrowth, asks_for_its_block_in_64_bits_but_with_states_for_no_more_than_31_bits_reach) {
+    static std::vector<size_t> asked;
+    struct Row {
+        Mode mode;
+        uint32_t index;
+        std::vector<size_t> sizes;
+    };
+    // 88 bytes an element, 95 with its states.
+    for (const Row &row : {Row{plain, 0xFFFFFFFE, {377957121960}}, Row{plain, 0xFFFFFFFF, {377957122048}},
+                           Row{tracked, 22605090, {2147483645}}, Row{tracked, 22605091, {}}, Row{tracked, 0xFFFFFFFF, {}}}) {
+        Handle h(row.mode);
+        Object obj(h, all_policies);
+        Object src(h, policy, "src");
+        asked.clear();
+        const auto before = h->alloc_fn;
+        h->alloc_fn = [](void *, uint32_t, size_t size) -> void * {
+            asked.push_back(size);
+            return nullptr;
+        };
+        spy::Log log;
+        fwe_cl_wayfind_select_all_policies_policy_set(h, instance, obj, row.index, src, &h.err);
+        h->alloc_fn = before;
+        EXPECT_EQ(h.err, 12u);
+        EXPECT_EQ(asked, row.sizes);
+        EXPECT_CALLS(log.calls_of({"ork_store_err", "write_notify_fn", "trace"}), {"ork_store_err(12)"});
+        EXPECT_EQ(count_of<uint32_t>(obj, "num_policies"), 0u);
+    }
+}
+
 TEST(FrameRecordArrayGrowth, a_clone_that_fails_is_marked_all_the_same) {
     Settings s(tracked);
     const auto failing = spy::fail(u_int8_unmarshal, 5);

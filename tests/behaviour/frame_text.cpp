@@ -93,15 +93,32 @@ TEST(FrameText, a_text_of_no_length_announces_no_bytes_and_writes_the_end_alone)
     EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameText, a_length_above_the_field_is_refused) {
+TEST(FrameText, a_length_above_the_field_is_refused_behind_the_gate_without_a_trace) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_hop_chan_data");
     const Snapshot before = obj.snapshot();
     spy::Log log;
     fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "abcdefghi", 9, &h.err);
     EXPECT_EQ(h.err, 22u);
-    EXPECT_CALLS(log.calls_of({"ork_store_err", "trace", "write_notify_fn"}), {"ork_store_err(22)"});
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_hop_chan_data),1,err)", "ork_get_instance_variant(obj,1,0)",
+                       "ork_store_err(22)"});
     EXPECT_TRUE(before.unchanged());
+}
+
+TEST(FrameText, a_length_above_a_field_that_the_object_has_not_is_no_error_of_its_own) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_hop_chan_st");
+    obj.head().variant = 0;
+    const auto stay = spy::answer(orklib_adjust_variant, 0);
+    spy::Log log;
+    fwe_cl_wayfind_hop_chan_st_create_ts_msec_set(h, instance, obj, std::string(33, 'x').c_str(), 33, &h.err);
+    EXPECT_EQ(h.err, 0u);
+    EXPECT_EQ(h.last_error(), 43u);
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_hop_chan_st),1,err)", "ork_get_instance_variant(obj,1,0)",
+                       "ork_store_epoch_err(43,err)"});
+    obj.head().variant = 1;
 }
 
 TEST(FrameText, a_mark_that_fails_leaves_the_text_without_its_end) {

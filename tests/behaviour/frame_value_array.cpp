@@ -90,7 +90,7 @@ TEST(FrameValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_dst_site_st_dst_site_id_get_value(h, instance, site, 3, &h.err), 60000u);
 }
 
-TEST(FrameValueArray, an_untracked_object_under_a_tracking_handle_is_refused_before_anything_is_made) {
+TEST(FrameValueArray, an_untracked_object_under_a_tracking_handle_is_refused_behind_the_gate_before_anything_is_made) {
     Handle h(untracked);
     Object obj(h, path_st);
     ork_handle_set_tracking(h, ORK_TRACKING_ON);
@@ -98,7 +98,14 @@ TEST(FrameValueArray, an_untracked_object_under_a_tracking_handle_is_refused_bef
     spy::Log log;
     fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 0, &src, &h.err);
     EXPECT_EQ(h.err, 22u);
-    EXPECT_CALLS(array_doings(log), {"ork_store_err(22)", "trace(error,The object is not state tracked)"});
+    EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                       "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                       "ork_store_err(22)", "trace(error,The object is not state tracked)"});
+    log.clear();
+    h.err = 5;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 0, &src, &h.err);
+    EXPECT_EQ(h.err, 5u) << "an error stands";
+    EXPECT_CALLS(log, {});
     ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 

@@ -109,6 +109,25 @@ TEST(FrameSetMem, without_tracking_a_tracked_object_keeps_no_element_bytes_that_
     EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2, 3}));
 }
 
+TEST(FrameSetMem, without_tracking_a_tracked_object_keeps_element_bytes_that_fit_and_what_they_hold) {
+    Handle h(tracked);
+    Object obj(h, path_st);
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
+    spy::name(pointer_at<uint32_t *>(obj.field("path_id")), 8, "array");
+    const uint8_t *const elements = elements_of(obj, "path_id");
+    ork_handle_set_tracking(h, ORK_TRACKING_OFF);
+    const uint32_t src[] = {1, 2};
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 2, &h.err);
+    ork_handle_set_tracking(h, ORK_TRACKING_ON);
+    EXPECT_CALLS(array_doings(log),
+                 {"free_fn(7,array)", "write_notify_fn(obj+16,8,7,obj)", "alloc_fn(7,8)=new1", "write_notify_fn(obj+12,4,7,obj)"});
+    ASSERT_EQ(elements_of(obj, "path_id"), elements);
+    EXPECT_EQ(element_bytes(obj, "path_id", 2), (std::vector<uint8_t>{0, 2}));
+    EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
+    EXPECT_EQ(h.err, 0u);
+}
+
 TEST(FrameSetMem, of_no_elements_is_what_the_allocator_says) {
     Handle h(plain);
     Object obj(h, path_st);
