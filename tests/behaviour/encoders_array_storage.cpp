@@ -197,4 +197,30 @@ TEST(ArrayStorage, HoldsElementsWhoseHeadersAreAnnouncedAsTheyAreWritten) {
                   "write_notify_fn(new1,8,7,new1)", "write_notify_fn(new1+10,1,7,new1)"});
 }
 
+// Two elements of 40 bytes each; with tracking the block holds a state byte for each of them as well.
+TEST(ArrayStorage, ThatIsKeptIsAnnouncedWhenItsOldElementsAreGone) {
+    const std::string destroy = "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_hop_id_readable_format_st),?,?)";
+    const std::string first_element = "write_notify_fn(block+9,1,7,block)";
+    for (const auto &[mode, expected] :
+         {std::pair{fixture::plain, std::vector<std::string>{destroy, destroy, "write_notify_fn(block,80,7,obj)", first_element}},
+          {fixture::tracked,
+           {destroy, "ork_hd_mapping_destroy(7,block,?)", destroy, "ork_hd_mapping_destroy(7,block+40,?)",
+            "write_notify_fn(block,82,7,obj)", "write_notify_fn(elements,2,7,null)", first_element}}}) {
+        fixture::Handle handle(mode);
+        const Object object = filled(handle, readable(), 2);
+        const Bytes image = marshalled(handle, readable(), object.get());
+        const bool tracked = handle.tracking();
+        spy::name(object.get(), 32, "obj");
+        spy::name(array_of(object).block, tracked ? 82 : 80, "block");
+        if (tracked) {
+            spy::name(entry_of(object).elements, 2, "elements");
+        }
+        spy::Log log;
+        EXPECT_EQ(read(handle, readable(), image, object, 1), 0u);
+        auto calls = log.calls_of({"orklib_type_stats_destroy_object", "ork_hd_mapping_destroy", "write_notify_fn"});
+        calls.resize(expected.size());
+        EXPECT_CALLS(calls, expected);
+    }
+}
+
 }  // namespace

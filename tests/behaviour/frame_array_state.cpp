@@ -96,6 +96,23 @@ TEST(FrameArrayState, set_arr_wants_the_arrays_own_count) {
     EXPECT_TRUE(before.unchanged());
 }
 
+TEST(FrameArrayState, set_arr_copies_nothing_to_an_object_without_the_array) {
+    Path p(tracked);
+    p.obj.head().variant = -1;
+    const auto stay = spy::answer(orklib_adjust_variant, 0);
+    const uint8_t src[] = {7, 8, 9};
+    const Snapshot before = p.obj.snapshot();
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set_arr(p.h, instance, p.obj, src, 3, &p.h.err);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "ork_get_instance_variant", "ork_store_epoch_err", "ork_store_err"}),
+                 {"orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)", "ork_get_instance_variant(obj,1,0)",
+                  "ork_store_epoch_err(43,err)"});
+    EXPECT_EQ(p.h.err, 0u);
+    EXPECT_EQ(p.h.last_error(), 43u);
+    EXPECT_TRUE(before.unchanged());
+    p.obj.head().variant = 0;
+}
+
 TEST(FrameArrayState, an_elements_byte_is_announced_without_an_owner_behind_index_adjust_and_gate) {
     Path p(tracked);
     spy::Log log;

@@ -70,6 +70,31 @@ TEST(FrameDestroyOid, any_answer_but_0_lets_the_object_go) {
                  {"trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)", "free_fn(7,obj)"});
 }
 
+TEST(FrameDestroyOid, an_object_inside_another_is_asked_about_as_well) {
+    Handle h(plain);
+    Object obj(h, "fwe_cl_wayfind_mem_st");
+    obj.head().obj_flags |= OBJ_OID_MAPPED;
+    const Snapshot before = obj.snapshot();
+    spy::Log log;
+    {
+        const auto kept = spy::answer(ork_request_oid_mapping_destroy, 0);
+        fwe_cl_wayfind_mem_st_destroy_internal(h, instance, obj, 0);
+    }
+    EXPECT_CALLS(log,
+                 {"ork_request_oid_mapping_destroy(7,obj,?)",
+                  "trace(info,fwe_cl_wayfind_mem_st destroy: Object has references and will be cleaned up when all of them are released)"});
+    EXPECT_TRUE(before.unchanged());
+
+    const auto gone = spy::answer(ork_request_oid_mapping_destroy, 1);
+    const auto uncounted = spy::answer(orklib_type_stats_destroy_object, 0); /* it is destroyed once more at its end */
+    log.clear();
+    fwe_cl_wayfind_mem_st_destroy_internal(h, instance, obj, 0);
+    EXPECT_CALLS(log, {"ork_request_oid_mapping_destroy(7,obj,?)",
+                       "trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)", "ork_get_instance_variant(obj,1,0)",
+                       "ork_get_manifested_type_info(obj)", "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)"});
+    obj.head().obj_flags = 0;
+}
+
 TEST(FrameDestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatever_the_answer) {
     Handle h(plain);
     Object obj(h, "fwe_cl_wayfind_mem_st");

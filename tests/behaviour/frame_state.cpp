@@ -190,6 +190,23 @@ TEST(FrameOffsets, update_tells_each_child_in_field_order_and_goes_down) {
                       }));
 }
 
+TEST(FrameOffsets, a_distance_is_cut_to_32_bits) {
+    Handle h(tracked);
+    Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+    const auto unheard = spy::replace(orklib_update_sttr_offset, [](ork_handle *, uint32_t, void *, int32_t) {});
+    const auto update = [&](uint64_t beyond) {
+        const auto block = reinterpret_cast<uintptr_t>(obj.state()) + beyond; /* nobody reads there */
+        fwe_cl_wayfind_nb_channel_data_offset_update(h, instance, obj, reinterpret_cast<uint8_t *>(block), &h.err);
+    };
+    // The body of 136, then chan's bytes from 1 on and mem's from 6 on; the children lie at 16 and 80.
+    spy::Log log;
+    update(uint64_t{1} << 32);
+    EXPECT_CALLS(log, {"orklib_update_sttr_offset(7,obj+16,121)", "orklib_update_sttr_offset(7,obj+80,62)"});
+    log.clear();
+    update(uint64_t{1} << 31);
+    EXPECT_CALLS(log, {"orklib_update_sttr_offset(7,obj+16,-2147483527)", "orklib_update_sttr_offset(7,obj+80,-2147483586)"});
+}
+
 TEST(FrameOffsets, remove_drops_each_child_in_field_order_and_goes_down) {
     Handle h(tracked);
     Object obj(h, "fwe_cl_wayfind_channel_data");

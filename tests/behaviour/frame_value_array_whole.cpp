@@ -3,6 +3,19 @@
 
 namespace frame {
 
+namespace {
+
+// The calls of one that writes to a path, with those that it begins with.
+std::vector<std::string> opened(const std::string &owner, const std::string &slot, const std::vector<std::string> &calls) {
+    std::vector<std::string> all = {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
+                                    "orklib_adjust_variant(" + owner + ",obj,type(fwe_cl_wayfind_sel_lb_path_st),0," + slot + ")",
+                                    "ork_get_instance_variant(obj,1,0)"};
+    all.insert(all.end(), calls.begin(), calls.end());
+    return all;
+}
+
+}  // namespace
+
 // ---- All at once ----
 
 TEST(FrameSetMem, replaces_everything_in_the_order_told) {
@@ -157,14 +170,41 @@ TEST(FrameSetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
     EXPECT_EQ(asked, size_t{4} * 0xFFFFFFFF);
 }
 
+TEST(FrameValueArray, set_value_behind_the_end_of_an_untracked_object_gives_22_before_anything_grows) {
+    Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
+    Object obj(h, path_st);
+    const uint32_t src[] = {1, 2};
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 2, &h.err);
+    ork_handle_set_tracking(h, ORK_TRACKING_ON);
+    const Snapshot before = obj.snapshot();
+    spy::Log log;
+    fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 3, &h.err);
+    EXPECT_EQ(std::exchange(h.err, 0), 22u);
+    EXPECT_CALLS(
+        log,
+        opened("7", "err",
+               opened("7", "err",
+                      {"ork_store_err(22)", "trace(error,The object is not state tracked)", "orkdb_record_containment2(7,null,obj,1)"})))
+        << "set_value's own opening, and that of the setter it grows with";
+    EXPECT_TRUE(before.unchanged());
+    ork_handle_set_tracking(h, ORK_TRACKING_OFF);
+    EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
+}
+
 TEST(FrameValueArray, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
     Handle h({.cr_instance = 11});
     Object obj(h, path_st);
+    const uint32_t src[] = {3};
     spy::Log log;
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_set_cr(h, obj, 1, 5), 0u);
-    EXPECT_EQ(log.calls_of({"alloc_fn"})[0], "alloc_fn(11,8)=new1");
-    const uint32_t src[] = {3};
+    EXPECT_CALLS(log, opened("11", "cr_error",
+                             {"u_int32_sizeof()", "alloc_fn(11,8)=new1", "write_notify_fn(obj+16,8,11,obj)",
+                              "write_notify_fn(obj+12,4,11,obj)", "u_int32_set(11,new1+4,?,cr_error)"}));
+    log.clear();
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem_cr(h, obj, src, 1), 0u);
+    EXPECT_CALLS(log, opened("11", "cr_error",
+                             {"free_fn(11,new1)", "write_notify_fn(obj+16,8,11,obj)", "u_int32_sizeof()", "alloc_fn(11,4)=new2",
+                              "write_notify_fn(obj+12,4,11,obj)"}));
     EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{3}));
     spy::fail_alloc(1);
     EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_set_cr(h, obj, 4, 5), 12u);

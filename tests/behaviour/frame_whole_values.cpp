@@ -108,6 +108,28 @@ TEST(FrameGetAll, gives_the_counts_of_arrays) {
     EXPECT_EQ(none, 0u);
 }
 
+TEST(FrameGetAll, records_counts_and_fields_of_later_variants_as_it_does_the_others) {
+    Handle h(recorded);
+    Object obj(h, "fwe_dp_wayfind_debug_data");
+    uint8_t complexes = 0;
+    uint32_t none = 0;
+    spy::Log log;
+    fwe_dp_wayfind_debug_data_get_all(h, instance, obj, &complexes, &none, &h.err);
+    EXPECT_CALLS(log.calls_of({"u_int8_get", "u_int8_get_value", "ork_boolean_get", "ork_boolean_get_value", "orkdb_record_containment2"}),
+                 {"u_int8_get(7,obj+11,err)", "orkdb_record_containment2(7,obj+11,obj,1)", "u_int8_get_value(7,obj+11,err)",
+                  "ork_boolean_get(7,obj+24,err)", "orkdb_record_containment2(7,obj+24,obj,1)", "ork_boolean_get_value(7,obj+24,err)"});
+
+    Object select(h, "fwe_cl_wayfind_select_state_data", "select");
+    uint32_t out[6];
+    log.clear();
+    fwe_cl_wayfind_select_state_data_get_all(h, instance, select, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5], &h.err);
+    EXPECT_CALLS(log.calls_of({"orkdb_record_containment2"}),
+                 {"orkdb_record_containment2(7,select+16,select,1)", "orkdb_record_containment2(7,select+32,select,1)",
+                  "orkdb_record_containment2(7,select+36,select,1)", "orkdb_record_containment2(7,select+40,select,1)",
+                  "orkdb_record_containment2(7,select+44,select,1)", "orkdb_record_containment2(7,select+48,select,1)"});
+    EXPECT_EQ(h.err, 0u);
+}
+
 TEST(FrameGetAll, a_record_without_values_has_the_entry_steps_only) {
     Handle h(recorded);
     Object obj(h, "fwe_cl_wayfind_color_data");
