@@ -186,7 +186,44 @@ TEST_F(Clone, FillsAnArrayElementAndLeavesTheSourceItsArrays) {
     }
 }
 
+TEST_F(Clone, OfAnArrayElementLeavesItAloneWhereTheHandlesWorkspaceIsTooSmall) {
+    for (const size_t room : {38u, 39u}) { /* the image has 39 bytes */
+        const Handle h(Handle::Options{.tracking = ORK_TRACKING_OFF, .workspace_size = room});
+        const Object object(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"));
+        const Object source(h, calls_of("fwe_dp_wayfind_debug_setting"));
+        auto *const record = static_cast<fwe_dp_wayfind_debug_data_per_complex *>(object.get());
+        auto *const setting = static_cast<fwe_dp_wayfind_debug_setting *>(source.get());
+        fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, record, 0, nullptr, &err);
+        auto *const element = fwe_dp_wayfind_debug_data_per_complex_dbg_setting_get(h, instance, record, 0, &err);
+        fwe_dp_wayfind_debug_setting_fwe_num_set_value(h, instance, element, 5, &err);
+        fwe_dp_wayfind_debug_setting_fwe_num_set_value(h, instance, setting, 42, &err);
+        const bool fits = room == 39;
+        EXPECT_EQ(fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set_cr(h, record, 0, setting, 0), fits ? 0u : 90u);
+        EXPECT_EQ(h->cr_error, fits ? 0u : 90u);
+        EXPECT_EQ(fwe_dp_wayfind_debug_setting_fwe_num_get_value(h, instance, element, &err), fits ? 42u : 5u);
+        EXPECT_EQ(fwe_dp_wayfind_debug_data_per_complex_num_fwes_get_value(h, instance, record, &err), 1u);
+        EXPECT_EQ(err, 0u);
+    }
+}
+
 // ---- Call order --------------------------------------------------------------------------------------------------
+
+TEST_F(Clone, OfAnArrayElementGoesByWayOfTheHandlesWorkspace) {
+    fixture::Handle h({.cr_instance = 11});
+    const Object object(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"));
+    const Object source(h, calls_of("fwe_dp_wayfind_debug_setting"));
+    uint8_t *own = nullptr;
+    int32_t room = 0;
+    orklib_get_handle_ws(h, &own, &room);
+    spy::name(own, 100, "ws");
+    spy::Log log;
+    fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set_cr(h, static_cast<fwe_dp_wayfind_debug_data_per_complex *>(object.get()), 0,
+                                                             static_cast<fwe_dp_wayfind_debug_setting *>(source.get()), 0);
+    EXPECT_EQ(log.count("orklib_get_handle_ws"), 1u);
+    EXPECT_CALLS(log.calls_of({"_ork_instance_variant_marshal", "_ork_instance_variant_unmarshal"}),
+                 std::vector<std::string>{"_ork_instance_variant_marshal(11,ws,?," + std::to_string(room) + ",cr_error)",
+                                          "_ork_instance_variant_unmarshal(11,ws,?,39,cr_error)"});
+}
 
 TEST_F(Clone, StartsTheTraceModuleAndCreatesOnlyForAnEmptySlot) {
     fixture::Handle h;
