@@ -111,6 +111,14 @@ inline void for_each_field(const std::function<void(const Field &)> &visit) {
     }
 }
 
+inline void for_each_array(const std::function<void(const Field &)> &visit) {
+    for_each_field([&](const Field &f) {
+        if (f.is_array()) {
+            visit(f);
+        }
+    });
+}
+
 // An object that goes with its scope. Named "obj" in logs, its state bytes "state".
 class Object {
 public:

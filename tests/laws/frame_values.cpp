@@ -123,10 +123,7 @@ TEST(FrameLawValues, a_full_text_is_cut_to_any_room_with_28_and_refused_with_22_
 TEST(FrameLawValues, an_array_holds_what_was_written_at_each_index) {
     for (const Mode &mode : fixture::all_modes()) {
         Handle h(mode);
-        for_each_field([&](const Field &f) {
-            if (!f.is_array()) {
-                return;
-            }
+        for_each_array([&](const Field &f) {
             Object obj(h, f.type);
             Source src(h, f);
             // Written from the end, from the middle and behind the end.
