@@ -1,4 +1,5 @@
 """An agent and its clients: whatever they do it goes on serving, and it ends when it is told to."""
+import fcntl
 import os
 import signal
 import socket
@@ -79,6 +80,13 @@ class AgentLife(Case):
             for agent in agents:
                 agent.terminate()
         self.assertEqual(sorted(agent.wait(PATIENCE) for agent in agents), [0, 1, 1, 1, 1, 1])
+
+    def test_folder_that_somebody_keeps_locked_is_no_hindrance(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        self.start_agent()
+        self.assert_serves()
 
     def test_bad_release_file(self):
         self.assert_fails(run("agent", "--listen", self.socket, "--data", TREE / "data", "--release", TREE / "data/maps.xml"), "maps.xml: line 1")

@@ -1,6 +1,7 @@
 #include "unix_socket.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -44,7 +45,8 @@ int with_address(const Descriptor& descriptor, const std::string& path) {
 Descriptor lock_folder_of(const std::string& path) {
   const std::filesystem::path folder = std::filesystem::path(path).parent_path();
   Descriptor made(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (made.get() >= 0) flock(made.get(), LOCK_EX);  // a folder that cannot be opened is told when the path is bound
+  // A folder that cannot be opened is told when the path is bound. One that somebody else keeps locked is not waited for without end.
+  for (int tries = 0; tries < 100 && flock(made.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK; ++tries) poll(nullptr, 0, 10);
   return made;
 }
 
