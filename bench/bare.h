@@ -1,5 +1,6 @@
-// The runtime calls of a record's wire operations, written out by hand for one type each and without state tracking: what no table, row or
-// template has a part in. The floor under the library's marshal, unmarshal and length.
+// The runtime calls of a record's wire operations, written out by hand for one type each and
+// without state tracking: what no table, row or template has a part in. The floor under the
+// library's marshal, unmarshal and length.
 #pragma once
 
 #include <cerrno>
@@ -15,7 +16,9 @@ struct Wire {
   uint32_t* err;
 };
 
-inline bool tracks(const ork_handle* handle) { return handle->sttr_info != nullptr && handle->sttr_info->sttr_mode == ORK_STTR_ON; }
+inline bool tracks(const ork_handle* handle) {
+  return handle->sttr_info != nullptr && handle->sttr_info->sttr_mode == ORK_STTR_ON;
+}
 
 // How every operation on an image begins.
 inline bool begins(const Wire& wire, int32_t length) {

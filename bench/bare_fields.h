@@ -1,4 +1,5 @@
-// The fields of a hop channel's records in wire order, for a visitor that makes the runtime's calls.
+// The fields of a hop channel's records in wire order, for a visitor that makes the runtime's
+// calls.
 #pragma once
 
 #include <concepts>

@@ -4,7 +4,8 @@
 namespace bare {
 namespace {
 
-// One name for the calls of a kind, so that a record's fields read as a list. Each is the one runtime call behind it.
+// One name for the calls of a kind, so that a record's fields read as a list. Each is the one
+// runtime call behind it.
 struct Out {
   const Wire& wire;
   uint8_t* buffer;
@@ -14,16 +15,30 @@ struct Out {
   uint8_t* here() const { return buffer + at; }
   int32_t left() const { return room - static_cast<int32_t>(at); }
 
-  void value(const uint8_t& value) { at += u_int8_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err); }
-  void value(const uint16_t& value) { at += u_int16_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err); }
-  void value(const uint32_t& value) { at += u_int32_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err); }
-  void value(const uint64_t& value) { at += u_int64_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err); }
+  void value(const uint8_t& value) {
+    at += u_int8_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err);
+  }
+  void value(const uint16_t& value) {
+    at += u_int16_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err);
+  }
+  void value(const uint32_t& value) {
+    at += u_int32_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err);
+  }
+  void value(const uint64_t& value) {
+    at += u_int64_marshal(wire.handle, wire.instance, here(), &value, left(), wire.err);
+  }
   template <size_t N>
   void text(const char (&text)[N]) {
-    for (const char& c : text) at += char_marshal(wire.handle, wire.instance, here(), &c, left(), wire.err);
+    for (const char& c : text)
+      at += char_marshal(wire.handle, wire.instance, here(), &c, left(), wire.err);
   }
-  void add_variant(int8_t variant) { at += _ork_instance_variant_marshal(wire.handle, wire.instance, here(), &variant, left(), wire.err); }
-  void add_jump(uint32_t jump) { at += _ork_variant_jump_marshal(wire.handle, wire.instance, here(), &jump, left(), wire.err); }
+  void add_variant(int8_t variant) {
+    at += _ork_instance_variant_marshal(wire.handle, wire.instance, here(), &variant, left(),
+                                        wire.err);
+  }
+  void add_jump(uint32_t jump) {
+    at += _ork_variant_jump_marshal(wire.handle, wire.instance, here(), &jump, left(), wire.err);
+  }
   void enumeration(const Enum& object);
   void flag_set(const Flags& object);
   template <class Record>
@@ -47,7 +62,8 @@ uint32_t add_base(Out& out, const void* object, int8_t variant) {
   out.add_variant(variant);
   const uint8_t travels = tracks(out.wire.handle) ? OBJ_WIRE_MASK : OBJ_RA_DATA;
   const uint8_t flags = static_cast<uint8_t>(ork_get_instance_obj_flag(object, 1, 0) & travels);
-  out.at += _ork_instance_obj_flag_marshal(out.wire.handle, out.wire.instance, out.here(), &flags, out.left(), out.wire.err);
+  out.at += _ork_instance_obj_flag_marshal(out.wire.handle, out.wire.instance, out.here(), &flags,
+                                           out.left(), out.wire.err);
   const uint32_t base = out.at;
   out.add_jump(0);
   return base;

@@ -6,12 +6,13 @@
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   for (const Operation& operation : operations()) {
-    benchmark::RegisterBenchmark(operation.name.c_str(), [run = operation.run](benchmark::State& state) {
-      for (auto _ : state) {
-        run();
-        benchmark::ClobberMemory();
-      }
-    });
+    benchmark::RegisterBenchmark(operation.name.c_str(),
+                                 [run = operation.run](benchmark::State& state) {
+                                   for (auto _ : state) {
+                                     run();
+                                     benchmark::ClobberMemory();
+                                   }
+                                 });
   }
   benchmark::RunSpecifiedBenchmarks();
 }

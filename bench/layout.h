@@ -1,5 +1,6 @@
-// The records of a hop channel as plain structs, for the hand-written sequences that the library is measured against.
-// Natural alignment gives the layout; the padding at the end is the room that a body keeps behind its last field.
+// The records of a hop channel as plain structs, for the hand-written sequences that the library is
+// measured against. Natural alignment gives the layout; the padding at the end is the room that a
+// body keeps behind its last field.
 #pragma once
 
 #include <cstddef>
@@ -112,6 +113,7 @@ struct HopChanData {
   alignas(8) Serv serv;
   uint8_t slop[16];
 };
-static_assert(offsetof(HopChanData, probe) == 288 && offsetof(HopChanData, serv) == 400 && sizeof(HopChanData) == 600);
+static_assert(offsetof(HopChanData, probe) == 288 && offsetof(HopChanData, serv) == 400 &&
+              sizeof(HopChanData) == 600);
 
 }  // namespace bare

@@ -1,4 +1,5 @@
-// What is measured: each operation of the library on filled records, beside a peer that does the same work in another way.
+// What is measured: each operation of the library on filled records, beside a peer that does the
+// same work in another way.
 #pragma once
 
 #include <functional>
@@ -10,5 +11,6 @@ struct Operation {
   std::function<void()> run;  // once
 };
 
-// Operations share one handle without tracking and one set of records, which live as long as the process.
+// Operations share one handle without tracking and one set of records, which live as long as the
+// process.
 std::vector<Operation> operations();

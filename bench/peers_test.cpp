@@ -28,8 +28,9 @@ void expect_same_work(const char* name) {
 
   uint8_t image[2048];
   uint8_t other[2048];
-  const uint32_t n = function<uint32_t (*)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*)>(type, "_marshal")(
-      handle, 1, image, filled, sizeof image, &err);
+  const uint32_t n =
+      function<uint32_t (*)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*)>(
+          type, "_marshal")(handle, 1, image, filled, sizeof image, &err);
   EXPECT_EQ(bare::marshal(wire, other, static_cast<const Record*>(filled), sizeof other), n);
   EXPECT_EQ(std::memcmp(image, other, n), 0);
   std::memset(other, 0, sizeof other);
@@ -56,7 +57,11 @@ void expect_same_work(const char* name) {
   EXPECT_EQ(left.live_blocks, 0u);
 }
 
-TEST(BenchPeers, DoTheWorkOfTheLibraryOnTheLocator) { expect_same_work<bare::Mem>("fwe_cl_wayfind_mem_st"); }
-TEST(BenchPeers, DoTheWorkOfTheLibraryOnAHopChannel) { expect_same_work<bare::HopChanData>("fwe_cl_wayfind_hop_chan_data"); }
+TEST(BenchPeers, DoTheWorkOfTheLibraryOnTheLocator) {
+  expect_same_work<bare::Mem>("fwe_cl_wayfind_mem_st");
+}
+TEST(BenchPeers, DoTheWorkOfTheLibraryOnAHopChannel) {
+  expect_same_work<bare::HopChanData>("fwe_cl_wayfind_hop_chan_data");
+}
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Runs one operation a number of times, for a tool that counts: repeat NAME TIMES. Without arguments it lists the names.
+// Runs one operation a number of times, for a tool that counts: repeat NAME TIMES. Without
+// arguments it lists the names.
 #include <cstdio>
 #include <cstdlib>
 

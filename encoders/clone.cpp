@@ -13,12 +13,16 @@ void destroy_target(const Call& call, void** slot, const RecordRow& record) {
   frame::destroy_filled(call.handle, call.instance, *slot, 1, record);
   *slot = nullptr;
 }
-void renew_target(const Call& call, void** slot, const RecordRow& record) { frame::renew(call, *slot, record); }
+void renew_target(const Call& call, void** slot, const RecordRow& record) {
+  frame::renew(call, *slot, record);
+}
 
-void clone_into(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form, GiveUp give_up) {
+void clone_into(const Call& call, const void* from, void** slot, Workspace ws,
+                const RecordRow& record, WireForm form, GiveUp give_up) {
   if (!call.begins()) return;
   if (slot == nullptr || ws.bytes == nullptr) return call.fail(ENOENT);
-  const uint32_t n = form.marshal_for_clone(call.handle, call.instance, ws.bytes, from, ws.length, call.err);
+  const uint32_t n =
+      form.marshal_for_clone(call.handle, call.instance, ws.bytes, from, ws.length, call.err);
   if (call.failed()) return;
   if (*slot == nullptr) {
     ork_fwe_ui_wayfind_trace_init();
@@ -31,11 +35,13 @@ void clone_into(const Call& call, const void* from, void** slot, Workspace ws, c
 
 }  // namespace
 
-void clone_internal(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form) {
+void clone_internal(const Call& call, const void* from, void** slot, Workspace ws,
+                    const RecordRow& record, WireForm form) {
   clone_into(call, from, slot, ws, record, form, destroy_target);
 }
 
-void clone(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form) {
+void clone(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record,
+           WireForm form) {
   if (slot != nullptr) *slot = nullptr;
   clone_internal(call, from, slot, ws, record, form);
 }
@@ -48,7 +54,8 @@ void* clone_cr(ork_handle* handle, const void* from, const RecordRow& record, Wi
   return slot;
 }
 
-void clone_element(const Call& call, void* element, const void* from, const RecordRow& record, WireForm form) {
+void clone_element(const Call& call, void* element, const void* from, const RecordRow& record,
+                   WireForm form) {
   Workspace ws{};
   orklib_get_handle_ws(call.handle, &ws.bytes, &ws.length);
   clone_into(call, from, &element, ws, record, form, renew_target);

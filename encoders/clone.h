@@ -19,14 +19,19 @@ struct WireForm {
 template <size_t R>
 inline constexpr WireForm wire_form{marshal_for_clone<R>, unmarshal<R>};
 
-void clone_internal(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form);
-void clone(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record, WireForm form);
+void clone_internal(const Call& call, const void* from, void** slot, Workspace ws,
+                    const RecordRow& record, WireForm form);
+void clone(const Call& call, const void* from, void** slot, Workspace ws, const RecordRow& record,
+           WireForm form);
 void* clone_cr(ork_handle* handle, const void* from, const RecordRow& record, WireForm form);
 
-// Fills an element that exists already. One that fails is left as a fresh one: what lies inside a block is never freed by itself.
-void clone_element(const Call& call, void* element, const void* from, const RecordRow& record, WireForm form);
+// Fills an element that exists already. One that fails is left as a fresh one: what lies inside a
+// block is never freed by itself.
+void clone_element(const Call& call, void* element, const void* from, const RecordRow& record,
+                   WireForm form);
 template <size_t R>
-void clone_into_element(const Call& call, void* element, const void* from, const RecordRow& record) {
+void clone_into_element(const Call& call, void* element, const void* from,
+                        const RecordRow& record) {
   clone_element(call, element, from, record, wire_form<R>);
 }
 

@@ -24,9 +24,15 @@ int32_t compare_at(const void* a, const void* b, const FieldRow& field) {
     case Kind::u_int16: return compare_unsigned<uint16_t>(a, b);
     case Kind::u_int32: return compare_unsigned<uint32_t>(a, b);
     case Kind::u_int64: return compare_unsigned<uint64_t>(a, b);
-    case Kind::ork_boolean: return ork_boolean_compare(static_cast<const ork_boolean*>(a), static_cast<const ork_boolean*>(b));
-    case Kind::ip_address: return ip_address_compare(static_cast<const ork_ip_address*>(a), static_cast<const ork_ip_address*>(b));
-    case Kind::link_type: return link_type_compare(static_cast<const ork_link_type*>(a), static_cast<const ork_link_type*>(b));
+    case Kind::ork_boolean:
+      return ork_boolean_compare(static_cast<const ork_boolean*>(a),
+                                 static_cast<const ork_boolean*>(b));
+    case Kind::ip_address:
+      return ip_address_compare(static_cast<const ork_ip_address*>(a),
+                                static_cast<const ork_ip_address*>(b));
+    case Kind::link_type:
+      return link_type_compare(static_cast<const ork_link_type*>(a),
+                               static_cast<const ork_link_type*>(b));
     case Kind::character: return memcmp(a, b, field.width);
     case Kind::enumeration:
     case Kind::flag_set: return small_compare(a, b, frame::small_type(field));
@@ -41,11 +47,14 @@ int32_t compare_array(const void* a, const void* b, const FieldRow& field) {
   const uint32_t second = frame::element_count(b, field);
   const size_t count = first < second ? first : second;
   if (field.cls == Class::value_array) {
-    return count != 0 ? memcmp(frame::block_of(a, field), frame::block_of(b, field), count * field.width) : 0;
+    return count != 0
+               ? memcmp(frame::block_of(a, field), frame::block_of(b, field), count * field.width)
+               : 0;
   }
   int32_t order = 0;
   for (size_t i = 0; i < count && order == 0; ++i) {
-    order = compare(frame::element_at(a, field, i), frame::element_at(b, field, i), frame::child_record(field));
+    order = compare(frame::element_at(a, field, i), frame::element_at(b, field, i),
+                    frame::child_record(field));
   }
   return order;
 }
@@ -71,13 +80,15 @@ uint32_t hash_at(const void* at, uint32_t seed, const FieldRow& field) {
 uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
   const uint32_t count = frame::element_count(object, field);
   const void* counter = frame::byte_at(object, field.counter);
-  uint32_t running = with_primitive(field.counter_kind, [&](auto coded) { return coded.hash(counter, seed); });
+  uint32_t running =
+      with_primitive(field.counter_kind, [&](auto coded) { return coded.hash(counter, seed); });
   if (field.cls == Class::value_array) {
     const uint64_t bytes = uint64_t{count} * field.width;
     const auto length = static_cast<uint32_t>(bytes < UINT32_MAX ? bytes : UINT32_MAX);
     return SuperFastHash(static_cast<const char*>(frame::block_of(object, field)), length, running);
   }
-  for (uint32_t i = 0; i < count; ++i) running = hash(frame::element_at(object, field, i), running, frame::child_record(field));
+  for (uint32_t i = 0; i < count; ++i)
+    running = hash(frame::element_at(object, field, i), running, frame::child_record(field));
   return running;
 }
 
@@ -90,7 +101,8 @@ int32_t compare(const void* a, const void* b, const RecordRow& record) {
   const auto second = frame::held_fields(record, b);
   for (const FieldRow& field : first.last < second.last ? first : second) {
     const bool array = field.array != model::no_type;
-    order = array ? compare_array(a, b, field) : compare_at(frame::field_of(a, field), frame::field_of(b, field), field);
+    order = array ? compare_array(a, b, field)
+                  : compare_at(frame::field_of(a, field), frame::field_of(b, field), field);
     if (order != 0) return order;
   }
   return 0;
@@ -101,7 +113,8 @@ uint32_t hash(const void* object, uint32_t seed, const RecordRow& record) {
   uint32_t running = seed;
   for (const FieldRow& field : frame::held_fields(record, object)) {
     const bool array = field.array != model::no_type;
-    running = array ? hash_array(object, running, field) : hash_at(frame::field_of(object, field), running, field);
+    running = array ? hash_array(object, running, field)
+                    : hash_at(frame::field_of(object, field), running, field);
   }
   return running;
 }

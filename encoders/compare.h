@@ -1,4 +1,5 @@
-// Order and hash of records by value: headers, variants and state bytes take no part. Nothing is allocated, nothing can fail.
+// Order and hash of records by value: headers, variants and state bytes take no part. Nothing is
+// allocated, nothing can fail.
 #pragma once
 
 #include "encoders/walk.h"

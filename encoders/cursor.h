@@ -1,4 +1,5 @@
-// The only code that walks raw bytes: a position in a caller's buffer that never leads a read or a write outside it.
+// The only code that walks raw bytes: a position in a caller's buffer that never leads a read or a
+// write outside it.
 #pragma once
 
 #include "frame/call.h"
@@ -32,7 +33,8 @@ class Writer {
   }
   void advance(uint32_t bytes) { position_ += static_cast<int32_t>(bytes); }
 
-  // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of room behind it.
+  // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of
+  // room behind it.
   void state_byte(uint8_t state) {
     buffer_[position_] = state;
     if (position_ != length_) ++position_;
@@ -54,10 +56,12 @@ class Writer {
   int32_t position_ = 0;
 };
 
-// A jump may lead behind the end: positions count on there, but the place stays at the end and nothing is touched.
+// A jump may lead behind the end: positions count on there, but the place stays at the end and
+// nothing is touched.
 class Reader {
  public:
-  Reader(const uint8_t* buffer, int32_t length) : here_(buffer), length_(length < 0 ? 0 : length), room_(length_) {}
+  Reader(const uint8_t* buffer, int32_t length)
+      : here_(buffer), length_(length < 0 ? 0 : length), room_(length_) {}
 
   const uint8_t* here() const { return here_; }
   int32_t room() const { return room_ < INT32_MIN ? INT32_MIN : static_cast<int32_t>(room_); }
@@ -78,7 +82,8 @@ class Reader {
     room_ -= static_cast<int64_t>(bytes);
   }
 
-  // False at the end: there is no byte to take, and none is counted. Behind it bytes count, but none is taken.
+  // False at the end: there is no byte to take, and none is counted. Behind it bytes count, but
+  // none is taken.
   bool take_state_byte(uint8_t& state) {
     if (room_ > 0) {
       state = *here_;

@@ -1,4 +1,5 @@
-// How many bytes to reserve for an image: an upper bound with tracking on, short when ra data is present, blind to the domain.
+// How many bytes to reserve for an image: an upper bound with tracking on, short when ra data is
+// present, blind to the domain.
 #pragma once
 
 #include "encoders/primitives.h"
@@ -26,7 +27,8 @@ template <size_t I>
     return count * length_body<field.type>(call, first);
   } else {
     uint64_t sum = 0;
-    for (uint32_t i = 0; i < count; ++i) sum += length_body<field.type>(call, frame::element_at(object, field, i));
+    for (uint32_t i = 0; i < count; ++i)
+      sum += length_body<field.type>(call, frame::element_at(object, field, i));
     return sum;
   }
 }
@@ -38,7 +40,9 @@ template <size_t I>
   if constexpr (field.array != model::no_type) {
     return array_length<I>(call, object);
   } else if constexpr (field.cls == Class::text) {
-    return object != nullptr ? field.width * char_len(call.handle, call.instance, static_cast<const char*>(at)) : 0;
+    return object != nullptr
+               ? field.width * char_len(call.handle, call.instance, static_cast<const char*>(at))
+               : 0;
   } else if constexpr (field.kind == Kind::record) {
     return length_body<field.type>(call, at);
   } else if constexpr (field.kind == Kind::enumeration) {
@@ -50,7 +54,8 @@ template <size_t I>
   }
 }
 
-// State bytes as counted here: one per field, a fixed string with one per character besides, an array with one for the whole.
+// State bytes as counted here: one per field, a fixed string with one per character besides, an
+// array with one for the whole.
 template <size_t I>
 [[gnu::always_inline]] inline uint64_t state_length(const void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
@@ -70,7 +75,8 @@ uint64_t length_body(const Call& call, const void* object) {
         length += field_length<I>(call, object);
         return true;
       });
-  if (object == nullptr || frame::tracking<Function::len>(call.handle, record) != Tracking::on) return length;
+  if (object == nullptr || frame::tracking<Function::len>(call.handle, record) != Tracking::on)
+    return length;
   walk<R>(
       variant, [&]<size_t I>() __attribute__((always_inline)) {
         length += state_length<I>(object);

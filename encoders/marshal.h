@@ -1,4 +1,5 @@
-// Record to wire image. Nothing is allocated; bytes are written once, front to back, but for the jump.
+// Record to wire image. Nothing is allocated; bytes are written once, front to back, but for the
+// jump.
 #pragma once
 
 #include "encoders/cursor.h"
@@ -11,7 +12,8 @@ namespace encoders {
 inline constexpr uint8_t wire_flags = OBJ_STATE_TRACKED | OBJ_RA_DATA;
 
 template <size_t R>
-uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length, bool check_domain);
+uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length,
+                      bool check_domain);
 
 // The variant that goes out: not above what the peer knows, nor above what this library knows.
 int wire_variant(const Call& call, const void* object, bool check_domain, const RecordRow& record);
@@ -25,7 +27,8 @@ void marshal_jump(const Call& call, Writer& out, int32_t base);
 const uint8_t* states_to_send(const Call& call, const void* object, const RecordRow& record);
 
 // The bytes that follow an array: one for the whole, one per element.
-void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count, const FieldRow& field);
+void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count,
+                          const FieldRow& field);
 
 // All characters of a fixed string, one by one, whatever stands behind its end.
 inline void marshal_text(const Call& call, Writer& out, const char* text, size_t size) {
@@ -43,7 +46,8 @@ inline void marshal_text(const Call& call, Writer& out, const char* text, size_t
 void marshal_byte_array(const Call& call, Writer& out, const void* block, uint32_t count);
 
 template <size_t I>
-[[gnu::always_inline]] inline void marshal_array(const Call& call, Writer& out, const void* object, const uint8_t* states, bool tracked) {
+[[gnu::always_inline]] inline void marshal_array(const Call& call, Writer& out, const void* object,
+                                                 const uint8_t* states, bool tracked) {
   constexpr const FieldRow& field = model::field_rows[I];
   const uint32_t count = frame::element_count(object, field);
   if (count == 0) return;
@@ -63,7 +67,8 @@ template <size_t I>
 }
 
 template <size_t I>
-[[gnu::always_inline]] inline void marshal_field(const Call& call, Writer& out, const void* object) {
+[[gnu::always_inline]] inline void marshal_field(const Call& call, Writer& out,
+                                                 const void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
   const void* at = frame::field_of(object, field);
   if constexpr (field.cls == Class::text) {
@@ -80,7 +85,8 @@ template <size_t I>
 }
 
 template <size_t R>
-uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length, bool check_domain) {
+uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length,
+                      bool check_domain) {
   constexpr const RecordRow& record = model::record_rows[R];
   if (!call.begins()) return 0;
   if (length < 1) {
@@ -101,7 +107,8 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
       variant, [&]<size_t I>() __attribute__((always_inline)) {
         constexpr const FieldRow& field = model::field_rows[I];
         if constexpr (field.cls == Class::counter) {
-          const auto count = static_cast<typename Coded<field.kind>::Storage>(frame::element_count(object, model::field_rows[I + 1]));
+          const auto count = static_cast<typename Coded<field.kind>::Storage>(
+              frame::element_count(object, model::field_rows[I + 1]));
           out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
         } else if constexpr (field.array != model::no_type) {
           marshal_array<I>(call, out, object, states, tracked);
@@ -116,12 +123,14 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
 }
 
 template <size_t R>
-uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, const void* object, int32_t length, uint32_t* err) {
+uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, const void* object,
+                 int32_t length, uint32_t* err) {
   return marshal_body<R>({handle, instance, err}, buffer, object, length, true);
 }
 // The domain is still asked, but not obeyed; embedded records obey it all the same.
 template <size_t R>
-uint32_t marshal_for_clone(ork_handle* handle, uint32_t instance, uint8_t* buffer, const void* object, int32_t length, uint32_t* err) {
+uint32_t marshal_for_clone(ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                           const void* object, int32_t length, uint32_t* err) {
   return marshal_body<R>({handle, instance, err}, buffer, object, length, false);
 }
 

@@ -1,4 +1,5 @@
-// The wire, text, XML, comparison and hash functions of the runtime's primitives under one name each.
+// The wire, text, XML, comparison and hash functions of the runtime's primitives under one name
+// each.
 #pragma once
 
 #include "encoders/walk.h"
@@ -9,27 +10,40 @@ namespace encoders {
 template <Kind>
 struct Coded;
 
-#define WAYFIND_CODED(family, storage)                                                                                                 \
-  template <>                                                                                                                          \
-  struct Coded<Kind::family> {                                                                                                         \
-    using Storage = storage;                                                                                                           \
-    static uint32_t marshal(const Call& c, uint8_t* to, const void* from, int32_t room) {                                              \
-      return family##_marshal(c.handle, c.instance, to, static_cast<const Storage*>(from), room, c.err);                               \
-    }                                                                                                                                  \
-    static uint32_t unmarshal(const Call& c, const uint8_t* from, void* to, int32_t room, uint32_t reuse) {                            \
-      return family##_unmarshal(c.handle, c.instance, from, static_cast<Storage*>(to), room, reuse, c.err);                            \
-    }                                                                                                                                  \
-    static uint32_t len(const Call& c, const void* of) { return family##_len(c.handle, c.instance, static_cast<const Storage*>(of)); } \
-    static uint32_t hash(const void* of, uint32_t seed) { return family##_hash(static_cast<const Storage*>(of), seed); }               \
-    static uint32_t print(const Call& c, char* to, uint32_t indent, const char* name, const void* of, int32_t room) {                  \
-      return family##_print(c.handle, c.instance, to, indent, name, static_cast<const Storage*>(of), room, c.err);                     \
-    }                                                                                                                                  \
-    static uint32_t to_xml(const Call& c, const char* name, char* to, const void* of, int32_t room, uint8_t state) {                   \
-      return family##_to_xml(c.handle, c.instance, name, to, static_cast<const Storage*>(of), room, state, c.err);                     \
-    }                                                                                                                                  \
-    static void from_xml(const Call& c, const char* path, ork_xml* xml, void* to, char* text, uint32_t text_len) {                     \
-      family##_from_xml(c.handle, c.instance, path, xml, static_cast<Storage*>(to), c.err, text, text_len);                            \
-    }                                                                                                                                  \
+#define WAYFIND_CODED(family, storage)                                                           \
+  template <>                                                                                    \
+  struct Coded<Kind::family> {                                                                   \
+    using Storage = storage;                                                                     \
+    static uint32_t marshal(const Call& c, uint8_t* to, const void* from, int32_t room) {        \
+      return family##_marshal(c.handle, c.instance, to, static_cast<const Storage*>(from), room, \
+                              c.err);                                                            \
+    }                                                                                            \
+    static uint32_t unmarshal(const Call& c, const uint8_t* from, void* to, int32_t room,        \
+                              uint32_t reuse) {                                                  \
+      return family##_unmarshal(c.handle, c.instance, from, static_cast<Storage*>(to), room,     \
+                                reuse, c.err);                                                   \
+    }                                                                                            \
+    static uint32_t len(const Call& c, const void* of) {                                         \
+      return family##_len(c.handle, c.instance, static_cast<const Storage*>(of));                \
+    }                                                                                            \
+    static uint32_t hash(const void* of, uint32_t seed) {                                        \
+      return family##_hash(static_cast<const Storage*>(of), seed);                               \
+    }                                                                                            \
+    static uint32_t print(const Call& c, char* to, uint32_t indent, const char* name,            \
+                          const void* of, int32_t room) {                                        \
+      return family##_print(c.handle, c.instance, to, indent, name,                              \
+                            static_cast<const Storage*>(of), room, c.err);                       \
+    }                                                                                            \
+    static uint32_t to_xml(const Call& c, const char* name, char* to, const void* of,            \
+                           int32_t room, uint8_t state) {                                        \
+      return family##_to_xml(c.handle, c.instance, name, to, static_cast<const Storage*>(of),    \
+                             room, state, c.err);                                                \
+    }                                                                                            \
+    static void from_xml(const Call& c, const char* path, ork_xml* xml, void* to, char* text,    \
+                         uint32_t text_len) {                                                    \
+      family##_from_xml(c.handle, c.instance, path, xml, static_cast<Storage*>(to), c.err, text, \
+                        text_len);                                                               \
+    }                                                                                            \
   };
 
 WAYFIND_CODED(u_int8, uint8_t)
@@ -41,7 +55,8 @@ WAYFIND_CODED(link_type, ork_link_type)
 WAYFIND_CODED(ip_address, ork_ip_address)
 #undef WAYFIND_CODED
 
-// Runs `use` with the coding of a primitive that is only known at run time. Kinds that are no primitive are not asked for.
+// Runs `use` with the coding of a primitive that is only known at run time. Kinds that are no
+// primitive are not asked for.
 template <class Use>
 [[gnu::always_inline]] inline auto with_primitive(Kind kind, Use&& use) {
   switch (kind) {

@@ -14,27 +14,35 @@ constexpr size_t element_name_size = 80;
 #pragma GCC diagnostic ignored "-Wformat-security"  // every format is a literal where it is given
 template <class... Args>
 void put(const Call& call, TextBuffer& out, const char* format, Args... args) {
-  out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, format, args...);
+  out.position +=
+      ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, format, args...);
 }
 #pragma GCC diagnostic pop
 
 void open(const Call& call, TextBuffer& out, uint32_t indent) {
-  out.position = ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);
+  out.position =
+      ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);
 }
 // The blanks are appended to the text that begins at the start, whatever the position.
 void close(const Call& call, TextBuffer& out, uint32_t indent) {
-  out.position += ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);
+  out.position +=
+      ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);
   put(call, out, "}\n");
 }
 
-uint32_t print_at(const Call& call, TextBuffer& out, uint32_t indent, const char* name, const void* at, const FieldRow& field) {
+uint32_t print_at(const Call& call, TextBuffer& out, uint32_t indent, const char* name,
+                  const void* at, const FieldRow& field) {
   switch (field.kind) {
-    case Kind::record: return print(call, out.here(), indent, name, at, out.room_bytes(), frame::child_record(field));
+    case Kind::record:
+      return print(call, out.here(), indent, name, at, out.room_bytes(),
+                   frame::child_record(field));
     case Kind::enumeration:
-    case Kind::flag_set: return small_print(call, out.here(), indent, name, at, out.room_bytes(), frame::small_type(field));
+    case Kind::flag_set:
+      return small_print(call, out.here(), indent, name, at, out.room_bytes(),
+                         frame::small_type(field));
     case Kind::character:
-      return null_string_print(call.handle, call.instance, out.here(), indent, name, static_cast<const char*>(at), out.room(), field.width,
-                               call.err);
+      return null_string_print(call.handle, call.instance, out.here(), indent, name,
+                               static_cast<const char*>(at), out.room(), field.width, call.err);
     case Kind::u_int8:
     case Kind::u_int16:
     case Kind::u_int32:
@@ -43,10 +51,13 @@ uint32_t print_at(const Call& call, TextBuffer& out, uint32_t indent, const char
     case Kind::link_type:
     case Kind::ip_address: break;
   }
-  return with_primitive(field.kind, [&](auto coded) { return coded.print(call, out.here(), indent, name, at, out.room()); });
+  return with_primitive(field.kind, [&](auto coded) {
+    return coded.print(call, out.here(), indent, name, at, out.room());
+  });
 }
 
-void print_field(const Call& call, TextBuffer& out, uint32_t indent, const void* object, const FieldRow& field) {
+void print_field(const Call& call, TextBuffer& out, uint32_t indent, const void* object,
+                 const FieldRow& field) {
   if (field.array == model::no_type) {
     out.position += print_at(call, out, indent, field.name, frame::field_of(object, field), field);
     return;
@@ -70,7 +81,8 @@ uint32_t enum_print(const Call& call, TextBuffer& out, const void* object, const
   return out.position;
 }
 
-uint32_t flag_set_print(const Call& call, TextBuffer& out, const void* object, const SmallRow& type) {
+uint32_t flag_set_print(const Call& call, TextBuffer& out, const void* object,
+                        const SmallRow& type) {
   for (uint8_t flag = 0; flag < type.values; ++flag) {
     if (object == nullptr) {
       uint32_t scratch = 0;
@@ -88,37 +100,43 @@ uint32_t flag_set_print(const Call& call, TextBuffer& out, const void* object, c
 
 }  // namespace
 
-uint32_t print(const Call& call, char* buffer, uint32_t indent, const char* name, const void* object, uint32_t length,
-               const RecordRow& record) {
+uint32_t print(const Call& call, char* buffer, uint32_t indent, const char* name,
+               const void* object, uint32_t length, const RecordRow& record) {
   if (!call.begins()) return 0;
   const int variant = frame::variant_of(object);
   TextBuffer out{buffer, length};
   open(call, out, indent);
   put(call, out, "%s@%s: {\n", name, frame::descriptor(record)->name);
   if (variant < 0) return out.position;
-  for (const FieldRow& field : model::fields_of(record, variant)) print_field(call, out, indent + step, object, field);
+  for (const FieldRow& field : model::fields_of(record, variant))
+    print_field(call, out, indent + step, object, field);
   // Only an object of the newest variant gets past every gate to the closing line.
   if (variant >= record.newest()) close(call, out, indent);
   return out.position;
 }
 
-uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const RecordRow& record) {
+uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                  const RecordRow& record) {
   const Call call{handle, handle->cr_instance, &handle->cr_error};
-  return cr_result(handle, print(call, buffer, 0, frame::descriptor(record)->name, object, length, record));
+  return cr_result(handle,
+                   print(call, buffer, 0, frame::descriptor(record)->name, object, length, record));
 }
 
-uint32_t small_print(const Call& call, char* buffer, uint32_t indent, const char* name, const void* object, uint32_t length,
-                     const SmallRow& type) {
+uint32_t small_print(const Call& call, char* buffer, uint32_t indent, const char* name,
+                     const void* object, uint32_t length, const SmallRow& type) {
   if (!call.begins()) return 0;
   TextBuffer out{buffer, length};
   open(call, out, indent);
   put(call, out, "%s@%s:", name, frame::descriptor(type)->name);
-  return type.is_flag_set ? flag_set_print(call, out, object, type) : enum_print(call, out, object, type);
+  return type.is_flag_set ? flag_set_print(call, out, object, type)
+                          : enum_print(call, out, object, type);
 }
 
-uint32_t small_print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const SmallRow& type) {
+uint32_t small_print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                        const SmallRow& type) {
   const Call call{handle, handle->cr_instance, &handle->cr_error};
-  return cr_result(handle, small_print(call, buffer, 0, frame::descriptor(type)->name, object, length, type));
+  return cr_result(
+      handle, small_print(call, buffer, 0, frame::descriptor(type)->name, object, length, type));
 }
 
 }  // namespace encoders

@@ -33,10 +33,12 @@ void clear_array(const Call& call, void* object, uint32_t old_count, const Field
 }
 
 size_t stride(const Call& call, const FieldRow& field) {
-  return field.kind == Kind::record ? frame::size_of(call.handle, frame::child_record(field)) : size_t{field.width};
+  return field.kind == Kind::record ? frame::size_of(call.handle, frame::child_record(field))
+                                    : size_t{field.width};
 }
 
-// An array of records without its storage has no elements at all; and no array keeps fewer element bytes than its count.
+// An array of records without its storage has no elements at all; and no array keeps fewer element
+// bytes than its count.
 bool out_of_memory(const Call& call, void* object, const FieldRow& field) {
   frame::drop_element_states(call, object, field);
   if (field.kind == Kind::record) frame::store_count(call, object, field, 0);
@@ -49,18 +51,21 @@ bool has_room_for_states(const Image& image, const void* block, const FieldRow& 
   return field.kind != Kind::record || !image.tracked || frame::has_flag(block, OBJ_STATE_TRACKED);
 }
 
-bool prepare_block(const Call& call, const Image& image, void* object, uint32_t old_count, uint32_t count, const FieldRow& field) {
+bool prepare_block(const Call& call, const Image& image, void* object, uint32_t old_count,
+                   uint32_t count, const FieldRow& field) {
   void* block = frame::block_of(object, field);
   void* at = frame::field_of(object, field);
   const size_t size = count * stride(call, field);
-  const bool keeps = image.reuse != 0 && block != nullptr && old_count == count && has_room_for_states(image, block, field);
+  const bool keeps = image.reuse != 0 && block != nullptr && old_count == count &&
+                     has_room_for_states(image, block, field);
   if (image.reuse != 0 && block != nullptr) frame::destroy_elements(call, object, old_count, field);
   if (keeps) {
     frame::announce(call, block, size, object);
   } else {
     if (block != nullptr) frame::release(call, block);
     frame::announce(call, at, sizeof block, object);
-    const bool in_reach = field.kind != Kind::record || frame::states_in_reach(image.tracked, count, field);
+    const bool in_reach =
+        field.kind != Kind::record || frame::states_in_reach(image.tracked, count, field);
     block = in_reach ? frame::allocate(call, size) : nullptr;
     frame::put(at, block);
     if (block == nullptr) return out_of_memory(call, object, field);
@@ -69,8 +74,10 @@ bool prepare_block(const Call& call, const Image& image, void* object, uint32_t 
   return true;
 }
 
-// One byte per element. Without state bytes in the image the old ones are kept, as far as the new count reaches.
-bool prepare_element_states(const Call& call, const Image& image, void* object, uint32_t old_count, uint32_t count, const FieldRow& field) {
+// One byte per element. Without state bytes in the image the old ones are kept, as far as the new
+// count reaches.
+bool prepare_element_states(const Call& call, const Image& image, void* object, uint32_t old_count,
+                            uint32_t count, const FieldRow& field) {
   const bool sent = image.states == States::copy;
   if (!sent && old_count == count) return true;
   uint8_t* entry = sent ? image.block + field.state : frame::state_entry(call, object, field);
@@ -80,31 +87,39 @@ bool prepare_element_states(const Call& call, const Image& image, void* object, 
     memset(elements, 0, count);
     return true;
   }
-  const bool made = sent ? frame::renew_element_states(call, entry, count) : frame::replace_element_states(call, entry, count, old_count);
+  const bool made = sent ? frame::renew_element_states(call, entry, count)
+                         : frame::replace_element_states(call, entry, count, old_count);
   return made || out_of_memory(call, object, field);
 }
 
 }  // namespace
 
-void unmarshal_base(const Call& call, Reader& in, Image& image, void* object, const RecordRow& record) {
-  in.advance(_ork_instance_variant_unmarshal(call.handle, call.instance, in.here(), &image.variant, in.room(), call.err));
-  in.advance(_ork_instance_obj_flag_unmarshal(call.handle, call.instance, in.here(), &image.flags, in.room(), call.err));
+void unmarshal_base(const Call& call, Reader& in, Image& image, void* object,
+                    const RecordRow& record) {
+  in.advance(_ork_instance_variant_unmarshal(call.handle, call.instance, in.here(), &image.variant,
+                                             in.room(), call.err));
+  in.advance(_ork_instance_obj_flag_unmarshal(call.handle, call.instance, in.here(), &image.flags,
+                                              in.room(), call.err));
   if ((image.flags & OBJ_RA_DATA) != 0) {
     uint64_t word = 0;
     uint8_t byte = 0;
-    in.advance(_ork_instance_ra_data_unmarshal(call.handle, call.instance, in.here(), &word, &byte, in.room(), call.err));
+    in.advance(_ork_instance_ra_data_unmarshal(call.handle, call.instance, in.here(), &word, &byte,
+                                               in.room(), call.err));
   }
   const int8_t newest = frame::variant_cap_of(object);
   if (image.variant > newest) image.variant = newest;
   image.jump_base = in.position();
-  in.advance(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &image.jump, in.room(), call.err));
+  in.advance(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &image.jump,
+                                         in.room(), call.err));
   settle_states(call, image, object, record);
 }
 
-void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object, const RecordRow& record) {
+void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object,
+                   const RecordRow& record) {
   const int64_t target = image.jump_base + static_cast<int32_t>(image.jump);
   if (target > in.position()) {
-    trace::raise<Function::unmarshal, Form::jump>(record, in.consumed(), static_cast<uint32_t>(image.jump_base), image.jump);
+    trace::raise<Function::unmarshal, Form::jump>(
+        record, in.consumed(), static_cast<uint32_t>(image.jump_base), image.jump);
     in.follow(static_cast<uint64_t>(target - in.position()));
   }
   *frame::byte_at(object, frame::at_variant) = static_cast<uint8_t>(image.variant);
@@ -134,7 +149,8 @@ void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, cons
   }
 }
 
-bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count, const FieldRow& field) {
+bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count,
+                   const FieldRow& field) {
   const uint32_t count = frame::count_of(object, field);
   if (count == 0) {
     clear_array(call, object, old_count, field);
@@ -146,13 +162,17 @@ bool prepare_array(const Call& call, const Image& image, void* object, uint32_t 
   return true;
 }
 
-void begin_element(const Call& call, const Image& image, void* object, uint64_t index, uint64_t count, const FieldRow& field) {
-  const frame::RecordBlock block = frame::record_block(frame::block_of(object, field), count, field);
+void begin_element(const Call& call, const Image& image, void* object, uint64_t index,
+                   uint64_t count, const FieldRow& field) {
+  const frame::RecordBlock block =
+      frame::record_block(frame::block_of(object, field), count, field);
   const RecordRow& record = frame::child_record(field);
   if ((image.flags & OBJ_STATE_TRACKED) != 0) {
-    orklib_update_sttr_offset(call.handle, call.instance, block.element(index), block.distance(index));
+    orklib_update_sttr_offset(call.handle, call.instance, block.element(index),
+                              block.distance(index));
   }
-  frame::initialize(call, block.element(index), frame::descriptor(record), {1, 0, OBJ_NESTED, block.element_state(index)}, record);
+  frame::initialize(call, block.element(index), frame::descriptor(record),
+                    {1, 0, OBJ_NESTED, block.element_state(index)}, record);
 }
 
 }  // namespace encoders

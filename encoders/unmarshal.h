@@ -1,4 +1,5 @@
-// Wire image to record. The record exists already; what the image has beyond the record's layout is jumped over.
+// Wire image to record. The record exists already; what the image has beyond the record's layout is
+// jumped over.
 #pragma once
 
 #include "encoders/cursor.h"
@@ -7,7 +8,8 @@
 
 namespace encoders {
 
-// What happens to the state bytes in an image: there are none to read, they are taken, or they are stepped over.
+// What happens to the state bytes in an image: there are none to read, they are taken, or they are
+// stepped over.
 enum class States : uint8_t { none, copy, skip };
 
 // What the fixed bytes of an image say, and what follows from them and the handle.
@@ -22,9 +24,11 @@ struct Image {
   uint32_t reuse = 0;        // keep storage that fits
 };
 
-void unmarshal_base(const Call& call, Reader& in, Image& image, void* object, const RecordRow& record);
+void unmarshal_base(const Call& call, Reader& in, Image& image, void* object,
+                    const RecordRow& record);
 // Steps over what a newer writer added, then writes the header.
-void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object, const RecordRow& record);
+void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object,
+                   const RecordRow& record);
 
 void take_state(Reader& in, const Image& image, const FieldRow& field);
 inline void unmarshal_state(Reader& in, const Image& image, const FieldRow& field) {
@@ -32,31 +36,40 @@ inline void unmarshal_state(Reader& in, const Image& image, const FieldRow& fiel
 }
 void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field);
 
-// Makes the array's storage fit the count that has just been read. False when memory was refused: the record is left as it stands.
-bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count, const FieldRow& field);
+// Makes the array's storage fit the count that has just been read. False when memory was refused:
+// the record is left as it stands.
+bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count,
+                   const FieldRow& field);
 // The state blocks of an array's elements lie behind the last of them.
-void begin_element(const Call& call, const Image& image, void* object, uint64_t index, uint64_t count, const FieldRow& field);
+void begin_element(const Call& call, const Image& image, void* object, uint64_t index,
+                   uint64_t count, const FieldRow& field);
 
 template <size_t R>
-uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse);
+uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length,
+                        uint32_t reuse);
 
-// A record array never keeps elements that have no type, or whose fields have none: its count ends with the last one that was initialised whole.
+// A record array never keeps elements that have no type, or whose fields have none: its count ends
+// with the last one that was initialised whole.
 template <size_t I>
-void unmarshal_records(const Call& call, Reader& in, const Image& image, void* object, uint32_t count) {
+void unmarshal_records(const Call& call, Reader& in, const Image& image, void* object,
+                       uint32_t count) {
   constexpr const FieldRow& field = model::field_rows[I];
   for (uint32_t i = 0; i < count; ++i) {
     if (!call.failed()) begin_element(call, image, object, i, count, field);
     if (call.failed()) {
       frame::store_count(call, object, field, i);
-      return frame::close_ranks(call, frame::record_block(frame::block_of(object, field), count, field), i, field);
+      return frame::close_ranks(
+          call, frame::record_block(frame::block_of(object, field), count, field), i, field);
     }
-    in.follow(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
+    in.follow(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i),
+                                         in.room(), image.reuse));
   }
 }
 
 // The counter has been read by now; `old_count` is what it said before.
 template <size_t I>
-[[gnu::always_inline]] inline bool unmarshal_array(const Call& call, Reader& in, const Image& image, void* object, uint32_t old_count) {
+[[gnu::always_inline]] inline bool unmarshal_array(const Call& call, Reader& in, const Image& image,
+                                                   void* object, uint32_t old_count) {
   constexpr const FieldRow& field = model::field_rows[I];
   const uint32_t count = frame::count_of(object, field);
   if (!prepare_array(call, image, object, old_count, field)) return false;
@@ -67,7 +80,8 @@ template <size_t I>
     in.copy(frame::block_of(object, field), count);
   } else {
     for (uint32_t i = 0; i < count && !call.failed(); ++i) {
-      in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
+      in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::element_at(object, field, i),
+                                              in.room(), image.reuse));
     }
   }
   unmarshal_array_states(in, image, count, field);
@@ -78,7 +92,8 @@ inline void unmarshal_text(const Call& call, Reader& in, char* text, size_t size
   const uint8_t* from = in.here();
   int32_t room = in.room();
   for (const char* end = text + size; text != end; ++text) {
-    const uint32_t read = char_unmarshal(call.handle, call.instance, from, text, room, reuse, call.err);
+    const uint32_t read =
+        char_unmarshal(call.handle, call.instance, from, text, room, reuse, call.err);
     from += read;
     room -= static_cast<int32_t>(read);
   }
@@ -86,7 +101,8 @@ inline void unmarshal_text(const Call& call, Reader& in, char* text, size_t size
 }
 
 template <size_t I>
-[[gnu::always_inline]] inline void unmarshal_field(const Call& call, Reader& in, const Image& image, void* object) {
+[[gnu::always_inline]] inline void unmarshal_field(const Call& call, Reader& in, const Image& image,
+                                                   void* object) {
   constexpr const FieldRow& field = model::field_rows[I];
   void* at = frame::field_of(object, field);
   if constexpr (field.cls == Class::text) {
@@ -94,16 +110,19 @@ template <size_t I>
   } else if constexpr (field.kind == Kind::record) {
     in.follow(unmarshal_body<field.type>(call, in.here(), at, in.room(), image.reuse));
   } else if constexpr (field.kind == Kind::enumeration) {
-    in.follow(enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
+    in.follow(
+        enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
   } else if constexpr (field.kind == Kind::flag_set) {
-    in.follow(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
+    in.follow(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse,
+                                 model::small_rows[field.type]));
   } else {
     in.advance(Coded<field.kind>::unmarshal(call, in.here(), at, in.room(), image.reuse));
   }
 }
 
 template <size_t R>
-uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse) {
+uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length,
+                        uint32_t reuse) {
   constexpr const RecordRow& record = model::record_rows[R];
   if (!call.begins()) return 0;
   if (length < 1) {
@@ -120,7 +139,8 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
         constexpr const FieldRow& field = model::field_rows[I];
         if constexpr (field.cls == Class::counter) {
           old_count = frame::count_of(object, model::field_rows[I + 1]);
-          in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field), in.room(), reuse));
+          in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field),
+                                                  in.room(), reuse));
           return true;
         } else if constexpr (field.array != model::no_type) {
           return unmarshal_array<I>(call, in, image, object, old_count);
@@ -136,8 +156,8 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
 }
 
 template <size_t R>
-uint32_t unmarshal(ork_handle* handle, uint32_t instance, const uint8_t* buffer, void* object, int32_t length, uint32_t reuse,
-                   uint32_t* err) {
+uint32_t unmarshal(ork_handle* handle, uint32_t instance, const uint8_t* buffer, void* object,
+                   int32_t length, uint32_t reuse, uint32_t* err) {
   return unmarshal_body<R>({handle, instance, err}, buffer, object, length, reuse);
 }
 

@@ -1,4 +1,5 @@
-// Visiting the fields of a record at compile time: straight-line code for the encoders that run most.
+// Visiting the fields of a record at compile time: straight-line code for the encoders that run
+// most.
 #pragma once
 
 #include <utility>
@@ -20,7 +21,8 @@ using frame::SmallRow;
 using frame::Tracking;
 using model::Class;
 
-// Calls visit.operator()<row>() for the fields that `variant` admits, in definition order, until one answers false.
+// Calls visit.operator()<row>() for the fields that `variant` admits, in definition order, until
+// one answers false.
 template <size_t R, size_t V, class Visit>
 [[gnu::always_inline]] inline bool walk_variant(int variant, Visit& visit) {
   constexpr const RecordRow& record = model::record_rows[R];

@@ -5,10 +5,14 @@
 
 namespace encoders {
 
-uint32_t to_xml(const Call& call, const char* tag, char* buffer, void* object, uint32_t length, uint8_t state, const RecordRow& record);
-uint32_t to_xml_cr(ork_handle* handle, void* object, char* buffer, uint32_t length, const RecordRow& record);
-uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const void* object, uint32_t length, const SmallRow& type);
-uint32_t small_to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const SmallRow& type);
+uint32_t to_xml(const Call& call, const char* tag, char* buffer, void* object, uint32_t length,
+                uint8_t state, const RecordRow& record);
+uint32_t to_xml_cr(ork_handle* handle, void* object, char* buffer, uint32_t length,
+                   const RecordRow& record);
+uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const void* object,
+                      uint32_t length, const SmallRow& type);
+uint32_t small_to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                         const SmallRow& type);
 
 // A parsed document, and a text buffer that may be null for what went wrong.
 struct Document {
@@ -17,7 +21,9 @@ struct Document {
   uint32_t err_text_len;
 };
 // What the document lacks stays as it is in the object.
-void from_xml(const Call& call, const char* path, const Document& document, void* object, const RecordRow& record);
-void small_from_xml(const Call& call, const char* path, const Document& document, void* object, const SmallRow& type);
+void from_xml(const Call& call, const char* path, const Document& document, void* object,
+              const RecordRow& record);
+void small_from_xml(const Call& call, const char* path, const Document& document, void* object,
+                    const SmallRow& type);
 
 }  // namespace encoders

@@ -13,12 +13,17 @@ struct Path {
   char text[size];
   bool fits;
 
-  Path(const char* parent, const char* name) { fits = is_whole(snprintf(text, size, "%s/%s", parent, name)); }
-  Path(const char* parent, const char* name, int number) { fits = is_whole(snprintf(text, size, "%s/%s[%d]", parent, name, number)); }
+  Path(const char* parent, const char* name) {
+    fits = is_whole(snprintf(text, size, "%s/%s", parent, name));
+  }
+  Path(const char* parent, const char* name, int number) {
+    fits = is_whole(snprintf(text, size, "%s/%s[%d]", parent, name, number));
+  }
   static bool is_whole(int length) { return length >= 0 && static_cast<size_t>(length) < size; }
 };
 
-void read_at(const Call& call, const Path& path, const Document& document, void* at, const FieldRow& field) {
+void read_at(const Call& call, const Path& path, const Document& document, void* at,
+             const FieldRow& field) {
   if (!path.fits) {
     if (!call.failed()) call.fail(ENOENT);
     return;
@@ -26,10 +31,12 @@ void read_at(const Call& call, const Path& path, const Document& document, void*
   switch (field.kind) {
     case Kind::record: return from_xml(call, path.text, document, at, frame::child_record(field));
     case Kind::enumeration:
-    case Kind::flag_set: return small_from_xml(call, path.text, document, at, frame::small_type(field));
+    case Kind::flag_set:
+      return small_from_xml(call, path.text, document, at, frame::small_type(field));
     case Kind::character:
-      return null_string_from_xml(call.handle, call.instance, path.text, document.xml, static_cast<char*>(at), field.width, call.err,
-                                  document.err_text, document.err_text_len);
+      return null_string_from_xml(call.handle, call.instance, path.text, document.xml,
+                                  static_cast<char*>(at), field.width, call.err, document.err_text,
+                                  document.err_text_len);
     case Kind::u_int8:
     case Kind::u_int16:
     case Kind::u_int32:
@@ -38,32 +45,38 @@ void read_at(const Call& call, const Path& path, const Document& document, void*
     case Kind::link_type:
     case Kind::ip_address: break;
   }
-  with_primitive(field.kind,
-                 [&](auto coded) { coded.from_xml(call, path.text, document.xml, at, document.err_text, document.err_text_len); });
+  with_primitive(field.kind, [&](auto coded) {
+    coded.from_xml(call, path.text, document.xml, at, document.err_text, document.err_text_len);
+  });
 }
 
 // An array's element is read into an object of its own first.
 void* create_scratch(const Call& call, const FieldRow& field) {
-  if (field.cls == Class::value_array) return frame::with_element(field.kind, [&](auto element) { return element.create(call); });
+  if (field.cls == Class::value_array)
+    return frame::with_element(field.kind, [&](auto element) { return element.create(call); });
   ork_fwe_ui_wayfind_trace_init();
   return frame::create_internal(call.handle, call.instance, frame::child_record(field));
 }
 
 // With all that was read into it, unless the array took that over.
 void destroy_scratch(const Call& call, void* scratch, const FieldRow& field) {
-  if (field.cls == Class::value_array) return frame::with_element(field.kind, [&](auto element) { element.destroy(call, scratch); });
+  if (field.cls == Class::value_array)
+    return frame::with_element(field.kind, [&](auto element) { element.destroy(call, scratch); });
   frame::destroy_filled(call.handle, call.instance, scratch, 1, frame::child_record(field));
 }
 
-void store_element(const Call& call, void* object, uint32_t index, const void* scratch, const FieldRow& field) {
+void store_element(const Call& call, void* object, uint32_t index, const void* scratch,
+                   const FieldRow& field) {
   if (field.cls == Class::value_array) return frame::array_set(call, object, index, scratch, field);
   frame::array_set_record(call, object, index, scratch, frame::record_set, field);
 }
 
-// Whether the walk looks at the error behind a field. It does not when an array's scratch could not be made: the next field is still asked for.
+// Whether the walk looks at the error behind a field. It does not when an array's scratch could not
+// be made: the next field is still asked for.
 enum class Then : uint8_t { test, go_on };
 
-Then read_array(const Call& call, const char* parent, const Document& document, void* object, const FieldRow& field) {
+Then read_array(const Call& call, const char* parent, const Document& document, void* object,
+                const FieldRow& field) {
   for (uint32_t n = 1;; ++n) {
     void* scratch = create_scratch(call, field);
     if (scratch == nullptr) {
@@ -78,7 +91,8 @@ Then read_array(const Call& call, const char* parent, const Document& document, 
   }
 }
 
-Then read_field(const Call& call, const char* parent, const Document& document, void* object, const FieldRow& field) {
+Then read_field(const Call& call, const char* parent, const Document& document, void* object,
+                const FieldRow& field) {
   if (field.cls == Class::counter) return Then::test;  // follows from the elements
   if (field.array != model::no_type) return read_array(call, parent, document, object, field);
   read_at(call, Path(parent, field.name), document, frame::field_of(object, field), field);
@@ -91,19 +105,22 @@ enum class Probe : uint8_t { found, missing, failed };
 Probe probe(const Call& call, const char* parent, const char* name, const Document& document) {
   const Path path(parent, name);
   char scratch[128];
-  *call.err = path.fits ? xml_get_element_value(document.xml, path.text, scratch, sizeof scratch, 0) : uint32_t{ENOENT};
+  *call.err = path.fits ? xml_get_element_value(document.xml, path.text, scratch, sizeof scratch, 0)
+                        : uint32_t{ENOENT};
   if (*call.err == 0) return Probe::found;
   ork_store_err(call.handle, *call.err);
   if (*call.err == ENOENT) {
     *call.err = 0;
     return Probe::missing;
   }
-  if (document.err_text != nullptr) snprintf(document.err_text, document.err_text_len, "Failed xpath: %s", parent);
+  if (document.err_text != nullptr)
+    snprintf(document.err_text, document.err_text_len, "Failed xpath: %s", parent);
   return Probe::failed;
 }
 
 // The first value found counts.
-void read_enum(const Call& call, const char* path, const Document& document, void* object, const SmallRow& type) {
+void read_enum(const Call& call, const char* path, const Document& document, void* object,
+               const SmallRow& type) {
   for (uint32_t value = 0; value < type.values; ++value) {
     const Probe answer = probe(call, path, type.texts[value], document);
     if (answer == Probe::missing) continue;
@@ -113,7 +130,8 @@ void read_enum(const Call& call, const char* path, const Document& document, voi
 }
 
 // Bits are only ever set: a flag that the document lacks keeps its bit.
-void read_flags(const Call& call, const char* path, const Document& document, void* object, const SmallRow& type) {
+void read_flags(const Call& call, const char* path, const Document& document, void* object,
+                const SmallRow& type) {
   for (uint8_t flag = 0; flag < type.values; ++flag) {
     const Probe answer = probe(call, path, type.texts[flag], document);
     if (answer == Probe::failed) return;
@@ -129,10 +147,12 @@ void read_flags(const Call& call, const char* path, const Document& document, vo
 
 }  // namespace
 
-void from_xml(const Call& call, const char* path, const Document& document, void* object, const RecordRow& record) {
+void from_xml(const Call& call, const char* path, const Document& document, void* object,
+              const RecordRow& record) {
   if (!call.begins()) return;
   uint32_t nodes = 0;
-  if (xml_get_element_nodecount(document.xml, path, &nodes) != 0 || nodes == 0) return call.fail(ENOENT);
+  if (xml_get_element_nodecount(document.xml, path, &nodes) != 0 || nodes == 0)
+    return call.fail(ENOENT);
   for (const FieldRow& field : model::fields_of(record)) {
     if (read_field(call, path, document, object, field) == Then::go_on) continue;
     if (*call.err == ENOENT) *call.err = 0;  // a field that is not there is no error
@@ -140,7 +160,8 @@ void from_xml(const Call& call, const char* path, const Document& document, void
   }
 }
 
-void small_from_xml(const Call& call, const char* path, const Document& document, void* object, const SmallRow& type) {
+void small_from_xml(const Call& call, const char* path, const Document& document, void* object,
+                    const SmallRow& type) {
   if (!call.begins()) return;
   if (type.is_flag_set) return read_flags(call, path, document, object, type);
   read_enum(call, path, document, object, type);

@@ -16,14 +16,20 @@ uint32_t close(const Call& call, TextBuffer& out, const char* tag) {
   return out.position;
 }
 
-uint32_t write_at(const Call& call, TextBuffer& out, void* at, uint8_t state, const FieldRow& field) {
+uint32_t write_at(const Call& call, TextBuffer& out, void* at, uint8_t state,
+                  const FieldRow& field) {
   switch (field.kind) {
-    case Kind::record: return to_xml(call, field.name, out.here(), at, out.room_bytes(), state, frame::child_record(field));
+    case Kind::record:
+      return to_xml(call, field.name, out.here(), at, out.room_bytes(), state,
+                    frame::child_record(field));
     case Kind::enumeration:
-    case Kind::flag_set: return small_to_xml(call, field.name, out.here(), at, out.room_bytes(), frame::small_type(field));
+    case Kind::flag_set:
+      return small_to_xml(call, field.name, out.here(), at, out.room_bytes(),
+                          frame::small_type(field));
     case Kind::character:
-      return null_string_to_xml(call.handle, call.instance, field.name, out.here(), static_cast<const char*>(at), out.room(), field.width,
-                                state, call.err);
+      return null_string_to_xml(call.handle, call.instance, field.name, out.here(),
+                                static_cast<const char*>(at), out.room(), field.width, state,
+                                call.err);
     case Kind::u_int8:
     case Kind::u_int16:
     case Kind::u_int32:
@@ -32,29 +38,39 @@ uint32_t write_at(const Call& call, TextBuffer& out, void* at, uint8_t state, co
     case Kind::link_type:
     case Kind::ip_address: break;
   }
-  return with_primitive(field.kind, [&](auto coded) { return coded.to_xml(call, field.name, out.here(), at, out.room(), state); });
+  return with_primitive(field.kind, [&](auto coded) {
+    return coded.to_xml(call, field.name, out.here(), at, out.room(), state);
+  });
 }
 
-// Every element is one child of the field's plain name. An error from a state getter still lets that element be written.
-void write_array(const Call& call, TextBuffer& out, void* object, bool tracked, const FieldRow& field) {
+// Every element is one child of the field's plain name. An error from a state getter still lets
+// that element be written.
+void write_array(const Call& call, TextBuffer& out, void* object, bool tracked,
+                 const FieldRow& field) {
   const uint32_t count = frame::element_count(object, field);
   for (uint32_t i = 0; i < count; ++i) {
-    const uint8_t state = tracked ? frame::array_state_get(call.handle, call.instance, object, i, call.err, field) : uint8_t{0};
+    const uint8_t state =
+        tracked ? frame::array_state_get(call.handle, call.instance, object, i, call.err, field)
+                : uint8_t{0};
     out.position += write_at(call, out, frame::element_at(object, field, i), state, field);
   }
 }
 
-void write_field(const Call& call, TextBuffer& out, void* object, bool tracked, const FieldRow& field) {
+void write_field(const Call& call, TextBuffer& out, void* object, bool tracked,
+                 const FieldRow& field) {
   if (field.array != model::no_type) return write_array(call, out, object, tracked, field);
   uint8_t state = 0;
-  if (tracked && field.cls != Class::counter) state = frame::state_flag_get(call.handle, call.instance, object, call.err, field);
+  if (tracked && field.cls != Class::counter)
+    state = frame::state_flag_get(call.handle, call.instance, object, call.err, field);
   out.position += write_at(call, out, frame::field_of(object, field), state, field);
 }
 
-[[gnu::format(printf, 3, 0)]] void put_element(const Call& call, TextBuffer& out, const char* format, const char* name) {
+[[gnu::format(printf, 3, 0)]] void put_element(const Call& call, TextBuffer& out,
+                                               const char* format, const char* name) {
   char text[element_text_size];
   const auto length = static_cast<uint32_t>(snprintf(text, sizeof text, format, name));
-  out.position += xml_enum_print(call.handle, call.instance, out.here(), text, out.room(), length, call.err);
+  out.position +=
+      xml_enum_print(call.handle, call.instance, out.here(), text, out.room(), length, call.err);
 }
 
 void write_enum(const Call& call, TextBuffer& out, const void* object, const SmallRow& type) {
@@ -80,7 +96,8 @@ void write_flags(const Call& call, TextBuffer& out, const void* object, const Sm
 
 }  // namespace
 
-uint32_t to_xml(const Call& call, const char* tag, char* buffer, void* object, uint32_t length, uint8_t state, const RecordRow& record) {
+uint32_t to_xml(const Call& call, const char* tag, char* buffer, void* object, uint32_t length,
+                uint8_t state, const RecordRow& record) {
   if (!call.begins()) return 0;
   const int variant = frame::variant_of(object);
   const bool tracked = frame::tracking<Function::to_xml>(call.handle, record) == Tracking::on;
@@ -92,12 +109,15 @@ uint32_t to_xml(const Call& call, const char* tag, char* buffer, void* object, u
   return close(call, out, tag);
 }
 
-uint32_t to_xml_cr(ork_handle* handle, void* object, char* buffer, uint32_t length, const RecordRow& record) {
+uint32_t to_xml_cr(ork_handle* handle, void* object, char* buffer, uint32_t length,
+                   const RecordRow& record) {
   const Call call{handle, handle->cr_instance, &handle->cr_error};
-  return cr_result(handle, to_xml(call, frame::descriptor(record)->name, buffer, object, length, 0, record));
+  return cr_result(
+      handle, to_xml(call, frame::descriptor(record)->name, buffer, object, length, 0, record));
 }
 
-uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const void* object, uint32_t length, const SmallRow& type) {
+uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const void* object,
+                      uint32_t length, const SmallRow& type) {
   if (!call.begins()) return 0;
   TextBuffer out{buffer, length};
   open(call, out, tag, 0);
@@ -109,9 +129,11 @@ uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const voi
   return close(call, out, tag);
 }
 
-uint32_t small_to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const SmallRow& type) {
+uint32_t small_to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                         const SmallRow& type) {
   const Call call{handle, handle->cr_instance, &handle->cr_error};
-  return cr_result(handle, small_to_xml(call, frame::descriptor(type)->name, buffer, object, length, type));
+  return cr_result(handle,
+                   small_to_xml(call, frame::descriptor(type)->name, buffer, object, length, type));
 }
 
 }  // namespace encoders

@@ -12,7 +12,8 @@ uint8_t reallocated[model::array_count];
 
 void report_reallocation(const FieldRow& field) {
   if (__atomic_exchange_n(&reallocated[field.array], uint8_t{1}, __ATOMIC_RELAXED) != 0) return;
-  if (field.cls == model::Class::value_array) return trace::raise<Function::array_set, Form::reallocating>(field);
+  if (field.cls == model::Class::value_array)
+    return trace::raise<Function::array_set, Form::reallocating>(field);
   trace::raise<Function::array_set_record, Form::reallocating>(field);
 }
 
@@ -61,13 +62,16 @@ void drop_element_states(const Call& call, void* object, const FieldRow& field) 
 void touch_element(const Call& call, void* object, uint64_t index, const FieldRow& field) {
   uint8_t* entry = state_block(call, object, owner(field)) + field.state;
   store(call, entry, touched, nullptr);
-  if (uint8_t* elements = element_states(entry); elements != nullptr) store(call, elements + index, touched, nullptr);
+  if (uint8_t* elements = element_states(entry); elements != nullptr)
+    store(call, elements + index, touched, nullptr);
 }
 
-uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first, const FieldRow& field) {
+uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first,
+                             const FieldRow& field) {
   const RecordRow& record = child_record(field);
   for (uint64_t i = first; i < block.count; ++i) {
-    initialize(call, block.element(i), descriptor(record), {1, 0, OBJ_NESTED, block.element_state(i)}, record);
+    initialize(call, block.element(i), descriptor(record),
+               {1, 0, OBJ_NESTED, block.element_state(i)}, record);
     if (call.failed()) return i;
   }
   return block.count;
@@ -95,7 +99,8 @@ void close_ranks(const Call& call, const RecordBlock& block, uint64_t kept, cons
 void destroy_elements(const Call& call, void* object, uint64_t count, const FieldRow& field) {
   if (field.cls != model::Class::record_array) return;
   for (uint64_t i = 0; i < count; ++i) {
-    destroy_internal(call.handle, call.instance, element_at(object, field, i), 0, child_record(field));
+    destroy_internal(call.handle, call.instance, element_at(object, field, i), 0,
+                     child_record(field));
   }
 }
 
@@ -105,7 +110,8 @@ void destroy_array(const Call& call, void* object, const FieldRow& field) {
   store<void*>(call, field_of(object, field), nullptr, nullptr);
 }
 
-void array_remove_elements(ork_handle* handle, uint32_t instance, void* object, const FieldRow& field) {
+void array_remove_elements(ork_handle* handle, uint32_t instance, void* object,
+                           const FieldRow& field) {
   if (object == nullptr || block_of(object, field) == nullptr) return;
   uint32_t local = 0;
   const Call call{handle, instance, &local};
@@ -115,7 +121,8 @@ void array_remove_elements(ork_handle* handle, uint32_t instance, void* object, 
   store_count(call, object, field, 0);
 }
 
-void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err, const FieldRow& field) {
+void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err,
+                const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return nullptr;
   if (index >= element_count(object, field)) {

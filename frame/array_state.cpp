@@ -1,38 +1,47 @@
-// The state functions of variable arrays. The getter of the element bytes and the setter that is named alike work on different places: the one
-// hands out the block of element bytes, the other writes to the start of the array's state entry. Peers have met both.
+// The state functions of variable arrays. The getter of the element bytes and the setter that is
+// named alike work on different places: the one hands out the block of element bytes, the other
+// writes to the start of the array's state entry. Peers have met both.
 #include "frame/array.h"
 
 namespace frame {
 
-uint8_t array_whole_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field) {
+uint8_t array_whole_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
+                        const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::whole_get>(call, object, field)) return 0;
   return *state_entry(call, object, field);
 }
 
-void array_whole_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value, uint32_t* err, const FieldRow& field) {
+void array_whole_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
+                     uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!state_write_allowed<Function::whole_set>(call, object, field) || !upgrade_and_gate(call, object, field)) return;
+  if (!state_write_allowed<Function::whole_set>(call, object, field) ||
+      !upgrade_and_gate(call, object, field))
+    return;
   store(call, state_entry(call, object, field), value, nullptr);
 }
 
-void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8_t** out, uint32_t* err, const FieldRow& field) {
+void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8_t** out,
+                      uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::states_get>(call, object, field)) return;
   *out = element_states(state_entry(call, object, field));
 }
 
 // Never past the entry: what follows it belongs to other fields or other objects.
-void array_states_set(ork_handle* handle, uint32_t instance, void* object, const uint8_t* from, uint32_t count, uint32_t* err,
-                      const FieldRow& field) {
+void array_states_set(ork_handle* handle, uint32_t instance, void* object, const uint8_t* from,
+                      uint32_t count, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!state_write_allowed<Function::states_set>(call, object, field)) return;
   if (count != count_of(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
-  if (count != 0) memcpy(state_entry(call, object, field), from, count < model::array_entry_size ? count : model::array_entry_size);
+  if (count != 0)
+    memcpy(state_entry(call, object, field), from,
+           count < model::array_entry_size ? count : model::array_entry_size);
 }
 
-uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err, const FieldRow& field) {
+uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
+                        uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
   if (index >= element_count(object, field)) {
@@ -43,8 +52,8 @@ uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uin
   return elements == nullptr ? 0 : elements[index];
 }
 
-void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint8_t value, uint32_t* err,
-                     const FieldRow& field) {
+void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
+                     uint8_t value, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
   if (index >= element_count(object, field)) return call.fail(ENOENT);

@@ -1,5 +1,5 @@
-// What every operation is given: the handle, the instance and the error slot; and the three things that it does with them: report a failure,
-// announce a store, tell the database hooks.
+// What every operation is given: the handle, the instance and the error slot; and the three things
+// that it does with them: report a failure, announce a store, tell the database hooks.
 #pragma once
 
 #include <cerrno>
@@ -30,7 +30,8 @@ struct Call {
   }
   // A field or value that the variant lacks. The runtime decides whether the slot is written.
   void lacks() const { ork_store_epoch_err(handle, EIDRM, err); }
-  // Nothing happens while an earlier failure stands; otherwise the handle's last error is forgotten first.
+  // Nothing happens while an earlier failure stands; otherwise the handle's last error is forgotten
+  // first.
   bool begins() const {
     if (failed()) return false;
     ork_clear_last_error(handle);
@@ -39,7 +40,9 @@ struct Call {
 };
 
 inline uint8_t* byte_at(void* base, size_t offset) { return static_cast<uint8_t*>(base) + offset; }
-inline const uint8_t* byte_at(const void* base, size_t offset) { return static_cast<const uint8_t*>(base) + offset; }
+inline const uint8_t* byte_at(const void* base, size_t offset) {
+  return static_cast<const uint8_t*>(base) + offset;
+}
 
 template <class T>
 T load(const void* at) {
@@ -48,7 +51,8 @@ T load(const void* at) {
   return value;
 }
 
-// A store that nobody is told of: only where the object is not live yet, or where the store is required to go unannounced.
+// A store that nobody is told of: only where the object is not live yet, or where the store is
+// required to go unannounced.
 template <class T>
 void put(void* at, T value) {
   memcpy(at, &value, sizeof value);
@@ -64,10 +68,15 @@ void store(const Call& call, void* at, T value, const void* owner) {
   put(at, value);
 }
 
-inline void* allocate(const Call& call, size_t size) { return call.handle->alloc_fn(call.handle->mem_pool, call.instance, size); }
-inline void release(const Call& call, void* block) { call.handle->free_fn(call.handle->mem_pool, call.instance, block); }
+inline void* allocate(const Call& call, size_t size) {
+  return call.handle->alloc_fn(call.handle->mem_pool, call.instance, size);
+}
+inline void release(const Call& call, void* block) {
+  call.handle->free_fn(call.handle->mem_pool, call.instance, block);
+}
 
-// The database hook hears that `child` lies in `parent`, or with a null parent that it is an entry point of its own.
+// The database hook hears that `child` lies in `parent`, or with a null parent that it is an entry
+// point of its own.
 inline void contain(const Call& call, const void* child, const void* parent) {
   if (call.handle->db_recording != 0) {
     orkdb_record_containment2(call.handle, call.instance, child, parent, 1);
@@ -75,7 +84,8 @@ inline void contain(const Call& call, const void* child, const void* parent) {
 }
 // The platform's hooks watch one kind of shared storage only.
 inline bool watched(const Call& call) {
-  return call.handle->db_recording != 0 && call.instance != ORK_NO_INSTANCE && call.handle->shared_types == 1;
+  return call.handle->db_recording != 0 && call.instance != ORK_NO_INSTANCE &&
+         call.handle->shared_types == 1;
 }
 
 }  // namespace frame

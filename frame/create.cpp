@@ -1,4 +1,5 @@
-// Making records: allocation, the header, statistics, the base of the state bytes, and the fields that are objects.
+// Making records: allocation, the header, statistics, the base of the state bytes, and the fields
+// that are objects.
 #include "frame/make.h"
 #include "frame/primitives.h"
 #include "frame/state.h"
@@ -13,7 +14,8 @@ constexpr size_t sentinel_offset(size_t record) {
 }
 constexpr auto sentinel_offsets = [] {
   std::array<uint16_t, model::record_count> offsets{};
-  for (size_t r = 0; r < model::record_count; ++r) offsets[r] = static_cast<uint16_t>(sentinel_offset(r));
+  for (size_t r = 0; r < model::record_count; ++r)
+    offsets[r] = static_cast<uint16_t>(sentinel_offset(r));
   return offsets;
 }();
 alignas(8) uint8_t sentinels[sentinel_offset(model::record_count)];
@@ -39,24 +41,27 @@ bool find_state_base(const Call& call, void* object, uint8_t*& base, const Recor
   return true;
 }
 
-void initialize_field(const Call& call, void* at, const Initialization& how, const FieldRow& field) {
+void initialize_field(const Call& call, void* at, const Initialization& how,
+                      const FieldRow& field) {
   const ork_type_info* type = nullptr;
   switch (field.kind) {
-    case Kind::record: return initialize(call, at, descriptor(child_record(field)), how, child_record(field));
+    case Kind::record:
+      return initialize(call, at, descriptor(child_record(field)), how, child_record(field));
     case Kind::enumeration:
-    case Kind::flag_set: return initialize(call, at, descriptor(small_type(field)), how, small_type(field));
+    case Kind::flag_set:
+      return initialize(call, at, descriptor(small_type(field)), how, small_type(field));
     case Kind::ip_address:
       type = descriptor(Kind::ip_address);
-      return ip_address_initialize(call.handle, call.instance, static_cast<ork_ip_address*>(at), type, how.notify, how.no_stats, how.flags,
-                                   how.base, call.err);
+      return ip_address_initialize(call.handle, call.instance, static_cast<ork_ip_address*>(at),
+                                   type, how.notify, how.no_stats, how.flags, how.base, call.err);
     case Kind::ork_boolean:
       type = descriptor(Kind::ork_boolean);
-      return ork_boolean_initialize(call.handle, call.instance, static_cast<ork_boolean*>(at), type, how.notify, how.no_stats, how.flags,
-                                    how.base, call.err);
+      return ork_boolean_initialize(call.handle, call.instance, static_cast<ork_boolean*>(at), type,
+                                    how.notify, how.no_stats, how.flags, how.base, call.err);
     case Kind::link_type:
       type = descriptor(Kind::link_type);
-      return link_type_initialize(call.handle, call.instance, static_cast<ork_link_type*>(at), type, how.notify, how.no_stats, how.flags,
-                                  how.base, call.err);
+      return link_type_initialize(call.handle, call.instance, static_cast<ork_link_type*>(at), type,
+                                  how.notify, how.no_stats, how.flags, how.base, call.err);
     case Kind::u_int8:
     case Kind::u_int16:
     case Kind::u_int32:
@@ -75,7 +80,8 @@ uint32_t size_of(const ork_handle* handle, const RecordRow& record) {
   return on ? uint32_t{layout.body} + layout.state : layout.body;
 }
 
-uint32_t size_of_internal(const ork_handle* handle, const void* object, uint32_t with_state, uint32_t state_only, const RecordRow& record) {
+uint32_t size_of_internal(const ork_handle* handle, const void* object, uint32_t with_state,
+                          uint32_t state_only, const RecordRow& record) {
   const Tracking mode = tracking<Function::size_of>(handle, record);
   const bool newest = object == nullptr || mode == Tracking::absent;
   const Layout& layout = newest ? record.newest_layout() : layout_of(record, object);
@@ -101,7 +107,8 @@ void* create_internal(ork_handle* handle, uint32_t instance, const RecordRow& re
   return make<Function::create_internal, Form::create_failed>(handle, instance, record);
 }
 
-void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how, const RecordRow& record) {
+void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how,
+                const RecordRow& record) {
   if (!call.begins()) return;
   const Born born = write_header(call, object, type, how, record.newest());
   if (tracking<Function::initialize>(call.handle, record) == Tracking::on) {
@@ -110,7 +117,8 @@ void initialize(const Call& call, void* object, const ork_type_info* type, Initi
   }
   if (how.no_stats == 0) {
     check_variants<Function::initialize>(born.type, born.variant, record);
-    orklib_type_stats_create_object(call.handle, call.instance, born.type, statistics(born.type, born.variant), call.err);
+    orklib_type_stats_create_object(call.handle, call.instance, born.type,
+                                    statistics(born.type, born.variant), call.err);
     if (!find_state_base(call, object, how.base, record)) return;
   }
   const Initialization child{how.notify, how.no_stats, OBJ_NESTED, how.base};
@@ -125,7 +133,8 @@ void renew(const Call& call, void* element, const RecordRow& record) {
   const Call own{call.handle, call.instance, &local};
   const Layout& layout = record.newest_layout();
   const bool mapped = has_flag(element, OBJ_STTR_OFFSET);
-  const int32_t distance = mapped ? orklib_get_sttr_offset(call.handle, call.instance, element) : int32_t{layout.body};
+  const int32_t distance =
+      mapped ? orklib_get_sttr_offset(call.handle, call.instance, element) : int32_t{layout.body};
   uint8_t* states = static_cast<uint8_t*>(element) + distance;
   destroy_filled(call.handle, call.instance, element, 0, record);
   announce(own, element, layout.body, element);
@@ -138,8 +147,10 @@ void renew(const Call& call, void* element, const RecordRow& record) {
   initialize(own, element, descriptor(record), {1, 0, OBJ_NESTED, states}, record);
 }
 
-void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record) {
-  if (object == nullptr) return trace::raise<Function::set_instance_embedded, Form::embed_object>(record);
+void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
+                           const RecordRow& record) {
+  if (object == nullptr)
+    return trace::raise<Function::set_instance_embedded, Form::embed_object>(record);
   uint32_t local = 0;
   const Call call{handle, instance, &local};
   for (const FieldRow& field : held_fields(record, object)) {
@@ -149,9 +160,15 @@ void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, 
       case Kind::record: set_instance_embedded(handle, instance, at, child_record(field)); break;
       case Kind::enumeration:
       case Kind::flag_set: set_instance_embedded(handle, instance, at, small_type(field)); break;
-      case Kind::ip_address: ip_address_set_instance_embedded(handle, instance, static_cast<ork_ip_address*>(at)); break;
-      case Kind::ork_boolean: ork_boolean_set_instance_embedded(handle, instance, static_cast<ork_boolean*>(at)); break;
-      case Kind::link_type: link_type_set_instance_embedded(handle, instance, static_cast<ork_link_type*>(at)); break;
+      case Kind::ip_address:
+        ip_address_set_instance_embedded(handle, instance, static_cast<ork_ip_address*>(at));
+        break;
+      case Kind::ork_boolean:
+        ork_boolean_set_instance_embedded(handle, instance, static_cast<ork_boolean*>(at));
+        break;
+      case Kind::link_type:
+        link_type_set_instance_embedded(handle, instance, static_cast<ork_link_type*>(at));
+        break;
       case Kind::u_int8:
       case Kind::u_int16:
       case Kind::u_int32:

@@ -15,10 +15,12 @@ constexpr void put_text(char (&to)[N], const char* from) {
 
 constexpr uint8_t digit(char c) { return static_cast<uint8_t>(c <= '9' ? c - '0' : c - 'a' + 10); }
 
-constexpr ork_type_info describe(const char* name, const char* luid, const char* kind, ork_variant_info* variants) {
+constexpr ork_type_info describe(const char* name, const char* luid, const char* kind,
+                                 ork_variant_info* variants) {
   ork_type_info type{};
   type.magic = ORK_TYPE_INFO_MAGIC;
-  for (size_t i = 0; i < sizeof type.luid; ++i) type.luid[i] = static_cast<uint8_t>(digit(luid[2 * i]) << 4 | digit(luid[2 * i + 1]));
+  for (size_t i = 0; i < sizeof type.luid; ++i)
+    type.luid[i] = static_cast<uint8_t>(digit(luid[2 * i]) << 4 | digit(luid[2 * i + 1]));
   put_text(type.luid_text, luid);
   put_text(type.name, name);
   put_text(type.module, "fwe_ui_wayfind");
@@ -43,10 +45,12 @@ constexpr auto make_entries() {
 template <size_t R>
 inline constinit auto record_entries = make_entries<R>();
 template <size_t R>
-inline constinit ork_variant_info record_variants{static_cast<int8_t>(record_entries<R>.size()), {}, record_entries<R>.data()};
+inline constinit ork_variant_info record_variants{
+    static_cast<int8_t>(record_entries<R>.size()), {}, record_entries<R>.data()};
 template <size_t R>
-inline constexpr ork_type_info record_descriptor = describe(model::records[R]->name, model::records[R]->identity.luid, "type",
-                                                            &record_variants<R>);
+inline constexpr ork_type_info record_descriptor = describe(model::records[R]->name,
+                                                            model::records[R]->identity.luid,
+                                                            "type", &record_variants<R>);
 
 // All other types have one variant.
 constexpr ork_variant_entry single_entry(size_t used, size_t slop) {
@@ -54,13 +58,15 @@ constexpr ork_variant_entry single_entry(size_t used, size_t slop) {
 }
 
 template <size_t I>
-inline constinit ork_variant_entry small_entry = single_entry(16, model::small_rows[I].size - size_t{16});
+inline constinit ork_variant_entry small_entry = single_entry(16, model::small_rows[I].size -
+                                                                      size_t{16});
 template <size_t I>
 inline constinit ork_variant_info small_variants{1, {}, &small_entry<I>};
 template <size_t I>
 constexpr ork_type_info describe_small() {
   if constexpr (I < model::enum_count) {
-    return describe(model::enums[I]->name, model::enums[I]->identity.luid, "enum", &small_variants<I>);
+    return describe(model::enums[I]->name, model::enums[I]->identity.luid, "enum",
+                    &small_variants<I>);
   } else {
     constexpr const model::FlagSet& flags = *model::flag_sets[I - model::enum_count];
     return describe(flags.name, flags.identity.luid, "flag", &small_variants<I>);
@@ -70,11 +76,13 @@ template <size_t I>
 inline constexpr ork_type_info small_descriptor = describe_small<I>();
 
 template <size_t M>
-inline constinit ork_variant_entry message_entry = single_entry(32 + sizeof(void*) * model::message_rows[M].records, 0);
+inline constinit ork_variant_entry message_entry =
+    single_entry(32 + sizeof(void*) * model::message_rows[M].records, 0);
 template <size_t M>
 inline constinit ork_variant_info message_variants{1, {}, &message_entry<M>};
 template <size_t M>
-inline constexpr ork_type_info message_descriptor = describe(model::messages[M]->name, model::messages[M]->identity.luid, "message",
-                                                             &message_variants<M>);
+inline constexpr ork_type_info message_descriptor = describe(model::messages[M]->name,
+                                                             model::messages[M]->identity.luid,
+                                                             "message", &message_variants<M>);
 
 }  // namespace frame

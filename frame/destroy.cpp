@@ -13,11 +13,14 @@ const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); 
 
 constexpr uint32_t max_references = 4096;  // of one field, as their list lies on the stack
 
-bool owns(const FieldRow& field) { return is_embedded_record(field) || field.kind == Kind::ip_address; }
+bool owns(const FieldRow& field) {
+  return is_embedded_record(field) || field.kind == Kind::ip_address;
+}
 
 // False while the object must stay: its mapping cannot go, or references are left.
 bool remove_oid_mapping(const Call& call, void* object, const RecordRow& record) {
-  const uint32_t gone = ork_request_oid_mapping_destroy(call.handle, call.instance, object, call.err);
+  const uint32_t gone =
+      ork_request_oid_mapping_destroy(call.handle, call.instance, object, call.err);
   if (call.failed()) {
     trace::raise<Function::destroy_mapping, Form::mapping_stays>(record, text_of(*call.err));
     ork_store_err(call.handle, *call.err);
@@ -33,18 +36,21 @@ bool remove_oid_mapping(const Call& call, void* object, const RecordRow& record)
 
 uint32_t count_references(const Call& call, void* at, const FieldRow& field) {
   if (field.kind == Kind::record) return get_oid_count(call, at, child_record(field));
-  return ip_address_get_oid_count(call.handle, call.instance, static_cast<ork_ip_address*>(at), call.err);
+  return ip_address_get_oid_count(call.handle, call.instance, static_cast<ork_ip_address*>(at),
+                                  call.err);
 }
 
 // Gives up the references that a field holds; false when they cannot be told.
 bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow& field) {
-  auto** references = static_cast<void**>(alloca((count < max_references ? count : max_references) * sizeof(void*)));
+  auto** references = static_cast<void**>(
+      alloca((count < max_references ? count : max_references) * sizeof(void*)));
   if (count > max_references) {
     *call.err = ENOMEM;
   } else if (field.kind == Kind::record) {
     get_object_references(call, at, child_record(field));
   } else {
-    ip_address_get_object_references(call.handle, call.instance, static_cast<ork_ip_address*>(at), references, count, call.err);
+    ip_address_get_object_references(call.handle, call.instance, static_cast<ork_ip_address*>(at),
+                                     references, count, call.err);
   }
   if (call.failed()) {
     trace::raise<Function::destroy_field, Form::references_failed>(field, text_of(*call.err));
@@ -53,7 +59,8 @@ bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow&
   for (uint32_t i = 0; i < count; ++i) {
     orklib_lookup_and_update_oid_ref_count(call.handle, call.instance, references[i], 0, call.err);
     if (call.failed()) {
-      trace::raise<Function::destroy_field, Form::reference_stays>(field, static_cast<const void*>(references[i]), text_of(*call.err));
+      trace::raise<Function::destroy_field, Form::reference_stays>(
+          field, static_cast<const void*>(references[i]), text_of(*call.err));
       *call.err = 0;
     }
   }
@@ -96,15 +103,18 @@ void free_element_states(const Call& call, void* object, const RecordRow& record
 
 constexpr int nothing_reached = INT8_MIN;
 
-// Gives back the arrays that a destroy of the object, which visits its fields up to the variant `reached`, would leave.
-void release_unreached_arrays(const Call& call, void* object, int reached, const RecordRow& record) {
+// Gives back the arrays that a destroy of the object, which visits its fields up to the variant
+// `reached`, would leave.
+void release_unreached_arrays(const Call& call, void* object, int reached,
+                              const RecordRow& record) {
   for (const FieldRow& field : laid_out_fields(record, object)) {
     const bool is_reached = field.variant <= reached;
     if (is_embedded_record(field)) {
       void* child = field_of(object, field);
       const RecordRow& type = child_record(field);
       release_unreached_arrays(call, child, is_reached ? variant_of(child) : nothing_reached, type);
-      if (!is_reached && type.has_array && has_flag(child, OBJ_STATE_TRACKED)) free_element_states(call, child, type);
+      if (!is_reached && type.has_array && has_flag(child, OBJ_STATE_TRACKED))
+        free_element_states(call, child, type);
     } else if (field.array != model::no_type && block_of(object, field) != nullptr) {
       for (uint64_t i = 0; field.kind == Kind::record && i < count_of(object, field); ++i) {
         void* element = element_at(object, field, i);
@@ -117,10 +127,12 @@ void release_unreached_arrays(const Call& call, void* object, int reached, const
 
 }  // namespace
 
-void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record) {
+void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
+                    const RecordRow& record) {
   if (object == nullptr || object == sentinel(record)) return;
   uint32_t local = 0;
-  if (record.holds_array) release_unreached_arrays({handle, instance, &local}, object, variant_of(object), record);
+  if (record.holds_array)
+    release_unreached_arrays({handle, instance, &local}, object, variant_of(object), record);
   destroy_internal(handle, instance, object, free_storage, record);
 }
 
@@ -129,7 +141,8 @@ void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRo
   destroy_internal(handle, instance, object, 1, record);
 }
 
-void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const RecordRow& record) {
+void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
+                      const RecordRow& record) {
   if (object == nullptr || object == sentinel(record)) return;
   uint32_t local = 0;
   const Call call{handle, instance, &local};
@@ -141,8 +154,10 @@ void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint3
   }
   if (has_flag(object, OBJ_STATE_TRACKED)) free_element_states(call, object, record);
 
-  const ork_type_info* type = checked_type<Function::destroy_internal>(manifested_type(object), variant, record);
-  orklib_type_stats_destroy_object(handle, instance, type, statistics(type, cap(variant, record.newest())), &local);
+  const ork_type_info* type =
+      checked_type<Function::destroy_internal>(manifested_type(object), variant, record);
+  orklib_type_stats_destroy_object(handle, instance, type,
+                                   statistics(type, cap(variant, record.newest())), &local);
   if (has_flag(object, OBJ_STTR_OFFSET | OBJ_RA_DATA) && handle->hd_mapping != nullptr) {
     ork_hd_mapping_destroy(handle, instance, object, &local);
     if (local != 0) {

@@ -9,13 +9,15 @@
 
 namespace frame {
 
-// In cr mode a failure gives the sentinel of the type, else null. The size is worked out for each use: the tracking mode may change between.
+// In cr mode a failure gives the sentinel of the type, else null. The size is worked out for each
+// use: the tracking mode may change between.
 template <Function F, Form failed, class Row>
 void* make(ork_handle* handle, uint32_t instance, const Row& type) {
   uint32_t local = 0;
   const Call call{handle, instance, &local};
   void* object = nullptr;
-  if (handle->cr_active == 0 || handle->cr_error == 0) object = allocate(call, size_of(handle, type));
+  if (handle->cr_active == 0 || handle->cr_error == 0)
+    object = allocate(call, size_of(handle, type));
   if (object != nullptr) {
     memset(object, 0, size_of(handle, type));
     initialize(call, object, descriptor(type), {1, 0, 0, nullptr}, type);

@@ -1,4 +1,5 @@
-// The descriptors of all types as one list, and the module's record in the runtime's list of modules.
+// The descriptors of all types as one list, and the module's record in the runtime's list of
+// modules.
 #pragma once
 
 #include "frame/object.h"

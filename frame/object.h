@@ -1,4 +1,5 @@
-// The header that every object begins with, and what follows from it: variant, layout, state block, tracking mode.
+// The header that every object begins with, and what follows from it: variant, layout, state block,
+// tracking mode.
 #pragma once
 
 #include "frame/call.h"
@@ -24,8 +25,12 @@ inline constexpr size_t at_flag_bits = 11;  // of the flag set
 
 inline uint8_t flags_of(const void* object) { return *byte_at(object, at_flags); }
 inline bool has_flag(const void* object, uint8_t flag) { return (flags_of(object) & flag) != 0; }
-inline int8_t variant_cap_of(const void* object) { return static_cast<int8_t>(*byte_at(object, at_variant_cap)); }
-inline int8_t variant_of(const void* object) { return static_cast<int8_t>(ork_get_instance_variant(object, 1, 0)); }
+inline int8_t variant_cap_of(const void* object) {
+  return static_cast<int8_t>(*byte_at(object, at_variant_cap));
+}
+inline int8_t variant_of(const void* object) {
+  return static_cast<int8_t>(ork_get_instance_variant(object, 1, 0));
+}
 
 constexpr int cap(int variant, int newest) { return variant > newest ? newest : variant; }
 
@@ -40,19 +45,26 @@ inline model::FieldSpan laid_out_fields(const RecordRow& record, const void* obj
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).fields};
 }
-// The fields that lie inside the object's storage, with those that an older layout has mere room for.
+// The fields that lie inside the object's storage, with those that an older layout has mere room
+// for.
 inline model::FieldSpan held_fields(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).held};
 }
 
 inline void* field_of(void* object, const FieldRow& field) { return byte_at(object, field.offset); }
-inline const void* field_of(const void* object, const FieldRow& field) { return byte_at(object, field.offset); }
+inline const void* field_of(const void* object, const FieldRow& field) {
+  return byte_at(object, field.offset);
+}
 
 inline const RecordRow& owner(const FieldRow& field) { return model::record_rows[field.record]; }
-inline const RecordRow& child_record(const FieldRow& field) { return model::record_rows[field.type]; }
+inline const RecordRow& child_record(const FieldRow& field) {
+  return model::record_rows[field.type];
+}
 inline const SmallRow& small_type(const FieldRow& field) { return model::small_rows[field.type]; }
-inline bool is_embedded_record(const FieldRow& field) { return field.cls == model::Class::object && field.kind == Kind::record; }
+inline bool is_embedded_record(const FieldRow& field) {
+  return field.cls == model::Class::object && field.kind == Kind::record;
+}
 
 const ork_type_info* descriptor(const RecordRow& record);
 const ork_type_info* descriptor(const SmallRow& type);
@@ -69,7 +81,8 @@ inline Tracking mode_of(const ork_handle* handle) {
     default: return Tracking::corrupted;
   }
 }
-// The mode word is read afresh at every decision. A word that is neither of the two legal ones ends the process.
+// The mode word is read afresh at every decision. A word that is neither of the two legal ones ends
+// the process.
 template <Function F, size_t Nth = 0, class Row>
 Tracking tracking(const ork_handle* handle, const Row& row) {
   const Tracking mode = mode_of(handle);
@@ -79,11 +92,14 @@ Tracking tracking(const ork_handle* handle, const Row& row) {
 
 // State bytes that the runtime was told of.
 inline uint8_t* mapped_states(const Call& call, void* object) {
-  return static_cast<uint8_t*>(object) + static_cast<intptr_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
+  return static_cast<uint8_t*>(object) +
+         static_cast<intptr_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
 }
-// Where the state block lies: behind the body of the object's layout, or where the runtime was told.
+// Where the state block lies: behind the body of the object's layout, or where the runtime was
+// told.
 inline uint8_t* state_block(const Call& call, void* object, const Layout& layout) {
-  return has_flag(object, OBJ_STTR_OFFSET) ? mapped_states(call, object) : byte_at(object, layout.body);
+  return has_flag(object, OBJ_STTR_OFFSET) ? mapped_states(call, object)
+                                           : byte_at(object, layout.body);
 }
 inline uint8_t* state_block(const Call& call, void* object, const RecordRow& record) {
   return state_block(call, object, layout_of(record, object));
@@ -98,7 +114,8 @@ inline uint32_t adjust(const Call& call, void* object, int newest) {
 // The gate: 43 when the object's variant lacks the field.
 inline bool gate(const Call& call, const void* object, const FieldRow& field) {
   const uint32_t enumeration = field.kind == Kind::enumeration ? 1 : 0;
-  if (static_cast<int8_t>(ork_get_instance_variant(object, 1, enumeration)) >= field.variant) return true;
+  if (static_cast<int8_t>(ork_get_instance_variant(object, 1, enumeration)) >= field.variant)
+    return true;
   call.lacks();
   return false;
 }

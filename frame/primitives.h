@@ -1,4 +1,5 @@
-// The runtime's primitive families under one name each, so that an engine can be written once for all of them.
+// The runtime's primitive families under one name each, so that an engine can be written once for
+// all of them.
 #pragma once
 
 #include "frame/object.h"
@@ -10,19 +11,24 @@ namespace frame {
 template <Kind>
 struct Primitive;
 
-#define WAYFIND_PRIMITIVE(family, storage, value)                                                                                          \
-  template <>                                                                                                                              \
-  struct Primitive<Kind::family> {                                                                                                         \
-    using Storage = storage;                                                                                                               \
-    using Value = value;                                                                                                                   \
-    static Storage* get(const Call& c, void* at) { return family##_get(c.handle, c.instance, static_cast<Storage*>(at), c.err); }          \
-    static Value get_value(const Call& c, void* at) { return family##_get_value(c.handle, c.instance, static_cast<Storage*>(at), c.err); } \
-    static void set(const Call& c, void* at, const void* from) {                                                                           \
-      family##_set(c.handle, c.instance, static_cast<Storage*>(at), static_cast<const Storage*>(from), c.err);                             \
-    }                                                                                                                                      \
-    static void set_value(const Call& c, void* at, Value v) {                                                                              \
-      family##_set_value(c.handle, c.instance, static_cast<Storage*>(at), v, c.err);                                                       \
-    }                                                                                                                                      \
+#define WAYFIND_PRIMITIVE(family, storage, value)                                        \
+  template <>                                                                            \
+  struct Primitive<Kind::family> {                                                       \
+    using Storage = storage;                                                             \
+    using Value = value;                                                                 \
+    static Storage* get(const Call& c, void* at) {                                       \
+      return family##_get(c.handle, c.instance, static_cast<Storage*>(at), c.err);       \
+    }                                                                                    \
+    static Value get_value(const Call& c, void* at) {                                    \
+      return family##_get_value(c.handle, c.instance, static_cast<Storage*>(at), c.err); \
+    }                                                                                    \
+    static void set(const Call& c, void* at, const void* from) {                         \
+      family##_set(c.handle, c.instance, static_cast<Storage*>(at),                      \
+                   static_cast<const Storage*>(from), c.err);                            \
+    }                                                                                    \
+    static void set_value(const Call& c, void* at, Value v) {                            \
+      family##_set_value(c.handle, c.instance, static_cast<Storage*>(at), v, c.err);     \
+    }                                                                                    \
   };
 
 WAYFIND_PRIMITIVE(u_int8, uint8_t, uint8_t)
@@ -33,7 +39,8 @@ WAYFIND_PRIMITIVE(ork_boolean, ork_boolean, ork_boolean)
 WAYFIND_PRIMITIVE(link_type, ork_link_type, uint32_t)
 #undef WAYFIND_PRIMITIVE
 
-// Runs `use` with the primitive of a value whose kind is only known at run time. Kinds that are no such primitive are not asked for.
+// Runs `use` with the primitive of a value whose kind is only known at run time. Kinds that are no
+// such primitive are not asked for.
 template <class Use>
 [[gnu::always_inline]] inline auto with_value(Kind kind, Use&& use) {
   switch (kind) {
@@ -52,16 +59,19 @@ template <class Use>
   return use(Primitive<Kind::link_type>{});
 }
 
-// Elements of arrays of values: their size is the runtime's to tell, and they can stand alone as scratch values.
+// Elements of arrays of values: their size is the runtime's to tell, and they can stand alone as
+// scratch values.
 template <Kind>
 struct Element;
 
-#define WAYFIND_ELEMENT(family)                                                                                                   \
-  template <>                                                                                                                     \
-  struct Element<Kind::family> : Primitive<Kind::family> {                                                                        \
-    static size_t size(const Call& c) { return family##_sizeof(c.handle); }                                                       \
-    static void* create(const Call& c) { return family##_create(c.handle, c.instance); }                                          \
-    static void destroy(const Call& c, void* scratch) { family##_destroy(c.handle, c.instance, static_cast<Storage*>(scratch)); } \
+#define WAYFIND_ELEMENT(family)                                                          \
+  template <>                                                                            \
+  struct Element<Kind::family> : Primitive<Kind::family> {                               \
+    static size_t size(const Call& c) { return family##_sizeof(c.handle); }              \
+    static void* create(const Call& c) { return family##_create(c.handle, c.instance); } \
+    static void destroy(const Call& c, void* scratch) {                                  \
+      family##_destroy(c.handle, c.instance, static_cast<Storage*>(scratch));            \
+    }                                                                                    \
   };
 
 WAYFIND_ELEMENT(u_int8)

@@ -1,12 +1,14 @@
-// Variable arrays of records. An element keeps its index for life, but not its address: growth moves all of them, and with them what points
-// into them: the runtime's distances to state bytes, the arrays of the elements themselves, the database hooks.
+// Variable arrays of records. An element keeps its index for life, but not its address: growth
+// moves all of them, and with them what points into them: the runtime's distances to state bytes,
+// the arrays of the elements themselves, the database hooks.
 #include "frame/array.h"
 #include "frame/whole_record.h"
 
 namespace frame {
 namespace {
 
-// With tracking off the new block has no state bytes. Elements that had some lose them, with everything that led there.
+// With tracking off the new block has no state bytes. Elements that had some lose them, with
+// everything that led there.
 void leave_states_behind(const Call& call, void* from, void* to, const RecordRow& record) {
   uint32_t local = 0;
   const Call own{call.handle, call.instance, &local};
@@ -21,7 +23,8 @@ void point_at_states(const Call& call, const RecordBlock& to, uint64_t i, const 
   offset_update(call, to.element(i), to.element_state(i), record);
 }
 
-void forget_old_element(const Call& call, void* object, void* element, bool on, const RecordRow& record) {
+void forget_old_element(const Call& call, void* object, void* element, bool on,
+                        const RecordRow& record) {
   if (on) {
     uint32_t local = 0;
     const Call own{call.handle, call.instance, &local};
@@ -32,16 +35,19 @@ void forget_old_element(const Call& call, void* object, void* element, bool on, 
   if (watched(call)) orkdb_plat_set_detach(call.handle, call.instance, element, 0);
 }
 
-// Where the old elements' state bytes begin, or null: behind the elements that the block was made for. An 8-bit counter may have wrapped since,
-// so there the runtime is asked for what it was told.
+// Where the old elements' state bytes begin, or null: behind the elements that the block was made
+// for. An 8-bit counter may have wrapped since, so there the runtime is asked for what it was told.
 const uint8_t* old_states(const Call& call, const RecordBlock& from, const FieldRow& field) {
   const uint64_t i = first_tracked(from);
   if (i == from.count) return nullptr;
-  return field.counter_kind == Kind::u_int8 ? mapped_states(call, from.element(i)) - i * from.state : from.element_state(0);
+  return field.counter_kind == Kind::u_int8 ? mapped_states(call, from.element(i)) - i * from.state
+                                            : from.element_state(0);
 }
 
-// State bytes first, then bodies, then whatever must follow an element to its new place. Tracked elements always lie in a block with state bytes.
-void move_elements(const Call& call, void* object, const RecordBlock& from, const RecordBlock& to, bool on, const FieldRow& field) {
+// State bytes first, then bodies, then whatever must follow an element to its new place. Tracked
+// elements always lie in a block with state bytes.
+void move_elements(const Call& call, void* object, const RecordBlock& from, const RecordBlock& to,
+                   bool on, const FieldRow& field) {
   const RecordRow& record = child_record(field);
   const uint8_t* states = on ? old_states(call, from, field) : nullptr;
   if (states != nullptr) memcpy(to.element_state(0), states, from.count * from.state);
@@ -92,12 +98,14 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
     return made == count;
   }
   if (!tracked_as_asked<Function::array_set_record, 1>(call, object, field)) return false;
-  return replace_element_states(call, state_entry(call, object, field), count, from.count) && made == count;
+  return replace_element_states(call, state_entry(call, object, field), count, from.count) &&
+         made == count;
 }
 
 }  // namespace
 
-void array_set_record(const Call& call, void* object, uint32_t index, const void* from, FillElement fill, const FieldRow& field) {
+void array_set_record(const Call& call, void* object, uint32_t index, const void* from,
+                      FillElement fill, const FieldRow& field) {
   if (!begin_write(call, object, field)) return;
   if (!tracked_as_asked<Function::array_set_record, 0>(call, object, field)) return;
   if (mode_of(call.handle) == Tracking::on && !has_flag(from, OBJ_STATE_TRACKED)) {

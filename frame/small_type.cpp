@@ -24,16 +24,20 @@ void* small_create_cr(ork_handle* handle, const SmallRow& type) {
   return object;
 }
 
-void initialize(const Call& call, void* object, const ork_type_info* info, Initialization how, const SmallRow& type) {
+void initialize(const Call& call, void* object, const ork_type_info* info, Initialization how,
+                const SmallRow& type) {
   if (!call.begins()) return;
   const Born born = write_header(call, object, info, how, 0);
   if (how.no_stats != 0) return;
   check_variants<Function::small_initialize>(born.type, born.variant, type);
-  if (born.variant >= 0) raise_counter(call, born.type, born.type->varinfo->entries[0].create_count);
+  if (born.variant >= 0)
+    raise_counter(call, born.type, born.type->varinfo->entries[0].create_count);
 }
 
-void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object, const SmallRow& type) {
-  if (object == nullptr) return trace::raise<Function::small_set_instance_embedded, Form::small_embed_object>(type);
+void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
+                           const SmallRow& type) {
+  if (object == nullptr)
+    return trace::raise<Function::small_set_instance_embedded, Form::small_embed_object>(type);
   uint32_t local = 0;
   mark_embedded({handle, instance, &local}, object);
 }
@@ -43,12 +47,14 @@ void small_destroy(ork_handle* handle, uint32_t instance, void* object, const Sm
   small_destroy_internal(handle, instance, object, 1, type);
 }
 
-void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage, const SmallRow& type) {
+void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object,
+                            uint32_t free_storage, const SmallRow& type) {
   if (object == nullptr || object == sentinel(type)) return;
   uint32_t local = 0;
   const Call call{handle, instance, &local};
   const int variant = small_variant_of(object);
-  const ork_type_info* info = checked_type<Function::small_destroy_internal>(manifested_type(object), variant, type);
+  const ork_type_info* info =
+      checked_type<Function::small_destroy_internal>(manifested_type(object), variant, type);
   if (variant >= 0) raise_counter(call, info, info->varinfo->entries[0].destroy_count);
   if (free_storage == 0) return;
   if (watched(call)) orkdb_plat_set_destroy(handle, instance, object);
@@ -60,7 +66,7 @@ uint32_t small_adjust_variant(const Call& call, void* object) {
   return orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
 }
 
-// Enums. -----------------------------------------------------------------------------------------------------------------------------
+// Enums. ----------------------------------------------------------------------
 
 namespace {
 
@@ -120,20 +126,23 @@ uint32_t read_enum_field(const Call& call, void* object, const FieldRow& field) 
   return call.begins() ? enum_value(at) : 0;
 }
 
-uint32_t enum_field_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field) {
+uint32_t enum_field_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
+                              const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return 0;
   return read_enum_field(call, object, field);
 }
 
-void enum_field_set(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t* err, const FieldRow& field) {
+void enum_field_set(ork_handle* handle, uint32_t instance, void* object, const void* from,
+                    uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
   enum_set(call, field_of(object, field), from, small_type(field));
   if (mark<Function::set>(call, object, field)) contain(call, from, object);
 }
 
-void enum_field_set_value(ork_handle* handle, uint32_t instance, void* object, uint32_t value, uint32_t* err, const FieldRow& field) {
+void enum_field_set_value(ork_handle* handle, uint32_t instance, void* object, uint32_t value,
+                          uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   void* at = reach_field(call, object, field, [](void* address) { return address; });
   if (at == nullptr) return;
@@ -141,7 +150,7 @@ void enum_field_set_value(ork_handle* handle, uint32_t instance, void* object, u
   mark<Function::set_value>(call, object, field);
 }
 
-// The flag set. ----------------------------------------------------------------------------------------------------------------------
+// The flag set. ---------------------------------------------------------------
 
 uint32_t flag_in_range(uint32_t flag, const SmallRow& type) { return flag < type.values ? 1 : 0; }
 
@@ -165,7 +174,8 @@ void flag_set_set(const Call& call, void* object, const void* from, const SmallR
   memmove(object, from, type.size);
 }
 
-void flag_set_value(const Call& call, void* object, uint32_t flag, uint32_t on, const SmallRow& type) {
+void flag_set_value(const Call& call, void* object, uint32_t flag, uint32_t on,
+                    const SmallRow& type) {
   if (!call.begins()) return;
   small_adjust_variant(call, object);
   const bool later = small_variant_of(object) >= 1;
@@ -173,7 +183,8 @@ void flag_set_value(const Call& call, void* object, uint32_t flag, uint32_t on, 
   if (object == nullptr || flag >= type.values) return;
   const auto bit = static_cast<uint8_t>(1u << flag);
   const uint8_t bits = flag_bits(object);
-  store(call, byte_at(object, at_flag_bits), static_cast<uint8_t>(on != 0 ? bits | bit : bits & ~bit), object);
+  store(call, byte_at(object, at_flag_bits),
+        static_cast<uint8_t>(on != 0 ? bits | bit : bits & ~bit), object);
 }
 
 uint32_t flag_is_valid_cr(ork_handle* handle, uint32_t flag, const SmallRow& type) {

@@ -4,23 +4,28 @@
 
 namespace frame {
 
-uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field) {
+uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
+                       const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
-  const bool there = handle->sttr_info == nullptr || field.state < layout_of(owner(field), object).state;
+  const bool there =
+      handle->sttr_info == nullptr || field.state < layout_of(owner(field), object).state;
   return there ? seen_state_block(call, object, owner(field))[field.state] : uint8_t{0};
 }
 
-void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value, uint32_t* err, const FieldRow& field) {
+void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
+                    uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
   if (!upgrade_and_gate(call, object, field)) return;
   store(call, state_block(call, object, owner(field)) + field.state, value, nullptr);
 }
 
-// One fill over the whole block, unannounced. It knows nothing of the pointers that array entries in the block hold: they are overwritten, and
-// the element bytes of an array are then looked for where the filled entry points, which is nowhere.
-void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value, const RecordRow& record) {
+// One fill over the whole block, unannounced. It knows nothing of the pointers that array entries
+// in the block hold: they are overwritten, and the element bytes of an array are then looked for
+// where the filled entry points, which is nowhere.
+void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
+                                 const RecordRow& record) {
   if (mode_of(handle) != Tracking::on || !has_flag(object, OBJ_STATE_TRACKED)) return;
   uint32_t local = 0;
   const Call call{handle, instance, &local};
@@ -31,10 +36,12 @@ void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* ob
   for (const FieldRow& field : laid_out_fields(record, object)) {
     if (field.array == model::no_type) continue;
     const uint32_t count = element_count(object, field);
-    if (uint8_t* elements = element_states(block + field.state); elements != nullptr) memset(elements, value, count);
+    if (uint8_t* elements = element_states(block + field.state); elements != nullptr)
+      memset(elements, value, count);
     if (field.cls != model::Class::record_array) continue;
     for (uint32_t i = 0; i < count; ++i) {
-      set_all_state_tracking_flag(handle, instance, element_at(object, field, i), value, child_record(field));
+      set_all_state_tracking_flag(handle, instance, element_at(object, field, i), value,
+                                  child_record(field));
     }
   }
 }

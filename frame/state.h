@@ -1,4 +1,5 @@
-// State tracking: one byte per field, in a block beside the object, set to 2 by every write through an accessor.
+// State tracking: one byte per field, in a block beside the object, set to 2 by every write through
+// an accessor.
 #pragma once
 
 #include "frame/object.h"
@@ -7,7 +8,8 @@ namespace frame {
 
 inline constexpr uint8_t touched = 2;
 
-// After a write: the byte goes to 2. False when the handle tracks and the object does not; the value stays written.
+// After a write: the byte goes to 2. False when the handle tracks and the object does not; the
+// value stays written.
 template <Function F>
 bool mark(const Call& call, void* object, const FieldRow& field) {
   if (tracking<F>(call.handle, field) != Tracking::on) return true;
@@ -20,7 +22,8 @@ bool mark(const Call& call, void* object, const FieldRow& field) {
   return true;
 }
 
-// The block as a reader of single bytes finds it: without tracking information on the handle, an object is taken for one of newest layout.
+// The block as a reader of single bytes finds it: without tracking information on the handle, an
+// object is taken for one of newest layout.
 inline uint8_t* seen_state_block(const Call& call, void* object, const RecordRow& record) {
   const bool newest = call.handle->sttr_info == nullptr;
   return state_block(call, object, newest ? record.newest_layout() : layout_of(record, object));
@@ -54,10 +57,13 @@ bool state_write_allowed(const Call& call, const void* object, const FieldRow& f
   return false;
 }
 
-uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field);
-void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value, uint32_t* err, const FieldRow& field);
+uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
+                       const FieldRow& field);
+void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
+                    uint32_t* err, const FieldRow& field);
 
-void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value, const RecordRow& record);
+void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
+                                 const RecordRow& record);
 void offset_update(const Call& call, void* object, uint8_t* block, const RecordRow& record);
 void offset_remove(const Call& call, void* object, const RecordRow& record);
 

@@ -1,4 +1,5 @@
-// Raising a trace: a form of text and the row that raises it give the section and the index; the text itself is in no loaded segment.
+// Raising a trace: a form of text and the row that raises it give the section and the index; the
+// text itself is in no loaded segment.
 #pragma once
 
 #include <cstdlib>
@@ -43,7 +44,8 @@ void emit(model::Site site, uint32_t level, Args... args) {
 template <Function F, Form M, size_t Nth = 0, class Row, class... Args>
 [[gnu::cold]] void raise(const Row& row, Args... args) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(M)];
-  static_assert(form.level != Level::none && form.level != Level::chosen && form.level != Level::fatal);
+  static_assert(form.level != Level::none && form.level != Level::chosen &&
+                form.level != Level::fatal);
   constexpr uint16_t at = model::position(F, M, Nth);
   emit<form.pattern>(model::site(row, F, at), level_word(form.level), args...);
 }

@@ -1,12 +1,14 @@
 #include "frame/typeinfo.h"
 
-extern "C" void fwe_ui_wayfind_typeinfo_initialize(ork_handle* handle, uint32_t instance, uint32_t* err);
+extern "C" void fwe_ui_wayfind_typeinfo_initialize(ork_handle* handle, uint32_t instance,
+                                                   uint32_t* err);
 
 namespace frame {
 
 const ork_type_info* manifested(const Call& call, const ork_type_info* type) {
   if (call.handle->shared_types == 0) return type;
-  return ork_type_info_ptr_get(call.handle, call.instance, type, fwe_ui_wayfind_typeinfo_initialize);
+  return ork_type_info_ptr_get(call.handle, call.instance, type,
+                               fwe_ui_wayfind_typeinfo_initialize);
 }
 
 void store_type(const Call& call, void* object, const ork_type_info* type) {
@@ -17,12 +19,15 @@ void store_type(const Call& call, void* object, const ork_type_info* type) {
 void* statistics(const ork_type_info* type, int variant) {
   const auto entries = reinterpret_cast<uintptr_t>(type->varinfo->entries);
   const auto index = static_cast<intptr_t>(variant);
-  return reinterpret_cast<void*>(entries + static_cast<uintptr_t>(index) * sizeof(ork_variant_entry) +
+  return reinterpret_cast<void*>(entries +
+                                 static_cast<uintptr_t>(index) * sizeof(ork_variant_entry) +
                                  offsetof(ork_variant_entry, create_count));
 }
 
-Born write_header(const Call& call, void* object, const ork_type_info* type, const Initialization& how, int newest) {
-  const int8_t known = static_cast<int8_t>(ork_domain_lookup_variant(call.handle, &call.handle->domain, type, call.err));
+Born write_header(const Call& call, void* object, const ork_type_info* type,
+                  const Initialization& how, int newest) {
+  const int8_t known = static_cast<int8_t>(
+      ork_domain_lookup_variant(call.handle, &call.handle->domain, type, call.err));
   const int variant = cap(known, newest);
   const auto write = [&](size_t offset, uint8_t value) {
     if (how.notify != 0) announce(call, byte_at(object, offset), 1, object);
@@ -40,7 +45,8 @@ Born write_header(const Call& call, void* object, const ork_type_info* type, con
 
 void give_back(const Call& call, void* object) {
   const uint64_t word = load<uint64_t>(object);
-  if (has_flag(object, OBJ_OWNS_SLOT_BLOCK) && word != 0) release(call, reinterpret_cast<void*>(word));
+  if (has_flag(object, OBJ_OWNS_SLOT_BLOCK) && word != 0)
+    release(call, reinterpret_cast<void*>(word));
   store<uint64_t>(call, object, 0, nullptr);
   release(call, object);
 }

@@ -1,11 +1,14 @@
-// Type descriptors as the frame reads and writes them: the word in an object's header, the variant block, the statistics.
+// Type descriptors as the frame reads and writes them: the word in an object's header, the variant
+// block, the statistics.
 #pragma once
 
 #include "frame/lifecycle.h"
 
 namespace frame {
 
-inline const ork_type_info* manifested_type(const void* object) { return ork_get_manifested_type_info(object); }
+inline const ork_type_info* manifested_type(const void* object) {
+  return ork_get_manifested_type_info(object);
+}
 
 // Points an object at its type: at the shared copy when the handle keeps types in a shared table.
 void store_type(const Call& call, void* object, const ork_type_info* type);
@@ -14,8 +17,10 @@ struct Born {
   int variant;
   const ork_type_info* type;
 };
-// Writes variant, newest variant, type and flags of a new object. Announces each of them if asked to.
-Born write_header(const Call& call, void* object, const ork_type_info* type, const Initialization& how, int newest);
+// Writes variant, newest variant, type and flags of a new object. Announces each of them if asked
+// to.
+Born write_header(const Call& call, void* object, const ork_type_info* type,
+                  const Initialization& how, int newest);
 
 // The variant block must be there; fewer variants than asked for are only traced.
 template <Function F, class Row>
@@ -23,18 +28,20 @@ void check_variants(const ork_type_info* type, int variant, const Row& row) {
   if (type->varinfo == nullptr) trace::fatal<F, Form::no_variants>(row);
   const int present = type->varinfo->n_variants;
   if (present < variant) {
-    trace::raise<F, Form::variant_beyond>(row, static_cast<uint32_t>(variant), static_cast<uint32_t>(present));
+    trace::raise<F, Form::variant_beyond>(row, static_cast<uint32_t>(variant),
+                                          static_cast<uint32_t>(present));
   }
 }
 template <Function F, class Row>
 const ork_type_info* checked_type(const ork_type_info* type, int variant, const Row& row) {
-  if (type == nullptr || type->magic != ORK_TYPE_INFO_MAGIC) trace::fatal<F, Form::type_corrupted>(row);
+  if (type == nullptr || type->magic != ORK_TYPE_INFO_MAGIC)
+    trace::fatal<F, Form::type_corrupted>(row);
   check_variants<F>(type, variant, row);
   return type;
 }
 
-// Enums, the flag set and messages raise their counters themselves. `shared` decides between a plain and an atomic addition: the private
-// descriptor is the one that threads have in common.
+// Enums, the flag set and messages raise their counters themselves. `shared` decides between a
+// plain and an atomic addition: the private descriptor is the one that threads have in common.
 inline void raise_counter(const Call& call, const ork_type_info* type, uint64_t& counter) {
   call.handle->counter_notify_fn(call.handle->mem_pool, &counter, 1, call.instance);
   if (type->shared != 0) {

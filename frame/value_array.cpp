@@ -8,7 +8,8 @@ size_t width_of(const Call& call, const FieldRow& field) {
   return with_element(field.kind, [&](auto element) -> size_t { return element.size(call); });
 }
 
-// Moves the array to a block that reaches up to `index`. False, with the error set, when that cannot be had.
+// Moves the array to a block that reaches up to `index`. False, with the error set, when that
+// cannot be had.
 bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field) {
   void* old = block_of(object, field);
   const uint32_t old_count = element_count(object, field);
@@ -55,23 +56,26 @@ void* reach_element(const Call& call, void* object, uint32_t index, const FieldR
 
 }  // namespace
 
-uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err, const FieldRow& field) {
+uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
+                         uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return 0;
   void* element = array_get(handle, instance, object, index, err, field);
   if (element == nullptr) return 0;
-  return with_element(field.kind, [&](auto kind) { return uint64_t{kind.get_value(call, element)}; });
+  return with_element(field.kind,
+                      [&](auto kind) { return uint64_t{kind.get_value(call, element)}; });
 }
 
-void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to, uint32_t count, uint32_t* err, const FieldRow& field) {
+void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to, uint32_t count,
+                   uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return;
   if (element_count(object, field) < count) return call.fail(EINVAL);
   if (count != 0) memcpy(to, block_of(object, field), count * width_of(call, field));
 }
 
-void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t count, uint32_t* err,
-                   const FieldRow& field) {
+void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const void* from,
+                   uint32_t count, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
   const uint32_t old_count = count_of(object, field);
@@ -99,7 +103,8 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
   renew_element_states(call, entry, count);
 }
 
-void array_set(const Call& call, void* object, uint32_t index, const void* from, const FieldRow& field) {
+void array_set(const Call& call, void* object, uint32_t index, const void* from,
+               const FieldRow& field) {
   if (!begin_write(call, object, field)) return;
   if (!tracked_as_asked<Function::array_set, 0>(call, object, field)) return;
   if (index >= element_count(object, field) && !grow(call, object, index, field)) return;
@@ -111,12 +116,15 @@ void array_set(const Call& call, void* object, uint32_t index, const void* from,
   if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
 }
 
-void array_set_value(const Call& call, void* object, uint32_t index, uint64_t value, const FieldRow& field) {
+void array_set_value(const Call& call, void* object, uint32_t index, uint64_t value,
+                     const FieldRow& field) {
   if (!begin_write(call, object, field)) return;
   void* element = reach_element(call, object, index, field);
   if (call.failed()) return;
   if (element == nullptr) return call.fail(ENOENT);
-  with_element(field.kind, [&](auto kind) { kind.set_value(call, element, static_cast<typename decltype(kind)::Value>(value)); });
+  with_element(field.kind, [&](auto kind) {
+    kind.set_value(call, element, static_cast<typename decltype(kind)::Value>(value));
+  });
   if (!tracked_as_asked<Function::set_value, 0>(call, object, field)) return;
   if (mode_of(call.handle) == Tracking::on) touch_element(call, object, index, field);
 }

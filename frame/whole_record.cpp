@@ -6,17 +6,21 @@
 namespace frame {
 namespace {
 
-void copy_body(const Call& call, void* to, const void* from, Tracking mode, const RecordRow& record) {
-  const size_t announced = mode == Tracking::absent ? record.newest_layout().body : layout_of(record, to).body;
+void copy_body(const Call& call, void* to, const void* from, Tracking mode,
+               const RecordRow& record) {
+  const size_t announced =
+      mode == Tracking::absent ? record.newest_layout().body : layout_of(record, to).body;
   const size_t copied = layout_of(record, from).body;
   const uint8_t before = flags_of(to);
   announce(call, to, announced, to);
   memcpy(to, from, copied);
   if ((before & OBJ_STATE_TRACKED) == 0) disclaim_states(to, record);
-  *byte_at(to, at_flags) = static_cast<uint8_t>((flags_of(to) & ~OBJ_STTR_OFFSET) | (before & OBJ_STTR_OFFSET));
+  *byte_at(to, at_flags) =
+      static_cast<uint8_t>((flags_of(to) & ~OBJ_STTR_OFFSET) | (before & OBJ_STTR_OFFSET));
 }
 
-// State blocks of both tracked: the target's embedded records are pointed at their part of its block before it is filled.
+// State blocks of both tracked: the target's embedded records are pointed at their part of its
+// block before it is filled.
 void copy_states(const Call& call, void* to, void* from, const RecordRow& record) {
   uint8_t* target = state_block(call, to, record);
   const uint8_t* source = state_block(call, from, record);
@@ -48,7 +52,8 @@ void detach_array(const Call& call, void* from, const RecordRow& record) {
 
 void detach_element_states(const Call& call, void* from, const RecordRow& record) {
   for (const FieldRow& field : model::fields_of(record)) {
-    if (field.array != model::no_type) store<void*>(call, state_entry(call, from, field) + elements_offset, nullptr, nullptr);
+    if (field.array != model::no_type)
+      store<void*>(call, state_entry(call, from, field) + elements_offset, nullptr, nullptr);
   }
 }
 
@@ -56,7 +61,8 @@ void detach_element_states(const Call& call, void* from, const RecordRow& record
 void detach_all_arrays(const Call& call, void* from, const RecordRow& record) {
   if (!record.holds_array) return;
   for (const FieldRow& field : laid_out_fields(record, from)) {
-    if (is_embedded_record(field)) detach_all_arrays(call, field_of(from, field), child_record(field));
+    if (is_embedded_record(field))
+      detach_all_arrays(call, field_of(from, field), child_record(field));
   }
   if (record.has_array) detach_array(call, from, record);
 }
@@ -74,7 +80,8 @@ void disclaim_states(void* object, const RecordRow& record) {
 void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
   if (!record.holds_array) return;
   for (const FieldRow& field : laid_out_fields(record, object)) {
-    if (is_embedded_record(field)) drop_all_element_states(call, field_of(object, field), child_record(field));
+    if (is_embedded_record(field))
+      drop_all_element_states(call, field_of(object, field), child_record(field));
     if (field.array != model::no_type) drop_element_states(call, object, field);
   }
 }
@@ -89,9 +96,11 @@ void record_set(const Call& call, void* to, const void* source, const RecordRow&
   void* from = const_cast<void*>(source);  // a set is a move: arrays leave the source
   adjust(call, to, record.newest());
   if (to == from) return;
-  if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from)) return call.lacks();
+  if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from))
+    return call.lacks();
   const Tracking mode = tracking<Function::record_set>(call.handle, record);
-  if (mode != Tracking::on || !has_flag(from, OBJ_STATE_TRACKED)) drop_all_element_states(call, to, record);
+  if (mode != Tracking::on || !has_flag(from, OBJ_STATE_TRACKED))
+    drop_all_element_states(call, to, record);
   copy_body(call, to, from, mode, record);
   const bool on = tracking<Function::record_set>(call.handle, record) == Tracking::on;
   if (on && !has_flag(to, OBJ_STATE_TRACKED)) {
@@ -115,12 +124,16 @@ void post_copyout_cleanup(const Call& call, void* to, void* from, const RecordRo
 
 int32_t index_cap(int32_t variant, int newest) {
   if (static_cast<int8_t>(variant) <= newest) return variant;
-  return static_cast<int32_t>((static_cast<uint32_t>(variant) & ~0xFFu) | static_cast<uint32_t>(newest));
+  return static_cast<int32_t>((static_cast<uint32_t>(variant) & ~0xFFu) |
+                              static_cast<uint32_t>(newest));
 }
 
-uint32_t is_valid_cr(ork_handle* handle, const void* object, uint32_t field_number, uint32_t flags, const RecordRow& record) {
+uint32_t is_valid_cr(ork_handle* handle, const void* object, uint32_t field_number, uint32_t flags,
+                     const RecordRow& record) {
   const ork_type_info* type = descriptor(record);
-  int known = cap(static_cast<int8_t>(ork_domain_lookup_variant(handle, &handle->domain, type, &handle->cr_error)), record.newest());
+  int known = cap(static_cast<int8_t>(
+                      ork_domain_lookup_variant(handle, &handle->domain, type, &handle->cr_error)),
+                  record.newest());
   if ((flags & 1) == 0) {
     const int own = variant_of(object);
     if (known > own) known = own;

@@ -20,21 +20,27 @@ void read_field(const Call& call, void* object, void* out, const FieldRow& field
 
 void write_field(const Call& call, void* object, uint64_t value, const FieldRow& field) {
   void* at = field_of(object, field);
-  if (field.kind == Kind::enumeration) return enum_set_value(call, at, static_cast<uint32_t>(value), small_type(field));
-  with_value(field.kind, [&](auto primitive) { primitive.set_value(call, at, static_cast<typename decltype(primitive)::Value>(value)); });
+  if (field.kind == Kind::enumeration)
+    return enum_set_value(call, at, static_cast<uint32_t>(value), small_type(field));
+  with_value(field.kind, [&](auto primitive) {
+    primitive.set_value(call, at, static_cast<typename decltype(primitive)::Value>(value));
+  });
 }
 
 }  // namespace
 
-void get_all(ork_handle* handle, uint32_t instance, void* object, void* const* out, uint32_t* err, const RecordRow& record) {
+void get_all(ork_handle* handle, uint32_t instance, void* object, void* const* out, uint32_t* err,
+             const RecordRow& record) {
   const Call call{handle, instance, err};
   if (!call.begins()) return;
   for (const FieldRow& field : model::fields_of(record, variant_of(object))) {
-    if (field.cls == model::Class::value || field.cls == model::Class::counter) read_field(call, object, *out++, field);
+    if (field.cls == model::Class::value || field.cls == model::Class::counter)
+      read_field(call, object, *out++, field);
   }
 }
 
-void set_all(ork_handle* handle, uint32_t instance, void* object, const uint64_t* values, uint32_t* err, const RecordRow& record) {
+void set_all(ork_handle* handle, uint32_t instance, void* object, const uint64_t* values,
+             uint32_t* err, const RecordRow& record) {
   const Call call{handle, instance, err};
   if (!call.begins()) return;
   adjust(call, object, record.newest());
@@ -43,7 +49,8 @@ void set_all(ork_handle* handle, uint32_t instance, void* object, const uint64_t
   }
 }
 
-void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err, const FieldRow& field) {
+void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
+                 const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return nullptr;
   void* at = field_of(object, field);
@@ -52,7 +59,8 @@ void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* 
   return at;
 }
 
-void object_set(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t* err, const FieldRow& field) {
+void object_set(ork_handle* handle, uint32_t instance, void* object, const void* from,
+                uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
   void* at = field_of(object, field);
@@ -61,12 +69,14 @@ void object_set(ork_handle* handle, uint32_t instance, void* object, const void*
   } else if (field.kind == Kind::flag_set) {
     flag_set_set(call, at, from, small_type(field));
   } else {
-    ip_address_set(handle, instance, static_cast<ork_ip_address*>(at), static_cast<const ork_ip_address*>(from), err);
+    ip_address_set(handle, instance, static_cast<ork_ip_address*>(at),
+                   static_cast<const ork_ip_address*>(from), err);
   }
   if (mark<Function::set>(call, object, field)) contain(call, from, object);
 }
 
-void text_get(ork_handle* handle, uint32_t instance, const void* object, char* to, uint32_t size, uint32_t* err, const FieldRow& field) {
+void text_get(ork_handle* handle, uint32_t instance, const void* object, char* to, uint32_t size,
+              uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins()) return;
   if (size == 0) return call.fail(EINVAL);
@@ -80,9 +90,10 @@ void text_get(ork_handle* handle, uint32_t instance, const void* object, char* t
   to[length] = '\0';
 }
 
-// The end byte comes last, behind the mark, and nobody is told of it; a text of full width has none.
-void text_set(ork_handle* handle, uint32_t instance, void* object, const char* from, uint32_t length, uint32_t* err,
-              const FieldRow& field) {
+// The end byte comes last, behind the mark, and nobody is told of it; a text of full width has
+// none.
+void text_set(ork_handle* handle, uint32_t instance, void* object, const char* from,
+              uint32_t length, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
   if (length > field.width) return call.fail(EINVAL);

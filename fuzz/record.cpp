@@ -1,13 +1,15 @@
 // Any record from any bytes: invariants 1 to 10 of docs/invariants.md.
 //
-// Input: the record's number, the world's bits, which allocation fails, then bit 0 reuse of storage, bit 1 a record that was filled before,
-// bit 2 else, without tracking, one that was laid out for its first variant; the rest is the image.
+// Input: the record's number, the world's bits, which allocation fails, then bit 0 reuse of
+// storage, bit 1 a record that was filled before, bit 2 else, without tracking, one that was laid
+// out for its first variant; the rest is the image.
 #include "fuzz/world.h"
 
 namespace {
 
 using Marshal = uint32_t (*)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
-using Unmarshal = uint32_t (*)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*);
+using Unmarshal = uint32_t (*)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t,
+                               uint32_t*);
 using Length = uint32_t (*)(ork_handle*, uint32_t, const void*);
 using Compare = int32_t (*)(const void*, const void*);
 
@@ -22,17 +24,21 @@ void round_trip(fuzz::World& world, const wayfind_record& type, void* object) {
   const uint32_t needed = function<Length>(type, "_len")(handle, fuzz::instance, object);
   if (needed > (1u << 20)) return;
   const auto marshal = function<Marshal>(type, "_marshal");
-  // ra data takes 9 bytes per record that no length counts; the byte behind the room may take a state byte.
+  // ra data takes 9 bytes per record that no length counts; the byte behind the room may take a
+  // state byte.
   const uint32_t room = needed + needed / 2 + 64;
   std::unique_ptr<uint8_t[]> image(new uint8_t[room + 1]);
   uint32_t err = 0;
-  const uint32_t n = marshal(handle, fuzz::instance, image.get(), object, static_cast<int32_t>(room), &err);
+  const uint32_t n =
+      marshal(handle, fuzz::instance, image.get(), object, static_cast<int32_t>(room), &err);
   if (err == 0) {
     void* again = sample::create(handle, type);
     if (again != nullptr) {
       const fuzz::Exact exact(image.get(), n);
-      function<Unmarshal>(type, "_unmarshal")(handle, fuzz::instance, exact.bytes(), again, exact.size(), 0, &err);
-      const bool same_variant = static_cast<ork_object*>(again)->variant == static_cast<ork_object*>(object)->variant;
+      function<Unmarshal>(type, "_unmarshal")(handle, fuzz::instance, exact.bytes(), again,
+                                              exact.size(), 0, &err);
+      const bool same_variant =
+          static_cast<ork_object*>(again)->variant == static_cast<ork_object*>(object)->variant;
       if (err == 0 && same_variant) fuzz::render(world, type, again);
       sample::destroy(handle, type, again);
     }
@@ -65,10 +71,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static_cast<ork_object*>(object)->variant = 0;
   }
 
-  // Storage that is not reused is given back without a look at what its elements own: only an empty record can do without.
+  // Storage that is not reused is given back without a look at what its elements own: only an empty
+  // record can do without.
   const uint32_t reuse = (how & 3) != 0 ? 1 : 0;
   const fuzz::Exact image(input.rest(), input.size());
-  function<Unmarshal>(type, "_unmarshal")(handle, fuzz::instance, image.bytes(), object, image.size(), reuse, &world.err);
+  function<Unmarshal>(type, "_unmarshal")(handle, fuzz::instance, image.bytes(), object,
+                                          image.size(), reuse, &world.err);
   fuzz::render(world, type, object);
   round_trip(world, type, object);
 
@@ -77,7 +85,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   uint8_t* workspace = nullptr;
   int32_t workspace_size = 0;
   orklib_get_handle_ws(handle, &workspace, &workspace_size);
-  sample::function<void (*)(ork_handle*, uint32_t, const void*, void**, uint8_t*, int32_t, uint32_t*)>(type.functions, "_clone")(
+  sample::function<void (*)(ork_handle*, uint32_t, const void*, void**, uint8_t*, int32_t,
+                            uint32_t*)>(type.functions, "_clone")(
       handle, fuzz::instance, object, &copy, workspace, workspace_size, &err);
   fuzz::require(err == 0 || copy == nullptr, "a clone that failed leaves nothing");
   if (copy != nullptr) sample::destroy(handle, type, copy);

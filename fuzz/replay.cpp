@@ -1,5 +1,5 @@
-// A main for builds without libFuzzer: runs a target on files and on folders of files, each as it is and then in a number of damaged forms
-// that are the same in every run.
+// A main for builds without libFuzzer: runs a target on files and on folders of files, each as it
+// is and then in a number of damaged forms that are the same in every run.
 //
 //   replay MUTATIONS PATH...
 #include <cstdio>
@@ -30,7 +30,10 @@ Bytes damaged(Bytes bytes, std::mt19937& random) {
       case 1: bytes[place] = static_cast<uint8_t>(bytes[place] ^ (1u << random() % 8)); break;
       case 2: bytes[place] = random() % 2 == 0 ? 0xFF : 0x00; break;
       case 3: bytes.resize(place); break;
-      default: bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(place), 1 + random() % 9, static_cast<uint8_t>(random())); break;
+      default:
+        bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(place), 1 + random() % 9,
+                     static_cast<uint8_t>(random()));
+        break;
     }
   }
   return bytes;
@@ -58,7 +61,8 @@ int main(int argc, char** argv) {
       runs += replay(argv[i], mutations);
       continue;
     }
-    for (const auto& entry : std::filesystem::directory_iterator(argv[i])) runs += replay(entry.path(), mutations);
+    for (const auto& entry : std::filesystem::directory_iterator(argv[i]))
+      runs += replay(entry.path(), mutations);
   }
   std::printf("%zu inputs\n", runs);
   return runs == 0 ? 1 : 0;

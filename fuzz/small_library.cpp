@@ -22,7 +22,8 @@ std::string bytes_of(const Image& image) {
 // An ELF file under construction: sections in the order in which they are added, from number 1 on.
 class Elf {
  public:
-  void add(std::string_view name, uint32_t type, uint64_t address, const std::string& content, uint32_t link = 0) {
+  void add(std::string_view name, uint32_t type, uint64_t address, const std::string& content,
+           uint32_t link = 0) {
     Elf64_Shdr header{};
     header.sh_name = static_cast<uint32_t>(names_.size());
     header.sh_type = type;
@@ -86,7 +87,9 @@ std::string symbols() {
   return bytes_of(Elf64_Sym{}) + bytes_of(symbol);
 }
 
-std::string note() { return bytes_of(Elf64_Nhdr{sizeof "GNU", 4, NT_GNU_BUILD_ID}) + "GNU" + '\0' + "\x01\x23\x45\x67"; }
+std::string note() {
+  return bytes_of(Elf64_Nhdr{sizeof "GNU", 4, NT_GNU_BUILD_ID}) + "GNU" + '\0' + "\x01\x23\x45\x67";
+}
 
 constexpr std::string_view texts[] = {" %s", " %d %u"};
 
@@ -94,7 +97,8 @@ constexpr std::string_view texts[] = {" %s", " %d %u"};
 std::string index() {
   std::string section = bytes_of(uint16_t{1}) + bytes_of(uint16_t{0}) + "section of small";
   for (const uint16_t pattern : {uint16_t{0}, uint16_t{2}}) {
-    section += bytes_of(uint16_t{0}) + bytes_of(pattern) + bytes_of(static_cast<uint16_t>(texts[pattern / 2].size()));
+    section += bytes_of(uint16_t{0}) + bytes_of(pattern) +
+               bytes_of(static_cast<uint16_t>(texts[pattern / 2].size()));
   }
   return section;
 }
@@ -104,7 +108,9 @@ std::string packed_texts() {
   for (const std::string_view text : texts) all += text;
   std::string packed(all.size() + 600, '\0');
   auto size = static_cast<unsigned>(packed.size());
-  if (BZ2_bzBuffToBuffCompress(packed.data(), &size, all.data(), static_cast<unsigned>(all.size()), 9, 0, 0) != BZ_OK) std::abort();
+  if (BZ2_bzBuffToBuffCompress(packed.data(), &size, all.data(), static_cast<unsigned>(all.size()),
+                               9, 0, 0) != BZ_OK)
+    std::abort();
   packed.resize(size);
   return packed;
 }
@@ -119,7 +125,8 @@ std::string manifest_entry(uint32_t kind, std::string payload) {
 
 std::string manifest() {
   const std::string luid(luid_text);
-  return manifest_entry(2, "# small.digest\n" + luid + ":" + luid + "type000:00008N\n") + manifest_entry(1, "small\nat: 2026-11-21\n");
+  return manifest_entry(2, "# small.digest\n" + luid + ":" + luid + "type000:00008N\n") +
+         manifest_entry(1, "small\nat: 2026-11-21\n");
 }
 
 }  // namespace
@@ -127,7 +134,8 @@ std::string manifest() {
 std::string small_library() {
   Elf elf;
   elf.add(".rodata", SHT_PROGBITS, descriptor_at, descriptor());
-  elf.add(".dynstr", SHT_STRTAB, 0x2000, std::string(1, '\0') + "_small_type_type_info_internal" + '\0');
+  elf.add(".dynstr", SHT_STRTAB, 0x2000,
+          std::string(1, '\0') + "_small_type_type_info_internal" + '\0');
   elf.add(".dynsym", SHT_DYNSYM, 0x3000, symbols(), 2);
   elf.add(".note.gnu.build-id", SHT_NOTE, 0x4000, note());
   elf.add(".flight_luids_small", SHT_PROGBITS, 0x5000, index());

@@ -1,4 +1,5 @@
-// The file of a library that defines one type and traces two texts, with all that the offline tools read of one.
+// The file of a library that defines one type and traces two texts, with all that the offline tools
+// read of one.
 #pragma once
 
 #include <string>

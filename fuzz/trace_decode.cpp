@@ -1,5 +1,6 @@
-// Any bytes as what the offline tools read: the file of a library, its trace sections and manifest, and a file of stored traces. An input begins
-// as such a file does; any other is taken apart by its first byte.
+// Any bytes as what the offline tools read: the file of a library, its trace sections and manifest,
+// and a file of stored traces. An input begins as such a file does; any other is taken apart by its
+// first byte.
 #include "tools/wayfind/trace_decode.h"
 
 #include <bzlib.h>
@@ -21,11 +22,13 @@ using wayfind::Bytes;
 
 constexpr const char* build_id = "00112233";
 
-// What a small library would hold: a section with an entry for each pattern of arguments, in the order of their numbers.
+// What a small library would hold: a section with an entry for each pattern of arguments, in the
+// order of their numbers.
 class SmallLibrary {
  public:
   SmallLibrary() {
-    constexpr std::string_view texts[] = {" %s", " a", " %d %u", " %d %u %d", " %p %s", " %s %p", " %s %s %s", " %s %s", " %d"};
+    constexpr std::string_view texts[] = {" %s",    " a",        " %d %u", " %d %u %d", " %p %s",
+                                          " %s %p", " %s %s %s", " %s %s", " %d"};
     std::string all;
     index_.assign(4, 0);
     index_[0] = 1;
@@ -37,14 +40,16 @@ class SmallLibrary {
     }
     packed_.resize(all.size() + 600);
     auto size = static_cast<unsigned>(packed_.size());
-    if (BZ2_bzBuffToBuffCompress(reinterpret_cast<char*>(packed_.data()), &size, all.data(), static_cast<unsigned>(all.size()), 9, 0, 0) !=
-        BZ_OK) {
+    if (BZ2_bzBuffToBuffCompress(reinterpret_cast<char*>(packed_.data()), &size, all.data(),
+                                 static_cast<unsigned>(all.size()), 9, 0, 0) != BZ_OK) {
       std::abort();
     }
     packed_.resize(size);
   }
 
-  wayfind::TraceTexts texts() const { return wayfind::TraceTexts({Bytes(index_)}, packed_, "small"); }
+  wayfind::TraceTexts texts() const {
+    return wayfind::TraceTexts({Bytes(index_)}, packed_, "small");
+  }
 
  private:
   static constexpr std::string_view section_id = "section of small";
@@ -63,14 +68,16 @@ void decode(const wayfind::TraceTexts& texts, Bytes traces) {
   }
 }
 
-// The traces with a right checksum in each record: what lies behind the checksum has to stand anything as well.
+// The traces with a right checksum in each record: what lies behind the checksum has to stand
+// anything as well.
 std::vector<uint8_t> repaired(Bytes traces) {
   constexpr size_t head_size = 12;
   std::vector<uint8_t> bytes(traces.begin(), traces.end());
   const size_t id_size_at = std::string_view("FLIGHT1\n").size();
   size_t at = id_size_at + 1 + (bytes.size() > id_size_at ? bytes[id_size_at] : 0u);
   while (at + head_size <= bytes.size()) {
-    const size_t length = std::min<size_t>(wayfind::u16_at(bytes, at + 4), bytes.size() - at - head_size);
+    const size_t length =
+        std::min<size_t>(wayfind::u16_at(bytes, at + 4), bytes.size() - at - head_size);
     uint32_t hash = 0x811c9dc5;
     for (size_t i = 0; i < length; ++i) hash = (hash ^ bytes[at + head_size + i]) * 0x01000193;
     for (size_t i = 0; i < 4; ++i) bytes[at + 8 + i] = static_cast<uint8_t>(hash >> (8 * i));
@@ -90,15 +97,18 @@ void read_texts_of_library(Bytes bytes) {
   for (const wayfind::TraceText& text : texts.all()) wayfind::fill_text(text.text, {});
 }
 
-// The first byte says how much of the rest is an index section, in units of 16 bytes; the packed texts follow.
+// The first byte says how much of the rest is an index section, in units of 16 bytes; the packed
+// texts follow.
 void read_texts(Bytes bytes) {
   const size_t split = std::min<size_t>(bytes[0] * size_t{16}, bytes.size() - 1);
   const wayfind::TraceTexts texts({bytes.subspan(1, split)}, bytes.subspan(1 + split), "input");
 }
 
 void read_manifests(Bytes bytes) {
-  const wayfind::Manifest older = wayfind::parse_manifest(bytes.first(bytes.size() / 2), {}, "older");
-  const wayfind::Manifest newer = wayfind::parse_manifest(bytes.subspan(bytes.size() / 2), {}, "newer");
+  const wayfind::Manifest older =
+      wayfind::parse_manifest(bytes.first(bytes.size() / 2), {}, "older");
+  const wayfind::Manifest newer =
+      wayfind::parse_manifest(bytes.subspan(bytes.size() / 2), {}, "newer");
   wayfind::compare_manifests(older, newer);
 }
 
@@ -125,7 +135,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     decode(texts, bytes);
     decode(texts, repaired(bytes));
   } else if (size != 0) {
-    attempt(data[0] % 2 == 0 ? read_texts : read_manifests, bytes.subspan(1).empty() ? bytes : bytes.subspan(1));
+    attempt(data[0] % 2 == 0 ? read_texts : read_manifests,
+            bytes.subspan(1).empty() ? bytes : bytes.subspan(1));
   }
   return 0;
 }

@@ -45,7 +45,8 @@ void add_messages(ork_dispatcher* table, std::index_sequence<M...>) {
   const auto add = [&](unsigned m, ork_message_handler handler) {
     const wayfind_message& message = wayfind_messages[m];
     const ork_dispatch_entry entry{
-        {message.luid, message.name, get<ork_message_unmarshal_fn>(message.functions, "_unmarshal"), handler, nullptr},
+        {message.luid, message.name, get<ork_message_unmarshal_fn>(message.functions, "_unmarshal"),
+         handler, nullptr},
         get<ork_message_destroy_fn>(message.functions, "_destroy")};
     ork_dispatcher_add(table, &entry, &err);
   };
@@ -54,20 +55,24 @@ void add_messages(ork_dispatcher* table, std::index_sequence<M...>) {
 }
 
 void take_bundle(ork_handle* handle, uint32_t, void*, uint32_t*) {
-  for (ork_bundle_member* member = ork_bundle_next(handle, nullptr); member != nullptr; member = ork_bundle_next(handle, member)) {
+  for (ork_bundle_member* member = ork_bundle_next(handle, nullptr); member != nullptr;
+       member = ork_bundle_next(handle, member)) {
     require(ork_bundle_member_message(member) != nullptr, "a member has its message");
   }
 }
 
 void add_bundles(ork_dispatcher* table) {
-  static const char* const kinds[] = {"_bundle_start_message_unmarshal", "_bundle_abort_message_unmarshal",
+  static const char* const kinds[] = {"_bundle_start_message_unmarshal",
+                                      "_bundle_abort_message_unmarshal",
                                       "_bundle_commit_message_unmarshal"};
   uint32_t err = 0;
   for (unsigned b = 0; b < wayfind_bundle_count; ++b) {
     const wayfind_bundle& bundle = wayfind_bundles[b];
     for (size_t kind = 0; kind < 3; ++kind) {
       const ork_dispatch_entry entry{
-          {bundle.luids[kind], bundle.name, get<ork_message_unmarshal_fn>(bundle.functions, kinds[kind]), nullptr, take_bundle}, nullptr};
+          {bundle.luids[kind], bundle.name,
+           get<ork_message_unmarshal_fn>(bundle.functions, kinds[kind]), nullptr, take_bundle},
+          nullptr};
       ork_dispatcher_add(table, &entry, &err);
     }
   }
@@ -83,7 +88,8 @@ void require(bool holds, const char* what) {
 }
 
 World::World(uint8_t bits, uint8_t nth) {
-  static constexpr ork_tracking modes[] = {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON, ORK_TRACKING_ON};
+  static constexpr ork_tracking modes[] = {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON,
+                                           ORK_TRACKING_ON};
   ork_options options;
   ork_options_init(&options);
   options.tracking = modes[bits & 3];
@@ -104,27 +110,34 @@ World::~World() {
   require(left.live_distances == 0, "every distance is taken back");
 }
 
-Exact::Exact(const uint8_t* bytes, size_t size) : copy_(new uint8_t[size + 1]), size_(static_cast<int32_t>(size)) {
+Exact::Exact(const uint8_t* bytes, size_t size)
+    : copy_(new uint8_t[size + 1]), size_(static_cast<int32_t>(size)) {
   if (size != 0) std::memcpy(copy_.get(), bytes, size);
   copy_[size] = 0;
 }
 
 void render(World& world, const wayfind_record& type, void* object) {
-  using Print = uint32_t (*)(ork_handle*, uint32_t, char*, uint32_t, const char*, const void*, uint32_t, uint32_t*);
-  using ToXml = uint32_t (*)(ork_handle*, uint32_t, const char*, char*, void*, uint32_t, uint8_t, uint32_t*);
+  using Print = uint32_t (*)(ork_handle*, uint32_t, char*, uint32_t, const char*, const void*,
+                             uint32_t, uint32_t*);
+  using ToXml =
+      uint32_t (*)(ork_handle*, uint32_t, const char*, char*, void*, uint32_t, uint8_t, uint32_t*);
   ork_handle* handle = world.handle();
   std::vector<char> room(text_room + 1, static_cast<char>(canary));
   uint32_t err = 0;
   room[0] = '\0';
-  uint32_t n = get<Print>(type.functions, "_print")(handle, instance, room.data(), 0, "record", object, text_room, &err);
+  uint32_t n = get<Print>(type.functions, "_print")(handle, instance, room.data(), 0, "record",
+                                                    object, text_room, &err);
   require(n <= text_room, "a text stays in its buffer");
   require(err != 0 || room[n] == '\0', "a text is ended");
   err = 0;
-  n = get<ToXml>(type.functions, "_to_xml")(handle, instance, "record", room.data(), object, text_room, 0, &err);
+  n = get<ToXml>(type.functions, "_to_xml")(handle, instance, "record", room.data(), object,
+                                            text_room, 0, &err);
   require(n <= text_room, "a document stays in its buffer");
   require(static_cast<uint8_t>(room[text_room]) == canary, "nothing behind a buffer is written");
 
-  require(get<int32_t (*)(const void*, const void*)>(type.functions, "_compare")(object, object) == 0, "a record equals itself");
+  require(
+      get<int32_t (*)(const void*, const void*)>(type.functions, "_compare")(object, object) == 0,
+      "a record equals itself");
   const auto hash = get<uint32_t (*)(const void*, uint32_t)>(type.functions, "_hash");
   require(hash(object, 1) == hash(object, 1), "a hash depends on the record alone");
 }
@@ -145,7 +158,8 @@ void raise(const wayfind_record& type, void* object) {
     if (field.cls != WAYFIND_RECORD_ARRAY) continue;
     uint8_t* block = nullptr;
     std::memcpy(&block, at, sizeof block);
-    for (uint32_t i = 0; block != nullptr && i < count; ++i) raise(*field.record, block + size_t{i} * field.width);
+    for (uint32_t i = 0; block != nullptr && i < count; ++i)
+      raise(*field.record, block + size_t{i} * field.width);
   }
 }
 

@@ -1,4 +1,5 @@
-// What the targets share: an input read byte by byte, a handle whose leaks and wild stores end the process, exact buffers.
+// What the targets share: an input read byte by byte, a handle whose leaks and wild stores end the
+// process, exact buffers.
 #pragma once
 
 #include <memory>
@@ -34,8 +35,8 @@ class Input {
 // A handle with a budget of 1 MiB. Whatever was allocated from it has to be back when it goes.
 class World {
  public:
-  // bits: 0 and 1 the state tracking, 2 an allocation that fails, 3 a peer that knows only first variants. nth: which
-  // allocation, counted from 1.
+  // bits: 0 and 1 the state tracking, 2 an allocation that fails, 3 a peer that knows only first
+  // variants. nth: which allocation, counted from 1.
   World(uint8_t bits, uint8_t nth);
   ~World();
   World(const World&) = delete;
@@ -48,7 +49,8 @@ class World {
   ork_handle* handle_;
 };
 
-// A copy with nothing readable behind it but the one byte that a flag set's image is read without a test of its length.
+// A copy with nothing readable behind it but the one byte that a flag set's image is read without a
+// test of its length.
 class Exact {
  public:
   Exact(const uint8_t* bytes, size_t size);
@@ -60,12 +62,13 @@ class Exact {
   int32_t size_;
 };
 
-// Every form of a record that can be made without changing it: no output may depend on more than the record, nor leave
-// its buffer.
+// Every form of a record that can be made without changing it: no output may depend on more than
+// the record, nor leave its buffer.
 void render(World& world, const wayfind_record& type, void* object);
 
-// Makes a record's variant, and that of the records and elements inside it, what its storage was laid out for. An image can lower a filled record, and a
-// document fills fields beyond the variant: destroy visits neither, so who reads into a record like that raises it before giving it back.
+// Makes a record's variant, and that of the records and elements inside it, what its storage was
+// laid out for. An image can lower a filled record, and a document fills fields beyond the variant:
+// destroy visits neither, so who reads into a record like that raises it before giving it back.
 void raise(const wayfind_record& type, void* object);
 
 // A look-up table of all messages and control messages of the library, made once.

@@ -1,4 +1,5 @@
-// The receive side of a bundle on a handle: idle, or accumulating between start and commit or abort.
+// The receive side of a bundle on a handle: idle, or accumulating between start and commit or
+// abort.
 #include "messages/bundle.h"
 
 extern "C" ork_bundle_handler fwe_ui_wayfind_bundle_registered_handler;
@@ -27,15 +28,18 @@ void open_bundle(const Call& call, const Bundle& bundle) {
   handle->bundle_rx_lut = lut;
   handle->bundle_commit_dispatch = nullptr;
   if (info != nullptr) {
-    trace::raise<Function::start_handler, Form::starting>(bundle.row, info->name, static_cast<const void*>(lut));
+    trace::raise<Function::start_handler, Form::starting>(bundle.row, info->name,
+                                                          static_cast<const void*>(lut));
   } else {
-    trace::raise<Function::start_handler, Form::starting_unnamed>(bundle.row, bundle.full_name, static_cast<const void*>(lut));
+    trace::raise<Function::start_handler, Form::starting_unnamed>(bundle.row, bundle.full_name,
+                                                                  static_cast<const void*>(lut));
   }
 }
 
 // A place of the chain is read once: another thread may register or unregister at any moment.
 template <Form F, size_t Nth = 0>
-bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const char* name, const Bundle& bundle) {
+bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const char* name,
+                 const Bundle& bundle) {
   if (handler == nullptr) return false;
   trace::raise<Function::commit_handler, F, Nth>(bundle.row, name);
   handler(call.handle, call.instance, ctx, call.err);
@@ -43,20 +47,25 @@ bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const 
 }
 
 // The chain of five places; the first handler that exists wins.
-void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& info, ork_bundle_handler linked_in, const Bundle& bundle) {
+void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& info,
+                  ork_bundle_handler linked_in, const Bundle& bundle) {
   using enum Form;
-  const bool called = try_handler<calling_dispatch_handler>(call, ctx, info.bundle_handler, info.name, bundle) ||
-                      try_handler<calling_handle_handler>(call, ctx, call.handle->bundle_handler, info.name, bundle) ||
-                      try_handler<calling_dispatch_handler, 1>(call, ctx, fwe_ui_wayfind_bundle_registered_handler, info.name, bundle) ||
-                      try_handler<calling_registered_handler>(call, ctx, *bundle.registered, info.name, bundle) ||
-                      try_handler<calling_linked_handler>(call, ctx, linked_in, info.name, bundle);
+  const bool called =
+      try_handler<calling_dispatch_handler>(call, ctx, info.bundle_handler, info.name, bundle) ||
+      try_handler<calling_handle_handler>(call, ctx, call.handle->bundle_handler, info.name,
+                                          bundle) ||
+      try_handler<calling_dispatch_handler, 1>(call, ctx, fwe_ui_wayfind_bundle_registered_handler,
+                                               info.name, bundle) ||
+      try_handler<calling_registered_handler>(call, ctx, *bundle.registered, info.name, bundle) ||
+      try_handler<calling_linked_handler>(call, ctx, linked_in, info.name, bundle);
   if (!called) trace::raise<Function::commit_handler, no_handler>(bundle.row, info.name);
 }
 
 }  // namespace
 
 // An error that stands is not looked at.
-void handle_start(ork_handle* handle, uint32_t instance, void* message, uint32_t* err, const Bundle& bundle) {
+void handle_start(ork_handle* handle, uint32_t instance, void* message, uint32_t* err,
+                  const Bundle& bundle) {
   const Call call{handle, instance, err};
   if (orklib_is_accumulating_bundle(handle) != 0) {
     call.fail(EEXIST);
@@ -67,7 +76,8 @@ void handle_start(ork_handle* handle, uint32_t instance, void* message, uint32_t
   free_message(call, message);
 }
 
-void handle_abort(ork_handle* handle, uint32_t instance, void* message, uint32_t* err, const Bundle& bundle) {
+void handle_abort(ork_handle* handle, uint32_t instance, void* message, uint32_t* err,
+                  const Bundle& bundle) {
   const Call call{handle, instance, err};
   if (call.failed()) {
     trace::raise<Function::abort_handler, Form::abort_error>(bundle.row, text_of(*err));
@@ -78,20 +88,24 @@ void handle_abort(ork_handle* handle, uint32_t instance, void* message, uint32_t
   bundle_receive_message_list_destroy(handle, instance, err);
   void* lut = nullptr;
   const ork_bundle_dispatch_info* info = orklib_in_dispatch_message_info(handle, &lut);
-  if (info != nullptr) trace::raise<Function::abort_handler, Form::aborting>(bundle.row, info->name, static_cast<const void*>(lut));
+  if (info != nullptr)
+    trace::raise<Function::abort_handler, Form::aborting>(bundle.row, info->name,
+                                                          static_cast<const void*>(lut));
   forget_dispatch(handle);
   free_message(call, message);
 }
 
-void handle_commit(ork_handle* handle, uint32_t instance, void* ctx, void* message, uint32_t* err, ork_bundle_handler linked_in,
-                   const Bundle& bundle) {
+void handle_commit(ork_handle* handle, uint32_t instance, void* ctx, void* message, uint32_t* err,
+                   ork_bundle_handler linked_in, const Bundle& bundle) {
   const Call call{handle, instance, err};
   if (call.failed()) {
     trace::raise<Function::commit_handler, Form::commit_error>(bundle.row, text_of(*err));
   } else if (orklib_is_accumulating_bundle(handle) == 0) {
     trace::raise<Function::commit_handler, Form::outside_bundle>(bundle.row);
     call.fail(EBADMSG);
-  } else if (const ork_bundle_dispatch_info* info = orklib_in_dispatch_message_info(handle, nullptr); info != nullptr) {
+  } else if (const ork_bundle_dispatch_info* info =
+                 orklib_in_dispatch_message_info(handle, nullptr);
+             info != nullptr) {
     handle->bundle_commit_dispatch = info;
     call_handler(call, ctx, *info, linked_in, bundle);
   }

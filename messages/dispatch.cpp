@@ -8,19 +8,26 @@ namespace {
 constexpr uint32_t recording_size = 0x10000;
 constexpr char outer_element[] = "fwe_ui_wayfind";
 
-void deliver(ork_handle* handle, uint32_t instance, const Delivery& delivery, void* object, uint32_t* err, const Message& message) {
-  if (delivery.handler != nullptr) return delivery.handler(handle, instance, delivery.ctx, object, err);
-  if (delivery.linked_in != nullptr) return delivery.linked_in(handle, instance, delivery.ctx, object, err);
+void deliver(ork_handle* handle, uint32_t instance, const Delivery& delivery, void* object,
+             uint32_t* err, const Message& message) {
+  if (delivery.handler != nullptr)
+    return delivery.handler(handle, instance, delivery.ctx, object, err);
+  if (delivery.linked_in != nullptr)
+    return delivery.linked_in(handle, instance, delivery.ctx, object, err);
   Call{handle, instance, err}.fail(ENOSYS);
   trace::raise<Function::message_default_handler, Form::default_handler>(message.row);
 }
 
-// The message inside the module's element. Gives back the characters so far; `err` tells whether they are whole.
+// The message inside the module's element. Gives back the characters so far; `err` tells whether
+// they are whole.
 uint32_t render(const Call& call, char* buffer, const void* object, const Message& message) {
   TextBuffer out{buffer, recording_size};
-  out.position = start_tag_timestamp(call.handle, call.instance, out.here(), outer_element, out.room(), call.err);
+  out.position = start_tag_timestamp(call.handle, call.instance, out.here(), outer_element,
+                                     out.room(), call.err);
   if (!call.failed()) out.position += to_xml(call, out.here(), object, out.room_bytes(), message);
-  if (!call.failed()) out.position += end_tag(call.handle, call.instance, out.here(), outer_element, out.room(), call.err);
+  if (!call.failed())
+    out.position +=
+        end_tag(call.handle, call.instance, out.here(), outer_element, out.room(), call.err);
   return out.position;
 }
 
@@ -40,14 +47,17 @@ void record(ork_handle* handle, uint32_t instance, void* object, const Message& 
     trace::raise<Function::message_record, Form::recorder_stream>(message.row);
   }
   orklib_free(nullptr, instance, buffer);
-  if (error != 0) trace::raise<Function::message_unmarshal, Form::recording_error>(message.row, error);
+  if (error != 0)
+    trace::raise<Function::message_unmarshal, Form::recording_error>(message.row, error);
 }
 
-// A message that could not be read is lost here; a caller that wants what there is of it reads without dispatch.
-uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery, const uint8_t* buffer, int32_t length, uint32_t* err,
-                   const Message& message) {
+// A message that could not be read is lost here; a caller that wants what there is of it reads
+// without dispatch.
+uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery,
+                   const uint8_t* buffer, int32_t length, uint32_t* err, const Message& message) {
   if (*err != 0) {
-    trace::raise<Function::message_unmarshal, Form::unmarshal_error>(message.row, name_of(message), text_of(*err));
+    trace::raise<Function::message_unmarshal, Form::unmarshal_error>(message.row, name_of(message),
+                                                                     text_of(*err));
     return 0;
   }
   ork_clear_last_error(handle);

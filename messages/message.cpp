@@ -12,14 +12,17 @@ alignas(8) uint8_t sentinels[model::message_count][largest];
 
 void* sentinel(const Message& message) { return sentinels[message.row.index]; }
 
-const ork_type_info* type_of(const void* object) { return frame::load<const ork_type_info*>(object); }
+const ork_type_info* type_of(const void* object) {
+  return frame::load<const ork_type_info*>(object);
+}
 
 // A message has one variant, so its count of variants can only be wrong by being negative.
 template <Function F>
 void check_variants(const ork_type_info* type, const Message& message) {
   if (type->varinfo == nullptr) trace::fatal<F, Form::no_variants>(message.row);
   const int present = type->varinfo->n_variants;
-  if (present < 0) trace::raise<F, Form::variant_beyond>(message.row, uint32_t{0}, static_cast<uint32_t>(present));
+  if (present < 0)
+    trace::raise<F, Form::variant_beyond>(message.row, uint32_t{0}, static_cast<uint32_t>(present));
 }
 
 template <Function F>
@@ -36,7 +39,8 @@ void fill_header(const Call& call, void* object, const Message& message) {
   }
 }
 
-// False when a record could not be made; those made before it are destroyed again. A later record is made only after an earlier one.
+// False when a record could not be made; those made before it are destroyed again. A later record
+// is made only after an earlier one.
 bool create_records(const Call& call, void* object, const Message& message) {
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
@@ -59,7 +63,9 @@ const ork_type_info* descriptor(const model::MessageRow& row) {
   return frame::descriptors[model::record_count + model::small_type_count + row.index];
 }
 
-ork_message_header fresh_header() { return {ORK_MESSAGE_MARKER, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 0, 0, 0}; }
+ork_message_header fresh_header() {
+  return {ORK_MESSAGE_MARKER, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 0, 0, 0};
+}
 
 void* create(ork_handle* handle, uint32_t instance, const Message& message) {
   uint32_t local = 0;
@@ -112,7 +118,8 @@ void destroy(ork_handle* handle, uint32_t instance, void* object, const Message&
     put_record(object, place, nullptr);
   }
   const ork_type_info* type = type_of(object);
-  if (type == nullptr || type->magic != ORK_TYPE_INFO_MAGIC) trace::fatal<Function::message_destroy, Form::type_corrupted>(message.row);
+  if (type == nullptr || type->magic != ORK_TYPE_INFO_MAGIC)
+    trace::fatal<Function::message_destroy, Form::type_corrupted>(message.row);
   check_variants<Function::message_destroy>(type, message);
   frame::raise_counter(call, type, type->varinfo->entries[0].destroy_count);
   frame::put(object, uint64_t{0});
@@ -132,10 +139,11 @@ uint32_t length_cr(ork_handle* handle, const void* object, const Message& messag
 }
 
 uint32_t is_valid_cr(ork_handle* handle, const Message& message) {
-  return ork_domain_lookup_message_ok(handle, &handle->domain, descriptor(message.row), &handle->cr_error);
+  return ork_domain_lookup_message_ok(handle, &handle->domain, descriptor(message.row),
+                                      &handle->cr_error);
 }
 
-// A null message is only traced, with the text of whatever error stands. --------------------------------------------------------------
+// A null message is only traced, with the text of whatever error stands. ------
 
 void* get(const void* object, const uint32_t* err, const CarriedRow& place) {
   if (object != nullptr && *err == 0) return record_in(object, place);
@@ -158,9 +166,12 @@ void set(void* object, void* record, const uint32_t* err, const CarriedRow& plac
   trace::raise<Function::carried_set, Form::set_error>(place, text_of(*err));
 }
 
-void free_and_set(ork_handle* handle, uint32_t instance, void* object, void* record, const uint32_t* err, const CarriedRow& place) {
-  if (object == nullptr || *err != 0) return trace::raise<Function::carried_replace, Form::replace_error>(place, text_of(*err));
-  if (void* owned = record_in(object, place); owned != nullptr) frame::destroy(handle, instance, owned, record_of(place));
+void free_and_set(ork_handle* handle, uint32_t instance, void* object, void* record,
+                  const uint32_t* err, const CarriedRow& place) {
+  if (object == nullptr || *err != 0)
+    return trace::raise<Function::carried_replace, Form::replace_error>(place, text_of(*err));
+  if (void* owned = record_in(object, place); owned != nullptr)
+    frame::destroy(handle, instance, owned, record_of(place));
   put_record(object, place, record);
 }
 

@@ -1,4 +1,5 @@
-// Message objects: a header, a message header and one or two records, which the message owns unless they are taken out.
+// Message objects: a header, a message header and one or two records, which the message owns unless
+// they are taken out.
 #pragma once
 
 #include "encoders/length.h"
@@ -27,7 +28,9 @@ using std::uint8_t;
 // Offsets in the object.
 inline constexpr size_t at_message_header = 12;
 inline constexpr size_t at_records = 32;
-constexpr size_t object_size(const model::MessageRow& row) { return at_records + sizeof(void*) * row.records; }
+constexpr size_t object_size(const model::MessageRow& row) {
+  return at_records + sizeof(void*) * row.records;
+}
 
 inline constexpr uint32_t header_length = ORK_MESSAGE_HEADER_WIRE_SIZE;
 inline constexpr uint32_t frame_length = header_length + ORK_LUID_SIZE;
@@ -51,13 +54,19 @@ struct Message {
   RecordWire wire[2];
 };
 
-inline const RecordRow& record_of(const CarriedRow& carried) { return model::record_rows[carried.record]; }
-inline const CarriedRow& carried(const Message& message, size_t slot) { return model::carried_rows[message.row.carried + slot]; }
+inline const RecordRow& record_of(const CarriedRow& carried) {
+  return model::record_rows[carried.record];
+}
+inline const CarriedRow& carried(const Message& message, size_t slot) {
+  return model::carried_rows[message.row.carried + slot];
+}
 inline const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); }
 
 const ork_type_info* descriptor(const model::MessageRow& row);
 inline const char* name_of(const Message& message) { return descriptor(message.row)->name; }
-inline const char* name_of(const CarriedRow& carried) { return frame::descriptor(record_of(carried))->name; }
+inline const char* name_of(const CarriedRow& carried) {
+  return frame::descriptor(record_of(carried))->name;
+}
 
 inline void* record_in(const void* object, const CarriedRow& carried) {
   return frame::load<void*>(frame::byte_at(object, at_records + sizeof(void*) * carried.slot));
@@ -84,14 +93,16 @@ uint32_t is_valid_cr(ork_handle* handle, const Message& message);
 void* get(const void* object, const uint32_t* err, const CarriedRow& carried);
 void* get_detach(void* object, const uint32_t* err, const CarriedRow& carried);
 void set(void* object, void* record, const uint32_t* err, const CarriedRow& carried);
-void free_and_set(ork_handle* handle, uint32_t instance, void* object, void* record, const uint32_t* err, const CarriedRow& carried);
+void free_and_set(ork_handle* handle, uint32_t instance, void* object, void* record,
+                  const uint32_t* err, const CarriedRow& carried);
 
 // Frames.
-uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* object, int32_t length, uint32_t* err,
-                 const Message& message);
-uint32_t marshal_cr(ork_handle* handle, void* object, uint8_t* buffer, int32_t length, const Message& message);
-uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const uint8_t* buffer, int32_t length, uint32_t* err,
-                        const Message& message);
+uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* object,
+                 int32_t length, uint32_t* err, const Message& message);
+uint32_t marshal_cr(ork_handle* handle, void* object, uint8_t* buffer, int32_t length,
+                    const Message& message);
+uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const uint8_t* buffer,
+                        int32_t length, uint32_t* err, const Message& message);
 
 // A received buffer.
 struct Delivery {
@@ -100,15 +111,19 @@ struct Delivery {
   ork_message_handler handler;    // may be null
   ork_message_handler linked_in;  // the function that a process may define, or null
 };
-uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery, const uint8_t* buffer, int32_t length, uint32_t* err,
-                   const Message& message);
+uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery,
+                   const uint8_t* buffer, int32_t length, uint32_t* err, const Message& message);
 void record(ork_handle* handle, uint32_t instance, void* object, const Message& message);
 
 // Other forms.
-uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length, const Message& message);
-uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const Message& message);
-uint32_t to_xml(const Call& call, char* buffer, const void* object, uint32_t length, const Message& message);
-uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const Message& message);
+uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length,
+               const Message& message);
+uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                  const Message& message);
+uint32_t to_xml(const Call& call, char* buffer, const void* object, uint32_t length,
+                const Message& message);
+uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                   const Message& message);
 void* from_xml(const Call& call, const Document& document, const Message& message);
 
 }  // namespace messages

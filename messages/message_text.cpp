@@ -15,7 +15,8 @@ void put_space(const Call& call, TextBuffer& out) {
 }  // namespace
 
 // Whatever fails in front of a record counts as a text that is too long.
-uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length, const Message& message) {
+uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length,
+               const Message& message) {
   if (call.failed()) {
     trace::raise<Function::message_print, Form::print_error>(message.row, text_of(*call.err));
     return 0;
@@ -23,47 +24,57 @@ uint32_t print(const Call& call, char* buffer, const void* object, uint32_t leng
   ork_clear_last_error(call.handle);
   TextBuffer out{buffer, length};
   put_space(call, out);
-  out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, "message@%s: {\n", name_of(message));
+  out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err,
+                               "message@%s: {\n", name_of(message));
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
     if (call.failed()) {
       call.fail(EMSGSIZE);
       break;
     }
-    out.position +=
-        encoders::print(call, out.here(), record_indent, name_of(place), record_in(object, place), out.room_bytes(), record_of(place));
+    out.position += encoders::print(call, out.here(), record_indent, name_of(place),
+                                    record_in(object, place), out.room_bytes(), record_of(place));
   }
   put_space(call, out);
   out.position += ork_snprintf(call.handle, call.instance, out.here(), out.room(), call.err, "}\n");
   return out.position;
 }
 
-uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const Message& message) {
-  return encoders::cr_result(handle, print({handle, handle->cr_instance, &handle->cr_error}, buffer, object, length, message));
+uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                  const Message& message) {
+  return encoders::cr_result(handle, print({handle, handle->cr_instance, &handle->cr_error}, buffer,
+                                           object, length, message));
 }
 
-uint32_t to_xml(const Call& call, char* buffer, const void* object, uint32_t length, const Message& message) {
+uint32_t to_xml(const Call& call, char* buffer, const void* object, uint32_t length,
+                const Message& message) {
   if (call.failed()) {
     trace::raise<Function::message_to_xml, Form::to_xml_error>(message.row, text_of(*call.err));
     return 0;
   }
   ork_clear_last_error(call.handle);
   TextBuffer out{buffer, length};
-  out.position = start_tag(call.handle, call.instance, out.here(), name_of(message), out.room(), 0, call.err);
+  out.position =
+      start_tag(call.handle, call.instance, out.here(), name_of(message), out.room(), 0, call.err);
   for (size_t slot = 0; slot < message.row.records && !call.failed(); ++slot) {
     const CarriedRow& place = carried(message, slot);
-    out.position += encoders::to_xml(call, name_of(place), out.here(), record_in(object, place), out.room_bytes(), 0, record_of(place));
+    out.position += encoders::to_xml(call, name_of(place), out.here(), record_in(object, place),
+                                     out.room_bytes(), 0, record_of(place));
   }
-  out.position += end_tag(call.handle, call.instance, out.here(), name_of(message), out.room(), call.err);
+  out.position +=
+      end_tag(call.handle, call.instance, out.here(), name_of(message), out.room(), call.err);
   return out.position;
 }
 
-uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length, const Message& message) {
-  return encoders::cr_result(handle, to_xml({handle, handle->cr_instance, &handle->cr_error}, buffer, object, length, message));
+uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
+                   const Message& message) {
+  return encoders::cr_result(handle, to_xml({handle, handle->cr_instance, &handle->cr_error},
+                                            buffer, object, length, message));
 }
 
-// A record that the document lacks keeps its defaults. The error is looked at once, behind the last record: with the first one missing the
-// second is not read either. A message that could not be read for another reason is lost to the caller.
+// A record that the document lacks keeps its defaults. The error is looked at once, behind the last
+// record: with the first one missing the second is not read either. A message that could not be
+// read for another reason is lost to the caller.
 void* from_xml(const Call& call, const Document& document, const Message& message) {
   if (call.failed()) {
     trace::raise<Function::message_from_xml, Form::from_xml_error>(message.row, text_of(*call.err));
@@ -79,7 +90,8 @@ void* from_xml(const Call& call, const Document& document, const Message& messag
     const CarriedRow& place = carried(message, slot);
     char path[2 + sizeof ork_type_info::name];
     snprintf(path, sizeof path, "//%s", name_of(place));
-    if (*call.err == 0 || *call.err == ENOENT) encoders::from_xml(call, path, document, record_in(object, place), record_of(place));
+    if (*call.err == 0 || *call.err == ENOENT)
+      encoders::from_xml(call, path, document, record_in(object, place), record_of(place));
   }
   if (*call.err == ENOENT) *call.err = 0;
   return call.failed() ? nullptr : object;

@@ -21,7 +21,8 @@ bool begin_frame(const Call& call, Writer& out, const uint8_t* luid) {
 void end_frame(const Call& call, uint8_t* buffer, ork_message_header& header, uint32_t length) {
   header.length = length;
   header.sequence = call.handle->send_sequence;
-  _ork_message_header_marshal(call.handle, call.instance, buffer, &header, static_cast<int32_t>(header_length), call.err);
+  _ork_message_header_marshal(call.handle, call.instance, buffer, &header,
+                              static_cast<int32_t>(header_length), call.err);
 }
 
 }  // namespace messages

@@ -1,4 +1,5 @@
-// What the exported functions are made of: each is one statement that hands on to an engine with the row of its type or field.
+// What the exported functions are made of: each is one statement that hands on to an engine with
+// the row of its type or field.
 #pragma once
 
 #include "encoders/clone.h"

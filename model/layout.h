@@ -1,4 +1,5 @@
-// The four size rules: where each field of a record lies, and how large objects and their state blocks are, variant by variant.
+// The four size rules: where each field of a record lies, and how large objects and their state
+// blocks are, variant by variant.
 #pragma once
 
 #include <initializer_list>
@@ -7,8 +8,10 @@
 
 namespace model {
 
-inline constexpr size_t header_size = 11;       // type slot 8, variant 1, newest variant laid out for 1, flags 1
-inline constexpr size_t array_entry_size = 16;  // one byte for the whole array, 7 unused, the pointer to one byte per element
+// type slot 8, variant 1, newest variant laid out for 1, flags 1
+inline constexpr size_t header_size = 11;
+// one byte for the whole array, 7 unused, the pointer to one byte per element
+inline constexpr size_t array_entry_size = 16;
 
 // Sizes of one variant of a record, in bytes.
 struct Sizes {
@@ -19,7 +22,9 @@ struct Sizes {
   constexpr bool operator==(const Sizes&) const = default;
 };
 
-constexpr size_t round_up(size_t n, size_t multiple) { return (n + multiple - 1) / multiple * multiple; }
+constexpr size_t round_up(size_t n, size_t multiple) {
+  return (n + multiple - 1) / multiple * multiple;
+}
 
 constexpr size_t field_count(const Record& record) {
   size_t n = 0;
@@ -27,7 +32,9 @@ constexpr size_t field_count(const Record& record) {
   return n;
 }
 
-constexpr size_t variant_count(const Record& record) { return record.fields[field_count(record) - 1].variant + size_t{1}; }
+constexpr size_t variant_count(const Record& record) {
+  return record.fields[field_count(record) - 1].variant + size_t{1};
+}
 
 // How many fields an object of `variant` has.
 constexpr size_t field_count(const Record& record, size_t variant) {
@@ -36,15 +43,22 @@ constexpr size_t field_count(const Record& record, size_t variant) {
   return n;
 }
 
-// End of the range of field numbers of `variant`: one number more than fields at each step to a later variant, for its jump marker.
-constexpr size_t field_number_bound(const Record& record, size_t variant) { return field_count(record, variant) + variant; }
+// End of the range of field numbers of `variant`: one number more than fields at each step to a
+// later variant, for its jump marker.
+constexpr size_t field_number_bound(const Record& record, size_t variant) {
+  return field_count(record, variant) + variant;
+}
 
-constexpr bool is_array(const Field& field) { return field.cls == Class::value_array || field.cls == Class::record_array; }
+constexpr bool is_array(const Field& field) {
+  return field.cls == Class::value_array || field.cls == Class::record_array;
+}
 
 constexpr bool holds_array(const Record& record) {
   for (size_t i = 0; i < field_count(record); ++i) {
     const Field& field = record.fields[i];
-    if (is_array(field) || (field.cls == Class::object && field.kind == Kind::record && holds_array(*field.record))) return true;
+    if (is_array(field) ||
+        (field.cls == Class::object && field.kind == Kind::record && holds_array(*field.record)))
+      return true;
   }
   return false;
 }
@@ -97,19 +111,26 @@ constexpr size_t alignment(const Field& field) {
 // End of the first `fields` fields, counted from the start of the object.
 constexpr size_t field_end(const Record& record, size_t fields) {
   size_t end = header_size;
-  for (size_t i = 0; i < fields; ++i) end = round_up(end, alignment(record.fields[i])) + width(record.fields[i]);
+  for (size_t i = 0; i < fields; ++i)
+    end = round_up(end, alignment(record.fields[i])) + width(record.fields[i]);
   return end;
 }
 constexpr size_t field_offset(const Record& record, size_t index) {
   return round_up(field_end(record, index), alignment(record.fields[index]));
 }
 
-constexpr size_t used_length(const Record& record, size_t variant) { return field_end(record, field_count(record, variant)); }
+constexpr size_t used_length(const Record& record, size_t variant) {
+  return field_end(record, field_count(record, variant));
+}
 
 // What the manifest says of a record: the newest variant's fields without the room behind them.
-constexpr size_t digest_size(const Record& record) { return round_up(used_length(record, variant_count(record) - 1), 8); }
+constexpr size_t digest_size(const Record& record) {
+  return round_up(used_length(record, variant_count(record) - 1), 8);
+}
 
-constexpr size_t newest_body_size(const Record& record) { return body_size(used_length(record, variant_count(record) - 1)); }
+constexpr size_t newest_body_size(const Record& record) {
+  return body_size(used_length(record, variant_count(record) - 1));
+}
 
 // How many fields end within the first `body` bytes.
 constexpr size_t held_fields(const Record& record, size_t body) {
@@ -150,21 +171,24 @@ constexpr size_t state_size(const Record& record, size_t variant) {
   for (size_t i = 0; i < field_count(record, variant); ++i) {
     const Field& field = record.fields[i];
     offset = state_place(field, offset).end;
-    aligned = aligned || is_array(field) || (field.kind == Kind::record && holds_array(*field.record));
+    aligned =
+        aligned || is_array(field) || (field.kind == Kind::record && holds_array(*field.record));
   }
   return aligned ? round_up(offset, 8) : offset;
 }
 
 constexpr Sizes sizes(const Record& record, size_t variant) {
   const size_t used = used_length(record, variant);
-  return {static_cast<uint16_t>(used), static_cast<uint16_t>(newest_body_size(record) - used), static_cast<uint16_t>(body_size(used)),
+  return {static_cast<uint16_t>(used), static_cast<uint16_t>(newest_body_size(record) - used),
+          static_cast<uint16_t>(body_size(used)),
           static_cast<uint16_t>(state_size(record, variant))};
 }
 
-// True when the rules give the numbers that peers and the runtime know the record by: its sizes in each variant, the size in the manifest, and
-// for a record of several variants the end of each one's field numbers. A check, never a source.
-constexpr bool layout_is(const Record& record, std::initializer_list<Sizes> known, size_t manifest_size,
-                         std::initializer_list<size_t> bounds = {}) {
+// True when the rules give the numbers that peers and the runtime know the record by: its sizes in
+// each variant, the size in the manifest, and for a record of several variants the end of each
+// one's field numbers. A check, never a source.
+constexpr bool layout_is(const Record& record, std::initializer_list<Sizes> known,
+                         size_t manifest_size, std::initializer_list<size_t> bounds = {}) {
   const size_t variants = variant_count(record);
   if (known.size() != variants || bounds.size() != (variants > 1 ? variants : 0)) return false;
   size_t variant = 0;

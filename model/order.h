@@ -1,5 +1,5 @@
-// The orders in which the types, messages and bundles of the module follow each other. A new one goes to the end of its
-// array, so that the tags of those before it stay.
+// The orders in which the types, messages and bundles of the module follow each other. A new one
+// goes to the end of its array, so that the tags of those before it stay.
 #pragma once
 
 #include "model/subjects/auto_tunnels.h"
@@ -16,7 +16,8 @@
 
 namespace model {
 
-// Registered with the runtime first. Within a section, trace entries of records stand in this order too.
+// Registered with the runtime first. Within a section, trace entries of records stand in this order
+// too.
 inline constexpr const Record* records[] = {
     &mem_st,
     &inst_st,
@@ -78,8 +79,9 @@ inline constexpr const Record* records[] = {
 
 // Registered behind the records; trace entries in this order.
 inline constexpr const Enum* enums[] = {
-    &select_tc_ui_status_e, &select_tc_type_e, &select_ui_type_e, &hop_chan_state_e,   &chan_state_e,     &chan_rx_state_e,
-    &chan_tx_state_e,       &chan_nb_state_e,  &show_db_type_e,   &show_global_type_e, &intf_plr_state_e,
+    &select_tc_ui_status_e, &select_tc_type_e,   &select_ui_type_e, &hop_chan_state_e,
+    &chan_state_e,          &chan_rx_state_e,    &chan_tx_state_e,  &chan_nb_state_e,
+    &show_db_type_e,        &show_global_type_e, &intf_plr_state_e,
 };
 
 // Registered behind the enums.
@@ -87,21 +89,48 @@ inline constexpr const FlagSet* flag_sets[] = {
     &hop_chan_flags,
 };
 
-// Registered last; trace entries in this order. Call-site tags run without a gap over the records of all
-// messages, so that a message with two records takes two.
+// Registered last; trace entries in this order. Call-site tags run without a gap over the records
+// of all messages, so that a message with two records takes two.
 inline constexpr const Message* messages[] = {
-    &pal_site_prefix_msg, &prefixtosite_msg, &sitetohop_msg,       &pal_debug_msg,    &cl_debug_msg,         &global_info_msg,
-    &color_msg,           &inst_msg,         &global_state_msg,    &global_param_msg, &global_show_type_msg, &auto_tunnel_gstatus_show,
-    &auto_tunnel_show,    &select_state_msg, &select_flow_msg,     &select_tc_msg,    &nb_channel_msg,       &nb_channel_state_msg,
-    &enforce_hop_msg,     &multi_nh_map_msg, &dcid_siteip_map_msg, &channel_msg,      &channel_state_msg,    &hop_chan_msg,
-    &hop_chan_state_msg,  &dp_debug_msg,     &intf_data_msg,       &intf_sum_msg,
+    &pal_site_prefix_msg,
+    &prefixtosite_msg,
+    &sitetohop_msg,
+    &pal_debug_msg,
+    &cl_debug_msg,
+    &global_info_msg,
+    &color_msg,
+    &inst_msg,
+    &global_state_msg,
+    &global_param_msg,
+    &global_show_type_msg,
+    &auto_tunnel_gstatus_show,
+    &auto_tunnel_show,
+    &select_state_msg,
+    &select_flow_msg,
+    &select_tc_msg,
+    &nb_channel_msg,
+    &nb_channel_state_msg,
+    &enforce_hop_msg,
+    &multi_nh_map_msg,
+    &dcid_siteip_map_msg,
+    &channel_msg,
+    &channel_state_msg,
+    &hop_chan_msg,
+    &hop_chan_state_msg,
+    &dp_debug_msg,
+    &intf_data_msg,
+    &intf_sum_msg,
 };
 
-// Never registered, as a bundle has no descriptor; its trace entries stand in this order, before those of all messages.
+// Never registered, as a bundle has no descriptor; its trace entries stand in this order, before
+// those of all messages.
 inline constexpr const Bundle* bundles[] = {
-    &show_site_prefix,  &show_prefixtosite,    &show_sitetohop, &pal_show_debug,     &cl_show_debug,   &show_global,
-    &show_global_new,   &show_auto_tunnel,     &show_selection, &show_traffic_class, &show_nb_channel, &show_enforce_hop,
-    &show_multi_nh_map, &show_dcid_siteip_map, &show_channel,   &show_hop_chan,      &dp_show_debug,   &show_intf,
+    &show_site_prefix,   &show_prefixtosite,    &show_sitetohop,
+    &pal_show_debug,     &cl_show_debug,        &show_global,
+    &show_global_new,    &show_auto_tunnel,     &show_selection,
+    &show_traffic_class, &show_nb_channel,      &show_enforce_hop,
+    &show_multi_nh_map,  &show_dcid_siteip_map, &show_channel,
+    &show_hop_chan,      &dp_show_debug,        &show_intf,
 };
 
 }  // namespace model

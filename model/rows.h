@@ -1,5 +1,6 @@
-// The tables as the engines read them at run time: every record and field as a small row of numbers, computed from the subject files while
-// compiling. The rows hold no pointer, so they need no relocation; engines get them as arguments and know no type by name.
+// The tables as the engines read them at run time: every record and field as a small row of
+// numbers, computed from the subject files while compiling. The rows hold no pointer, so they need
+// no relocation; engines get them as arguments and know no type by name.
 #pragma once
 
 #include <array>
@@ -23,7 +24,8 @@ inline constexpr size_t type_count = record_count + small_type_count + message_c
 
 inline constexpr uint8_t no_type = 0xFF;
 
-// One field. Offsets count from the start of the object, state places from the start of the state block.
+// One field. Offsets count from the start of the object, state places from the start of the state
+// block.
 struct FieldRow {
   char name[28];
   uint16_t index;  // among the fields of all records
@@ -35,7 +37,8 @@ struct FieldRow {
   Class cls;
   Kind kind;
   uint8_t variant;
-  uint8_t type;       // row of an embedded or element record, or of an enum or flag set; no_type for primitives
+  // row of an embedded or element record, or of an enum or flag set; no_type for primitives
+  uint8_t type;
   uint8_t record;     // row of the record that has the field
   uint8_t array;      // number of an array among all arrays
   Kind counter_kind;  // of an array's counter
@@ -47,8 +50,9 @@ struct Layout {
   uint16_t body;
   uint16_t state;
   uint8_t fields;  // fields of the variants up to this one
-  uint8_t held;    // fields that end inside the body: what an object of this layout can rise to in place
-  uint8_t bound;   // end of its field numbers
+  // fields that end inside the body: what an object of this layout can rise to in place
+  uint8_t held;
+  uint8_t bound;  // end of its field numbers
 };
 
 struct RecordRow {
@@ -88,7 +92,8 @@ constexpr uint8_t row_of(const T& what, const T* const (&table)[N]) {
 constexpr uint8_t type_row(const Field& field) {
   if (field.kind == Kind::record) return row_of(*field.record, records);
   if (field.kind == Kind::enumeration) return row_of(*field.enumeration, enums);
-  if (field.kind == Kind::flag_set) return static_cast<uint8_t>(enum_count + row_of(*field.flags, flag_sets));
+  if (field.kind == Kind::flag_set)
+    return static_cast<uint8_t>(enum_count + row_of(*field.flags, flag_sets));
   return no_type;
 }
 
@@ -200,7 +205,8 @@ constexpr auto make_small_rows() {
     row.is_flag_set = flags;
     row.size = flags ? 24 : 16;
     row.values = flags ? value_count(*flag_sets[i - enum_count]) : value_count(*enums[i]);
-    for (size_t v = 0; v < row.values; ++v) copy_text(row.texts[v], flags ? flag_sets[i - enum_count]->flags[v] : enums[i]->values[v]);
+    for (size_t v = 0; v < row.values; ++v)
+      copy_text(row.texts[v], flags ? flag_sets[i - enum_count]->flags[v] : enums[i]->values[v]);
   }
   return rows;
 }
@@ -215,10 +221,14 @@ struct FieldSpan {
   constexpr const FieldRow* begin() const { return first; }
   constexpr const FieldRow* end() const { return last; }
 };
-constexpr FieldSpan fields_of(const RecordRow& record) { return {&field_rows[record.first], &field_rows[record.first] + record.fields}; }
+constexpr FieldSpan fields_of(const RecordRow& record) {
+  return {&field_rows[record.first], &field_rows[record.first] + record.fields};
+}
 // Those that an object of `variant` has: none when it is negative.
 constexpr FieldSpan fields_of(const RecordRow& record, int variant) {
-  const size_t n = variant < 0 ? 0 : record.layouts[variant > record.newest() ? record.newest() : variant].fields;
+  const size_t n =
+      variant < 0 ? 0
+                  : record.layouts[variant > record.newest() ? record.newest() : variant].fields;
   return {&field_rows[record.first], &field_rows[record.first] + n};
 }
 

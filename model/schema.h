@@ -1,8 +1,11 @@
-// The vocabulary in which model/subjects/ says what exists: records of fields, enums, the flag set, messages, bundles.
+// The vocabulary in which model/subjects/ says what exists: records of fields, enums, the flag set,
+// messages, bundles.
 //
-// A subject file is one table per type and nothing else. Whatever follows from a table (offsets, sizes, state bytes, field numbers, trace
-// entries, call-site tags, exported functions, their prototypes and documentation) is derived from it: at compile time in layout.h and
-// rows.h, at build time by generator/. None of the structures of this file reaches the built library: they only exist while compiling.
+// A subject file is one table per type and nothing else. Whatever follows from a table (offsets,
+// sizes, state bytes, field numbers, trace entries, call-site tags, exported functions, their
+// prototypes and documentation) is derived from it: at compile time in layout.h and rows.h, at
+// build time by generator/. None of the structures of this file reaches the built library: they
+// only exist while compiling.
 #pragma once
 
 #include <cstddef>
@@ -39,7 +42,8 @@ inline constexpr Primitive ork_boolean{Kind::ork_boolean};
 inline constexpr Primitive link_type{Kind::link_type};
 inline constexpr Primitive ip_address{Kind::ip_address};
 
-// One identity of a type: the LUID that peers know it by, and the hash of its definition in the build manifest, both as hexadecimal digits.
+// One identity of a type: the LUID that peers know it by, and the hash of its definition in the
+// build manifest, both as hexadecimal digits.
 struct Identity {
   const char* luid;
   const char* definition;
@@ -107,7 +111,8 @@ struct Member {
   Occurs occurs;
 };
 
-// Identities of the three control messages of a bundle; they have no definition hash, as the manifest does not list them.
+// Identities of the three control messages of a bundle; they have no definition hash, as the
+// manifest does not list them.
 struct Control {
   const char* start;
   const char* abort;
@@ -118,10 +123,11 @@ struct Bundle {
   const char* name;
   Control luids;
   const char* meaning;
-  Member members[max_members];  // in table order; every table ends with the request message of the show core, which no row names
+  // in table order; every table ends with the request message of the show core, which no row names
+  Member members[max_members];
 };
 
-// Rows. ------------------------------------------------------------------------------------------------------------------------------
+// Rows. -----------------------------------------------------------------------
 
 constexpr Field value(const char* name, Primitive type, uint8_t variant, const char* meaning) {
   return {name, Class::value, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
@@ -135,7 +141,8 @@ constexpr Field object(const char* name, Primitive type, uint8_t variant, const 
 constexpr Field object(const char* name, const Record& type, uint8_t variant, const char* meaning) {
   return {name, Class::object, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
 }
-constexpr Field object(const char* name, const FlagSet& type, uint8_t variant, const char* meaning) {
+constexpr Field object(const char* name, const FlagSet& type, uint8_t variant,
+                       const char* meaning) {
   return {name, Class::object, Kind::flag_set, variant, 1, nullptr, nullptr, &type, meaning};
 }
 constexpr Field text(const char* name, uint16_t size, uint8_t variant, const char* meaning) {
@@ -145,10 +152,12 @@ constexpr Field text(const char* name, uint16_t size, uint8_t variant, const cha
 constexpr Field counter(const char* name, Primitive type, uint8_t variant, const char* meaning) {
   return {name, Class::counter, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
 }
-constexpr Field value_array(const char* name, Primitive type, uint8_t variant, const char* meaning) {
+constexpr Field value_array(const char* name, Primitive type, uint8_t variant,
+                            const char* meaning) {
   return {name, Class::value_array, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
 }
-constexpr Field record_array(const char* name, const Record& type, uint8_t variant, const char* meaning) {
+constexpr Field record_array(const char* name, const Record& type, uint8_t variant,
+                             const char* meaning) {
   return {name, Class::record_array, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
 }
 

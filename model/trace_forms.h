@@ -1,16 +1,35 @@
-// The 58 forms of trace text. A form and the type that raises it make one entry of the trace channel.
+// The 58 forms of trace text. A form and the type that raises it make one entry of the trace
+// channel.
 #pragma once
 
 #include <cstdint>
 
 namespace model {
 
-// Arguments that a text takes; the digits name them in order: 1 a text, 4 a 32-bit number, 5 a pointer. The value is the pattern's number
-// in the index sections.
-enum class Pattern : uint8_t { p1 = 0, p0 = 1, p44 = 2, p444 = 3, p51 = 4, p15 = 5, p111 = 6, p11 = 7, p4 = 8 };
+// Arguments that a text takes; the digits name them in order: 1 a text, 4 a 32-bit number, 5 a
+// pointer. The value is the pattern's number in the index sections.
+enum class Pattern : uint8_t {
+  p1 = 0,
+  p0 = 1,
+  p44 = 2,
+  p444 = 3,
+  p51 = 4,
+  p15 = 5,
+  p111 = 6,
+  p11 = 7,
+  p4 = 8
+};
 
-// `chosen` is settled at the call: error, or debug while the runtime suppresses failed messages. `none` is never raised.
-enum class Level : uint8_t { fatal = 0, error = 3, info = 6, debug = 7, chosen = 0xFE, none = 0xFF };
+// `chosen` is settled at the call: error, or debug while the runtime suppresses failed messages.
+// `none` is never raised.
+enum class Level : uint8_t {
+  fatal = 0,
+  error = 3,
+  info = 6,
+  debug = 7,
+  chosen = 0xFE,
+  none = 0xFF
+};
 
 enum class Form : uint8_t {
   corrupted_handle,
@@ -75,7 +94,8 @@ enum class Form : uint8_t {
 };
 
 struct FormText {
-  const char* text;  // '@' stands for the name of the type or message, '#' for the name of a message's record
+  // '@' stands for the name of the type or message, '#' for the name of a message's record
+  const char* text;
   Pattern pattern;
   Level level;
 };
@@ -93,12 +113,15 @@ inline constexpr FormText form_texts[] = {
     {"Invalid object passed in to get object oid count", Pattern::p0, Level::error},
     {"Error present in call to get table references from object", Pattern::p0, Level::error},
     {"Cannot get table references. Invalid object passed on", Pattern::p0, Level::error},
-    {"offset_jump read_len %d offset_jump_base %d _ork_variant_jump %d", Pattern::p444, Level::info},
+    {"offset_jump read_len %d offset_jump_base %d _ork_variant_jump %d", Pattern::p444,
+     Level::info},
     {"error in @ create: %s", Pattern::p1, Level::error},
-    {"sttr_base can not be NULL in NESTED case. Please check the parent object and provide the correct state tracking base pointer",
+    {"sttr_base can not be NULL in NESTED case. Please check the parent object and provide the "
+     "correct state tracking base pointer",
      Pattern::p0, Level::error},
     {"Invalid object pointer passed in to set instance flag", Pattern::p0, Level::error},
-    {"@ destroy: Object has references and will be cleaned up when all of them are released", Pattern::p0, Level::info},
+    {"@ destroy: Object has references and will be cleaned up when all of them are released",
+     Pattern::p0, Level::info},
     {"@ destroy: Successfully removed OID mapping", Pattern::p0, Level::debug},
     {"ORK handle and object state tracking mis-match", Pattern::p0, Level::fatal},
     {"Message %s failed to marshal: %s", Pattern::p11, Level::chosen},
@@ -111,7 +134,8 @@ inline constexpr FormText form_texts[] = {
     {"Error present when setting value for #: %s", Pattern::p1, Level::debug},
     {"Error present when freeing and setting value for #: %s", Pattern::p1, Level::debug},
     {"Error present in call to message marshal: %s", Pattern::p1, Level::debug},
-    {"domainfail: Message %s (%s) is not allowed for the current domain (%s)", Pattern::p111, Level::error},
+    {"domainfail: Message %s (%s) is not allowed for the current domain (%s)", Pattern::p111,
+     Level::error},
     {"Message %s is not valid for bundle: %s", Pattern::p11, Level::error},
     {"Message %s instance is not present in bundle %s", Pattern::p11, Level::error},
     {"Error present in call to %s message unmarshal: %s", Pattern::p11, Level::debug},

@@ -1,8 +1,10 @@
 /*
- * The context that every call carries, and the images that the record runtime and its modules share.
+ * The context that every call carries, and the images that the record runtime and its modules
+ * share.
  *
- * All of it is a binary contract on x86-64: modules read and write these members directly, so members neither move nor
- * change width. Plain C, natural alignment, nothing in front of the first member.
+ * All of it is a binary contract on x86-64: modules read and write these members directly, so
+ * members neither move nor change width. Plain C, natural alignment, nothing in front of the first
+ * member.
  */
 #ifndef ORK_HANDLE_H
 #define ORK_HANDLE_H
@@ -18,42 +20,45 @@ extern "C" {
 struct ork_handle;
 struct ork_type_info;
 
-/* ---- The object header ------------------------------------------------------------------------------------------ */
+/* ---- The object header --------------------------------------------------- */
 
 /*
- * The 11 bytes that every record, enum, flag set and message begins with. The first eight are a word, the address of
- * the type descriptor; it is held as bytes so that the header is 11 bytes long and fields follow without a gap.
+ * The 11 bytes that every record, enum, flag set and message begins with. The first eight are a
+ * word, the address of the type descriptor; it is held as bytes so that the header is 11 bytes long
+ * and fields follow without a gap.
  */
 struct ork_object {
-    uint8_t type_info_slot[8]; /* descriptor address, native byte order; 0 in a sentinel and after destroy */
-    int8_t variant;            /* what the object is now; negative: it has no field at all */
-    uint8_t variant_cap;       /* newest variant that the storage was laid out for */
-    uint8_t obj_flags;         /* OBJ_... bits */
+  uint8_t type_info_slot
+      [8];        /* descriptor address, native byte order; 0 in a sentinel and after destroy */
+  int8_t variant; /* what the object is now; negative: it has no field at all */
+  uint8_t variant_cap; /* newest variant that the storage was laid out for */
+  uint8_t obj_flags;   /* OBJ_... bits */
 };
 
 enum {
-    ORK_OFFSET_TYPE_INFO_SLOT = 0,
-    ORK_OFFSET_VARIANT = 8,
-    ORK_OFFSET_VARIANT_CAP = 9,
-    ORK_OFFSET_OBJ_FLAGS = 10,
-    ORK_OBJECT_HEADER_SIZE = 11
+  ORK_OFFSET_TYPE_INFO_SLOT = 0,
+  ORK_OFFSET_VARIANT = 8,
+  ORK_OFFSET_VARIANT_CAP = 9,
+  ORK_OFFSET_OBJ_FLAGS = 10,
+  ORK_OBJECT_HEADER_SIZE = 11
 };
 
 /* Bits of obj_flags. */
 enum {
-    OBJ_OID_MAPPED = 0x01,      /* the runtime holds an OID for the object: destroy asks it first */
-    OBJ_EMBEDDED = 0x02,        /* inside another object's storage */
-    OBJ_NESTED = 0x04,          /* state bytes inside the parent's state block */
-    OBJ_STATE_TRACKED = 0x08,   /* the object has state bytes */
-    OBJ_RA_DATA = 0x20,         /* the instance carries ra data on the wire */
-    OBJ_STTR_OFFSET = 0x40,     /* the state bytes lie at a told distance, not directly behind the body */
-    OBJ_OWNS_SLOT_BLOCK = 0x80, /* type_info_slot holds a block of its own, freed with the object */
-    OBJ_WIRE_MASK = 0x28        /* the bits that travel */
+  OBJ_OID_MAPPED = 0x01,    /* the runtime holds an OID for the object: destroy asks it first */
+  OBJ_EMBEDDED = 0x02,      /* inside another object's storage */
+  OBJ_NESTED = 0x04,        /* state bytes inside the parent's state block */
+  OBJ_STATE_TRACKED = 0x08, /* the object has state bytes */
+  OBJ_RA_DATA = 0x20,       /* the instance carries ra data on the wire */
+  OBJ_STTR_OFFSET = 0x40, /* the state bytes lie at a told distance, not directly behind the body */
+  OBJ_OWNS_SLOT_BLOCK = 0x80, /* type_info_slot holds a block of its own, freed with the object */
+  OBJ_WIRE_MASK = 0x28        /* the bits that travel */
 };
 
-/* ---- Type descriptors ------------------------------------------------------------------------------------------- */
+/* ---- Type descriptors ---------------------------------------------------- */
 
-/* A descriptor's entry in the shared type table: the 272 bytes, then two words for the runtime, 0 at first. */
+/* A descriptor's entry in the shared type table: the 272 bytes, then two words for the runtime, 0
+   at first. */
 enum { ORK_SHARED_TYPE_INFO_SIZE = 288 };
 
 /* First word of every descriptor. */
@@ -61,119 +66,125 @@ enum { ORK_SHARED_TYPE_INFO_SIZE = 288 };
 
 /* One variant of a type. The three words from create_count on are its statistics block. */
 struct ork_variant_entry {
-    uint32_t variant;       /* the entry's own index */
-    uint32_t used_length;   /* end of this variant's last field, in bytes from the object's start */
-    uint32_t alloc_slop;    /* newest body size minus used_length */
-    uint32_t reserved;      /* 0 */
-    uint64_t create_count;  /* objects created in this variant */
-    uint64_t destroy_count; /* objects destroyed in this variant */
-    uint64_t runtime_word;  /* 0 in the image, the runtime's to use */
+  uint32_t variant;       /* the entry's own index */
+  uint32_t used_length;   /* end of this variant's last field, in bytes from the object's start */
+  uint32_t alloc_slop;    /* newest body size minus used_length */
+  uint32_t reserved;      /* 0 */
+  uint64_t create_count;  /* objects created in this variant */
+  uint64_t destroy_count; /* objects destroyed in this variant */
+  uint64_t runtime_word;  /* 0 in the image, the runtime's to use */
 };
 
 /* The variants of a type, oldest first. */
 struct ork_variant_info {
-    int8_t n_variants;
-    uint8_t reserved[7];
-    struct ork_variant_entry *entries;
+  int8_t n_variants;
+  uint8_t reserved[7];
+  struct ork_variant_entry* entries;
 };
 
 /* What a type is: constant apart from the statistics behind varinfo. */
 struct ork_type_info {
-    uint32_t magic;        /* ORK_TYPE_INFO_MAGIC */
-    uint8_t luid[16];      /* the type's identifier */
-    char luid_text[33];    /* the same as 32 lower-case hexadecimal digits and a NUL */
-    char name[64];         /* NUL-padded */
-    char module[64];       /* NUL-padded */
-    char kind[64];         /* "type", "enum", "flag" or "message", NUL-padded */
-    uint8_t reserved_0[3]; /* 0 */
-    int32_t unassigned_id; /* -1 */
-    uint32_t reserved_1;   /* 0 */
-    struct ork_variant_info *varinfo;
-    uint32_t shared;     /* 0 in a static image, the handle's shared_types in a shared copy */
-    uint32_t reserved_2; /* 0 */
+  uint32_t magic;        /* ORK_TYPE_INFO_MAGIC */
+  uint8_t luid[16];      /* the type's identifier */
+  char luid_text[33];    /* the same as 32 lower-case hexadecimal digits and a NUL */
+  char name[64];         /* NUL-padded */
+  char module[64];       /* NUL-padded */
+  char kind[64];         /* "type", "enum", "flag" or "message", NUL-padded */
+  uint8_t reserved_0[3]; /* 0 */
+  int32_t unassigned_id; /* -1 */
+  uint32_t reserved_1;   /* 0 */
+  struct ork_variant_info* varinfo;
+  uint32_t shared;     /* 0 in a static image, the handle's shared_types in a shared copy */
+  uint32_t reserved_2; /* 0 */
 };
 
-/* ---- Messages, lists, modules ----------------------------------------------------------------------------------- */
+/* ---- Messages, lists, modules -------------------------------------------- */
 
 enum { ORK_MESSAGE_MARKER = 0xBC, ORK_MESSAGE_HEADER_WIRE_SIZE = 27, ORK_LUID_SIZE = 16 };
 
 /* The header of a message in memory; on the wire it takes ORK_MESSAGE_HEADER_WIRE_SIZE bytes. */
 struct ork_message_header {
-    uint8_t marker;      /* ORK_MESSAGE_MARKER */
-    uint8_t filler[6];   /* 0xFF each */
-    uint8_t sttr_marker; /* 1: the message was made while state tracking was on */
-    uint32_t sequence;   /* the sender's send_sequence */
-    uint32_t length;     /* whole frame in bytes, this header and the LUID included */
+  uint8_t marker;      /* ORK_MESSAGE_MARKER */
+  uint8_t filler[6];   /* 0xFF each */
+  uint8_t sttr_marker; /* 1: the message was made while state tracking was on */
+  uint32_t sequence;   /* the sender's send_sequence */
+  uint32_t length;     /* whole frame in bytes, this header and the LUID included */
 };
 
 /* A ring: an empty list's two pointers point at the head itself. */
 struct ork_list_head {
-    struct ork_list_head *next;
-    struct ork_list_head *prev;
+  struct ork_list_head* next;
+  struct ork_list_head* prev;
 };
 
 /* A linked module. The descriptor list ends with a null pointer. */
 struct ork_module {
-    const char *name;
-    const struct ork_type_info *const *descriptors;
-    struct ork_module *next;       /* null in the last module */
-    struct ork_module **prev_link; /* the link that points at this module; null while not linked */
+  const char* name;
+  const struct ork_type_info* const* descriptors;
+  struct ork_module* next;       /* null in the last module */
+  struct ork_module** prev_link; /* the link that points at this module; null while not linked */
 };
 
-/* The head of the module list. tail always holds the address of the last forward link, at first that of head. */
+/* The head of the module list. tail always holds the address of the last forward link, at first
+   that of head. */
 struct ork_module_root {
-    uint32_t count;
-    uint32_t reserved;
-    struct ork_module *head; /* the runtime's; modules never name it */
-    struct ork_module **tail;
+  uint32_t count;
+  uint32_t reserved;
+  struct ork_module* head; /* the runtime's; modules never name it */
+  struct ork_module** tail;
 };
 
-/* ---- Bundles ---------------------------------------------------------------------------------------------------- */
+/* ---- Bundles ------------------------------------------------------------- */
 
 /* A row of a bundle's table of allowed messages; a row of zeros ends the table. */
 struct ork_bundle_message_row {
-    const uint8_t *luid; /* ORK_LUID_SIZE bytes */
-    const char *name;    /* "message ..." */
-    uint64_t repeatable; /* 0: at most once in a bundle, 1: any number of times */
+  const uint8_t* luid; /* ORK_LUID_SIZE bytes */
+  const char* name;    /* "message ..." */
+  uint64_t repeatable; /* 0: at most once in a bundle, 1: any number of times */
 };
 
 /*
- * Receives a delivered message. ctx is the caller's word, handed through unread. msg belongs to the handler from now
- * on. A handler that fails writes *err; any result is ignored.
+ * Receives a delivered message. ctx is the caller's word, handed through unread. msg belongs to the
+ * handler from now on. A handler that fails writes *err; any result is ignored.
  */
-typedef void (*ork_message_handler)(struct ork_handle *handle, uint32_t instance, void *ctx, void *msg, uint32_t *err);
+typedef void (*ork_message_handler)(struct ork_handle* handle, uint32_t instance, void* ctx,
+                                    void* msg, uint32_t* err);
 
-/* Receives a committed bundle; its members stand in the handle's receive list until the handler returns. */
-typedef void (*ork_bundle_handler)(struct ork_handle *handle, uint32_t instance, void *ctx, uint32_t *err);
+/* Receives a committed bundle; its members stand in the handle's receive list until the handler
+   returns. */
+typedef void (*ork_bundle_handler)(struct ork_handle* handle, uint32_t instance, void* ctx,
+                                   uint32_t* err);
 
 /*
- * Reads one frame from its first byte. out_msg may be null. A null handler leaves the choice to the message. Gives
- * back the bytes consumed.
+ * Reads one frame from its first byte. out_msg may be null. A null handler leaves the choice to the
+ * message. Gives back the bytes consumed.
  */
-typedef uint32_t (*ork_message_unmarshal_fn)(struct ork_handle *handle, uint32_t instance, void *ctx, void **out_msg,
-                                             const uint8_t *buffer, int32_t length, ork_message_handler handler,
-                                             uint32_t *err);
+typedef uint32_t (*ork_message_unmarshal_fn)(struct ork_handle* handle, uint32_t instance,
+                                             void* ctx, void** out_msg, const uint8_t* buffer,
+                                             int32_t length, ork_message_handler handler,
+                                             uint32_t* err);
 
-/* What the dispatcher knows of a message or of a bundle's control message: a row of its look-up table. */
+/* What the dispatcher knows of a message or of a bundle's control message: a row of its look-up
+   table. */
 struct ork_bundle_dispatch_info {
-    const uint8_t *luid;                /* ORK_LUID_SIZE bytes */
-    const char *name;                   /* the message's, or for a control message the bundle's name */
-    ork_message_unmarshal_fn unmarshal; /* reads its frames */
-    ork_message_handler handler;        /* takes its messages outside a bundle; may be null */
-    ork_bundle_handler bundle_handler;  /* first choice at commit; null: none */
+  const uint8_t* luid; /* ORK_LUID_SIZE bytes */
+  const char* name;    /* the message's, or for a control message the bundle's name */
+  ork_message_unmarshal_fn unmarshal; /* reads its frames */
+  ork_message_handler handler;        /* takes its messages outside a bundle; may be null */
+  ork_bundle_handler bundle_handler;  /* first choice at commit; null: none */
 };
 
-/* ---- The handle ------------------------------------------------------------------------------------------------- */
+/* ---- The handle ---------------------------------------------------------- */
 
 /* The record of the peer. The first word is the runtime's, nobody else reads any. */
 struct ork_domain {
-    void *runtime;
-    uint64_t reserved[3];
+  void* runtime;
+  uint64_t reserved[3];
 };
 
 /* First word of what a handle's sttr_info points at. */
 struct ork_sttr_info {
-    uint32_t sttr_mode; /* ORK_STTR_ON or ORK_STTR_OFF; anything else is a corrupted handle */
+  uint32_t sttr_mode; /* ORK_STTR_ON or ORK_STTR_OFF; anything else is a corrupted handle */
 };
 
 enum { ORK_STTR_ON = 0xEEEE, ORK_STTR_OFF = 0xDDDD };
@@ -182,62 +193,66 @@ enum { ORK_STTR_ON = 0xEEEE, ORK_STTR_OFF = 0xDDDD };
 #define ORK_NO_INSTANCE 0xFFFFFFFFu
 
 /* Gives size bytes, not cleared, or null. Size 0 gives a block of its own too. */
-typedef void *(*ork_alloc_fn)(void *pool, uint32_t instance, size_t size);
+typedef void* (*ork_alloc_fn)(void* pool, uint32_t instance, size_t size);
 
 /* Takes a block back; null is ignored. */
-typedef void (*ork_free_fn)(void *pool, uint32_t instance, void *ptr);
+typedef void (*ork_free_fn)(void* pool, uint32_t instance, void* ptr);
 
-/* Called before length bytes of a live object change; owner is the object, or null at some sites. */
-typedef void (*ork_write_notify_fn)(struct ork_handle *handle, const void *address, size_t length, uint32_t instance,
-                                    const void *owner);
+/* Called before length bytes of a live object change; owner is the object, or null at some sites.
+   */
+typedef void (*ork_write_notify_fn)(struct ork_handle* handle, const void* address, size_t length,
+                                    uint32_t instance, const void* owner);
 
 /* Called before a statistics counter rises by one. */
-typedef void (*ork_counter_notify_fn)(void *mem_pool, void *counter, uint32_t one, uint32_t instance);
+typedef void (*ork_counter_notify_fn)(void* mem_pool, void* counter, uint32_t one,
+                                      uint32_t instance);
 
 /* Gives the shared copy of the type with this LUID text, or null. */
-typedef struct ork_type_info *(*ork_type_table_find_fn)(void *type_table, uint32_t instance, const char *luid_text);
+typedef struct ork_type_info* (*ork_type_table_find_fn)(void* type_table, uint32_t instance,
+                                                        const char* luid_text);
 
-/* Enters a shared copy under its LUID text; key and copy stay alive as long as the table. 0 or an error number. */
-typedef uint32_t (*ork_type_table_add_fn)(void *type_table, uint32_t instance, const char *luid_text,
-                                          struct ork_type_info *copy);
+/* Enters a shared copy under its LUID text; key and copy stay alive as long as the table. 0 or an
+   error number. */
+typedef uint32_t (*ork_type_table_add_fn)(void* type_table, uint32_t instance,
+                                          const char* luid_text, struct ork_type_info* copy);
 
 /* A module's walk over its descriptors into the shared type table. */
-typedef void (*ork_type_info_init_fn)(struct ork_handle *handle, uint32_t instance, uint32_t *err);
+typedef void (*ork_type_info_init_fn)(struct ork_handle* handle, uint32_t instance, uint32_t* err);
 
 /*
- * The runtime's context, first argument of nearly every call. One thread at a time uses a handle and the objects
- * reached through it. A runtime may keep members of its own behind the last one.
+ * The runtime's context, first argument of nearly every call. One thread at a time uses a handle
+ * and the objects reached through it. A runtime may keep members of its own behind the last one.
  */
 struct ork_handle {
-    ork_alloc_fn shared_alloc_fn;                      /* from shared_pool; nothing goes back */
-    ork_alloc_fn alloc_fn;                             /* objects and arrays, from mem_pool */
-    ork_free_fn free_fn;                               /* back to mem_pool */
-    ork_write_notify_fn write_notify_fn;               /* never null */
-    ork_counter_notify_fn counter_notify_fn;           /* never null */
-    ork_type_table_add_fn type_table_add_fn;           /* set when shared_types is */
-    ork_type_table_find_fn type_table_find_fn;         /* set when shared_types is */
-    uint32_t shared_types;                             /* 0: private objects; 1: shared storage that the hooks watch */
-    void *mem_pool;                                    /* pool argument of alloc_fn, free_fn, counter_notify_fn */
-    void *type_table;                                  /* argument of the type table functions */
-    void *shared_pool;                                 /* pool argument of shared_alloc_fn */
-    uint32_t bundle_ctx;                               /* sending: 1 while a bundle is open */
-    uint32_t bundle_rx_active;                         /* receiving: 1 while a bundle is open */
-    const struct ork_bundle_message_row *bundle_table; /* sending: the open bundle's table */
-    struct ork_list_head bundle_send_list;             /* sending: what the open bundle holds so far */
-    struct ork_list_head bundle_receive_list;          /* receiving: the members kept until commit */
-    const struct ork_bundle_dispatch_info *bundle_rx_dispatch;     /* receiving: found at start */
-    void *bundle_rx_lut;                                           /* receiving: the look-up table found at start */
-    const struct ork_bundle_dispatch_info *bundle_commit_dispatch; /* receiving: found at commit */
-    ork_bundle_handler bundle_handler;                             /* for all bundles of this handle; may be null */
-    const char *domain_name;                                       /* for people; never null */
-    uint32_t send_sequence;                                        /* goes into each frame; the sender advances it */
-    struct ork_domain domain;                                      /* the peer */
-    uint32_t cr_error;                                             /* error slot of the calls that take none */
-    uint32_t cr_instance;                                          /* instance of the calls that take none */
-    uint32_t cr_active;                                            /* 1 only while a create in cr mode runs */
-    struct ork_sttr_info *sttr_info;                               /* null: no state tracking */
-    void *hd_mapping;      /* null: no map from objects to state-byte distances is kept */
-    uint32_t db_recording; /* nonzero: the database hooks are told of each object touched */
+  ork_alloc_fn shared_alloc_fn;              /* from shared_pool; nothing goes back */
+  ork_alloc_fn alloc_fn;                     /* objects and arrays, from mem_pool */
+  ork_free_fn free_fn;                       /* back to mem_pool */
+  ork_write_notify_fn write_notify_fn;       /* never null */
+  ork_counter_notify_fn counter_notify_fn;   /* never null */
+  ork_type_table_add_fn type_table_add_fn;   /* set when shared_types is */
+  ork_type_table_find_fn type_table_find_fn; /* set when shared_types is */
+  uint32_t shared_types;     /* 0: private objects; 1: shared storage that the hooks watch */
+  void* mem_pool;            /* pool argument of alloc_fn, free_fn, counter_notify_fn */
+  void* type_table;          /* argument of the type table functions */
+  void* shared_pool;         /* pool argument of shared_alloc_fn */
+  uint32_t bundle_ctx;       /* sending: 1 while a bundle is open */
+  uint32_t bundle_rx_active; /* receiving: 1 while a bundle is open */
+  const struct ork_bundle_message_row* bundle_table; /* sending: the open bundle's table */
+  struct ork_list_head bundle_send_list;    /* sending: what the open bundle holds so far */
+  struct ork_list_head bundle_receive_list; /* receiving: the members kept until commit */
+  const struct ork_bundle_dispatch_info* bundle_rx_dispatch; /* receiving: found at start */
+  void* bundle_rx_lut; /* receiving: the look-up table found at start */
+  const struct ork_bundle_dispatch_info* bundle_commit_dispatch; /* receiving: found at commit */
+  ork_bundle_handler bundle_handler; /* for all bundles of this handle; may be null */
+  const char* domain_name;           /* for people; never null */
+  uint32_t send_sequence;            /* goes into each frame; the sender advances it */
+  struct ork_domain domain;          /* the peer */
+  uint32_t cr_error;                 /* error slot of the calls that take none */
+  uint32_t cr_instance;              /* instance of the calls that take none */
+  uint32_t cr_active;                /* 1 only while a create in cr mode runs */
+  struct ork_sttr_info* sttr_info;   /* null: no state tracking */
+  void* hd_mapping;                  /* null: no map from objects to state-byte distances is kept */
+  uint32_t db_recording; /* nonzero: the database hooks are told of each object touched */
 };
 
 static_assert(sizeof(struct ork_object) == ORK_OBJECT_HEADER_SIZE, "object header");

@@ -10,7 +10,8 @@
 extern "C" {
 #endif
 
-/* Makes handler the one for all bundles of this module; null takes it away. Gives the one before. */
+/* Makes handler the one for all bundles of this module; null takes it away. Gives the one before.
+   */
 ork_bundle_handler port_common_bundle_handler_register(ork_bundle_handler handler);
 
 /* Takes the module's handler away and gives it back. */

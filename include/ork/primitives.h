@@ -1,27 +1,35 @@
 /*
  * The primitive families of the runtime, the types of fields that are no record, enum or flag set.
  *
- * Every family keeps one contract, operation by operation; what a family does otherwise stands above it.
+ * Every family keeps one contract, operation by operation; what a family does otherwise stands
+ * above it.
  *
  * - _get lends: it gives the address back that it was given, or null when *err is set.
  * - _get_value reads the value; a null address gives 0 and *err 22.
- * - _set copies *src to address, _set_value stores value there. Both announce the bytes first with a null owner. A null
- *   address or src gives *err 22. With *err set nothing happens.
+ * - _set copies *src to address, _set_value stores value there. Both announce the bytes first with
+ *   a null owner. A null address or src gives *err 22. With *err set nothing happens.
  * - _sizeof is the size of one element of an array, in bytes.
- * - _create gives a zeroed scratch value from the handle's allocator or null, _destroy takes it back; null is ignored.
+ * - _create gives a zeroed scratch value from the handle's allocator or null, _destroy takes it
+ *   back; null is ignored.
  * - _len is the width on the wire in bytes; source may be null.
- * - _marshal writes the value, _unmarshal reads it; both give the bytes passed over. remaining is the room from buffer
- *   on and may be 0 or negative; too little of it sets *err to 90, stores that on the handle, touches nothing and gives
- *   0. With *err set nothing happens and the result is 0. Nothing is announced. reuse_storage is not looked at.
- * - _compare gives 0 for equal values, -1 or 1 otherwise. _hash continues from seed. Neither pointer is null.
- * - _print writes one whole line, "name: value" at indent blanks, NUL-terminated, and gives its length without the NUL.
- *   Room that is missing sets *err to 90, and the result counts what was written. A null value gives *err 22.
- * - _to_xml writes one whole element called name, with state as an attribute unless it is 0, and gives its length. It
- *   is all or nothing: an element that does not fit with its NUL gives *err 90 and 0.
- * - _from_xml stores the value of the first element at path. No element: *err 2. A text that is no value of the type:
- *   *err 22, and "Failed xpath: %s" with the path in err_text, at most err_text_len bytes, unless err_text is null. The
- *   target is then as it was. Nothing is announced.
- * - _initialize makes the object in a parent's zeroed storage; the arguments are those of a record's initialize.
+ * - _marshal writes the value, _unmarshal reads it; both give the bytes passed over. remaining is
+ *   the room from buffer on and may be 0 or negative; too little of it sets *err to 90, stores that
+ *   on the handle, touches nothing and gives 0. With *err set nothing happens and the result is 0.
+ *   Nothing is announced. reuse_storage is not looked at.
+ * - _compare gives 0 for equal values, -1 or 1 otherwise. _hash continues from seed. Neither
+ *   pointer is null.
+ * - _print writes one whole line, "name: value" at indent blanks, NUL-terminated, and gives its
+ *   length without the NUL. Room that is missing sets *err to 90, and the result counts what was
+ *   written. A null value gives *err 22.
+ * - _to_xml writes one whole element called name, with state as an attribute unless it is 0, and
+ *   gives its length. It is all or nothing: an element that does not fit with its NUL gives *err 90
+ *   and 0.
+ * - _from_xml stores the value of the first element at path. No element: *err 2. A text that is no
+ *   value of the type: *err 22, and "Failed xpath: %s" with the path in err_text, at most
+ *   err_text_len bytes, unless err_text is null. The target is then as it was. Nothing is
+ *   announced.
+ * - _initialize makes the object in a parent's zeroed storage; the arguments are those of a
+ *   record's initialize.
  * - _set_instance_embedded marks the object as lying inside another.
  *
  * remaining is signed in all of them so that a room that has run out is visible as such.
@@ -36,194 +44,221 @@
 extern "C" {
 #endif
 
-/* ---- u_int8: an unsigned integer of 1 byte ----------------------------------------------------------------------- */
+/* ---- u_int8: an unsigned integer of 1 byte ------------------------------- */
 
 /* Lends the u_int8 at address. */
-uint8_t *u_int8_get(struct ork_handle *handle, uint32_t instance, const uint8_t *address, uint32_t *err);
+uint8_t* u_int8_get(struct ork_handle* handle, uint32_t instance, const uint8_t* address,
+                    uint32_t* err);
 
 /* Reads the value at address. */
-uint8_t u_int8_get_value(struct ork_handle *handle, uint32_t instance, const uint8_t *address, uint32_t *err);
+uint8_t u_int8_get_value(struct ork_handle* handle, uint32_t instance, const uint8_t* address,
+                         uint32_t* err);
 
 /* Stores *src at address, announced. */
-void u_int8_set(struct ork_handle *handle, uint32_t instance, uint8_t *address, const uint8_t *src, uint32_t *err);
+void u_int8_set(struct ork_handle* handle, uint32_t instance, uint8_t* address, const uint8_t* src,
+                uint32_t* err);
 
 /* Stores value at address, announced. */
-void u_int8_set_value(struct ork_handle *handle, uint32_t instance, uint8_t *address, uint8_t value, uint32_t *err);
+void u_int8_set_value(struct ork_handle* handle, uint32_t instance, uint8_t* address, uint8_t value,
+                      uint32_t* err);
 
 /* 1. */
-uint32_t u_int8_sizeof(struct ork_handle *handle);
+uint32_t u_int8_sizeof(struct ork_handle* handle);
 
 /* A zeroed scratch value. */
-uint8_t *u_int8_create(struct ork_handle *handle, uint32_t instance);
+uint8_t* u_int8_create(struct ork_handle* handle, uint32_t instance);
 
 /* Takes a scratch value back. */
-void u_int8_destroy(struct ork_handle *handle, uint32_t instance, uint8_t *value);
+void u_int8_destroy(struct ork_handle* handle, uint32_t instance, uint8_t* value);
 
 /* 1 byte on the wire. */
-uint32_t u_int8_len(struct ork_handle *handle, uint32_t instance, const uint8_t *source);
+uint32_t u_int8_len(struct ork_handle* handle, uint32_t instance, const uint8_t* source);
 
 /* Writes 1 byte. */
-uint32_t u_int8_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer, const uint8_t *source,
-                        int32_t remaining, uint32_t *err);
+uint32_t u_int8_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                        const uint8_t* source, int32_t remaining, uint32_t* err);
 
 /* Reads 1 byte. */
-uint32_t u_int8_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, uint8_t *target,
-                          int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t u_int8_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                          uint8_t* target, int32_t remaining, uint32_t reuse_storage,
+                          uint32_t* err);
 
 /* The hash of the value, continued from seed. */
-uint32_t u_int8_hash(const uint8_t *value, uint32_t seed);
+uint32_t u_int8_hash(const uint8_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
-uint32_t u_int8_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
-                      const uint8_t *value, int32_t remaining, uint32_t *err);
+uint32_t u_int8_print(struct ork_handle* handle, uint32_t instance, char* buffer, uint32_t indent,
+                      const char* name, const uint8_t* value, int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t u_int8_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                       const uint8_t *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t u_int8_to_xml(struct ork_handle* handle, uint32_t instance, const char* name, char* buffer,
+                       const uint8_t* value, int32_t remaining, uint8_t state, uint32_t* err);
 
 /* Reads the element of a field. */
-void u_int8_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                     uint8_t *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void u_int8_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                     struct ork_xml* xml, uint8_t* target, uint32_t* err, char* err_text,
+                     uint32_t err_text_len);
 
-/* ---- u_int16: an unsigned integer of 2 bytes --------------------------------------------------------------------- */
+/* ---- u_int16: an unsigned integer of 2 bytes ----------------------------- */
 
 /* Lends the u_int16 at address. */
-uint16_t *u_int16_get(struct ork_handle *handle, uint32_t instance, const uint16_t *address, uint32_t *err);
+uint16_t* u_int16_get(struct ork_handle* handle, uint32_t instance, const uint16_t* address,
+                      uint32_t* err);
 
 /* Reads the value at address. */
-uint16_t u_int16_get_value(struct ork_handle *handle, uint32_t instance, const uint16_t *address, uint32_t *err);
+uint16_t u_int16_get_value(struct ork_handle* handle, uint32_t instance, const uint16_t* address,
+                           uint32_t* err);
 
 /* Stores *src at address, announced. */
-void u_int16_set(struct ork_handle *handle, uint32_t instance, uint16_t *address, const uint16_t *src, uint32_t *err);
+void u_int16_set(struct ork_handle* handle, uint32_t instance, uint16_t* address,
+                 const uint16_t* src, uint32_t* err);
 
 /* Stores value at address, announced. */
-void u_int16_set_value(struct ork_handle *handle, uint32_t instance, uint16_t *address, uint16_t value, uint32_t *err);
+void u_int16_set_value(struct ork_handle* handle, uint32_t instance, uint16_t* address,
+                       uint16_t value, uint32_t* err);
 
 /* 2. */
-uint32_t u_int16_sizeof(struct ork_handle *handle);
+uint32_t u_int16_sizeof(struct ork_handle* handle);
 
 /* A zeroed scratch value. */
-uint16_t *u_int16_create(struct ork_handle *handle, uint32_t instance);
+uint16_t* u_int16_create(struct ork_handle* handle, uint32_t instance);
 
 /* Takes a scratch value back. */
-void u_int16_destroy(struct ork_handle *handle, uint32_t instance, uint16_t *value);
+void u_int16_destroy(struct ork_handle* handle, uint32_t instance, uint16_t* value);
 
 /* 2 bytes on the wire. */
-uint32_t u_int16_len(struct ork_handle *handle, uint32_t instance, const uint16_t *source);
+uint32_t u_int16_len(struct ork_handle* handle, uint32_t instance, const uint16_t* source);
 
 /* Writes 2 bytes. */
-uint32_t u_int16_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer, const uint16_t *source,
-                         int32_t remaining, uint32_t *err);
+uint32_t u_int16_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                         const uint16_t* source, int32_t remaining, uint32_t* err);
 
 /* Reads 2 bytes. */
-uint32_t u_int16_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, uint16_t *target,
-                           int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t u_int16_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                           uint16_t* target, int32_t remaining, uint32_t reuse_storage,
+                           uint32_t* err);
 
 /* The hash of the value, continued from seed. */
-uint32_t u_int16_hash(const uint16_t *value, uint32_t seed);
+uint32_t u_int16_hash(const uint16_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
-uint32_t u_int16_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
-                       const uint16_t *value, int32_t remaining, uint32_t *err);
+uint32_t u_int16_print(struct ork_handle* handle, uint32_t instance, char* buffer, uint32_t indent,
+                       const char* name, const uint16_t* value, int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t u_int16_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                        const uint16_t *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t u_int16_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                        char* buffer, const uint16_t* value, int32_t remaining, uint8_t state,
+                        uint32_t* err);
 
 /* Reads the element of a field. */
-void u_int16_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                      uint16_t *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void u_int16_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                      struct ork_xml* xml, uint16_t* target, uint32_t* err, char* err_text,
+                      uint32_t err_text_len);
 
-/* ---- u_int32: an unsigned integer of 4 bytes --------------------------------------------------------------------- */
+/* ---- u_int32: an unsigned integer of 4 bytes ----------------------------- */
 
 /* Lends the u_int32 at address. */
-uint32_t *u_int32_get(struct ork_handle *handle, uint32_t instance, const uint32_t *address, uint32_t *err);
+uint32_t* u_int32_get(struct ork_handle* handle, uint32_t instance, const uint32_t* address,
+                      uint32_t* err);
 
 /* Reads the value at address. */
-uint32_t u_int32_get_value(struct ork_handle *handle, uint32_t instance, const uint32_t *address, uint32_t *err);
+uint32_t u_int32_get_value(struct ork_handle* handle, uint32_t instance, const uint32_t* address,
+                           uint32_t* err);
 
 /* Stores *src at address, announced. */
-void u_int32_set(struct ork_handle *handle, uint32_t instance, uint32_t *address, const uint32_t *src, uint32_t *err);
+void u_int32_set(struct ork_handle* handle, uint32_t instance, uint32_t* address,
+                 const uint32_t* src, uint32_t* err);
 
 /* Stores value at address, announced. */
-void u_int32_set_value(struct ork_handle *handle, uint32_t instance, uint32_t *address, uint32_t value, uint32_t *err);
+void u_int32_set_value(struct ork_handle* handle, uint32_t instance, uint32_t* address,
+                       uint32_t value, uint32_t* err);
 
 /* 4. */
-uint32_t u_int32_sizeof(struct ork_handle *handle);
+uint32_t u_int32_sizeof(struct ork_handle* handle);
 
 /* A zeroed scratch value. */
-uint32_t *u_int32_create(struct ork_handle *handle, uint32_t instance);
+uint32_t* u_int32_create(struct ork_handle* handle, uint32_t instance);
 
 /* Takes a scratch value back. */
-void u_int32_destroy(struct ork_handle *handle, uint32_t instance, uint32_t *value);
+void u_int32_destroy(struct ork_handle* handle, uint32_t instance, uint32_t* value);
 
 /* 4 bytes on the wire. */
-uint32_t u_int32_len(struct ork_handle *handle, uint32_t instance, const uint32_t *source);
+uint32_t u_int32_len(struct ork_handle* handle, uint32_t instance, const uint32_t* source);
 
 /* Writes 4 bytes. */
-uint32_t u_int32_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer, const uint32_t *source,
-                         int32_t remaining, uint32_t *err);
+uint32_t u_int32_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                         const uint32_t* source, int32_t remaining, uint32_t* err);
 
 /* Reads 4 bytes. */
-uint32_t u_int32_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, uint32_t *target,
-                           int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t u_int32_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                           uint32_t* target, int32_t remaining, uint32_t reuse_storage,
+                           uint32_t* err);
 
 /* The hash of the value, continued from seed. */
-uint32_t u_int32_hash(const uint32_t *value, uint32_t seed);
+uint32_t u_int32_hash(const uint32_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
-uint32_t u_int32_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
-                       const uint32_t *value, int32_t remaining, uint32_t *err);
+uint32_t u_int32_print(struct ork_handle* handle, uint32_t instance, char* buffer, uint32_t indent,
+                       const char* name, const uint32_t* value, int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t u_int32_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                        const uint32_t *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t u_int32_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                        char* buffer, const uint32_t* value, int32_t remaining, uint8_t state,
+                        uint32_t* err);
 
 /* Reads the element of a field. */
-void u_int32_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                      uint32_t *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void u_int32_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                      struct ork_xml* xml, uint32_t* target, uint32_t* err, char* err_text,
+                      uint32_t err_text_len);
 
-/* ---- u_int64: an unsigned integer of 8 bytes --------------------------------------------------------------------- */
+/* ---- u_int64: an unsigned integer of 8 bytes ----------------------------- */
 
 /* Lends the u_int64 at address. */
-uint64_t *u_int64_get(struct ork_handle *handle, uint32_t instance, const uint64_t *address, uint32_t *err);
+uint64_t* u_int64_get(struct ork_handle* handle, uint32_t instance, const uint64_t* address,
+                      uint32_t* err);
 
 /* Reads the value at address. */
-uint64_t u_int64_get_value(struct ork_handle *handle, uint32_t instance, const uint64_t *address, uint32_t *err);
+uint64_t u_int64_get_value(struct ork_handle* handle, uint32_t instance, const uint64_t* address,
+                           uint32_t* err);
 
 /* Stores *src at address, announced. */
-void u_int64_set(struct ork_handle *handle, uint32_t instance, uint64_t *address, const uint64_t *src, uint32_t *err);
+void u_int64_set(struct ork_handle* handle, uint32_t instance, uint64_t* address,
+                 const uint64_t* src, uint32_t* err);
 
 /* Stores value at address, announced. */
-void u_int64_set_value(struct ork_handle *handle, uint32_t instance, uint64_t *address, uint64_t value, uint32_t *err);
+void u_int64_set_value(struct ork_handle* handle, uint32_t instance, uint64_t* address,
+                       uint64_t value, uint32_t* err);
 
 /* 8 bytes on the wire. */
-uint32_t u_int64_len(struct ork_handle *handle, uint32_t instance, const uint64_t *source);
+uint32_t u_int64_len(struct ork_handle* handle, uint32_t instance, const uint64_t* source);
 
 /* Writes 8 bytes. */
-uint32_t u_int64_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer, const uint64_t *source,
-                         int32_t remaining, uint32_t *err);
+uint32_t u_int64_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                         const uint64_t* source, int32_t remaining, uint32_t* err);
 
 /* Reads 8 bytes. */
-uint32_t u_int64_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, uint64_t *target,
-                           int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t u_int64_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                           uint64_t* target, int32_t remaining, uint32_t reuse_storage,
+                           uint32_t* err);
 
 /* The hash of the value, continued from seed. */
-uint32_t u_int64_hash(const uint64_t *value, uint32_t seed);
+uint32_t u_int64_hash(const uint64_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
-uint32_t u_int64_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
-                       const uint64_t *value, int32_t remaining, uint32_t *err);
+uint32_t u_int64_print(struct ork_handle* handle, uint32_t instance, char* buffer, uint32_t indent,
+                       const char* name, const uint64_t* value, int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t u_int64_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                        const uint64_t *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t u_int64_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                        char* buffer, const uint64_t* value, int32_t remaining, uint8_t state,
+                        uint32_t* err);
 
 /* Reads the element of a field. */
-void u_int64_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                      uint64_t *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void u_int64_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                      struct ork_xml* xml, uint64_t* target, uint32_t* err, char* err_text,
+                      uint32_t err_text_len);
 
-/* ---- ork_boolean: 0 or 1 in four bytes, without an object header ------------------------------------------------- */
+/* ---- ork_boolean: 0 or 1 in four bytes, without an object header --------- */
 
 /* 0 or 1. */
 typedef uint32_t ork_boolean;
@@ -232,70 +267,76 @@ typedef uint32_t ork_boolean;
 extern const struct ork_type_info _ork_boolean_type_info_internal;
 
 /* Lends the ork_boolean at address. */
-ork_boolean *ork_boolean_get(struct ork_handle *handle, uint32_t instance, const ork_boolean *address, uint32_t *err);
+ork_boolean* ork_boolean_get(struct ork_handle* handle, uint32_t instance,
+                             const ork_boolean* address, uint32_t* err);
 
 /* Reads the value at address. */
-ork_boolean ork_boolean_get_value(struct ork_handle *handle, uint32_t instance, const ork_boolean *address,
-                                  uint32_t *err);
+ork_boolean ork_boolean_get_value(struct ork_handle* handle, uint32_t instance,
+                                  const ork_boolean* address, uint32_t* err);
 
 /* Stores *src at address, announced. */
-void ork_boolean_set(struct ork_handle *handle, uint32_t instance, ork_boolean *address, const ork_boolean *src,
-                     uint32_t *err);
+void ork_boolean_set(struct ork_handle* handle, uint32_t instance, ork_boolean* address,
+                     const ork_boolean* src, uint32_t* err);
 
 /* Stores value at address, announced. */
-void ork_boolean_set_value(struct ork_handle *handle, uint32_t instance, ork_boolean *address, ork_boolean value,
-                           uint32_t *err);
+void ork_boolean_set_value(struct ork_handle* handle, uint32_t instance, ork_boolean* address,
+                           ork_boolean value, uint32_t* err);
 
 /* Stores 0, announced if notify is set. The bare word keeps no type, flags or state. */
-void ork_boolean_initialize(struct ork_handle *handle, uint32_t instance, ork_boolean *obj,
-                            const struct ork_type_info *tinfo, uint32_t notify, uint32_t no_stats, uint32_t flags,
-                            void *sttr_base, uint32_t *err);
+void ork_boolean_initialize(struct ork_handle* handle, uint32_t instance, ork_boolean* obj,
+                            const struct ork_type_info* tinfo, uint32_t notify, uint32_t no_stats,
+                            uint32_t flags, void* sttr_base, uint32_t* err);
 
 /* Nothing: a bare word has no flags. */
-void ork_boolean_set_instance_embedded(struct ork_handle *handle, uint32_t instance, ork_boolean *obj);
+void ork_boolean_set_instance_embedded(struct ork_handle* handle, uint32_t instance,
+                                       ork_boolean* obj);
 
 /* 1 byte on the wire. */
-uint32_t ork_boolean_len(struct ork_handle *handle, uint32_t instance, const ork_boolean *source);
+uint32_t ork_boolean_len(struct ork_handle* handle, uint32_t instance, const ork_boolean* source);
 
 /* Writes 1 byte. */
-uint32_t ork_boolean_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer, const ork_boolean *source,
-                             int32_t remaining, uint32_t *err);
+uint32_t ork_boolean_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                             const ork_boolean* source, int32_t remaining, uint32_t* err);
 
 /* Reads 1 byte. */
-uint32_t ork_boolean_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, ork_boolean *target,
-                               int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t ork_boolean_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                               ork_boolean* target, int32_t remaining, uint32_t reuse_storage,
+                               uint32_t* err);
 
 /* 0 sorts before 1. */
-int32_t ork_boolean_compare(const ork_boolean *a, const ork_boolean *b);
+int32_t ork_boolean_compare(const ork_boolean* a, const ork_boolean* b);
 
 /* The hash of the value, continued from seed. */
-uint32_t ork_boolean_hash(const ork_boolean *value, uint32_t seed);
+uint32_t ork_boolean_hash(const ork_boolean* value, uint32_t seed);
 
 /* Writes the line of a field: "true" or "false". */
-uint32_t ork_boolean_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent,
-                           const char *name, const ork_boolean *value, int32_t remaining, uint32_t *err);
+uint32_t ork_boolean_print(struct ork_handle* handle, uint32_t instance, char* buffer,
+                           uint32_t indent, const char* name, const ork_boolean* value,
+                           int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t ork_boolean_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                            const ork_boolean *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t ork_boolean_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                            char* buffer, const ork_boolean* value, int32_t remaining,
+                            uint8_t state, uint32_t* err);
 
 /* Reads the element of a field. */
-void ork_boolean_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                          ork_boolean *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void ork_boolean_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                          struct ork_xml* xml, ork_boolean* target, uint32_t* err, char* err_text,
+                          uint32_t err_text_len);
 
-/* ---- ip_address: an IPv4 or IPv6 address with a prefix length ---------------------------------------------------- */
+/* ---- ip_address: an IPv4 or IPv6 address with a prefix length ------------ */
 
 /* An object of 48 bytes, aligned to 8 in a record. */
 struct ork_ip_address {
-    uint8_t type_info_slot[8];
-    int8_t variant;
-    uint8_t variant_cap;
-    uint8_t obj_flags;
-    uint8_t family;        /* 0 none, 4 or 6 */
-    uint8_t prefix_length; /* 0 to 32, 0 to 128 */
-    uint8_t reserved_0[3]; /* 0 */
-    uint8_t address[16];   /* network byte order; an IPv4 address takes the first four, the rest is 0 */
-    uint8_t reserved_1[16];
+  uint8_t type_info_slot[8];
+  int8_t variant;
+  uint8_t variant_cap;
+  uint8_t obj_flags;
+  uint8_t family;        /* 0 none, 4 or 6 */
+  uint8_t prefix_length; /* 0 to 32, 0 to 128 */
+  uint8_t reserved_0[3]; /* 0 */
+  uint8_t address[16]; /* network byte order; an IPv4 address takes the first four, the rest is 0 */
+  uint8_t reserved_1[16];
 };
 
 static_assert(sizeof(struct ork_ip_address) == 48, "ip_address");
@@ -306,72 +347,80 @@ static_assert(offsetof(struct ork_ip_address, address) == 16, "address");
 extern const struct ork_type_info _ip_address_type_info_internal;
 
 /* Writes the header of an address, no family. Counted nowhere. */
-void ip_address_initialize(struct ork_handle *handle, uint32_t instance, struct ork_ip_address *obj,
-                           const struct ork_type_info *tinfo, uint32_t notify, uint32_t no_stats, uint32_t flags,
-                           void *sttr_base, uint32_t *err);
+void ip_address_initialize(struct ork_handle* handle, uint32_t instance, struct ork_ip_address* obj,
+                           const struct ork_type_info* tinfo, uint32_t notify, uint32_t no_stats,
+                           uint32_t flags, void* sttr_base, uint32_t* err);
 
-/* Undoes initialize; the storage goes with the parent, or to the allocator if free_storage is set. Null is ignored. */
-void ip_address_destroy_internal(struct ork_handle *handle, uint32_t instance, struct ork_ip_address *obj,
-                                 uint32_t free_storage);
+/* Undoes initialize; the storage goes with the parent, or to the allocator if free_storage is set.
+   Null is ignored. */
+void ip_address_destroy_internal(struct ork_handle* handle, uint32_t instance,
+                                 struct ork_ip_address* obj, uint32_t free_storage);
 
 /* Sets OBJ_EMBEDDED, announced. */
-void ip_address_set_instance_embedded(struct ork_handle *handle, uint32_t instance, struct ork_ip_address *obj);
+void ip_address_set_instance_embedded(struct ork_handle* handle, uint32_t instance,
+                                      struct ork_ip_address* obj);
 
 /* 0: an address refers to nothing. */
-uint32_t ip_address_get_oid_count(struct ork_handle *handle, uint32_t instance, const struct ork_ip_address *obj,
-                                  uint32_t *err);
+uint32_t ip_address_get_oid_count(struct ork_handle* handle, uint32_t instance,
+                                  const struct ork_ip_address* obj, uint32_t* err);
 
 /* Writes no reference. */
-void ip_address_get_object_references(struct ork_handle *handle, uint32_t instance, const struct ork_ip_address *obj,
-                                      void **refs, uint32_t count, uint32_t *err);
+void ip_address_get_object_references(struct ork_handle* handle, uint32_t instance,
+                                      const struct ork_ip_address* obj, void** refs, uint32_t count,
+                                      uint32_t* err);
 
 /* Lends the object. */
-struct ork_ip_address *ip_address_get(struct ork_handle *handle, uint32_t instance,
-                                      const struct ork_ip_address *address, uint32_t *err);
+struct ork_ip_address* ip_address_get(struct ork_handle* handle, uint32_t instance,
+                                      const struct ork_ip_address* address, uint32_t* err);
 
 /* Takes over family, prefix length and address, announced; the header of address stays. */
-void ip_address_set(struct ork_handle *handle, uint32_t instance, struct ork_ip_address *address,
-                    const struct ork_ip_address *src, uint32_t *err);
+void ip_address_set(struct ork_handle* handle, uint32_t instance, struct ork_ip_address* address,
+                    const struct ork_ip_address* src, uint32_t* err);
 
 /* 18 bytes on the wire. */
-uint32_t ip_address_len(struct ork_handle *handle, uint32_t instance, const struct ork_ip_address *source);
+uint32_t ip_address_len(struct ork_handle* handle, uint32_t instance,
+                        const struct ork_ip_address* source);
 
 /* Writes 18 bytes. */
-uint32_t ip_address_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer,
-                            const struct ork_ip_address *source, int32_t remaining, uint32_t *err);
+uint32_t ip_address_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                            const struct ork_ip_address* source, int32_t remaining, uint32_t* err);
 
 /* Reads 18 bytes. */
-uint32_t ip_address_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer,
-                              struct ork_ip_address *target, int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t ip_address_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                              struct ork_ip_address* target, int32_t remaining,
+                              uint32_t reuse_storage, uint32_t* err);
 
 /* By family, then address, then prefix length. */
-int32_t ip_address_compare(const struct ork_ip_address *a, const struct ork_ip_address *b);
+int32_t ip_address_compare(const struct ork_ip_address* a, const struct ork_ip_address* b);
 
 /* The hash of the 18 bytes of the wire form, continued from seed. */
-uint32_t ip_address_hash(const struct ork_ip_address *value, uint32_t seed);
+uint32_t ip_address_hash(const struct ork_ip_address* value, uint32_t seed);
 
 /* Writes the line of a field: "10.0.0.1/24", "2001:db8::1/64" or "none". */
-uint32_t ip_address_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
-                          const struct ork_ip_address *value, int32_t remaining, uint32_t *err);
+uint32_t ip_address_print(struct ork_handle* handle, uint32_t instance, char* buffer,
+                          uint32_t indent, const char* name, const struct ork_ip_address* value,
+                          int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t ip_address_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                           const struct ork_ip_address *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t ip_address_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                           char* buffer, const struct ork_ip_address* value, int32_t remaining,
+                           uint8_t state, uint32_t* err);
 
 /* Reads the element of a field. */
-void ip_address_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                         struct ork_ip_address *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void ip_address_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                         struct ork_xml* xml, struct ork_ip_address* target, uint32_t* err,
+                         char* err_text, uint32_t err_text_len);
 
-/* ---- link_type: a number in an object ---------------------------------------------------------------------------- */
+/* ---- link_type: a number in an object ------------------------------------ */
 
 /* An object of 16 bytes, aligned to 8 in a record. */
 struct ork_link_type {
-    uint8_t type_info_slot[8];
-    int8_t variant;
-    uint8_t variant_cap;
-    uint8_t obj_flags;
-    uint8_t reserved;
-    uint32_t value;
+  uint8_t type_info_slot[8];
+  int8_t variant;
+  uint8_t variant_cap;
+  uint8_t obj_flags;
+  uint8_t reserved;
+  uint32_t value;
 };
 
 static_assert(sizeof(struct ork_link_type) == 16, "link_type");
@@ -381,85 +430,96 @@ static_assert(offsetof(struct ork_link_type, value) == 12, "value");
 extern const struct ork_type_info _link_type_type_info_internal;
 
 /* Writes the header of a link type with value 0. Counted nowhere. */
-void link_type_initialize(struct ork_handle *handle, uint32_t instance, struct ork_link_type *obj,
-                          const struct ork_type_info *tinfo, uint32_t notify, uint32_t no_stats, uint32_t flags,
-                          void *sttr_base, uint32_t *err);
+void link_type_initialize(struct ork_handle* handle, uint32_t instance, struct ork_link_type* obj,
+                          const struct ork_type_info* tinfo, uint32_t notify, uint32_t no_stats,
+                          uint32_t flags, void* sttr_base, uint32_t* err);
 
 /* Sets OBJ_EMBEDDED, announced. */
-void link_type_set_instance_embedded(struct ork_handle *handle, uint32_t instance, struct ork_link_type *obj);
+void link_type_set_instance_embedded(struct ork_handle* handle, uint32_t instance,
+                                     struct ork_link_type* obj);
 
 /* Lends the object. */
-struct ork_link_type *link_type_get(struct ork_handle *handle, uint32_t instance, const struct ork_link_type *address,
-                                    uint32_t *err);
+struct ork_link_type* link_type_get(struct ork_handle* handle, uint32_t instance,
+                                    const struct ork_link_type* address, uint32_t* err);
 
 /* Reads the value. */
-uint32_t link_type_get_value(struct ork_handle *handle, uint32_t instance, const struct ork_link_type *address,
-                             uint32_t *err);
+uint32_t link_type_get_value(struct ork_handle* handle, uint32_t instance,
+                             const struct ork_link_type* address, uint32_t* err);
 
 /* Takes over the value, announced; the header of address stays. */
-void link_type_set(struct ork_handle *handle, uint32_t instance, struct ork_link_type *address,
-                   const struct ork_link_type *src, uint32_t *err);
+void link_type_set(struct ork_handle* handle, uint32_t instance, struct ork_link_type* address,
+                   const struct ork_link_type* src, uint32_t* err);
 
 /* Stores value, announced. */
-void link_type_set_value(struct ork_handle *handle, uint32_t instance, struct ork_link_type *address, uint32_t value,
-                         uint32_t *err);
+void link_type_set_value(struct ork_handle* handle, uint32_t instance,
+                         struct ork_link_type* address, uint32_t value, uint32_t* err);
 
 /* 5 bytes on the wire. */
-uint32_t link_type_len(struct ork_handle *handle, uint32_t instance, const struct ork_link_type *source);
+uint32_t link_type_len(struct ork_handle* handle, uint32_t instance,
+                       const struct ork_link_type* source);
 
 /* Writes 5 bytes. */
-uint32_t link_type_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer,
-                           const struct ork_link_type *source, int32_t remaining, uint32_t *err);
+uint32_t link_type_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                           const struct ork_link_type* source, int32_t remaining, uint32_t* err);
 
 /* Reads 5 bytes. */
-uint32_t link_type_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer,
-                             struct ork_link_type *target, int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t link_type_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                             struct ork_link_type* target, int32_t remaining,
+                             uint32_t reuse_storage, uint32_t* err);
 
 /* By value. */
-int32_t link_type_compare(const struct ork_link_type *a, const struct ork_link_type *b);
+int32_t link_type_compare(const struct ork_link_type* a, const struct ork_link_type* b);
 
 /* The hash of the value, continued from seed. */
-uint32_t link_type_hash(const struct ork_link_type *value, uint32_t seed);
+uint32_t link_type_hash(const struct ork_link_type* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
-uint32_t link_type_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent, const char *name,
-                         const struct ork_link_type *value, int32_t remaining, uint32_t *err);
+uint32_t link_type_print(struct ork_handle* handle, uint32_t instance, char* buffer,
+                         uint32_t indent, const char* name, const struct ork_link_type* value,
+                         int32_t remaining, uint32_t* err);
 
 /* Writes the element of a field. */
-uint32_t link_type_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                          const struct ork_link_type *value, int32_t remaining, uint8_t state, uint32_t *err);
+uint32_t link_type_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                          char* buffer, const struct ork_link_type* value, int32_t remaining,
+                          uint8_t state, uint32_t* err);
 
 /* Reads the element of a field. */
-void link_type_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                        struct ork_link_type *target, uint32_t *err, char *err_text, uint32_t err_text_len);
+void link_type_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                        struct ork_xml* xml, struct ork_link_type* target, uint32_t* err,
+                        char* err_text, uint32_t err_text_len);
 
-/* ---- Text: fixed arrays of bytes --------------------------------------------------------------------------------- */
+/* ---- Text: fixed arrays of bytes ----------------------------------------- */
 
 /* 1 byte on the wire. */
-uint32_t char_len(struct ork_handle *handle, uint32_t instance, const char *source);
+uint32_t char_len(struct ork_handle* handle, uint32_t instance, const char* source);
 
 /* Writes 1 byte. */
-uint32_t char_marshal(struct ork_handle *handle, uint32_t instance, uint8_t *buffer, const char *source,
-                      int32_t remaining, uint32_t *err);
+uint32_t char_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buffer,
+                      const char* source, int32_t remaining, uint32_t* err);
 
 /* Reads 1 byte. */
-uint32_t char_unmarshal(struct ork_handle *handle, uint32_t instance, const uint8_t *buffer, char *target,
-                        int32_t remaining, uint32_t reuse_storage, uint32_t *err);
+uint32_t char_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
+                        char* target, int32_t remaining, uint32_t reuse_storage, uint32_t* err);
 
-/* Writes the line of a text of size bytes, up to its NUL if it has one; bytes that are no printable UTF-8 as \xNN. */
-uint32_t null_string_print(struct ork_handle *handle, uint32_t instance, char *buffer, uint32_t indent,
-                           const char *name, const char *chars, int32_t remaining, uint32_t size, uint32_t *err);
+/* Writes the line of a text of size bytes, up to its NUL if it has one; bytes that are no printable
+   UTF-8 as \xNN. */
+uint32_t null_string_print(struct ork_handle* handle, uint32_t instance, char* buffer,
+                           uint32_t indent, const char* name, const char* chars, int32_t remaining,
+                           uint32_t size, uint32_t* err);
 
 /*
- * Writes the element of a text of size bytes, up to its NUL. Bytes that XML cannot hold are escaped as \xNN, a
- * backslash is doubled.
+ * Writes the element of a text of size bytes, up to its NUL. Bytes that XML cannot hold are escaped
+ * as \xNN, a backslash is doubled.
  */
-uint32_t null_string_to_xml(struct ork_handle *handle, uint32_t instance, const char *name, char *buffer,
-                            const char *chars, int32_t remaining, uint32_t size, uint8_t state, uint32_t *err);
+uint32_t null_string_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
+                            char* buffer, const char* chars, int32_t remaining, uint32_t size,
+                            uint8_t state, uint32_t* err);
 
-/* Reads a text into size bytes, the rest of them zeroed. One that is longer gives *err 28 and leaves chars alone. */
-void null_string_from_xml(struct ork_handle *handle, uint32_t instance, const char *path, struct ork_xml *xml,
-                          char *chars, uint32_t size, uint32_t *err, char *err_text, uint32_t err_text_len);
+/* Reads a text into size bytes, the rest of them zeroed. One that is longer gives *err 28 and
+   leaves chars alone. */
+void null_string_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
+                          struct ork_xml* xml, char* chars, uint32_t size, uint32_t* err,
+                          char* err_text, uint32_t err_text_len);
 
 #ifdef __cplusplus
 }

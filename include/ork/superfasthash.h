@@ -11,10 +11,11 @@ extern "C" {
 #endif
 
 /*
- * The hash of length bytes continued from seed, which stands where the published form starts from the length: with
- * seed equal to length the result is the published one. A length of 0 gives the seed back, and data may then be null.
+ * The hash of length bytes continued from seed, which stands where the published form starts from
+ * the length: with seed equal to length the result is the published one. A length of 0 gives the
+ * seed back, and data may then be null.
  */
-uint32_t SuperFastHash(const void *data, uint32_t length, uint32_t seed);
+uint32_t SuperFastHash(const void* data, uint32_t length, uint32_t seed);
 
 #ifdef __cplusplus
 }

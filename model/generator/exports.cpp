@@ -8,11 +8,15 @@ namespace generator {
 namespace {
 
 std::vector<std::string> exported_data() {
-  std::vector<std::string> names = {"g_ork_fwe_ui_wayfind_trace_module_id", "g_ork_fwe_ui_wayfind_stub_trace_module_id",
+  std::vector<std::string> names = {"g_ork_fwe_ui_wayfind_trace_module_id",
+                                    "g_ork_fwe_ui_wayfind_stub_trace_module_id",
                                     "fwe_ui_wayfind_bundle_registered_handler"};
-  const auto descriptor = [&](const std::string& type) { names.push_back("_" + type + "_type_info_internal"); };
+  const auto descriptor = [&](const std::string& type) {
+    names.push_back("_" + type + "_type_info_internal");
+  };
   const auto identity = [&](const std::string& name) {
-    for (const char* what : {"_luid", "_luid_text", "_name"}) names.push_back("message_" + name + what);
+    for (const char* what : {"_luid", "_luid_text", "_name"})
+      names.push_back("message_" + name + what);
   };
   for (const model::Record* record : model::records) descriptor(record->name);
   for (size_t i = 0; i < model::small_type_count; ++i) descriptor(small_name(i));
@@ -22,7 +26,8 @@ std::vector<std::string> exported_data() {
   }
   for (const model::Bundle* bundle : model::bundles) {
     names.push_back(std::string("fwe_ui_wayfind_") + bundle->name + "_bundle_registered_handler");
-    for (const char* kind : {"start", "abort", "commit"}) identity(std::string(bundle->name) + "_bundle_" + kind);
+    for (const char* kind : {"start", "abort", "commit"})
+      identity(std::string(bundle->name) + "_bundle_" + kind);
   }
   return names;
 }

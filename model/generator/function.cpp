@@ -6,18 +6,21 @@ using model::Kind;
 
 std::string fill(std::string text, const Places& places) {
   for (const auto& [place, value] : places) {
-    for (size_t at = 0; (at = text.find(place, at)) != std::string::npos; at += value.size()) text.replace(at, place.size(), value);
+    for (size_t at = 0; (at = text.find(place, at)) != std::string::npos; at += value.size())
+      text.replace(at, place.size(), value);
   }
   return text;
 }
 
 Function luid_function(const std::string& type) {
-  return {type + "_get_luid", "const uint8_t *", "struct ork_handle *handle, uint32_t instance, const void *obj, uint32_t *err", "",
+  return {type + "_get_luid", "const uint8_t *",
+          "struct ork_handle *handle, uint32_t instance, const void *obj, uint32_t *err", "",
           "Hands whatever it is given on to the runtime's ork_get_luid, and its answer back."};
 }
 
 const char* small_name(size_t type) {
-  return type < model::enum_count ? model::enums[type]->name : model::flag_sets[type - model::enum_count]->name;
+  return type < model::enum_count ? model::enums[type]->name
+                                  : model::flag_sets[type - model::enum_count]->name;
 }
 
 const char* type_name(const model::FieldRow& field) {
@@ -25,7 +28,8 @@ const char* type_name(const model::FieldRow& field) {
 }
 
 const char* const* small_texts(size_t type) {
-  return type < model::enum_count ? model::enums[type]->values : model::flag_sets[type - model::enum_count]->flags;
+  return type < model::enum_count ? model::enums[type]->values
+                                  : model::flag_sets[type - model::enum_count]->flags;
 }
 
 std::string storage_type(const model::FieldRow& field) {

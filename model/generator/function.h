@@ -1,5 +1,5 @@
-// An exported function, described once: its prototype and documentation for the public header, its one line of code for the library, its name
-// for the version script.
+// An exported function, described once: its prototype and documentation for the public header, its
+// one line of code for the library, its name for the version script.
 #pragma once
 
 #include <string>
@@ -18,7 +18,8 @@ struct Function {
 };
 using Functions = std::vector<Function>;
 
-// A member of a family: the same with $-places. The name is what stands behind the type's or field's name.
+// A member of a family: the same with $-places. The name is what stands behind the type's or
+// field's name.
 struct Family {
   const char* suffix;
   const char* result;
@@ -31,9 +32,11 @@ using Places = std::vector<std::pair<std::string, std::string>>;
 std::string fill(std::string text, const Places& places);
 
 template <size_t N>
-void add(Functions& functions, const Family (&family)[N], const std::string& stem, const Places& places) {
+void add(Functions& functions, const Family (&family)[N], const std::string& stem,
+         const Places& places) {
   for (const Family& member : family) {
-    functions.push_back({stem + member.suffix, fill(member.result, places), fill(member.parameters, places), fill(member.call, places),
+    functions.push_back({stem + member.suffix, fill(member.result, places),
+                         fill(member.parameters, places), fill(member.call, places),
                          fill(member.doc, places)});
   }
 }
@@ -53,7 +56,8 @@ Functions module_functions();
 std::string value_type(const model::FieldRow& field);
 std::string storage_type(const model::FieldRow& field);
 
-const char* type_name(const model::FieldRow& field);  // of an embedded or element record, enum or flag set
+const char* type_name(
+    const model::FieldRow& field);  // of an embedded or element record, enum or flag set
 const char* small_name(size_t type);
 const char* const* small_texts(size_t type);  // of its values or flags, by number
 

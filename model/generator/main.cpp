@@ -1,5 +1,6 @@
-// Turns the tables of the model into everything that cannot be said in a table: public headers, exported functions and data, the version
-// script, the trace sections, the manifest, and the schema's description for tools and tests.
+// Turns the tables of the model into everything that cannot be said in a table: public headers,
+// exported functions and data, the version script, the trace sections, the manifest, and the
+// schema's description for tools and tests.
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -19,7 +20,8 @@ void write_file(const std::string& path, const std::string& text) {
 
 int main(int argc, char** argv) {
   if (argc != 5) {
-    std::fprintf(stderr, "usage: %s HEADER_FOLDER SOURCE_FOLDER SCHEMA_FOLDER SOURCE_DATE\n", argv[0]);
+    std::fprintf(stderr, "usage: %s HEADER_FOLDER SOURCE_FOLDER SCHEMA_FOLDER SOURCE_DATE\n",
+                 argv[0]);
     return 2;
   }
   generator::write_headers(argv[1]);

@@ -1,4 +1,5 @@
-// The schema's description for tools and tests: names, classes, sizes, and the exported functions by their family names.
+// The schema's description for tools and tests: names, classes, sizes, and the exported functions
+// by their family names.
 #include "model/generator/function.h"
 #include "model/generator/output.h"
 
@@ -37,10 +38,13 @@ const char* kind_word(model::Kind kind) {
 }
 
 // The functions of one stem, by what stands behind it.
-std::string function_table(const std::string& symbol, const Functions& functions, const std::string& stem) {
+std::string function_table(const std::string& symbol, const Functions& functions,
+                           const std::string& stem) {
   std::string text = "static const struct wayfind_function " + symbol + "[] = {\n";
   for (const Function& function : functions) {
-    const std::string suffix = function.name.compare(0, stem.size(), stem) == 0 ? function.name.substr(stem.size()) : function.name;
+    const std::string suffix = function.name.compare(0, stem.size(), stem) == 0
+                                   ? function.name.substr(stem.size())
+                                   : function.name;
     text += "    {" + quoted(suffix) + ", (void (*)(void))" + function.name + "},\n";
   }
   return text + "    {0, 0}};\n";
@@ -59,12 +63,14 @@ std::string field_tables() {
       const model::Field& field = model::records[record.index]->fields[n++];
       const bool typed = row.type != model::no_type;
       const bool of_record = row.kind == model::Kind::record;
-      text += "    {" + quoted(field.name) + ", " + quoted(field.meaning) + ", " + class_word(row.cls) + ", " + kind_word(row.kind) + ", " +
-              (typed ? quoted(type_name(row)) : "0") + ", " + number(row.variant) + ", " + number(row.offset) + ", " + number(row.width) +
-              ", " + number(row.state) + ", " + number(row.nested) + ", " +
+      text += "    {" + quoted(field.name) + ", " + quoted(field.meaning) + ", " +
+              class_word(row.cls) + ", " + kind_word(row.kind) + ", " +
+              (typed ? quoted(type_name(row)) : "0") + ", " + number(row.variant) + ", " +
+              number(row.offset) + ", " + number(row.width) + ", " + number(row.state) + ", " +
+              number(row.nested) + ", " +
               (of_record ? "&wayfind_records[" + number(row.type) + "]" : "0") + ", " +
-              (typed && !of_record ? "&wayfind_small_types[" + number(row.type) + "]" : "0") + ", field_functions_" + number(row.index) +
-              "},\n";
+              (typed && !of_record ? "&wayfind_small_types[" + number(row.type) + "]" : "0") +
+              ", field_functions_" + number(row.index) + "},\n";
     }
   }
   return text + "};\n";
@@ -73,19 +79,23 @@ std::string field_tables() {
 std::string record_tables() {
   std::string text;
   for (size_t r = 0; r < model::record_count; ++r) {
-    text += function_table("record_functions_" + number(r), record_functions(r), model::records[r]->name);
+    text += function_table("record_functions_" + number(r), record_functions(r),
+                           model::records[r]->name);
   }
   text += "const struct wayfind_record wayfind_records[] = {\n";
   for (const model::RecordRow& row : model::record_rows) {
     const model::Record& record = *model::records[row.index];
-    text += "    {" + quoted(record.name) + ", " + quoted(record.meaning) + ", " + quoted(record.identity.luid) + ", " +
-            quoted(record.identity.definition) + ", &_" + record.name + "_type_info_internal, " + number(row.variants) + ", {";
+    text += "    {" + quoted(record.name) + ", " + quoted(record.meaning) + ", " +
+            quoted(record.identity.luid) + ", " + quoted(record.identity.definition) + ", &_" +
+            record.name + "_type_info_internal, " + number(row.variants) + ", {";
     for (size_t v = 0; v < row.variants; ++v) {
       const model::Sizes size = model::sizes(record, v);
-      text += std::string(v == 0 ? "" : ", ") + "{" + number(size.used) + ", " + number(size.slop) + ", " + number(size.body) + ", " +
-              number(size.state) + ", " + number(row.layouts[v].fields) + ", " + number(row.layouts[v].bound) + "}";
+      text += std::string(v == 0 ? "" : ", ") + "{" + number(size.used) + ", " + number(size.slop) +
+              ", " + number(size.body) + ", " + number(size.state) + ", " +
+              number(row.layouts[v].fields) + ", " + number(row.layouts[v].bound) + "}";
     }
-    text += "}, " + number(row.fields) + ", &fields[" + number(row.first) + "], record_functions_" + number(row.index) + "},\n";
+    text += "}, " + number(row.fields) + ", &fields[" + number(row.first) + "], record_functions_" +
+            number(row.index) + "},\n";
   }
   return text + "};\nconst unsigned wayfind_record_count = " + number(model::record_count) + ";\n";
 }
@@ -99,38 +109,48 @@ std::string small_tables() {
   for (size_t i = 0; i < model::small_type_count; ++i) {
     const bool flags = i >= model::enum_count;
     const model::SmallRow& row = model::small_rows[i];
-    const char* luid = flags ? model::flag_sets[i - model::enum_count]->identity.luid : model::enums[i]->identity.luid;
-    text += "    {" + quoted(small_name(i)) + ", " + quoted(luid) + ", &_" + small_name(i) + "_type_info_internal, " + (flags ? "1" : "0") +
-            ", " + number(row.size) + ", " + number(row.values) + ", {";
-    for (size_t v = 0; v < row.values; ++v) text += std::string(v == 0 ? "" : ", ") + quoted(small_texts(i)[v]);
+    const char* luid = flags ? model::flag_sets[i - model::enum_count]->identity.luid
+                             : model::enums[i]->identity.luid;
+    text += "    {" + quoted(small_name(i)) + ", " + quoted(luid) + ", &_" + small_name(i) +
+            "_type_info_internal, " + (flags ? "1" : "0") + ", " + number(row.size) + ", " +
+            number(row.values) + ", {";
+    for (size_t v = 0; v < row.values; ++v)
+      text += std::string(v == 0 ? "" : ", ") + quoted(small_texts(i)[v]);
     text += "}, small_functions_" + number(i) + "},\n";
   }
-  return text + "};\nconst unsigned wayfind_small_type_count = " + number(model::small_type_count) + ";\n";
+  return text + "};\nconst unsigned wayfind_small_type_count = " + number(model::small_type_count) +
+         ";\n";
 }
 
 std::string message_tables() {
   std::string text;
   for (size_t m = 0; m < model::message_count; ++m) {
-    text += function_table("message_functions_" + number(m), message_functions(m), std::string(model::messages[m]->name) + "_message");
+    text += function_table("message_functions_" + number(m), message_functions(m),
+                           std::string(model::messages[m]->name) + "_message");
   }
   text += "const struct wayfind_message wayfind_messages[] = {\n";
   for (const model::MessageRow& row : model::message_rows) {
     const model::Message& message = *model::messages[row.index];
     const std::string name = message.name;
-    text += "    {" + quoted(name) + ", " + quoted(message.meaning) + ", message_" + name + "_luid, message_" + name +
-            "_luid_text, message_" + name + "_name, &_" + name + "_message_type_info_internal, " + number(row.records) + ", {";
+    text += "    {" + quoted(name) + ", " + quoted(message.meaning) + ", message_" + name +
+            "_luid, message_" + name + "_luid_text, message_" + name + "_name, &_" + name +
+            "_message_type_info_internal, " + number(row.records) + ", {";
     for (size_t c = 0; c < row.records; ++c) {
-      text += std::string(c == 0 ? "" : ", ") + "&wayfind_records[" + number(model::carried_rows[row.carried + c].record) + "]";
+      text += std::string(c == 0 ? "" : ", ") + "&wayfind_records[" +
+              number(model::carried_rows[row.carried + c].record) + "]";
     }
-    text += "}, " + number(model::carried_rows[row.carried].tag) + "u, message_functions_" + number(row.index) + "},\n";
+    text += "}, " + number(model::carried_rows[row.carried].tag) + "u, message_functions_" +
+            number(row.index) + "},\n";
   }
-  return text + "};\nconst unsigned wayfind_message_count = " + number(model::message_count) + ";\n";
+  return text + "};\nconst unsigned wayfind_message_count = " + number(model::message_count) +
+         ";\n";
 }
 
 std::string bundle_tables() {
   std::string text;
   for (size_t b = 0; b < model::bundle_count; ++b) {
-    text += function_table("bundle_functions_" + number(b), bundle_functions(b), model::bundles[b]->name);
+    text += function_table("bundle_functions_" + number(b), bundle_functions(b),
+                           model::bundles[b]->name);
   }
   text += "const struct wayfind_bundle wayfind_bundles[] = {\n";
   for (size_t b = 0; b < model::bundle_count; ++b) {
@@ -138,17 +158,19 @@ std::string bundle_tables() {
     const std::string name = bundle.name;
     text += "    {" + quoted(name) + ", " + quoted(bundle.meaning) + ", {";
     for (const char* kind : {"start", "abort", "commit"}) {
-      text += "message_" + name + "_bundle_" + kind + "_luid" + (kind == std::string("commit") ? "" : ", ");
+      text += "message_" + name + "_bundle_" + kind + "_luid" +
+              (kind == std::string("commit") ? "" : ", ");
     }
     text += "}, {";
     size_t members = 0;
     for (const model::Member& member : bundle.members) {
       if (member.message == nullptr) break;
       const uint8_t row = model::row_of(*member.message, model::messages);
-      text += std::string(members++ == 0 ? "" : ", ") + "{&wayfind_messages[" + number(row) + "], " +
-              (member.occurs == model::Occurs::repeatedly ? "1" : "0") + "}";
+      text += std::string(members++ == 0 ? "" : ", ") + "{&wayfind_messages[" + number(row) +
+              "], " + (member.occurs == model::Occurs::repeatedly ? "1" : "0") + "}";
     }
-    text += "}, " + number(members) + ", &fwe_ui_wayfind_" + name + "_bundle_registered_handler, bundle_functions_" + number(b) + "},\n";
+    text += "}, " + number(members) + ", &fwe_ui_wayfind_" + name +
+            "_bundle_registered_handler, bundle_functions_" + number(b) + "},\n";
   }
   return text + "};\nconst unsigned wayfind_bundle_count = " + number(model::bundle_count) + ";\n";
 }
@@ -157,8 +179,10 @@ std::string bundle_tables() {
 
 void write_schema(const std::string& folder) {
   write_file(folder + "/wayfind_schema.c",
-             "#include \"tools/schema/wayfind_schema.h\"\n\n#include \"fwe_ui_wayfind/fwe_ui_wayfind.h\"\n\n" + field_tables() +
-                 record_tables() + small_tables() + message_tables() + bundle_tables());
+             "#include \"tools/schema/wayfind_schema.h\"\n\n#include "
+             "\"fwe_ui_wayfind/fwe_ui_wayfind.h\"\n\n" +
+                 field_tables() + record_tables() + small_tables() + message_tables() +
+                 bundle_tables());
 }
 
 }  // namespace generator

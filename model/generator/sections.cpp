@@ -1,4 +1,5 @@
-// The sections for offline tools: the trace channel's index and texts, and the build manifest. Only the index is loaded with the library.
+// The sections for offline tools: the trace channel's index and texts, and the build manifest. Only
+// the index is loaded with the library.
 #include <bzlib.h>
 
 #include <algorithm>
@@ -13,12 +14,15 @@ namespace {
 
 using model::Owner;
 
-constexpr const char* section_ids[] = {"d8386ffc9b58056dfed00107189c605a", "865a9f4b483b8238b89d4ae9c97bf0ff",
+constexpr const char* section_ids[] = {"d8386ffc9b58056dfed00107189c605a",
+                                       "865a9f4b483b8238b89d4ae9c97bf0ff",
                                        "9e8b28a9eb796d25a381ca4855746a0f"};
 
 // For the decoder; its structure is the decoder's own.
-constexpr unsigned char decoder[] = {0x01, 0x03, 0x04, 0x01, 0x01, 0x03, 0x04, 0x04, 0x04, 0x04, 0x04, 0x04, 0x04, 0x05, 0x04, 0x01, 0x04,
-                                     0x04, 0x01, 0x05, 0x07, 0x04, 0x01, 0x04, 0x01, 0x04, 0x01, 0x05, 0x04, 0x01, 0x04, 0x01, 0x02, 0x04};
+constexpr unsigned char decoder[] = {0x01, 0x03, 0x04, 0x01, 0x01, 0x03, 0x04, 0x04, 0x04,
+                                     0x04, 0x04, 0x04, 0x04, 0x05, 0x04, 0x01, 0x04, 0x04,
+                                     0x01, 0x05, 0x07, 0x04, 0x01, 0x04, 0x01, 0x04, 0x01,
+                                     0x05, 0x04, 0x01, 0x04, 0x01, 0x02, 0x04};
 static_assert(sizeof decoder == 34);
 
 constexpr size_t build_record_size = 276;
@@ -31,7 +35,8 @@ std::string little_endian(uint64_t value, size_t bytes) {
 
 std::string binary(const std::string& hex) {
   std::string out;
-  for (size_t i = 0; i < hex.size(); i += 2) out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  for (size_t i = 0; i < hex.size(); i += 2)
+    out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
   return out;
 }
 
@@ -51,14 +56,17 @@ std::string entry_text(Owner owner, size_t index, model::Form form) {
       record = model::records[model::carried_rows[index].record]->name;
       break;
   }
-  return fill(std::string(" ") + model::form_texts[static_cast<size_t>(form)].text, {{"@", name}, {"#", record}});
+  return fill(std::string(" ") + model::form_texts[static_cast<size_t>(form)].text,
+              {{"@", name}, {"#", record}});
 }
 
 std::string compress(const std::string& text) {
   std::string packed(text.size() + text.size() / 100 + 600, '\0');
   auto size = static_cast<unsigned>(packed.size());
   std::string source = text;
-  if (BZ2_bzBuffToBuffCompress(packed.data(), &size, source.data(), static_cast<unsigned>(source.size()), 9, 0, 0) != BZ_OK) abort();
+  if (BZ2_bzBuffToBuffCompress(packed.data(), &size, source.data(),
+                               static_cast<unsigned>(source.size()), 9, 0, 0) != BZ_OK)
+    abort();
   packed.resize(size);
   return packed;
 }
@@ -68,7 +76,8 @@ std::string assembler_bytes(const std::string& data) {
   char byte[8];
   for (size_t i = 0; i < data.size(); ++i) {
     text += i % 32 == 0 ? "\n\t.byte " : ",";
-    std::snprintf(byte, sizeof byte, "%u", static_cast<unsigned>(static_cast<unsigned char>(data[i])));
+    std::snprintf(byte, sizeof byte, "%u",
+                  static_cast<unsigned>(static_cast<unsigned char>(data[i])));
     text += byte;
   }
   return text + "\n";
@@ -85,7 +94,8 @@ std::string trace_sections() {
     const model::Run& run = model::run_of(function);
     for (size_t i = 0; i < run.count; ++i) {
       const std::string text = entry_text(owner, row, run.forms[i]);
-      const auto pattern = static_cast<uint32_t>(model::form_texts[static_cast<size_t>(run.forms[i])].pattern);
+      const auto pattern =
+          static_cast<uint32_t>(model::form_texts[static_cast<size_t>(run.forms[i])].pattern);
       const uint32_t number = static_cast<uint32_t>(index[section].size() / 6) & 0xFFFF;
       index[section] += little_endian(pattern << 16 | number, 4) + little_endian(text.size(), 2);
       texts[section] += text;
@@ -94,28 +104,37 @@ std::string trace_sections() {
   std::string out;
   for (size_t s = 0; s < 3; ++s) {
     const std::string symbol = "wayfind_trace_section_" + std::to_string(s);
-    out += std::string("\t.section .flight_luids_") + section_ids[s] + ",\"a\",@progbits\n\t.p2align 3\n\t.globl " + symbol +
-           "\n\t.hidden " + symbol + "\n" + symbol + ":" +
-           assembler_bytes(little_endian(1, 2) + little_endian(s, 2) + binary(section_ids[s]) + index[s]);
+    out += std::string("\t.section .flight_luids_") + section_ids[s] +
+           ",\"a\",@progbits\n\t.p2align 3\n\t.globl " + symbol + "\n\t.hidden " + symbol + "\n" +
+           symbol + ":" +
+           assembler_bytes(little_endian(1, 2) + little_endian(s, 2) + binary(section_ids[s]) +
+                           index[s]);
   }
   return out + unloaded(".flight_format_strings", compress(texts[0] + texts[1] + texts[2])) +
-         unloaded(".flight_decoder", std::string(reinterpret_cast<const char*>(decoder), sizeof decoder));
+         unloaded(".flight_decoder",
+                  std::string(reinterpret_cast<const char*>(decoder), sizeof decoder));
 }
 
 // LUID, definition, kind, highest variant and size of one type.
-std::string digest_line(const model::Identity& identity, const char* kind, size_t variants, size_t size) {
+std::string digest_line(const model::Identity& identity, const char* kind, size_t variants,
+                        size_t size) {
   char text[96];
-  std::snprintf(text, sizeof text, "%s:%s%s%03zu:%05zuN\n", identity.luid, identity.definition, kind, variants - 1, size);
+  std::snprintf(text, sizeof text, "%s:%s%s%03zu:%05zuN\n", identity.luid, identity.definition,
+                kind, variants - 1, size);
   return text;
 }
 
 std::string digest() {
   std::vector<std::pair<std::string, std::string>> types;  // by name
   for (const model::Record* record : model::records) {
-    types.emplace_back(record->name, digest_line(record->identity, "type", model::variant_count(*record), model::digest_size(*record)));
+    types.emplace_back(record->name,
+                       digest_line(record->identity, "type", model::variant_count(*record),
+                                   model::digest_size(*record)));
   }
-  for (const model::Enum* type : model::enums) types.emplace_back(type->name, digest_line(type->identity, "enum", 1, 16));
-  for (const model::FlagSet* type : model::flag_sets) types.emplace_back(type->name, digest_line(type->identity, "flag", 1, 16));
+  for (const model::Enum* type : model::enums)
+    types.emplace_back(type->name, digest_line(type->identity, "enum", 1, 16));
+  for (const model::FlagSet* type : model::flag_sets)
+    types.emplace_back(type->name, digest_line(type->identity, "flag", 1, 16));
   std::vector<std::pair<std::string, std::string>> messages;  // by LUID
   for (const model::Message* message : model::messages) {
     messages.emplace_back(message->identity.luid, digest_line(message->identity, "mess", 1, 0));
@@ -128,12 +147,14 @@ std::string digest() {
   return text + '\0';
 }
 
-// Says nothing of the machine that builds, so that one source always gives one file; the comment fills the record up.
+// Says nothing of the machine that builds, so that one source always gives one file; the comment
+// fills the record up.
 std::string build_record(const std::string& date) {
-  const std::string head =
-      "fwe_ui_wayfind\npkg_id: " + std::string(40, '0') + "\nbuilt by: wayfind\non host: any\npid: 0\nat: " + date + "\ncomment: ";
+  const std::string head = "fwe_ui_wayfind\npkg_id: " + std::string(40, '0') +
+                           "\nbuilt by: wayfind\non host: any\npid: 0\nat: " + date + "\ncomment: ";
   const size_t tail = 2;  // line feed, zero byte
-  const size_t blanks = head.size() + tail < build_record_size ? build_record_size - head.size() - tail : 0;
+  const size_t blanks =
+      head.size() + tail < build_record_size ? build_record_size - head.size() - tail : 0;
   return head + std::string(blanks, ' ') + '\n' + '\0';
 }
 
@@ -147,7 +168,8 @@ std::string manifest_entry(uint32_t kind, const std::string& payload) {
 
 void write_sections(const std::string& folder, const std::string& date) {
   const std::string manifest = manifest_entry(2, digest()) + manifest_entry(1, build_record(date));
-  write_file(folder + "/sections.s", trace_sections() + unloaded(".manifest", manifest) + "\t.section .note.GNU-stack,\"\",@progbits\n");
+  write_file(folder + "/sections.s", trace_sections() + unloaded(".manifest", manifest) +
+                                         "\t.section .note.GNU-stack,\"\",@progbits\n");
 }
 
 }  // namespace generator

@@ -8,18 +8,23 @@ namespace {
 constexpr size_t record_files = 7;
 constexpr size_t records_per_file = (model::record_count + record_files - 1) / record_files;
 
-std::string include(const std::string& header) { return "#include \"fwe_ui_wayfind/" + header + ".h\"\n"; }
+std::string include(const std::string& header) {
+  return "#include \"fwe_ui_wayfind/" + header + ".h\"\n";
+}
 
 // One statement. Objects are plain memory inside the library and typed outside.
 std::string definition(const Function& function) {
   if (function.call.empty()) {
-    return "[[gnu::naked]] " + function.result + function.name + "(struct ork_handle *, uint32_t, const void *, uint32_t *) {\n" +
+    return "[[gnu::naked]] " + function.result + function.name +
+           "(struct ork_handle *, uint32_t, const void *, uint32_t *) {\n" +
            "  asm(\"jmp ork_get_luid@PLT\");\n}\n";
   }
   const bool pointer = function.result.back() == '*' && function.result != "void *";
-  const std::string call = pointer ? "static_cast<" + function.result + ">(" + function.call + ")" : function.call;
+  const std::string call =
+      pointer ? "static_cast<" + function.result + ">(" + function.call + ")" : function.call;
   return function.result + (function.result.back() == '*' ? "" : " ") + function.name + "(" +
-         (function.parameters == "void" ? "" : function.parameters) + ") { return " + call + "; }\n";
+         (function.parameters == "void" ? "" : function.parameters) + ") { return " + call +
+         "; }\n";
 }
 
 std::string definitions(const Functions& functions) {
@@ -28,24 +33,30 @@ std::string definitions(const Functions& functions) {
   return text;
 }
 
-std::string file(const std::string& includes, const std::string& data, const std::string& exported) {
-  return "#include \"model/exports.h\"\n" + includes + "\n" + data + "\nextern \"C\" {\n#pragma GCC visibility push(default)\n\n" +
-         exported + "\n#pragma GCC visibility pop\n}\n";
+std::string file(const std::string& includes, const std::string& data,
+                 const std::string& exported) {
+  return "#include \"model/exports.h\"\n" + includes + "\n" + data +
+         "\nextern \"C\" {\n#pragma GCC visibility push(default)\n\n" + exported +
+         "\n#pragma GCC visibility pop\n}\n";
 }
 
 void write_records(const std::string& folder, size_t part) {
   std::string includes;
   std::string code;
-  for (size_t r = part * records_per_file; r < (part + 1) * records_per_file && r < model::record_count; ++r) {
+  for (size_t r = part * records_per_file;
+       r < (part + 1) * records_per_file && r < model::record_count; ++r) {
     includes += include(model::records[r]->name);
     code += definitions(record_functions(r));
-    for (const model::FieldRow& field : model::fields_of(model::record_rows[r])) code += definitions(field_functions(field));
+    for (const model::FieldRow& field : model::fields_of(model::record_rows[r]))
+      code += definitions(field_functions(field));
   }
-  write_file(folder + "/exports_records_" + std::to_string(part) + ".cpp", file(includes, "using frame::Kind;\n", code));
+  write_file(folder + "/exports_records_" + std::to_string(part) + ".cpp",
+             file(includes, "using frame::Kind;\n", code));
 }
 
 std::string descriptor(const std::string& symbol, const std::string& described) {
-  return "constinit const ork_type_info _" + symbol + "_type_info_internal = frame::" + described + ";\n";
+  return "constinit const ork_type_info _" + symbol + "_type_info_internal = frame::" + described +
+         ";\n";
 }
 
 // Enums, the flag set, and the descriptors of everything.
@@ -67,17 +78,21 @@ void write_types(const std::string& folder) {
   }
   for (size_t m = 0; m < model::message_count; ++m) {
     includes += include(std::string(model::messages[m]->name) + "_message");
-    describe(std::string(model::messages[m]->name) + "_message", "message_descriptor<" + std::to_string(m) + ">");
+    describe(std::string(model::messages[m]->name) + "_message",
+             "message_descriptor<" + std::to_string(m) + ">");
   }
   for (size_t i = 0; i < model::small_type_count; ++i) code += definitions(small_functions(i));
   write_file(folder + "/exports_types.cpp",
              file("#include \"frame/descriptor.h\"\n" + includes,
-                  "namespace frame {\nconst ork_type_info* const descriptors[] = {\n" + list + "    nullptr};\n}\n", code));
+                  "namespace frame {\nconst ork_type_info* const descriptors[] = {\n" + list +
+                      "    nullptr};\n}\n",
+                  code));
 }
 
 std::string identity(const std::string& name, const std::string& luid) {
-  return "const uint8_t message_" + name + "_luid[16] = {" + luid_bytes(luid) + "};\n" + "const char message_" + name +
-         "_luid_text[33] = \"" + luid + "\";\n" + "const char message_" + name + "_name[] = \"message " + name + "\";\n";
+  return "const uint8_t message_" + name + "_luid[16] = {" + luid_bytes(luid) + "};\n" +
+         "const char message_" + name + "_luid_text[33] = \"" + luid + "\";\n" +
+         "const char message_" + name + "_name[] = \"message " + name + "\";\n";
 }
 
 void write_messages(const std::string& folder) {
@@ -88,12 +103,13 @@ void write_messages(const std::string& folder) {
     const std::string name = model::messages[m]->name;
     const model::MessageRow& row = model::message_rows[m];
     includes += include(name + "_message");
-    data +=
-        "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name + "_message_handler) fwe_ui_wayfind_" + name + "_message_handler;\n";
-    data += "constexpr messages::Message message_" + std::to_string(m) + "{model::message_rows[" + std::to_string(m) + "], message_" +
-            name + "_luid, message_" + name + "_name, {";
+    data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name +
+            "_message_handler) fwe_ui_wayfind_" + name + "_message_handler;\n";
+    data += "constexpr messages::Message message_" + std::to_string(m) + "{model::message_rows[" +
+            std::to_string(m) + "], message_" + name + "_luid, message_" + name + "_name, {";
     for (size_t c = row.carried; c < size_t{row.carried} + row.records; ++c) {
-      data += std::string(c == row.carried ? "" : ", ") + "messages::record_wire<" + std::to_string(model::carried_rows[c].record) + ">()";
+      data += std::string(c == row.carried ? "" : ", ") + "messages::record_wire<" +
+              std::to_string(model::carried_rows[c].record) + ">()";
     }
     data += "}};\n";
     code += identity(name, model::messages[m]->identity.luid) + definitions(message_functions(m));
@@ -106,31 +122,38 @@ std::string table(const model::Bundle& bundle, size_t index) {
   for (const model::Member& member : bundle.members) {
     if (member.message == nullptr) break;
     const std::string name = member.message->name;
-    text +=
-        "    {message_" + name + "_luid, message_" + name + "_name, " + (member.occurs == model::Occurs::repeatedly ? "1" : "0") + "},\n";
+    text += "    {message_" + name + "_luid, message_" + name + "_name, " +
+            (member.occurs == model::Occurs::repeatedly ? "1" : "0") + "},\n";
   }
-  return text + "    {message_ui_req_msg_luid, message_ui_req_msg_name, 0},\n    {nullptr, nullptr, 0}};\n";
+  return text +
+         "    {message_ui_req_msg_luid, message_ui_req_msg_name, 0},\n    {nullptr, nullptr, "
+         "0}};\n";
 }
 
 void write_bundles(const std::string& folder) {
   std::string includes = "#include \"ork/show_core.h\"\n";
   std::string data;
   std::string code;
-  for (const model::Message* message : model::messages) includes += include(std::string(message->name) + "_message");
+  for (const model::Message* message : model::messages)
+    includes += include(std::string(message->name) + "_message");
   for (size_t b = 0; b < model::bundle_count; ++b) {
     const model::Bundle& bundle = *model::bundles[b];
     const std::string name = bundle.name;
     const std::string prefix = "message_" + name + "_bundle_";
     includes += include(name + "_bundle");
-    data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name + "_bundle_handler) fwe_ui_wayfind_" + name + "_bundle_handler;\n";
+    data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name +
+            "_bundle_handler) fwe_ui_wayfind_" + name + "_bundle_handler;\n";
     data += table(bundle, b);
     const std::string number = std::to_string(b);
     const std::string full_name = "fwe_ui_wayfind_" + name;
-    data += "constexpr messages::Bundle bundle_" + number + "{\n    model::bundle_rows[" + number + "], \"" + name + "\", \"" + full_name +
-            "\", \"" + full_name + "_bundle_start_message\",\n    {" + prefix + "start_luid, " + prefix + "abort_luid, " + prefix +
-            "commit_luid}, table_" + number + ", &" + full_name + "_bundle_registered_handler};\n";
+    data += "constexpr messages::Bundle bundle_" + number + "{\n    model::bundle_rows[" + number +
+            "], \"" + name + "\", \"" + full_name + "\", \"" + full_name +
+            "_bundle_start_message\",\n    {" + prefix + "start_luid, " + prefix + "abort_luid, " +
+            prefix + "commit_luid}, table_" + number + ", &" + full_name +
+            "_bundle_registered_handler};\n";
     code += "ork_bundle_handler fwe_ui_wayfind_" + name + "_bundle_registered_handler;\n";
-    code += identity(name + "_bundle_start", bundle.luids.start) + identity(name + "_bundle_abort", bundle.luids.abort) +
+    code += identity(name + "_bundle_start", bundle.luids.start) +
+            identity(name + "_bundle_abort", bundle.luids.abort) +
             identity(name + "_bundle_commit", bundle.luids.commit);
     code += definitions(bundle_functions(b));
   }
@@ -141,7 +164,8 @@ void write_bundles(const std::string& folder) {
 
 std::string luid_bytes(const std::string& luid) {
   std::string text;
-  for (size_t i = 0; i < luid.size(); i += 2) text += std::string(i == 0 ? "" : ", ") + "0x" + luid.substr(i, 2);
+  for (size_t i = 0; i < luid.size(); i += 2)
+    text += std::string(i == 0 ? "" : ", ") + "0x" + luid.substr(i, 2);
   return text;
 }
 
@@ -150,7 +174,8 @@ void write_sources(const std::string& folder) {
   write_types(folder);
   write_messages(folder);
   write_bundles(folder);
-  write_file(folder + "/exports_module.cpp", file(include("module"), "", definitions(module_functions())));
+  write_file(folder + "/exports_module.cpp",
+             file(include("module"), "", definitions(module_functions())));
 }
 
 }  // namespace generator

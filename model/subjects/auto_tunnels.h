@@ -1,6 +1,9 @@
 // Tunnel interfaces that come up by themselves, and the flows on them.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 
 namespace model {

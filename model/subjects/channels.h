@@ -1,6 +1,9 @@
 // Forwarding paths by destination, and the columns of hops that describe a path.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 #include "model/subjects/forwarding_memory.h"
 

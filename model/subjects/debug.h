@@ -1,6 +1,9 @@
 // What each of the three layers debugs: the data plane by forwarding engine, the platform and the client by class.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 
 namespace model {

@@ -1,6 +1,9 @@
 // Where an entry sits in the memory of a forwarding engine.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 
 namespace model {

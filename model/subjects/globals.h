@@ -1,6 +1,9 @@
 // What is global to the feature: parameters, counts, instances and colours.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 #include "model/subjects/forwarding_memory.h"
 

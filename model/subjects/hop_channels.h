@@ -1,6 +1,9 @@
 // Path monitoring between this device and one hop towards a site, for one DSCP: probe states, counters and stamps.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 #include "model/subjects/forwarding_memory.h"
 

@@ -1,6 +1,9 @@
 // How the feature stands on each interface.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 
 namespace model {

@@ -2,6 +2,9 @@
 // and the hops that are enforced.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 
 namespace model {

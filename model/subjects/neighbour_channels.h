@@ -1,6 +1,9 @@
 // Channels as they are seen towards a neighbour.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 #include "model/subjects/channels.h"
 #include "model/subjects/forwarding_memory.h"

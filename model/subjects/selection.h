@@ -1,6 +1,9 @@
 // Flows, and the policies by which paths are chosen for them.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 #include "model/subjects/forwarding_memory.h"
 

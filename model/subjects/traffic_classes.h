@@ -1,6 +1,9 @@
 // Units of selected traffic, and the primary and backup channels over which the load of each is balanced.
 #pragma once
 
+// Tables stand in columns, by hand.
+// clang-format off
+
 #include "model/layout.h"
 #include "model/subjects/channels.h"
 #include "model/subjects/forwarding_memory.h"

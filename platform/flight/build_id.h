@@ -8,13 +8,13 @@
 namespace flight {
 
 struct LoadedFile {
-    const void *base = nullptr;  // null: the address lies in no loaded file
-    std::string path;
-    std::vector<uint8_t> build_id;
+  const void* base = nullptr;  // null: the address lies in no loaded file
+  std::string path;
+  std::vector<uint8_t> build_id;
 
-    bool operator==(const LoadedFile &) const = default;
+  bool operator==(const LoadedFile&) const = default;
 };
 
-LoadedFile loaded_file_at(const void *address);
+LoadedFile loaded_file_at(const void* address);
 
 }  // namespace flight

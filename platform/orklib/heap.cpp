@@ -19,105 +19,102 @@
 namespace ork {
 
 struct alignas(std::max_align_t) Heap::Block {
-    Heap *heap;
-    Block *newer;
-    Block *older;
-    uint64_t serial;
-    size_t size;
-    uint32_t tag;
-    alignas(16) uint8_t guard[16];  // in front of the object: a write there is seen by the address sanitizer
+  Heap* heap;
+  Block* newer;
+  Block* older;
+  uint64_t serial;
+  size_t size;
+  uint32_t tag;
+  alignas(16)
+      uint8_t guard[16];  // in front of the object: a write there is seen by the address sanitizer
 };
 
 namespace {
 
-void hide([[maybe_unused]] void *guard, [[maybe_unused]] size_t size) {
+void hide([[maybe_unused]] void* guard, [[maybe_unused]] size_t size) {
 #ifdef ORK_POISON_HEADS
-    __asan_poison_memory_region(guard, size);
+  __asan_poison_memory_region(guard, size);
 #endif
 }
 
-void show([[maybe_unused]] void *guard, [[maybe_unused]] size_t size) {
+void show([[maybe_unused]] void* guard, [[maybe_unused]] size_t size) {
 #ifdef ORK_POISON_HEADS
-    __asan_unpoison_memory_region(guard, size);
+  __asan_unpoison_memory_region(guard, size);
 #endif
 }
 
 }  // namespace
 
-Heap::~Heap() {
-    release_since(0);
+Heap::~Heap() { release_since(0); }
+
+void Heap::release(void*, uint32_t, void* ptr) {
+  if (ptr == nullptr) {
+    return;
+  }
+  Block* block = block_of(ptr);
+  Heap* heap = block->heap;
+  heap->unlink(block);
+  heap->mapping_.drop_range(ptr, block->size);
+  heap->report_.live_blocks -= 1;
+  heap->report_.live_bytes -= block->size;
+  if (block->tag != 0) {
+    tawny_account(block->tag, -static_cast<int64_t>(block->size), -1);
+  }
+  show(block->guard, sizeof block->guard);
+  std::free(block);
 }
 
-void Heap::release(void *, uint32_t, void *ptr) {
-    if (ptr == nullptr) {
-        return;
-    }
-    Block *block = block_of(ptr);
-    Heap *heap = block->heap;
-    heap->unlink(block);
-    heap->mapping_.drop_range(ptr, block->size);
-    heap->report_.live_blocks -= 1;
-    heap->report_.live_bytes -= block->size;
-    if (block->tag != 0) {
-        tawny_account(block->tag, -static_cast<int64_t>(block->size), -1);
-    }
-    show(block->guard, sizeof block->guard);
-    std::free(block);
-}
-
-void *Heap::allocate(size_t size) {
-    const uint32_t tag = tawny_take_callsite_tag();
-    const bool told_to_fail = fail_in_ != 0 && --fail_in_ == 0;
-    const bool over_budget = size > budget_ - std::min<uint64_t>(budget_, report_.live_bytes);
-    void *memory = nullptr;
-    if (!told_to_fail && !over_budget && size <= PTRDIFF_MAX - sizeof(Block)) {
-        memory = std::malloc(sizeof(Block) + size);
-    }
-    if (memory == nullptr) {
-        report_.refusals += 1;
-        return nullptr;
-    }
-    report_.allocations += 1;
-    report_.live_blocks += 1;
-    report_.live_bytes += size;
-    report_.peak_bytes = std::max(report_.peak_bytes, report_.live_bytes);
-    auto *block = new (memory) Block{this, nullptr, newest_, report_.allocations, size, tag, {}};
-    if (newest_ != nullptr) {
-        newest_->newer = block;
-    }
-    newest_ = block;
-    if (tag != 0) {
-        tawny_account(tag, static_cast<int64_t>(size), 1);
-    }
-    hide(block->guard, sizeof block->guard);
-    return block + 1;
+void* Heap::allocate(size_t size) {
+  const uint32_t tag = tawny_take_callsite_tag();
+  const bool told_to_fail = fail_in_ != 0 && --fail_in_ == 0;
+  const bool over_budget = size > budget_ - std::min<uint64_t>(budget_, report_.live_bytes);
+  void* memory = nullptr;
+  if (!told_to_fail && !over_budget && size <= PTRDIFF_MAX - sizeof(Block)) {
+    memory = std::malloc(sizeof(Block) + size);
+  }
+  if (memory == nullptr) {
+    report_.refusals += 1;
+    return nullptr;
+  }
+  report_.allocations += 1;
+  report_.live_blocks += 1;
+  report_.live_bytes += size;
+  report_.peak_bytes = std::max(report_.peak_bytes, report_.live_bytes);
+  auto* block = new (memory) Block{this, nullptr, newest_, report_.allocations, size, tag, {}};
+  if (newest_ != nullptr) {
+    newest_->newer = block;
+  }
+  newest_ = block;
+  if (tag != 0) {
+    tawny_account(tag, static_cast<int64_t>(size), 1);
+  }
+  hide(block->guard, sizeof block->guard);
+  return block + 1;
 }
 
 ork_memory_report Heap::report() const {
-    ork_memory_report report = report_;
-    report.live_distances = mapping_.size();
-    return report;
+  ork_memory_report report = report_;
+  report.live_distances = mapping_.size();
+  return report;
 }
 
 void Heap::release_since(uint64_t mark) {
-    while (newest_ != nullptr && newest_->serial > mark) {
-        release(this, ORK_NO_INSTANCE, newest_ + 1);
-    }
+  while (newest_ != nullptr && newest_->serial > mark) {
+    release(this, ORK_NO_INSTANCE, newest_ + 1);
+  }
 }
 
-void Heap::unlink(Block *block) {
-    if (block->newer != nullptr) {
-        block->newer->older = block->older;
-    } else {
-        newest_ = block->older;
-    }
-    if (block->older != nullptr) {
-        block->older->newer = block->newer;
-    }
+void Heap::unlink(Block* block) {
+  if (block->newer != nullptr) {
+    block->newer->older = block->older;
+  } else {
+    newest_ = block->older;
+  }
+  if (block->older != nullptr) {
+    block->older->newer = block->newer;
+  }
 }
 
-Heap::Block *Heap::block_of(void *ptr) {
-    return static_cast<Block *>(ptr) - 1;
-}
+Heap::Block* Heap::block_of(void* ptr) { return static_cast<Block*>(ptr) - 1; }
 
 }  // namespace ork

@@ -7,18 +7,19 @@
 
 namespace ork {
 
-// "10.0.0.1/24", "2001:db8::1/64", or "none" for no family. A family that is neither is shown by its number.
+// "10.0.0.1/24", "2001:db8::1/64", or "none" for no family. A family that is neither is shown by
+// its number.
 class IpText {
-public:
-    explicit IpText(const ork_ip_address &address);
-    std::string_view text() const { return text_; }
+ public:
+  explicit IpText(const ork_ip_address& address);
+  std::string_view text() const { return text_; }
 
-private:
-    char text_[64];
+ private:
+  char text_[64];
 };
 
-// Writes family, prefix length and address of target; an address alone has its full prefix length. False: no address,
-// target is as it was.
-bool parse_ip(std::string_view text, ork_ip_address &target);
+// Writes family, prefix length and address of target; an address alone has its full prefix length.
+// False: no address, target is as it was.
+bool parse_ip(std::string_view text, ork_ip_address& target);
 
 }  // namespace ork

@@ -7,25 +7,26 @@
 namespace {
 
 // 16 bytes as 32 digits: a LUID is written once, as the text that people compare.
-consteval ork_type_info own_type(const char (&luid_text)[33], const char *name, ork_variant_info *variants) {
-    ork_type_info type{};
-    type.magic = ORK_TYPE_INFO_MAGIC;
-    const auto digit = [](char c) { return c <= '9' ? c - '0' : c - 'a' + 10; };
-    for (size_t i = 0; i < sizeof type.luid; ++i) {
-        type.luid[i] = static_cast<uint8_t>(digit(luid_text[2 * i]) * 16 + digit(luid_text[2 * i + 1]));
+consteval ork_type_info own_type(const char (&luid_text)[33], const char* name,
+                                 ork_variant_info* variants) {
+  ork_type_info type{};
+  type.magic = ORK_TYPE_INFO_MAGIC;
+  const auto digit = [](char c) { return c <= '9' ? c - '0' : c - 'a' + 10; };
+  for (size_t i = 0; i < sizeof type.luid; ++i) {
+    type.luid[i] = static_cast<uint8_t>(digit(luid_text[2 * i]) * 16 + digit(luid_text[2 * i + 1]));
+  }
+  const auto copy = [](char* to, const char* from) {
+    while (*from != '\0') {
+      *to++ = *from++;
     }
-    const auto copy = [](char *to, const char *from) {
-        while (*from != '\0') {
-            *to++ = *from++;
-        }
-    };
-    copy(type.luid_text, luid_text);
-    copy(type.name, name);
-    copy(type.module, "orklib");
-    copy(type.kind, "type");
-    type.unassigned_id = -1;
-    type.varinfo = variants;
-    return type;
+  };
+  copy(type.luid_text, luid_text);
+  copy(type.name, name);
+  copy(type.module, "orklib");
+  copy(type.kind, "type");
+  type.unassigned_id = -1;
+  type.varinfo = variants;
+  return type;
 }
 
 constinit ork_variant_entry boolean_entry{0, 4, 0, 0, 0, 0, 0};

@@ -15,45 +15,45 @@ namespace ork {
 
 using Luid = std::array<uint8_t, ORK_LUID_SIZE>;
 
-inline Luid luid_at(const uint8_t *bytes) {
-    Luid luid;
-    std::memcpy(luid.data(), bytes, luid.size());
-    return luid;
+inline Luid luid_at(const uint8_t* bytes) {
+  Luid luid;
+  std::memcpy(luid.data(), bytes, luid.size());
+  return luid;
 }
 
 // LUIDs are drawn at random, so any eight bytes of one are a hash.
 struct LuidHash {
-    size_t operator()(const Luid &luid) const {
-        size_t hash;
-        std::memcpy(&hash, luid.data(), sizeof hash);
-        return hash;
-    }
+  size_t operator()(const Luid& luid) const {
+    size_t hash;
+    std::memcpy(&hash, luid.data(), sizeof hash);
+    return hash;
+  }
 };
 
 }  // namespace ork
 
 struct ork_type_list {
-    struct Entry {
-        std::string name;
-        ork::Luid luid;
-        uint32_t variants;
-    };
+  struct Entry {
+    std::string name;
+    ork::Luid luid;
+    uint32_t variants;
+  };
 
-    // False if the LUID is there already.
-    bool add(std::string_view name, const ork::Luid &luid, uint32_t variants);
+  // False if the LUID is there already.
+  bool add(std::string_view name, const ork::Luid& luid, uint32_t variants);
 
-    // 0: not in the list.
-    uint32_t variants(const ork::Luid &luid) const;
+  // 0: not in the list.
+  uint32_t variants(const ork::Luid& luid) const;
 
-    std::vector<Entry> entries;
+  std::vector<Entry> entries;
 
-private:
-    std::unordered_map<ork::Luid, uint32_t, ork::LuidHash> variants_;
+ private:
+  std::unordered_map<ork::Luid, uint32_t, ork::LuidHash> variants_;
 };
 
 namespace ork {
 
 ork_type_list types_of_modules();
-ork_type_list common_types(const ork_type_list &a, const ork_type_list &b);
+ork_type_list common_types(const ork_type_list& a, const ork_type_list& b);
 
 }  // namespace ork

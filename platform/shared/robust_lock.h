@@ -8,36 +8,38 @@
 
 namespace ork {
 
-// What it guards may be half changed when its holder dies, and nothing tells how far it came. Every later attempt to take
-// it is then refused, in every process and for good, rather than waiting forever or going on with what is there.
+// What it guards may be half changed when its holder dies, and nothing tells how far it came. Every
+// later attempt to take it is then refused, in every process and for good, rather than waiting
+// forever or going on with what is there.
 class RobustLock {
-public:
-    RobustLock() {
-        pthread_mutexattr_t attributes;
-        pthread_mutexattr_init(&attributes);
-        pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-        pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-        pthread_mutex_init(&mutex_, &attributes);
-        pthread_mutexattr_destroy(&attributes);
+ public:
+  RobustLock() {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutex_init(&mutex_, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+  }
+  RobustLock(const RobustLock&) = delete;
+  RobustLock& operator=(const RobustLock&) = delete;
+
+  // Throws std::system_error when a holder died.
+  void lock() {
+    const int result = pthread_mutex_lock(&mutex_);
+    if (result == EOWNERDEAD) {
+      // given up without being made consistent: the refusal is for good
+      pthread_mutex_unlock(&mutex_);
     }
-    RobustLock(const RobustLock &) = delete;
-    RobustLock &operator=(const RobustLock &) = delete;
-
-    // Throws std::system_error when a holder died.
-    void lock() {
-        const int result = pthread_mutex_lock(&mutex_);
-        if (result == EOWNERDEAD) {
-            pthread_mutex_unlock(&mutex_);  // given up without being made consistent: the refusal is for good
-        }
-        if (result != 0) {
-            throw std::system_error(result, std::generic_category());
-        }
+    if (result != 0) {
+      throw std::system_error(result, std::generic_category());
     }
+  }
 
-    void unlock() { pthread_mutex_unlock(&mutex_); }
+  void unlock() { pthread_mutex_unlock(&mutex_); }
 
-private:
-    pthread_mutex_t mutex_;
+ private:
+  pthread_mutex_t mutex_;
 };
 
 }  // namespace ork

@@ -15,12 +15,13 @@ std::atomic<ork_bundle_handler> registered_handler{nullptr};
 
 extern "C" {
 
-ORK_EXPORT ork_bundle_handler ORK_JOIN(SIBLING, _bundle_handler_register)(ork_bundle_handler handler) {
-    return registered_handler.exchange(handler);
+ORK_EXPORT ork_bundle_handler ORK_JOIN(SIBLING,
+                                       _bundle_handler_register)(ork_bundle_handler handler) {
+  return registered_handler.exchange(handler);
 }
 
 ORK_EXPORT ork_bundle_handler ORK_JOIN(SIBLING, _bundle_handler_unregister)() {
-    return registered_handler.exchange(nullptr);
+  return registered_handler.exchange(nullptr);
 }
 
 }  // extern "C"

@@ -1,4 +1,5 @@
-// The module's entry in the runtime's list, from load to unload. The library is loaded by hand, each time afresh.
+// The module's entry in the runtime's list, from load to unload. The library is loaded by hand,
+// each time afresh.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <link.h>

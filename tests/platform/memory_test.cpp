@@ -8,163 +8,163 @@ namespace platform_test {
 namespace {
 
 TEST(Memory, BudgetRefusesWhatWouldPassIt) {
-    const Handle handle = make_handle([](ork_options &options) { options.memory_budget = 1000; });
-    void *first = allocate(handle, 600);
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(allocate(handle, 401), nullptr);
-    void *second = allocate(handle, 400);
-    EXPECT_NE(second, nullptr);
-    release(handle, first);
-    release(handle, second);
-    EXPECT_EQ(memory_of(handle).refusals, 1u);
+  const Handle handle = make_handle([](ork_options& options) { options.memory_budget = 1000; });
+  void* first = allocate(handle, 600);
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(allocate(handle, 401), nullptr);
+  void* second = allocate(handle, 400);
+  EXPECT_NE(second, nullptr);
+  release(handle, first);
+  release(handle, second);
+  EXPECT_EQ(memory_of(handle).refusals, 1u);
 }
 
 TEST(Memory, HostileSizesAreRefused) {
-    const Handle handle = make_handle();
-    EXPECT_EQ(allocate(handle, SIZE_MAX), nullptr);
-    EXPECT_EQ(allocate(handle, SIZE_MAX - 16), nullptr);
-    EXPECT_EQ(allocate(handle, PTRDIFF_MAX), nullptr);
+  const Handle handle = make_handle();
+  EXPECT_EQ(allocate(handle, SIZE_MAX), nullptr);
+  EXPECT_EQ(allocate(handle, SIZE_MAX - 16), nullptr);
+  EXPECT_EQ(allocate(handle, PTRDIFF_MAX), nullptr);
 }
 
 TEST(Memory, SizeZeroGivesBlocksOfTheirOwn) {
-    const Handle handle = make_handle();
-    void *a = allocate(handle, 0);
-    void *b = allocate(handle, 0);
-    EXPECT_NE(a, nullptr);
-    EXPECT_NE(a, b);
-    release(handle, a);
-    release(handle, b);
-    EXPECT_EQ(memory_of(handle).live_blocks, 0u);
+  const Handle handle = make_handle();
+  void* a = allocate(handle, 0);
+  void* b = allocate(handle, 0);
+  EXPECT_NE(a, nullptr);
+  EXPECT_NE(a, b);
+  release(handle, a);
+  release(handle, b);
+  EXPECT_EQ(memory_of(handle).live_blocks, 0u);
 }
 
 TEST(Memory, LeaksAreCounted) {
-    Handle handle = make_handle();
-    allocate(handle, 10);
-    allocate(handle, 20);
-    ork_memory_report report;
-    ork_handle_destroy(handle.release(), &report);
-    EXPECT_EQ(report.live_blocks, 2u);
-    EXPECT_EQ(report.live_bytes, 30u);
-    EXPECT_EQ(report.peak_bytes, 30u);
+  Handle handle = make_handle();
+  allocate(handle, 10);
+  allocate(handle, 20);
+  ork_memory_report report;
+  ork_handle_destroy(handle.release(), &report);
+  EXPECT_EQ(report.live_blocks, 2u);
+  EXPECT_EQ(report.live_bytes, 30u);
+  EXPECT_EQ(report.peak_bytes, 30u);
 }
 
 TEST(Memory, NthAllocationFailsOnce) {
-    const Handle handle = make_handle();
-    ork_handle_fail_allocation(handle.get(), 2);
-    void *a = allocate(handle, 1);
-    EXPECT_EQ(allocate(handle, 1), nullptr);
-    void *b = allocate(handle, 1);
-    EXPECT_NE(b, nullptr);
-    release(handle, a);
-    release(handle, b);
+  const Handle handle = make_handle();
+  ork_handle_fail_allocation(handle.get(), 2);
+  void* a = allocate(handle, 1);
+  EXPECT_EQ(allocate(handle, 1), nullptr);
+  void* b = allocate(handle, 1);
+  EXPECT_NE(b, nullptr);
+  release(handle, a);
+  release(handle, b);
 }
 
 TEST(Memory, BlockFreedThroughAnotherHandleGoesBackToItsOwnAccount) {
-    const Handle a = make_handle();
-    const Handle b = make_handle();
-    release(b, allocate(a, 100));
-    EXPECT_EQ(memory_of(a).live_bytes, 0u);
-    EXPECT_EQ(memory_of(b).live_bytes, 0u);
+  const Handle a = make_handle();
+  const Handle b = make_handle();
+  release(b, allocate(a, 100));
+  EXPECT_EQ(memory_of(a).live_bytes, 0u);
+  EXPECT_EQ(memory_of(b).live_bytes, 0u);
 }
 
 struct alignas(8) Block {
-    unsigned char bytes[64];
+  unsigned char bytes[64];
 };
 
 TEST(Mapping, DistanceIsKeptAndTheFlagSet) {
-    const Handle handle = make_handle();
-    Block block{};
-    orklib_update_sttr_offset(handle.get(), 0, &block, 48);
-    EXPECT_EQ(block.bytes[ORK_OFFSET_OBJ_FLAGS], OBJ_STTR_OFFSET);
-    EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, &block), 48);
-    orklib_update_sttr_offset(handle.get(), 0, &block, 56);
-    EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, &block), 56);
-    EXPECT_EQ(memory_of(handle).live_distances, 1u);
+  const Handle handle = make_handle();
+  Block block{};
+  orklib_update_sttr_offset(handle.get(), 0, &block, 48);
+  EXPECT_EQ(block.bytes[ORK_OFFSET_OBJ_FLAGS], OBJ_STTR_OFFSET);
+  EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, &block), 48);
+  orklib_update_sttr_offset(handle.get(), 0, &block, 56);
+  EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, &block), 56);
+  EXPECT_EQ(memory_of(handle).live_distances, 1u);
 }
 
 TEST(Mapping, DestroyOfNothingIsNoError) {
-    const Handle handle = make_handle();
-    Block block{};
-    uint32_t err = 0;
-    ork_hd_mapping_destroy(handle.get(), 0, &block, &err);
-    EXPECT_EQ(err, 0u);
+  const Handle handle = make_handle();
+  Block block{};
+  uint32_t err = 0;
+  ork_hd_mapping_destroy(handle.get(), 0, &block, &err);
+  EXPECT_EQ(err, 0u);
 }
 
 TEST(Mapping, FreeingABlockDropsEveryDistanceInsideItAndNoOther) {
-    const Handle handle = make_handle();
-    auto *a = static_cast<unsigned char *>(allocate(handle, 128));
-    auto *b = static_cast<unsigned char *>(allocate(handle, 128));
-    std::memset(a, 0, 128);
-    std::memset(b, 0, 128);
-    for (int at : {0, 32, 112}) {
-        orklib_update_sttr_offset(handle.get(), 0, a + at, 1);
-        orklib_update_sttr_offset(handle.get(), 0, b + at, 2);
-    }
-    release(handle, a);
-    EXPECT_EQ(memory_of(handle).live_distances, 3u);
-    EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, b), 2);
-    release(handle, b);
-    EXPECT_EQ(memory_of(handle).live_distances, 0u);
+  const Handle handle = make_handle();
+  auto* a = static_cast<unsigned char*>(allocate(handle, 128));
+  auto* b = static_cast<unsigned char*>(allocate(handle, 128));
+  std::memset(a, 0, 128);
+  std::memset(b, 0, 128);
+  for (int at : {0, 32, 112}) {
+    orklib_update_sttr_offset(handle.get(), 0, a + at, 1);
+    orklib_update_sttr_offset(handle.get(), 0, b + at, 2);
+  }
+  release(handle, a);
+  EXPECT_EQ(memory_of(handle).live_distances, 3u);
+  EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, b), 2);
+  release(handle, b);
+  EXPECT_EQ(memory_of(handle).live_distances, 0u);
 }
 
 TEST(Mapping, UntoldDistanceOfAnArrayRecordLeadsToAnEmptyEntryInItsOwnBody) {
-    const Handle handle = make_handle();
-    const TestType type(1, "array", {24});
-    alignas(8) unsigned char object[32] = {};
-    *ork_get_manifested_type_info_ptr_mem(object) = type.get();
-    EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, object), 16);
+  const Handle handle = make_handle();
+  const TestType type(1, "array", {24});
+  alignas(8) unsigned char object[32] = {};
+  *ork_get_manifested_type_info_ptr_mem(object) = type.get();
+  EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, object), 16);
 }
 
 TEST(Tawny, TagBelongsToTheNextAllocation) {
-    const Handle handle = make_handle();
-    struct Account {
-        int64_t bytes = 0;
-        int64_t blocks = 0;
-    } account;
-    const auto read = [&] {
-        account = {};
-        tawny_each(
-            [](void *ctx, uint32_t tag, int64_t bytes, int64_t blocks) {
-                if (tag == 0xa0910777) {
-                    *static_cast<Account *>(ctx) = {bytes, blocks};
-                }
-            },
-            &account);
-    };
-    tawny_set_callsite_tag(0xa0910777);
-    void *tagged = allocate(handle, 40);
-    void *untagged = allocate(handle, 50);
-    read();
-    EXPECT_EQ(account.bytes, 40);
-    EXPECT_EQ(account.blocks, 1);
-    release(handle, tagged);
-    release(handle, untagged);
-    read();
-    EXPECT_EQ(account.bytes, 0);
-    EXPECT_EQ(account.blocks, 0);
+  const Handle handle = make_handle();
+  struct Account {
+    int64_t bytes = 0;
+    int64_t blocks = 0;
+  } account;
+  const auto read = [&] {
+    account = {};
+    tawny_each(
+        [](void* ctx, uint32_t tag, int64_t bytes, int64_t blocks) {
+          if (tag == 0xa0910777) {
+            *static_cast<Account*>(ctx) = {bytes, blocks};
+          }
+        },
+        &account);
+  };
+  tawny_set_callsite_tag(0xa0910777);
+  void* tagged = allocate(handle, 40);
+  void* untagged = allocate(handle, 50);
+  read();
+  EXPECT_EQ(account.bytes, 40);
+  EXPECT_EQ(account.blocks, 1);
+  release(handle, tagged);
+  release(handle, untagged);
+  read();
+  EXPECT_EQ(account.bytes, 0);
+  EXPECT_EQ(account.blocks, 0);
 }
 
 TEST(Tawny, PrintsALineForEachTag) {
-    const Handle handle = make_handle();
-    const auto printed = [] {
-        char *text = nullptr;
-        size_t size = 0;
-        FILE *const stream = open_memstream(&text, &size);
-        tawny_print(stream);
-        fclose(stream);
-        const std::string all = "\n" + std::string(text, size);
-        free(text);
-        return all;
-    };
-    tawny_set_callsite_tag(0xa0910777);
-    void *first = allocate(handle, 40);
-    tawny_set_callsite_tag(0x00000777);
-    void *second = allocate(handle, 50);
-    EXPECT_NE(printed().find("\ntag 0xa0910777 bytes 40 blocks 1\n"), std::string::npos) << printed();
-    EXPECT_NE(printed().find("\ntag 0x00000777 bytes 50 blocks 1\n"), std::string::npos) << printed();
-    release(handle, first);
-    EXPECT_NE(printed().find("\ntag 0xa0910777 bytes 0 blocks 0\n"), std::string::npos) << printed();
-    release(handle, second);
+  const Handle handle = make_handle();
+  const auto printed = [] {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* const stream = open_memstream(&text, &size);
+    tawny_print(stream);
+    fclose(stream);
+    const std::string all = "\n" + std::string(text, size);
+    free(text);
+    return all;
+  };
+  tawny_set_callsite_tag(0xa0910777);
+  void* first = allocate(handle, 40);
+  tawny_set_callsite_tag(0x00000777);
+  void* second = allocate(handle, 50);
+  EXPECT_NE(printed().find("\ntag 0xa0910777 bytes 40 blocks 1\n"), std::string::npos) << printed();
+  EXPECT_NE(printed().find("\ntag 0x00000777 bytes 50 blocks 1\n"), std::string::npos) << printed();
+  release(handle, first);
+  EXPECT_NE(printed().find("\ntag 0xa0910777 bytes 0 blocks 0\n"), std::string::npos) << printed();
+  release(handle, second);
 }
 
 }  // namespace

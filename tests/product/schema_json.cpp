@@ -5,19 +5,25 @@
 
 namespace {
 
-constexpr const char* classes[] = {"value", "object", "text", "counter", "value array", "record array"};
-constexpr const char* kinds[] = {"u_int8",     "u_int16", "u_int32", "u_int64",  "ork_boolean", "link_type",
-                                 "ip_address", "char",    "enum",    "flag set", "record"};
+constexpr const char* classes[] = {"value",   "object",      "text",
+                                   "counter", "value array", "record array"};
+constexpr const char* kinds[] = {"u_int8",      "u_int16",   "u_int32",    "u_int64",
+                                 "ork_boolean", "link_type", "ip_address", "char",
+                                 "enum",        "flag set",  "record"};
 
 const char* comma(unsigned index, unsigned count) { return index + 1 < count ? "," : ""; }
 
 void print_field(const wayfind_field& field) {
-  std::printf("{\"name\":\"%s\",\"class\":\"%s\",\"kind\":\"%s\",\"type\":\"%s\",\"variant\":%u,\"width\":%u}", field.name,
-              classes[field.cls], kinds[field.kind], field.type_name != nullptr ? field.type_name : "", field.variant, field.width);
+  std::printf(
+      "{\"name\":\"%s\",\"class\":\"%s\",\"kind\":\"%s\",\"type\":\"%s\",\"variant\":%u,\"width\":%"
+      "u}",
+      field.name, classes[field.cls], kinds[field.kind],
+      field.type_name != nullptr ? field.type_name : "", field.variant, field.width);
 }
 
 void print_record(const wayfind_record& record) {
-  std::printf("\"%s\":{\"luid\":\"%s\",\"variants\":%u,\"fields\":[", record.name, record.luid_text, record.variants);
+  std::printf("\"%s\":{\"luid\":\"%s\",\"variants\":%u,\"fields\":[", record.name, record.luid_text,
+              record.variants);
   for (unsigned i = 0; i < record.field_count; ++i) {
     print_field(record.fields[i]);
     std::printf("%s", comma(i, record.field_count));
@@ -27,13 +33,15 @@ void print_record(const wayfind_record& record) {
 
 void print_small_type(const wayfind_small_type& type) {
   std::printf("\"%s\":[", type.name);
-  for (unsigned i = 0; i < type.values; ++i) std::printf("\"%s\"%s", type.texts[i], comma(i, type.values));
+  for (unsigned i = 0; i < type.values; ++i)
+    std::printf("\"%s\"%s", type.texts[i], comma(i, type.values));
   std::printf("]");
 }
 
 void print_message(const wayfind_message& message) {
   std::printf("\"%s\":{\"luid\":\"%s\",\"records\":[", message.name, message.luid_text);
-  for (unsigned i = 0; i < message.record_count; ++i) std::printf("\"%s\"%s", message.records[i]->name, comma(i, message.record_count));
+  for (unsigned i = 0; i < message.record_count; ++i)
+    std::printf("\"%s\"%s", message.records[i]->name, comma(i, message.record_count));
   std::printf("]}");
 }
 
@@ -51,7 +59,8 @@ void print_bundle(const wayfind_bundle& bundle) {
   }
   std::printf("],\"members\":[");
   for (unsigned i = 0; i < bundle.member_count; ++i) {
-    std::printf("[\"%s\",%u]%s", bundle.members[i].message->name, bundle.members[i].repeatable, comma(i, bundle.member_count));
+    std::printf("[\"%s\",%u]%s", bundle.members[i].message->name, bundle.members[i].repeatable,
+                comma(i, bundle.member_count));
   }
   std::printf("]}");
 }

@@ -1,4 +1,5 @@
-// Every function that the module imports from the platform's libraries, each defined once more in front of its library.
+// Every function that the module imports from the platform's libraries, each defined once more in
+// front of its library.
 #include <dlfcn.h>
 
 #include <cstdarg>
@@ -24,9 +25,9 @@ template <class F>
 struct Signature;
 template <class R, class... A>
 struct Signature<R(A...)> {
-    using Result = R;
-    template <size_t i>
-    using Argument = std::tuple_element_t<i, std::tuple<A...>>;
+  using Result = R;
+  template <size_t i>
+  using Argument = std::tuple_element_t<i, std::tuple<A...>>;
 };
 template <class F>
 using Result = typename Signature<F>::Result;
@@ -35,68 +36,81 @@ using Argument = typename Signature<F>::template Argument<i>;
 
 // Writes a call down and hands it on, to its replacement if a test has set one.
 template <class R, class... A>
-R through(const char *name, R (*self)(A...), R (*next)(A...), std::type_identity_t<A>... args) {
-    if (spy::Recorder::active()) {
-        spy::Recorder::call(spy::joined(name, {spy::text_of(args)...}));
-    }
-    const spy::Inside inside;
-    if (const std::any *const body = spy::replacement_of(reinterpret_cast<const void *>(self))) {
-        return std::any_cast<const std::function<R(A...)> &>(*body)(args...);
-    }
-    return next(args...);
+R through(const char* name, R (*self)(A...), R (*next)(A...), std::type_identity_t<A>... args) {
+  if (spy::Recorder::active()) {
+    spy::Recorder::call(spy::joined(name, {spy::text_of(args)...}));
+  }
+  const spy::Inside inside;
+  if (const std::any* const body = spy::replacement_of(reinterpret_cast<const void*>(self))) {
+    return std::any_cast<const std::function<R(A...)>&>(*body)(args...);
+  }
+  return next(args...);
 }
 
-// Writes a trace down in words. A fatal one goes to stderr as well, where the parent of a process that aborts can read it.
-void trace(const void *section_id, uint32_t index, uint32_t level_word, std::initializer_list<spy::TraceArgument> arguments) {
-    if (!spy::Recorder::active() && level_word != ORK_LEVEL_FATAL) {
-        return;
-    }
-    const char *const level = level_word == ORK_LEVEL_FATAL   ? "fatal"
-                              : level_word == ORK_LEVEL_ERROR ? "error"
-                              : level_word == ORK_LEVEL_INFO  ? "info"
-                              : level_word == ORK_LEVEL_DEBUG ? "debug"
-                                                              : "unknown level";
-    const std::string line = std::string("trace(") + level + "," + spy::trace_text(section_id, index, arguments) + ")";
-    spy::Recorder::call(line);
-    if (level_word == ORK_LEVEL_FATAL) {
-        std::fprintf(stderr, "%s\n", line.c_str());
-    }
+// Writes a trace down in words. A fatal one goes to stderr as well, where the parent of a process
+// that aborts can read it.
+void trace(const void* section_id, uint32_t index, uint32_t level_word,
+           std::initializer_list<spy::TraceArgument> arguments) {
+  if (!spy::Recorder::active() && level_word != ORK_LEVEL_FATAL) {
+    return;
+  }
+  const char* const level = level_word == ORK_LEVEL_FATAL   ? "fatal"
+                            : level_word == ORK_LEVEL_ERROR ? "error"
+                            : level_word == ORK_LEVEL_INFO  ? "info"
+                            : level_word == ORK_LEVEL_DEBUG ? "debug"
+                                                            : "unknown level";
+  const std::string line =
+      std::string("trace(") + level + "," + spy::trace_text(section_id, index, arguments) + ")";
+  spy::Recorder::call(line);
+  if (level_word == ORK_LEVEL_FATAL) {
+    std::fprintf(stderr, "%s\n", line.c_str());
+  }
 }
 
 template <class F>
-F *next_in_line(const char *name) {
-    auto *const next = reinterpret_cast<F *>(dlsym(RTLD_NEXT, name));
-    if (!next) {
-        std::fprintf(stderr, "no %s behind the spy\n", name);
-        std::abort();
-    }
-    return next;
+F* next_in_line(const char* name) {
+  auto* const next = reinterpret_cast<F*>(dlsym(RTLD_NEXT, name));
+  if (!next) {
+    std::fprintf(stderr, "no %s behind the spy\n", name);
+    std::abort();
+  }
+  return next;
 }
 
 }  // namespace
 
 #define A(name, i) Argument<decltype(::name), i>
-#define SPY(name, parameters, ...)                                       \
-    Result<decltype(::name)> name parameters {                           \
-        static auto *const next = next_in_line<decltype(::name)>(#name); \
-        return through(#name, &::name, next __VA_OPT__(, ) __VA_ARGS__); \
-    }
+#define SPY(name, parameters, ...)                                   \
+  Result<decltype(::name)> name parameters {                         \
+    static auto* const next = next_in_line<decltype(::name)>(#name); \
+    return through(#name, &::name, next __VA_OPT__(, ) __VA_ARGS__); \
+  }
 #define SPY_0(f) SPY(f, (), )
 #define SPY_1(f) SPY(f, (A(f, 0) a), a)
 #define SPY_2(f) SPY(f, (A(f, 0) a, A(f, 1) b), a, b)
 #define SPY_3(f) SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c), a, b, c)
 #define SPY_4(f) SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d), a, b, c, d)
 #define SPY_5(f) SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e), a, b, c, d, e)
-#define SPY_6(f) SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g), a, b, c, d, e, g)
-#define SPY_7(f) SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g, A(f, 6) h), a, b, c, d, e, g, h)
-#define SPY_8(f) SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g, A(f, 6) h, A(f, 7) i), a, b, c, d, e, g, h, i)
-#define SPY_9(f) \
-    SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g, A(f, 6) h, A(f, 7) i, A(f, 8) j), a, b, c, d, e, g, h, i, j)
+#define SPY_6(f) \
+  SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g), a, b, c, d, e, g)
+#define SPY_7(f)                                                                                 \
+  SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g, A(f, 6) h), a, b, c, \
+      d, e, g, h)
+#define SPY_8(f)                                                                                   \
+  SPY(f, (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g, A(f, 6) h, A(f, 7) i), \
+      a, b, c, d, e, g, h, i)
+#define SPY_9(f)                                                                               \
+  SPY(f,                                                                                       \
+      (A(f, 0) a, A(f, 1) b, A(f, 2) c, A(f, 3) d, A(f, 4) e, A(f, 5) g, A(f, 6) h, A(f, 7) i, \
+       A(f, 8) j),                                                                             \
+      a, b, c, d, e, g, h, i, j)
 
 // What all primitives have, and what is added for those that are compared, made and embedded.
 #define SPY_VALUE(p) SPY_4(p##_get) SPY_4(p##_get_value) SPY_5(p##_set) SPY_5(p##_set_value)
 #define SPY_CODED(p) \
-    SPY_3(p##_len) SPY_6(p##_marshal) SPY_7(p##_unmarshal) SPY_2(p##_hash) SPY_8(p##_print) SPY_8(p##_to_xml) SPY_8(p##_from_xml)
+  SPY_3(p##_len)     \
+  SPY_6(p##_marshal) \
+  SPY_7(p##_unmarshal) SPY_2(p##_hash) SPY_8(p##_print) SPY_8(p##_to_xml) SPY_8(p##_from_xml)
 #define SPY_ELEMENT(p) SPY_1(p##_sizeof) SPY_2(p##_create) SPY_3(p##_destroy)
 #define SPY_OBJECT(p) SPY_9(p##_initialize) SPY_3(p##_set_instance_embedded) SPY_2(p##_compare)
 #define SPY_SIBLING(s) SPY_1(s##_bundle_handler_register) SPY_0(s##_bundle_handler_unregister)
@@ -206,38 +220,40 @@ SPY_3(SuperFastHash)
 // clang-format on
 
 // A call with a text of its own is handed on as that text.
-uint32_t ork_snprintf(ork_handle *handle, uint32_t instance, char *buffer, int32_t remaining, uint32_t *err, const char *format, ...) {
-    static auto *const next = next_in_line<decltype(::ork_snprintf)>("ork_snprintf");
-    char text[4096];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    if (spy::Recorder::active()) {
-        spy::Recorder::format(format);
-        spy::Recorder::call(spy::joined("ork_snprintf", {spy::text_of(instance), spy::symbol(buffer), spy::text_of(remaining),
-                                                         spy::symbol(err), spy::text_of(static_cast<const char *>(text))}));
-    }
-    const spy::Inside inside;
-    return next(handle, instance, buffer, remaining, err, "%s", text);
+uint32_t ork_snprintf(ork_handle* handle, uint32_t instance, char* buffer, int32_t remaining,
+                      uint32_t* err, const char* format, ...) {
+  static auto* const next = next_in_line<decltype(::ork_snprintf)>("ork_snprintf");
+  char text[4096];
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  if (spy::Recorder::active()) {
+    spy::Recorder::format(format);
+    spy::Recorder::call(spy::joined(
+        "ork_snprintf", {spy::text_of(instance), spy::symbol(buffer), spy::text_of(remaining),
+                         spy::symbol(err), spy::text_of(static_cast<const char*>(text))}));
+  }
+  const spy::Inside inside;
+  return next(handle, instance, buffer, remaining, err, "%s", text);
 }
 
-#define SPY_TRACE(pattern, parameters, ...)                                                     \
-    void __FLf_##pattern parameters {                                                           \
-        static auto *const next = next_in_line<decltype(::__FLf_##pattern)>("__FLf_" #pattern); \
-        trace(section, index, level, {__VA_ARGS__});                                            \
-        next(section, index, module, level __VA_OPT__(, ) __VA_ARGS__);                         \
-    }
+#define SPY_TRACE(pattern, parameters, ...)                                                 \
+  void __FLf_##pattern parameters {                                                         \
+    static auto* const next = next_in_line<decltype(::__FLf_##pattern)>("__FLf_" #pattern); \
+    trace(section, index, level, {__VA_ARGS__});                                            \
+    next(section, index, module, level __VA_OPT__(, ) __VA_ARGS__);                         \
+  }
 #define CALL_SITE const void *section, uint32_t index, uint32_t module, uint32_t level
 
 SPY_TRACE(0, (CALL_SITE), )
-SPY_TRACE(1, (CALL_SITE, const char *a), a)
+SPY_TRACE(1, (CALL_SITE, const char* a), a)
 SPY_TRACE(4, (CALL_SITE, uint32_t a), a)
-SPY_TRACE(11, (CALL_SITE, const char *a, const char *b), a, b)
-SPY_TRACE(15, (CALL_SITE, const char *a, const void *b), a, b)
+SPY_TRACE(11, (CALL_SITE, const char* a, const char* b), a, b)
+SPY_TRACE(15, (CALL_SITE, const char* a, const void* b), a, b)
 SPY_TRACE(44, (CALL_SITE, uint32_t a, uint32_t b), a, b)
-SPY_TRACE(51, (CALL_SITE, const void *a, const char *b), a, b)
-SPY_TRACE(111, (CALL_SITE, const char *a, const char *b, const char *c), a, b, c)
+SPY_TRACE(51, (CALL_SITE, const void* a, const char* b), a, b)
+SPY_TRACE(111, (CALL_SITE, const char* a, const char* b, const char* c), a, b, c)
 SPY_TRACE(444, (CALL_SITE, uint32_t a, uint32_t b, uint32_t c), a, b, c)
 
 }  // extern "C"

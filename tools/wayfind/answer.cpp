@@ -28,13 +28,15 @@ std::shared_ptr<const MessageList> entries(DataFolder& data, const wayfind_messa
 
 }  // namespace
 
-Answer::Answer(const Subject& subject, DataFolder& data, ork_handle* handle) : subject_(subject), data_(data), handle_(handle) {
+Answer::Answer(const Subject& subject, DataFolder& data, ork_handle* handle)
+    : subject_(subject), data_(data), handle_(handle) {
   const wayfind_bundle& bundle = *subject.bundle;
   for (unsigned i = 0; i < bundle.member_count; ++i) {
     const MessageType& type = message_type(*bundle.members[i].message);
     if (type.is_valid(handle) != 0) parts_.push_back({&type, entries(data, *type.schema)});
   }
-  if (parts_.empty()) throw Failure("the release on the other side takes no message of show " + subject.name);
+  if (parts_.empty())
+    throw Failure("the release on the other side takes no message of show " + subject.name);
 }
 
 void Answer::append_next(std::vector<uint8_t>& out) {
@@ -72,7 +74,8 @@ void Answer::skip_finished_parts() {
 
 void Answer::append_control(const char* kind, std::vector<uint8_t>& out) {
   ControlMarshal* marshal = nullptr;
-  find_function(subject_.bundle->functions, std::string("_bundle_") + kind + "_message_marshal", marshal);
+  find_function(subject_.bundle->functions, std::string("_bundle_") + kind + "_message_marshal",
+                marshal);
   uint8_t frame[control_length];
   uint32_t err = 0;
   const uint32_t length = marshal(handle_, ORK_NO_INSTANCE, frame, nullptr, sizeof frame, &err);
@@ -83,11 +86,13 @@ void Answer::append_control(const char* kind, std::vector<uint8_t>& out) {
 void Answer::append_message(const MessageType& type, void* message, std::vector<uint8_t>& out) {
   frame_.resize(type.len(handle_, ORK_NO_INSTANCE, message));
   uint32_t err = 0;
-  const uint32_t length = type.marshal(handle_, ORK_NO_INSTANCE, frame_.data(), message, static_cast<int32_t>(frame_.size()), &err);
+  const uint32_t length = type.marshal(handle_, ORK_NO_INSTANCE, frame_.data(), message,
+                                       static_cast<int32_t>(frame_.size()), &err);
   if (err == 0) return send(frame_.data(), length, out);
   stage_ = Stage::done;
   append_control("abort", out);
-  throw Failure("show " + subject_.name + " aborted: message " + std::to_string(messages_sent_ + 1) + ", " + type.schema->name +
+  throw Failure("show " + subject_.name + " aborted: message " +
+                std::to_string(messages_sent_ + 1) + ", " + type.schema->name +
                 ", cannot be sent: " + words_for(err));
 }
 

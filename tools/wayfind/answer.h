@@ -12,7 +12,8 @@ namespace wayfind {
 
 class Answer {
  public:
-  // The handle is the client's: its domain knows what the client's release takes. A show of which the client takes nothing is a Failure.
+  // The handle is the client's: its domain knows what the client's release takes. A show of which
+  // the client takes nothing is a Failure.
   Answer(const Subject& subject, DataFolder& data, ork_handle* handle);
 
   bool done() const { return stage_ == Stage::done; }

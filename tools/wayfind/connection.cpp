@@ -13,15 +13,22 @@
 namespace wayfind {
 namespace {
 
-// Answers are made ahead of the client up to here, so that a client that does not read costs no more.
+// Answers are made ahead of the client up to here, so that a client that does not read costs no
+// more.
 constexpr size_t outbox_enough = size_t{256} << 10;
 
 bool would_wait() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR; }
 
 }  // namespace
 
-Connection::Connection(Descriptor socket, Handle handle, DataFolder& data, Refresh refresh, const std::string& name)
-    : socket_(std::move(socket)), handle_(std::move(handle)), data_(data), refresh_(refresh), name_(name), own_(announcement(*handle_)) {
+Connection::Connection(Descriptor socket, Handle handle, DataFolder& data, Refresh refresh,
+                       const std::string& name)
+    : socket_(std::move(socket)),
+      handle_(std::move(handle)),
+      data_(data),
+      refresh_(refresh),
+      name_(name),
+      own_(announcement(*handle_)) {
   put(announcement_text(*own_));
 }
 
@@ -31,7 +38,8 @@ short Connection::wanted_events() const {
 }
 
 bool Connection::serve(short events) {
-  if ((events & (POLLIN | POLLHUP | POLLERR)) != 0 && (wanted_events() & POLLIN) != 0 && !receive()) return false;
+  if ((events & (POLLIN | POLLHUP | POLLERR)) != 0 && (wanted_events() & POLLIN) != 0 && !receive())
+    return false;
   bool goes_on = false;
   do {
     const bool was_held_back = is_full();
@@ -56,7 +64,8 @@ bool Connection::receive() {
 
 bool Connection::flush() {
   while (has_output()) {
-    const ssize_t sent = send(socket_.get(), outbox_.data() + sent_, outbox_.size() - sent_, MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t sent = send(socket_.get(), outbox_.data() + sent_, outbox_.size() - sent_,
+                              MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent < 0) return would_wait();
     sent_ += static_cast<size_t>(sent);
     last_progress_ = Clock::now();
@@ -131,7 +140,8 @@ void Connection::make_frames() {
     while (!answer_->done() && !is_full()) answer_->append_next(outbox_);
     if (!answer_->done()) return;
     const std::string less = lowered(*answer_->subject().bundle, *own_, *peer_);
-    log(name_ + ": show " + answer_->subject().name + ", " + std::to_string(answer_->messages_sent()) + " messages" +
+    log(name_ + ": show " + answer_->subject().name + ", " +
+        std::to_string(answer_->messages_sent()) + " messages" +
         (less.empty() ? "" : "; lowered: " + less));
   } catch (const Failure& failure) {
     log(name_ + ": " + failure.what());
@@ -139,6 +149,8 @@ void Connection::make_frames() {
   answer_.reset();
 }
 
-void Connection::put(const std::string& text) { outbox_.insert(outbox_.end(), text.begin(), text.end()); }
+void Connection::put(const std::string& text) {
+  outbox_.insert(outbox_.end(), text.begin(), text.end());
+}
 
 }  // namespace wayfind

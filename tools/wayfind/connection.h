@@ -21,7 +21,8 @@ class Connection {
   using Refresh = void (*)(DataFolder&, const Subject&);
 
   // The handle is the connection's; the data outlives it.
-  Connection(Descriptor socket, Handle handle, DataFolder& data, Refresh refresh, const std::string& name);
+  Connection(Descriptor socket, Handle handle, DataFolder& data, Refresh refresh,
+             const std::string& name);
 
   int socket() const { return socket_.get(); }
 

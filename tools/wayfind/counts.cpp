@@ -13,8 +13,9 @@ using SetValue = void(ork_handle*, uint32_t, void*, uint32_t, uint32_t*);
 
 struct Count {
   std::string_view record;
-  std::string_view field;    // a u_int32
-  std::string_view counted;  // a message, of which the agent has so many; empty: what repeats in the show
+  std::string_view field;  // a u_int32
+  std::string_view
+      counted;  // a message, of which the agent has so many; empty: what repeats in the show
 };
 
 constexpr Count counts[] = {
@@ -46,26 +47,32 @@ uint32_t entries_of(const wayfind_bundle& bundle, const DataFolder& data, ork_ha
 }
 
 const wayfind_field& field_named(const wayfind_record& record, std::string_view name) {
-  return *std::find_if(record.fields, record.fields + record.field_count, [&](const wayfind_field& field) { return field.name == name; });
+  return *std::find_if(record.fields, record.fields + record.field_count,
+                       [&](const wayfind_field& field) { return field.name == name; });
 }
 
 }  // namespace
 
 bool tells_counts(const wayfind_message& message) {
-  return std::any_of(std::begin(counts), std::end(counts), [&](const Count& count) { return count.record == message.records[0]->name; });
+  return std::any_of(std::begin(counts), std::end(counts),
+                     [&](const Count& count) { return count.record == message.records[0]->name; });
 }
 
-void fill_counts(const wayfind_bundle& bundle, const DataFolder& data, ork_handle* client, const wayfind_message& message, void* msg) {
+void fill_counts(const wayfind_bundle& bundle, const DataFolder& data, ork_handle* client,
+                 const wayfind_message& message, void* msg) {
   const wayfind_record& record = *message.records[0];
   for (const Count& count : counts) {
     if (count.record != record.name) continue;
-    const uint32_t entries = count.counted.empty()
-                                 ? entries_of(bundle, data, client)
-                                 : static_cast<uint32_t>(data.messages(*find_message_type(count.counted)->schema)->size());
+    const uint32_t entries =
+        count.counted.empty()
+            ? entries_of(bundle, data, client)
+            : static_cast<uint32_t>(
+                  data.messages(*find_message_type(count.counted)->schema)->size());
     SetValue* set_value = nullptr;
     find_function(field_named(record, count.field).functions, "_set_value", set_value);
     uint32_t err = 0;
-    set_value(data.handle(), ORK_NO_INSTANCE, message_type(message).record(data.handle(), msg, 0), entries, &err);
+    set_value(data.handle(), ORK_NO_INSTANCE, message_type(message).record(data.handle(), msg, 0),
+              entries, &err);
     expect_done(err, std::string(count.field));
   }
 }

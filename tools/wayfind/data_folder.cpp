@@ -12,7 +12,8 @@ namespace {
 std::vector<std::string> data_files(const std::string& folder) {
   std::error_code error;
   std::vector<std::string> paths;
-  for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+  for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end;
+       at.increment(error)) {
     if (at->path().extension() == ".xml") paths.push_back(at->path());
   }
   if (error) throw Failure(folder + ": " + error.message() + "; name a folder of XML files");
@@ -37,7 +38,8 @@ bool stands_once(const wayfind_message& message) {
 
 DataFolder::DataFolder(ork_handle* handle) : handle_(handle) {
   for (unsigned i = 0; i < wayfind_message_count; ++i) {
-    lists_[&wayfind_messages[i]] = std::make_shared<MessageList>(handle, message_type(wayfind_messages[i]));
+    lists_[&wayfind_messages[i]] =
+        std::make_shared<MessageList>(handle, message_type(wayfind_messages[i]));
   }
 }
 
@@ -50,7 +52,8 @@ void DataFolder::add(const std::string& path) {
   for (auto& [message, list] : lists_) {
     file.read(message_type(*message), handle_, *list);
     if (list->size() > 1 && stands_once(*message)) {
-      throw Failure(path + ": one more <" + message->records[0]->name + ">, of which a show holds one; remove it here or in a file before");
+      throw Failure(path + ": one more <" + message->records[0]->name +
+                    ">, of which a show holds one; remove it here or in a file before");
     }
   }
 }

@@ -19,8 +19,12 @@ class DataFolder {
   void read(const std::string& path);
 
   // A reader keeps the list that it began with, whatever is replaced meanwhile.
-  std::shared_ptr<const MessageList> messages(const wayfind_message& message) const { return lists_.at(&message); }
-  void replace(const wayfind_message& message, std::shared_ptr<MessageList> list) { lists_[&message] = std::move(list); }
+  std::shared_ptr<const MessageList> messages(const wayfind_message& message) const {
+    return lists_.at(&message);
+  }
+  void replace(const wayfind_message& message, std::shared_ptr<MessageList> list) {
+    lists_[&message] = std::move(list);
+  }
 
   ork_handle* handle() const { return handle_; }
 

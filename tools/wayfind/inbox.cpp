@@ -26,7 +26,8 @@ ssize_t Inbox::fill(int socket) {
 std::optional<std::string> Inbox::take_line(size_t limit) {
   const auto here = bytes();
   const auto end = std::find(here.begin(), here.end(), '\n');
-  if (static_cast<size_t>(end - here.begin()) > limit) throw Failure("a line of more than " + std::to_string(limit) + " bytes");
+  if (static_cast<size_t>(end - here.begin()) > limit)
+    throw Failure("a line of more than " + std::to_string(limit) + " bytes");
   if (end == here.end()) return std::nullopt;
   std::string line(here.begin(), end);
   drop(line.size() + 1);

@@ -32,7 +32,8 @@ Bytes part(Bytes bytes, uint64_t offset, uint64_t size) {
   return bytes.subspan(offset, size);
 }
 
-// Longer names are cut: no name of use is longer, and a file of overlapping ones must not cost minutes.
+// Longer names are cut: no name of use is longer, and a file of overlapping ones must not cost
+// minutes.
 constexpr size_t longest_name = 1024;
 
 std::string_view text_in(Bytes strings, uint64_t offset) {
@@ -45,8 +46,10 @@ std::vector<Section> sections_of(Elf* elf, Bytes bytes) {
   std::vector<Section> sections;
   for (Elf_Scn* scn = nullptr; (scn = elf_nextscn(elf, scn)) != nullptr;) {
     Section section{};
-    if (gelf_getshdr(scn, &section.header) == nullptr) section.header = {};  // it keeps its place: others count on theirs
-    if (section.header.sh_type != SHT_NOBITS) section.bytes = part(bytes, section.header.sh_offset, section.header.sh_size);
+    if (gelf_getshdr(scn, &section.header) == nullptr)
+      section.header = {};  // it keeps its place: others count on theirs
+    if (section.header.sh_type != SHT_NOBITS)
+      section.bytes = part(bytes, section.header.sh_offset, section.header.sh_size);
     sections.push_back(section);
   }
   size_t names = 0;
@@ -64,7 +67,9 @@ std::string build_id_in(Bytes notes) {
     const uint64_t description = u32_at(notes, 4);
     const Bytes owner = part(notes, 12, name);
     const Bytes value = part(notes, 12 + padded(name), description);
-    if (u32_at(notes, 8) == NT_GNU_BUILD_ID && owner.size() == 4 && std::memcmp(owner.data(), "GNU", 4) == 0) return hex(value);
+    if (u32_at(notes, 8) == NT_GNU_BUILD_ID && owner.size() == 4 &&
+        std::memcmp(owner.data(), "GNU", 4) == 0)
+      return hex(value);
     const uint64_t next = 12 + padded(name) + padded(description);
     notes = part(notes, next, notes.size() > next ? notes.size() - next : 0);
   }
@@ -76,11 +81,13 @@ class Image {
  public:
   explicit Image(const std::vector<Section>& sections) {
     for (const Section& section : sections) {
-      if ((section.header.sh_flags & SHF_ALLOC) != 0 && !section.bytes.empty()) parts_.emplace(section.header.sh_addr, section.bytes);
+      if ((section.header.sh_flags & SHF_ALLOC) != 0 && !section.bytes.empty())
+        parts_.emplace(section.header.sh_addr, section.bytes);
     }
   }
 
-  // Sections of a library never overlap; where they do, the one that begins last is looked at alone, so that no address costs a walk.
+  // Sections of a library never overlap; where they do, the one that begins last is looked at
+  // alone, so that no address costs a walk.
   Bytes at(uint64_t address, size_t size) const {
     const auto behind = parts_.upper_bound(address);
     if (behind == parts_.begin()) return {};
@@ -98,11 +105,14 @@ TypeNames names_in(const std::vector<Section>& sections) {
   const Image image(sections);
   TypeNames names;
   for (const Section& table : sections) {
-    if (table.header.sh_type != SHT_DYNSYM || table.header.sh_link == 0 || table.header.sh_link > sections.size()) continue;
+    if (table.header.sh_type != SHT_DYNSYM || table.header.sh_link == 0 ||
+        table.header.sh_link > sections.size())
+      continue;
     const Bytes strings = sections[table.header.sh_link - 1].bytes;
     for (size_t at = 0; at + sizeof(Elf64_Sym) <= table.bytes.size(); at += sizeof(Elf64_Sym)) {
       if (!text_in(strings, u32_at(table.bytes, at)).ends_with("_type_info_internal")) continue;
-      const Bytes descriptor = image.at(u64_at(table.bytes, at + offsetof(Elf64_Sym, st_value)), sizeof(ork_type_info));
+      const Bytes descriptor =
+          image.at(u64_at(table.bytes, at + offsetof(Elf64_Sym, st_value)), sizeof(ork_type_info));
       if (descriptor.empty() || u32_at(descriptor, 0) != ORK_TYPE_INFO_MAGIC) continue;
       names.emplace(text_in(descriptor.subspan(luid_text_at, sizeof(ork_type_info::luid_text)), 0),
                     text_in(descriptor.subspan(name_at, sizeof(ork_type_info::name)), 0));
@@ -127,9 +137,15 @@ std::vector<uint8_t> read_file(const std::string& path) {
   return bytes;
 }
 
-uint16_t u16_at(Bytes bytes, size_t at) { return static_cast<uint16_t>(bytes[at] | bytes[at + 1] << 8); }
-uint32_t u32_at(Bytes bytes, size_t at) { return u16_at(bytes, at) | static_cast<uint32_t>(u16_at(bytes, at + 2)) << 16; }
-uint64_t u64_at(Bytes bytes, size_t at) { return u32_at(bytes, at) | static_cast<uint64_t>(u32_at(bytes, at + 4)) << 32; }
+uint16_t u16_at(Bytes bytes, size_t at) {
+  return static_cast<uint16_t>(bytes[at] | bytes[at + 1] << 8);
+}
+uint32_t u32_at(Bytes bytes, size_t at) {
+  return u16_at(bytes, at) | static_cast<uint32_t>(u16_at(bytes, at + 2)) << 16;
+}
+uint64_t u64_at(Bytes bytes, size_t at) {
+  return u32_at(bytes, at) | static_cast<uint64_t>(u32_at(bytes, at + 4)) << 32;
+}
 
 std::string hex(Bytes bytes) {
   constexpr char digits[] = "0123456789abcdef";
@@ -143,20 +159,25 @@ std::string hex(Bytes bytes) {
 
 LibraryFile::LibraryFile(const std::string& path) : LibraryFile(read_file(path), path) {}
 
-LibraryFile::LibraryFile(std::vector<uint8_t> bytes, const std::string& name) : bytes_(std::move(bytes)), name_(name) { read(); }
+LibraryFile::LibraryFile(std::vector<uint8_t> bytes, const std::string& name)
+    : bytes_(std::move(bytes)), name_(name) {
+  read();
+}
 
 void LibraryFile::read() {
-  if (bytes_.size() < sizeof(Elf64_Ehdr) || std::memcmp(bytes_.data(), ELFMAG, SELFMAG) != 0 || bytes_[EI_CLASS] != ELFCLASS64 ||
-      bytes_[EI_DATA] != ELFDATA2LSB) {
+  if (bytes_.size() < sizeof(Elf64_Ehdr) || std::memcmp(bytes_.data(), ELFMAG, SELFMAG) != 0 ||
+      bytes_[EI_CLASS] != ELFCLASS64 || bytes_[EI_DATA] != ELFDATA2LSB) {
     throw Failure(name_ + ": not a 64-bit little-endian library");
   }
   elf_version(EV_CURRENT);
   const ElfImage elf(elf_memory(reinterpret_cast<char*>(bytes_.data()), bytes_.size()));
   if (elf == nullptr) throw Failure(name_ + ": " + elf_errmsg(-1));
-  if (elf_kind(elf.get()) != ELF_K_ELF) throw Failure(name_ + ": not an ELF file of the known version");
+  if (elf_kind(elf.get()) != ELF_K_ELF)
+    throw Failure(name_ + ": not an ELF file of the known version");
   const std::vector<Section> sections = sections_of(elf.get(), bytes_);
   for (const Section& section : sections) sections_.emplace(section.name, section.bytes);
-  if (const auto notes = sections_.find(".note.gnu.build-id"); notes != sections_.end()) build_id_ = build_id_in(notes->second);
+  if (const auto notes = sections_.find(".note.gnu.build-id"); notes != sections_.end())
+    build_id_ = build_id_in(notes->second);
   type_names_ = names_in(sections);
 }
 
@@ -168,7 +189,9 @@ Bytes LibraryFile::section(std::string_view name) const {
 
 std::vector<Bytes> LibraryFile::sections_named(std::string_view prefix) const {
   std::vector<Bytes> named;
-  for (auto at = sections_.lower_bound(prefix); at != sections_.end() && at->first.starts_with(prefix); ++at) named.push_back(at->second);
+  for (auto at = sections_.lower_bound(prefix);
+       at != sections_.end() && at->first.starts_with(prefix); ++at)
+    named.push_back(at->second);
   return named;
 }
 

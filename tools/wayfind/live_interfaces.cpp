@@ -20,7 +20,8 @@ struct NetlinkFreed {
 };
 
 void expect_netlink(int result) {
-  if (result < 0) throw Failure(std::string("cannot read this host's interfaces: ") + nl_geterror(result));
+  if (result < 0)
+    throw Failure(std::string("cannot read this host's interfaces: ") + nl_geterror(result));
 }
 
 std::unique_ptr<nl_cache, NetlinkFreed> kernel_links() {
@@ -32,7 +33,8 @@ std::unique_ptr<nl_cache, NetlinkFreed> kernel_links() {
   return std::unique_ptr<nl_cache, NetlinkFreed>(cache);
 }
 
-// Selection counts as on when the interface is up, both directions as on when it also has a carrier.
+// Selection counts as on when the interface is up, both directions as on when it also has a
+// carrier.
 void fill(ork_handle* handle, fwe_cl_wayfind_intf_data* record, rtnl_link* link) {
   const unsigned flags = rtnl_link_get_flags(link);
   const uint32_t up = (flags & IFF_UP) != 0;
@@ -40,8 +42,10 @@ void fill(ork_handle* handle, fwe_cl_wayfind_intf_data* record, rtnl_link* link)
   const char* name = rtnl_link_get_name(link);
   constexpr uint32_t none = ORK_NO_INSTANCE;
   uint32_t err = 0;
-  fwe_cl_wayfind_intf_data_fwe_if_h_set_value(handle, none, record, static_cast<uint32_t>(rtnl_link_get_ifindex(link)), &err);
-  fwe_cl_wayfind_intf_data_if_name_set(handle, none, record, name, static_cast<uint32_t>(std::strlen(name)), &err);
+  fwe_cl_wayfind_intf_data_fwe_if_h_set_value(
+      handle, none, record, static_cast<uint32_t>(rtnl_link_get_ifindex(link)), &err);
+  fwe_cl_wayfind_intf_data_if_name_set(handle, none, record, name,
+                                       static_cast<uint32_t>(std::strlen(name)), &err);
   fwe_cl_wayfind_intf_data_sel_enabled_set_value(handle, none, record, up, &err);
   fwe_cl_wayfind_intf_data_ingress_smp_enabled_set_value(handle, none, record, running, &err);
   fwe_cl_wayfind_intf_data_egress_smp_enabled_set_value(handle, none, record, running, &err);
@@ -57,7 +61,9 @@ void read_live_interfaces(DataFolder& data, const Subject& subject) {
   auto list = std::make_shared<MessageList>(data.handle(), type);
   for (nl_object* at = nl_cache_get_first(cache.get()); at != nullptr; at = nl_cache_get_next(at)) {
     void* message = list->add();
-    fill(data.handle(), static_cast<fwe_cl_wayfind_intf_data*>(type.record(data.handle(), message, 0)), reinterpret_cast<rtnl_link*>(at));
+    fill(data.handle(),
+         static_cast<fwe_cl_wayfind_intf_data*>(type.record(data.handle(), message, 0)),
+         reinterpret_cast<rtnl_link*>(at));
   }
   data.replace(*type.schema, std::move(list));
 }

@@ -1,4 +1,5 @@
-// What the command tells whoever runs it, line by line on stderr. Whatever stands in a line, it stays one and drives no terminal.
+// What the command tells whoever runs it, line by line on stderr. Whatever stands in a line, it
+// stays one and drives no terminal.
 #pragma once
 
 #include <string>

@@ -10,7 +10,8 @@
 
 namespace {
 
-// Why the arguments were refused. Where a subcommand is missing, what stands in its place says more.
+// Why the arguments were refused. Where a subcommand is missing, what stands in its place says
+// more.
 std::string reason(const CLI::App& app, const CLI::Error& error) {
   const CLI::App* innermost = &app;
   while (!innermost->get_subcommands().empty()) innermost = innermost->get_subcommands().front();
@@ -25,7 +26,8 @@ std::string failure_line(const CLI::App* app, const CLI::Error& error) {
 
 // The status to end with.
 int run(int argc, char** argv) {
-  CLI::App app("Shows of the path model between two processes, and what belongs to them.", "wayfind");
+  CLI::App app("Shows of the path model between two processes, and what belongs to them.",
+               "wayfind");
   app.require_subcommand(1);
   app.failure_message(failure_line);
   wayfind::add_agent(app);

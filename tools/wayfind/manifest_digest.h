@@ -1,4 +1,5 @@
-// The build manifest of a library: what it defines, and the build that it comes from. Any bytes may stand in the section.
+// The build manifest of a library: what it defines, and the build that it comes from. Any bytes may
+// stand in the section.
 #pragma once
 
 #include <cstdint>

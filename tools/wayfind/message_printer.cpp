@@ -28,9 +28,11 @@ void MessagePrinter::print(const MessageType& type, const void* message) {
   for (;;) {
     uint32_t err = 0;
     buffer_[0] = 0;
-    const uint32_t length = render(handle_, ORK_NO_INSTANCE, buffer_.data(), message, static_cast<uint32_t>(buffer_.size()), &err);
+    const uint32_t length = render(handle_, ORK_NO_INSTANCE, buffer_.data(), message,
+                                   static_cast<uint32_t>(buffer_.size()), &err);
     if (err == 0) return write_out({buffer_.data(), length});
-    if (err != EMSGSIZE || buffer_.size() >= largest_text) expect_done(err, std::string("cannot print ") + type.schema->name);
+    if (err != EMSGSIZE || buffer_.size() >= largest_text)
+      expect_done(err, std::string("cannot print ") + type.schema->name);
     buffer_.resize(2 * buffer_.size());
   }
 }

@@ -15,7 +15,8 @@ Format format_named(const std::string& name);
 
 class MessagePrinter {
  public:
-  MessagePrinter(ork_handle* handle, Format format) : handle_(handle), format_(format), buffer_(size_t{64} << 10) {}
+  MessagePrinter(ork_handle* handle, Format format)
+      : handle_(handle), format_(format), buffer_(size_t{64} << 10) {}
 
   // XML output is one document: its messages stand inside an element of this name.
   void open(const std::string& name);

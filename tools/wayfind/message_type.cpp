@@ -26,7 +26,8 @@ MessageType with_functions(const wayfind_message& schema) {
 
 std::vector<MessageType> all_with_functions() {
   std::vector<MessageType> types;
-  for (unsigned i = 0; i < wayfind_message_count; ++i) types.push_back(with_functions(wayfind_messages[i]));
+  for (unsigned i = 0; i < wayfind_message_count; ++i)
+    types.push_back(with_functions(wayfind_messages[i]));
   return types;
 }
 
@@ -51,7 +52,9 @@ void* MessageType::record(ork_handle* handle, void* msg, unsigned slot) const {
   return get(handle, ORK_NO_INSTANCE, msg, &err);
 }
 
-const MessageType& message_type(const wayfind_message& schema) { return all()[static_cast<size_t>(&schema - wayfind_messages)]; }
+const MessageType& message_type(const wayfind_message& schema) {
+  return all()[static_cast<size_t>(&schema - wayfind_messages)];
+}
 
 const MessageType* find_message_type(std::string_view name) {
   for (const MessageType& type : all()) {

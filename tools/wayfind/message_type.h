@@ -1,4 +1,5 @@
-// The 28 messages with their functions, found once in the schema and called through their prototypes.
+// The 28 messages with their functions, found once in the schema and called through their
+// prototypes.
 #pragma once
 
 #include <string_view>

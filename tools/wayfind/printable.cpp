@@ -18,7 +18,8 @@ size_t character_length(std::string_view text) {
     if ((byte & 0xc0) != 0x80) return 0;
     code = code << 6 | (byte & 0x3fu);
   }
-  constexpr uint32_t least[] = {0xa0, 0x800, 0x10000};  // of two bytes, three and four; below 0xa0 stand controls
+  constexpr uint32_t least[] = {
+      0xa0, 0x800, 0x10000};  // of two bytes, three and four; below 0xa0 stand controls
   const bool is_surrogate = code >= 0xd800 && code <= 0xdfff;
   return code >= least[length - 2] && code <= 0x10ffff && !is_surrogate ? length : 0;
 }

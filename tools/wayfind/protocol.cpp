@@ -25,8 +25,8 @@ size_t announced_length(const std::string& line) {
   size_t length = 0;
   const char* end = line.data() + line.size();
   const bool greets = line.starts_with(greeting);
-  const auto result =
-      greets ? std::from_chars(line.data() + greeting.size(), end, length) : std::from_chars_result{end, std::errc::invalid_argument};
+  const auto result = greets ? std::from_chars(line.data() + greeting.size(), end, length)
+                             : std::from_chars_result{end, std::errc::invalid_argument};
   if (result.ec != std::errc() || result.ptr != end || length > longest_announcement) {
     throw Failure("the first line is no greeting of wayfind: " + line);
   }

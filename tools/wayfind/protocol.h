@@ -1,10 +1,12 @@
 // What two processes say to each other around the frames.
 //
-// Each end first announces its release: a line "wayfind 1 LENGTH" and LENGTH bytes of the platform's type list. Then the client asks with
-// lines "show SUBJECT", and the agent answers each with a line "ok" and the frames of one bundle, or with a line "error REASON".
+// Each end first announces its release: a line "wayfind 1 LENGTH" and LENGTH bytes of the
+// platform's type list. Then the client asks with lines "show SUBJECT", and the agent answers each
+// with a line "ok" and the frames of one bundle, or with a line "error REASON".
 //
-// Requests are lines because no message of the library asks for anything: a frame would need an identifier that is nobody's to invent. A
-// line can be read in a dump and typed by hand, and a peer of another kind is found out at its first line.
+// Requests are lines because no message of the library asks for anything: a frame would need an
+// identifier that is nobody's to invent. A line can be read in a dump and typed by hand, and a peer
+// of another kind is found out at its first line.
 #pragma once
 
 #include <cstddef>

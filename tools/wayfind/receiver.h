@@ -32,7 +32,8 @@ class Receiver {
   void add(const ork_dispatch_entry& entry, const Known& known);
   static void on_commit(ork_handle* handle, uint32_t instance, void* ctx, uint32_t* err);
   void print_bundle();
-  const MessageType& allowed(const ork_bundle_member& member, std::map<const MessageType*, size_t>& seen) const;
+  const MessageType& allowed(const ork_bundle_member& member,
+                             std::map<const MessageType*, size_t>& seen) const;
   std::string described(std::span<const uint8_t> frame) const;
 
   ork_handle* handle_;

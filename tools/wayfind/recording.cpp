@@ -44,21 +44,27 @@ class RecordingReader {
       const std::string_view rest = std::string_view(text_).substr(begin_);
       if (rest.find_first_not_of(" \t\r\n") == std::string_view::npos) return;
       const size_t length = ork_xml_document_length(rest.data(), rest.size());
-      if (length == 0) fail("from here on there is no whole recorded message; the messages before are complete");
+      if (length == 0)
+        fail("from here on there is no whole recorded message; the messages before are complete");
       print(rest.substr(0, length));
-      line_ += static_cast<uint32_t>(std::count(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
+      line_ += static_cast<uint32_t>(
+          std::count(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
       begin_ += length;
     }
   }
 
  private:
-  [[noreturn]] void fail(const std::string& reason) const { throw Failure(path_ + ":" + std::to_string(line_) + ": " + reason); }
+  [[noreturn]] void fail(const std::string& reason) const {
+    throw Failure(path_ + ":" + std::to_string(line_) + ": " + reason);
+  }
 
   void print(std::string_view document) {
     uint32_t err = 0;
     char reason[256] = "";
     const Xml xml(ork_xml_parse(document.data(), document.size(), &err, reason, sizeof reason));
-    if (err != 0) fail(*reason != 0 ? std::string("in the message that begins here, ") + reason : words_for(err));
+    if (err != 0)
+      fail(*reason != 0 ? std::string("in the message that begins here, ") + reason
+                        : words_for(err));
     check_elements(*xml, path_, line_);
     Found found;
     ork_xml_each(xml.get(), find_messages, &found);
@@ -69,8 +75,8 @@ class RecordingReader {
       fail("a second message in one document; give a file that was recorded");
     }
     const auto destroy = [&](void* message) { type->destroy(handle_, ORK_NO_INSTANCE, message); };
-    const std::unique_ptr<void, decltype(destroy)> message(type->from_xml(handle_, ORK_NO_INSTANCE, xml.get(), &err, reason, sizeof reason),
-                                                           destroy);
+    const std::unique_ptr<void, decltype(destroy)> message(
+        type->from_xml(handle_, ORK_NO_INSTANCE, xml.get(), &err, reason, sizeof reason), destroy);
     if (err != 0) fail(*reason != 0 ? reason : words_for(err));
     printer_.print(*type, message.get());
   }
@@ -96,10 +102,13 @@ void run(RecordingOptions& options) {
 }  // namespace
 
 void add_recording(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("recording", "Read a recording back into messages and print them");
+  CLI::App* command =
+      app.add_subcommand("recording", "Read a recording back into messages and print them");
   const auto options = std::make_shared<RecordingOptions>();
   command->add_option("file", options->path, "Recording to read")->required();
-  command->add_option("--format", options->format, "How to print")->check(CLI::IsMember({"text", "xml"}))->capture_default_str();
+  command->add_option("--format", options->format, "How to print")
+      ->check(CLI::IsMember({"text", "xml"}))
+      ->capture_default_str();
   options->session.add_options(*command);
   command->callback([options] { run(*options); });
 }

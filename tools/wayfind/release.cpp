@@ -17,7 +17,8 @@ TypeList checked(ork_type_list* list, uint32_t err, const std::string& origin, c
 // Collects in words what a release does to each type of a show, each type once.
 class Lowering {
  public:
-  Lowering(const ork_type_list& sender, const ork_type_list& receiver) : sender_(sender), receiver_(receiver) {}
+  Lowering(const ork_type_list& sender, const ork_type_list& receiver)
+      : sender_(sender), receiver_(receiver) {}
 
   void message(const wayfind_message& message) {
     const auto [sent, taken] = variants(message.luid);
@@ -35,7 +36,8 @@ class Lowering {
     if (taken == 0 && sent != 0) {
       add(std::string(record.name) + " without fields");
     } else if (taken < sent) {
-      add(std::string(record.name) + " from variant " + std::to_string(sent - 1) + " to " + std::to_string(taken - 1));
+      add(std::string(record.name) + " from variant " + std::to_string(sent - 1) + " to " +
+          std::to_string(taken - 1));
     }
     for (unsigned i = 0; i < record.field_count; ++i) {
       if (record.fields[i].record != nullptr) this->record(*record.fields[i].record);
@@ -83,7 +85,8 @@ std::string text_of(const ork_type_list& list) {
   return text;
 }
 
-std::string lowered(const wayfind_bundle& bundle, const ork_type_list& sender, const ork_type_list& receiver) {
+std::string lowered(const wayfind_bundle& bundle, const ork_type_list& sender,
+                    const ork_type_list& receiver) {
   Lowering lowering(sender, receiver);
   for (unsigned i = 0; i < bundle.member_count; ++i) lowering.message(*bundle.members[i].message);
   return lowering.text();

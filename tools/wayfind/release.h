@@ -1,4 +1,5 @@
-// Releases as lists of types: what a process is told to be, what it announces, and what two of them make of a show.
+// Releases as lists of types: what a process is told to be, what it announces, and what two of them
+// make of a show.
 #pragma once
 
 #include <string>
@@ -17,8 +18,10 @@ TypeList parse_release(const std::string& text, const std::string& origin);
 
 std::string text_of(const ork_type_list& list);
 
-// What the records and messages of a show lose on the way from one release to another, the sender's and the receiver's:
-// "fwe_cl_wayfind_hop_chan_data from variant 1 to 0, ...". Empty when nothing is lost.
-std::string lowered(const wayfind_bundle& bundle, const ork_type_list& sender, const ork_type_list& receiver);
+// What the records and messages of a show lose on the way from one release to another, the sender's
+// and the receiver's: "fwe_cl_wayfind_hop_chan_data from variant 1 to 0, ...". Empty when nothing
+// is lost.
+std::string lowered(const wayfind_bundle& bundle, const ork_type_list& sender,
+                    const ork_type_list& receiver);
 
 }  // namespace wayfind

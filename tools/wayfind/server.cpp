@@ -16,7 +16,8 @@ namespace {
 constexpr size_t most_clients = 64;
 constexpr int tick_ms = 500;
 
-// SIGINT and SIGTERM as something to read, so that the loop ends between two clients and the socket's file goes.
+// SIGINT and SIGTERM as something to read, so that the loop ends between two clients and the
+// socket's file goes.
 Descriptor end_signals() {
   sigset_t set;
   sigemptyset(&set);
@@ -40,17 +41,25 @@ bool serve_client(Connection& client, short events) {
 
 }  // namespace
 
-Server::Server(const ServerOptions& options, const Session& session, ork_storage* storage, DataFolder& data)
-    : options_(options), session_(session), storage_(storage), data_(data), listener_(options.path) {}
+Server::Server(const ServerOptions& options, const Session& session, ork_storage* storage,
+               DataFolder& data)
+    : options_(options),
+      session_(session),
+      storage_(storage),
+      data_(data),
+      listener_(options.path) {}
 
 void Server::run() {
   const Descriptor signals = end_signals();
   log("listening at " + options_.path);
   for (;;) {
     // At the limit new clients wait in the socket's queue.
-    std::vector<pollfd> places{{signals.get(), POLLIN, 0}, {clients_.size() < most_clients ? listener_.get() : -1, POLLIN, 0}};
-    for (const Connection& client : clients_) places.push_back({client.socket(), client.wanted_events(), 0});
-    if (poll(places.data(), places.size(), tick_ms) < 0 && errno != EINTR) throw Failure("cannot wait: " + words_for(errno));
+    std::vector<pollfd> places{{signals.get(), POLLIN, 0},
+                               {clients_.size() < most_clients ? listener_.get() : -1, POLLIN, 0}};
+    for (const Connection& client : clients_)
+      places.push_back({client.socket(), client.wanted_events(), 0});
+    if (poll(places.data(), places.size(), tick_ms) < 0 && errno != EINTR)
+      throw Failure("cannot wait: " + words_for(errno));
     if (places[0].revents != 0) break;
     std::vector<short> events;
     for (size_t i = 2; i < places.size(); ++i) events.push_back(places[i].revents);
@@ -83,13 +92,16 @@ void Server::accept_client() {
   const std::string name = "client " + std::to_string(accepted_ + 1);
   Descriptor socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (socket.get() < 0) {
-    // Without descriptors the client stays in the queue; a pause keeps the loop from spinning on it.
-    if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) poll(nullptr, 0, tick_ms);
+    // Without descriptors the client stays in the queue; a pause keeps the loop from spinning on
+    // it.
+    if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM)
+      poll(nullptr, 0, tick_ms);
     return;
   }
   ++accepted_;
   try {
-    clients_.emplace_back(std::move(socket), session_.make_handle(storage_), data_, options_.refresh, name);
+    clients_.emplace_back(std::move(socket), session_.make_handle(storage_), data_,
+                          options_.refresh, name);
   } catch (const std::exception& exception) {
     log(name + ": turned away: " + exception.what());
   }
@@ -99,7 +111,8 @@ void Server::let_idle_clients_go() {
   const auto limit = Connection::Clock::now() - std::chrono::seconds(options_.idle_limit);
   remove_clients([&](const Connection& client) {
     const bool idle = client.last_progress() < limit;
-    if (idle) log(client.name() + ": let go, silent for " + std::to_string(options_.idle_limit) + " s");
+    if (idle)
+      log(client.name() + ": let go, silent for " + std::to_string(options_.idle_limit) + " s");
     return idle;
   });
 }

@@ -19,7 +19,8 @@ struct ServerOptions {
 class Server {
  public:
   // The storage holds the data and the handles of all clients.
-  Server(const ServerOptions& options, const Session& session, ork_storage* storage, DataFolder& data);
+  Server(const ServerOptions& options, const Session& session, ork_storage* storage,
+         DataFolder& data);
 
   // Returns after SIGINT or SIGTERM, or with once after the first client that has said something.
   void run();

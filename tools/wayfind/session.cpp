@@ -14,7 +14,8 @@ constexpr size_t memory_budget = size_t{1} << 30;
 }  // namespace
 
 void Session::add_options(CLI::App& command) {
-  command.add_option("--release", release_path_, "Be the release that this file lists, not the newest");
+  command.add_option("--release", release_path_,
+                     "Be the release that this file lists, not the newest");
   command.add_option("--tracking", tracking_, "Whether fields carry their states")
       ->check(CLI::IsMember({"on", "off"}))
       ->capture_default_str();

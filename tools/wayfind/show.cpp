@@ -69,20 +69,24 @@ void run(ShowOptions& options) {
   link.ask(subject.name);
   const Recording recording(options.recording);
   MessagePrinter printer(handle.get(), format_named(options.format));
-  for (Receiver receiver(handle.get(), subject, printer); !receiver.committed();) receiver.take(link.next_frame());
+  for (Receiver receiver(handle.get(), subject, printer); !receiver.committed();)
+    receiver.take(link.next_frame());
   recording.finish();
 }
 
 std::string subject_lines() {
   std::string lines = "Subjects:\n";
   for (const Subject& subject : subjects()) {
-    lines += "  " + subject.name + std::string(16 - subject.name.size(), ' ') + subject.bundle->meaning + "\n";
+    lines += "  " + subject.name + std::string(16 - subject.name.size(), ' ') +
+             subject.bundle->meaning + "\n";
   }
   return lines;
 }
 
 std::string known_subject(const std::string& name) {
-  return find_subject(name) != nullptr ? "" : "there is no show " + name + "; wayfind show --help lists them";
+  return find_subject(name) != nullptr
+             ? ""
+             : "there is no show " + name + "; wayfind show --help lists them";
 }
 
 }  // namespace
@@ -90,11 +94,21 @@ std::string known_subject(const std::string& name) {
 void add_show(CLI::App& app) {
   CLI::App* command = app.add_subcommand("show", "Ask an agent and print what it answers");
   const auto options = std::make_shared<ShowOptions>();
-  command->add_option("subject", options->subject, "What to show")->required()->check(CLI::Validator(known_subject, ""));
-  command->add_option("--connect", options->path, "Socket that the agent listens at")->required()->type_name("SOCKET");
-  command->add_option("--format", options->format, "How to print")->check(CLI::IsMember({"text", "xml"}))->capture_default_str();
-  command->add_option("--record", options->recording, "Append each message to this file as it comes in")->type_name("FILE");
-  command->add_option("--timeout", options->patience, "Give up when the agent is silent for so long")
+  command->add_option("subject", options->subject, "What to show")
+      ->required()
+      ->check(CLI::Validator(known_subject, ""));
+  command->add_option("--connect", options->path, "Socket that the agent listens at")
+      ->required()
+      ->type_name("SOCKET");
+  command->add_option("--format", options->format, "How to print")
+      ->check(CLI::IsMember({"text", "xml"}))
+      ->capture_default_str();
+  command
+      ->add_option("--record", options->recording,
+                   "Append each message to this file as it comes in")
+      ->type_name("FILE");
+  command
+      ->add_option("--timeout", options->patience, "Give up when the agent is silent for so long")
       ->type_name("SECONDS")
       ->check(CLI::Range(1, 86400))
       ->capture_default_str();

@@ -12,14 +12,19 @@
 namespace wayfind {
 namespace {
 
-[[noreturn]] void fail(int number) { throw Failure("cannot write standard output: " + words_for(number)); }
+[[noreturn]] void fail(int number) {
+  throw Failure("cannot write standard output: " + words_for(number));
+}
 
 }  // namespace
 
 void prepare_output() {
   std::signal(SIGPIPE, SIG_IGN);
   int place = -1;
-  do place = open("/dev/null", O_RDONLY | O_CLOEXEC);  // a write to it is refused as one to a closed descriptor is
+  do
+    place =
+        open("/dev/null",
+             O_RDONLY | O_CLOEXEC);  // a write to it is refused as one to a closed descriptor is
   while (place >= 0 && place <= STDERR_FILENO);
   close(place);
 }

@@ -9,7 +9,8 @@
 namespace wayfind {
 
 struct Subject {
-  std::string name;  // "hop-chan"; with the layer in front, "dp-debug", where several layers have one of that name
+  // "hop-chan"; with the layer in front, "dp-debug", where several layers have one of that name
+  std::string name;
   const wayfind_bundle* bundle;
 };
 

@@ -19,7 +19,8 @@ std::string argument_text(char conversion, const TraceArgument* argument) {
   if (conversion == 'u' && number != nullptr) return std::to_string(*number);
   if (conversion == 'p' && pointer != nullptr) {
     char digits[24];
-    std::snprintf(digits, sizeof digits, "0x%llx", static_cast<unsigned long long>(pointer->address));
+    std::snprintf(digits, sizeof digits, "0x%llx",
+                  static_cast<unsigned long long>(pointer->address));
     return digits;
   }
   return mismatch;
@@ -29,8 +30,8 @@ std::string shown(const std::string& build_id) { return build_id.empty() ? "unkn
 
 void expect_same_build(const std::string& traced, const std::string& library) {
   if (traced == library && !library.empty()) return;
-  throw Failure("the traces are of build " + shown(traced) + ", the library is build " + shown(library) +
-                "; --force decodes them all the same");
+  throw Failure("the traces are of build " + shown(traced) + ", the library is build " +
+                shown(library) + "; --force decodes them all the same");
 }
 
 // What the file said of its libraries and modules so far.
@@ -83,8 +84,8 @@ std::string level_name(uint32_t level_word) {
   }
 }
 
-DecodeCount decode_traces(const TraceTexts& texts, const std::string& build_id, TraceFile& file, bool forced,
-                          const std::function<void(const DecodedTrace&)>& sink) {
+DecodeCount decode_traces(const TraceTexts& texts, const std::string& build_id, TraceFile& file,
+                          bool forced, const std::function<void(const DecodedTrace&)>& sink) {
   if (!forced && file.build_id()) expect_same_build(*file.build_id(), build_id);
   DecodeCount count;
   Context context;
@@ -105,7 +106,8 @@ DecodeCount decode_traces(const TraceTexts& texts, const std::string& build_id, 
     } else if (text == nullptr || (!forced && *raised_by != build_id)) {
       ++count.foreign;
     } else {
-      std::string words = fill_text(text->text.substr(text->text.starts_with(' ') ? 1 : 0), trace.arguments);
+      std::string words =
+          fill_text(text->text.substr(text->text.starts_with(' ') ? 1 : 0), trace.arguments);
       sink({trace, *text, context.module(trace.module), std::move(words)});
       ++count.decoded;
     }

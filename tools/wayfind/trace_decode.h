@@ -19,16 +19,20 @@ struct DecodedTrace {
 
 struct DecodeCount {
   size_t decoded = 0;
-  size_t damaged = 0;   // stretches without a whole record
-  size_t foreign = 0;   // traces of other libraries, and of the library's sections where it has no such entry
-  size_t unproven = 0;  // traces of which no record says who raised them; decoded all the same when forced
+  size_t damaged = 0;  // stretches without a whole record
+  // traces of other libraries, and of the library's sections where it has no such entry
+  size_t foreign = 0;
+  // traces of which no record says who raised them; decoded all the same when forced
+  size_t unproven = 0;
 };
 
-// Hands each trace of the library to sink, in the order of the file. A file that begins with another build id fails, unless forced.
-DecodeCount decode_traces(const TraceTexts& texts, const std::string& build_id, TraceFile& file, bool forced,
-                          const std::function<void(const DecodedTrace&)>& sink);
+// Hands each trace of the library to sink, in the order of the file. A file that begins with
+// another build id fails, unless forced.
+DecodeCount decode_traces(const TraceTexts& texts, const std::string& build_id, TraceFile& file,
+                          bool forced, const std::function<void(const DecodedTrace&)>& sink);
 
-// The text with its arguments in place. A place whose argument is missing or of another kind reads "<?>".
+// The text with its arguments in place. A place whose argument is missing or of another kind reads
+// "<?>".
 std::string fill_text(std::string_view text, const std::vector<TraceArgument>& arguments);
 
 // "fatal", "error", "info", "debug", or the number.

@@ -96,7 +96,8 @@ Trace read_trace(Reader& reader) {
   const Bytes id = reader.take(trace.section.size());
   std::copy(id.begin(), id.end(), trace.section.begin());
   const size_t arguments = reader.number<uint8_t>();
-  for (size_t i = 0; i < arguments && reader.whole(); ++i) trace.arguments.push_back(read_argument(reader));
+  for (size_t i = 0; i < arguments && reader.whole(); ++i)
+    trace.arguments.push_back(read_argument(reader));
   return trace;
 }
 
@@ -140,7 +141,8 @@ TraceFile::TraceFile(Bytes bytes, const std::string& name) {
 }
 
 bool TraceFile::is_right(Bytes body, uint32_t checksum) {
-  const auto passed = std::find_if(wrong_ends_.begin(), wrong_ends_.end(), [&](size_t end) { return end <= front_; });
+  const auto passed = std::find_if(wrong_ends_.begin(), wrong_ends_.end(),
+                                   [&](size_t end) { return end <= front_; });
   if (passed == wrong_ends_.end()) return false;
   if (fnv1a(body) == checksum) return true;
   *passed = front_ + head_size + body.size();

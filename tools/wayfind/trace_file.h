@@ -1,4 +1,5 @@
-// The file that a process writes its traces to, read back. Any bytes may stand in it: a record that is not whole is passed over.
+// The file that a process writes its traces to, read back. Any bytes may stand in it: a record that
+// is not whole is passed over.
 #pragma once
 
 #include <array>
@@ -46,17 +47,19 @@ using TraceRecord = std::variant<TracedFile, TracedModule, Trace>;
 
 class TraceFile {
  public:
-  // The bytes have to outlive it. Fails when they do not begin as a trace file does; no bytes at all are a file without traces.
+  // The bytes have to outlive it. Fails when they do not begin as a trace file does; no bytes at
+  // all are a file without traces.
   TraceFile(Bytes bytes, const std::string& name);
 
-  // Of the library that made itself known first, hexadecimal; empty when the process could not tell, none in a file without a record of whom
-  // it is.
+  // Of the library that made itself known first, hexadecimal; empty when the process could not
+  // tell, none in a file without a record of whom it is.
   const std::optional<std::string>& build_id() const { return build_id_; }
 
   // The next whole record; none at the end.
   std::optional<TraceRecord> next();
 
-  // Records passed over because their bodies are damaged, and stretches of bytes in which no record stands.
+  // Records passed over because their bodies are damaged, and stretches of bytes in which no record
+  // stands.
   size_t damaged() const { return damaged_; }
 
  private:
@@ -68,8 +71,9 @@ class TraceFile {
   Bytes records_;
   size_t front_ = 0;  // of what is still to be read
 
-  // Where wrong bodies end. What looks like a record's head may stand in the body of another: while all of these lie behind the front, no
-  // further body is added up, so no byte counts towards more wrong ones than there are places.
+  // Where wrong bodies end. What looks like a record's head may stand in the body of another: while
+  // all of these lie behind the front, no further body is added up, so no byte counts towards more
+  // wrong ones than there are places.
   std::array<size_t, 16> wrong_ends_{};
   size_t damaged_ = 0;
   bool in_damage_ = false;

@@ -27,15 +27,18 @@ std::string unpack(Bytes packed, size_t size, const std::string& origin) {
   auto got = static_cast<unsigned>(texts.size());
   // The library takes its input as writable and does not write it.
   auto* input = const_cast<char*>(reinterpret_cast<const char*>(packed.data()));
-  const int status = BZ2_bzBuffToBuffDecompress(texts.data(), &got, input, static_cast<unsigned>(packed.size()), 0, 0);
-  if (status != BZ_OK || got != size) throw Failure(origin + ": the packed trace texts are damaged");
+  const int status = BZ2_bzBuffToBuffDecompress(texts.data(), &got, input,
+                                                static_cast<unsigned>(packed.size()), 0, 0);
+  if (status != BZ_OK || got != size)
+    throw Failure(origin + ": the packed trace texts are damaged");
   texts.resize(size);
   return texts;
 }
 
 size_t length_of_texts(Bytes section) {
   size_t length = 0;
-  for (size_t at = head_size; at < section.size(); at += entry_size) length += u16_at(section, at + 4);
+  for (size_t at = head_size; at < section.size(); at += entry_size)
+    length += u16_at(section, at + 4);
   return length;
 }
 
@@ -48,22 +51,28 @@ std::vector<Bytes> index_sections(const LibraryFile& library) {
 }  // namespace
 
 TraceTexts::TraceTexts(const LibraryFile& library)
-    : TraceTexts(index_sections(library), library.section(".flight_format_strings"), library.name()) {}
+    : TraceTexts(index_sections(library), library.section(".flight_format_strings"),
+                 library.name()) {}
 
 TraceTexts::TraceTexts(const std::vector<Bytes>& index, Bytes packed, const std::string& origin) {
   std::vector<Bytes> sections = index;
   size_t size = 0;
   size_t entries = 0;
   for (const Bytes section : sections) {
-    if (section.size() < head_size || (section.size() - head_size) % entry_size != 0 || u16_at(section, 0) != version) {
+    if (section.size() < head_size || (section.size() - head_size) % entry_size != 0 ||
+        u16_at(section, 0) != version) {
       throw Failure(origin + ": a trace section is damaged");
     }
     entries += (section.size() - head_size) / entry_size;
-    if (entries > max_entries) throw Failure(origin + ": the trace sections claim more than " + std::to_string(max_entries) + " entries");
+    if (entries > max_entries)
+      throw Failure(origin + ": the trace sections claim more than " + std::to_string(max_entries) +
+                    " entries");
     size += length_of_texts(section);
   }
-  if (size > max_texts_size) throw Failure(origin + ": the trace sections claim " + std::to_string(size) + " bytes of text");
-  std::sort(sections.begin(), sections.end(), [](Bytes a, Bytes b) { return u16_at(a, 2) < u16_at(b, 2); });
+  if (size > max_texts_size)
+    throw Failure(origin + ": the trace sections claim " + std::to_string(size) + " bytes of text");
+  std::sort(sections.begin(), sections.end(),
+            [](Bytes a, Bytes b) { return u16_at(a, 2) < u16_at(b, 2); });
   texts_ = unpack(packed, size, origin);
   size_t place = 0;
   for (const Bytes section : sections) {
@@ -75,9 +84,13 @@ TraceTexts::TraceTexts(const std::vector<Bytes>& index, Bytes packed, const std:
       const size_t at = head_size + i * entry_size;
       const size_t pattern = u32_at(section, at) >> 16;
       const size_t length = u16_at(section, at + 4);
-      if (length > max_text_size) throw Failure(origin + ": a trace entry claims a text of " + std::to_string(length) + " bytes");
-      if (pattern >= std::size(patterns)) throw Failure(origin + ": a trace entry has an unknown pattern of arguments");
-      all_.push_back({u16_at(section, 2), i, patterns[pattern], std::string_view(texts_).substr(place, length)});
+      if (length > max_text_size)
+        throw Failure(origin + ": a trace entry claims a text of " + std::to_string(length) +
+                      " bytes");
+      if (pattern >= std::size(patterns))
+        throw Failure(origin + ": a trace entry has an unknown pattern of arguments");
+      all_.push_back({u16_at(section, 2), i, patterns[pattern],
+                      std::string_view(texts_).substr(place, length)});
       place += length;
     }
   }

@@ -1,4 +1,5 @@
-// The words of a library's traces, as its file holds them: found by the section's id and the entry's index.
+// The words of a library's traces, as its file holds them: found by the section's id and the
+// entry's index.
 #pragma once
 
 #include <array>
@@ -17,7 +18,8 @@ using SectionId = std::array<uint8_t, 16>;
 struct TraceText {
   uint16_t section;
   uint32_t index;
-  std::string pattern;  // of its arguments, one digit each: 1 a text, 4 a number, 5 a pointer; "0" is none
+  // of its arguments, one digit each: 1 a text, 4 a number, 5 a pointer; "0" is none
+  std::string pattern;
   std::string_view text;
 };
 
@@ -27,7 +29,8 @@ class TraceTexts {
   TraceTexts(const TraceTexts&) = delete;
   TraceTexts& operator=(const TraceTexts&) = delete;
 
-  // Index sections in any order, and the texts of all packed together in the order of the sections' numbers. origin is for failures.
+  // Index sections in any order, and the texts of all packed together in the order of the sections'
+  // numbers. origin is for failures.
   TraceTexts(const std::vector<Bytes>& index, Bytes packed, const std::string& origin);
 
   // All, in the order of sections and indices.

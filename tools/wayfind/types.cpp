@@ -8,8 +8,9 @@
 namespace wayfind {
 
 void add_types(CLI::App& app) {
-  CLI::App* types =
-      app.add_subcommand("types", "Print the types of this release, name, LUID and number of variants, as --release reads them");
+  CLI::App* types = app.add_subcommand("types",
+                                       "Print the types of this release, name, LUID and number of "
+                                       "variants, as --release reads them");
   types->callback([] { write_out(text_of(*newest_release())); });
 }
 

@@ -10,7 +10,8 @@ namespace wayfind {
 // patience: seconds that the agent may take to let a client in, and each write to take bytes.
 Descriptor connect_to_agent(const std::string& path, unsigned patience);
 
-// The place where an agent listens. The file goes when the agent does, unless somebody has put another one there.
+// The place where an agent listens. The file goes when the agent does, unless somebody has put
+// another one there.
 class Listener {
  public:
   // Takes over the path of an agent that is gone; one that still answers is left alone.

@@ -30,20 +30,23 @@ struct Bundle {
   const wayfind_bundle& schema;
 
   std::string name(const char* suffix) const { return schema.name + std::string(suffix); }
-  std::string prefixed(const char* suffix) const { return std::string("fwe_ui_wayfind_") + schema.name + suffix; }
+  std::string prefixed(const char* suffix) const {
+    return std::string("fwe_ui_wayfind_") + schema.name + suffix;
+  }
 
   // Which is "start", "abort" or "commit"; error stands in the slot beforehand.
   void handle(const char* kind, const Handle& handle, uint32_t error) const {
     handle.err = error;
     const std::string handler = prefixed("_bundle_") + kind + "_message_handler";
-    function<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(schema.functions, handler)(handle, instance, nullptr, nullptr,
-                                                                                              &handle.err);
+    function<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(schema.functions, handler)(
+        handle, instance, nullptr, nullptr, &handle.err);
   }
 };
 
 inline std::vector<Bundle> bundles() {
   std::vector<Bundle> all;
-  for (const wayfind_bundle& bundle : std::span(wayfind_bundles, wayfind_bundle_count)) all.push_back({bundle});
+  for (const wayfind_bundle& bundle : std::span(wayfind_bundles, wayfind_bundle_count))
+    all.push_back({bundle});
   return all;
 }
 

@@ -14,13 +14,17 @@ struct Silent {
 
 // By the end of the text, which is the same for every type.
 const std::map<std::string, Silent> silent = {
-    {"ork_stats_inc failed %s", {"no path: enums, the flag set and messages raise their counters themselves, which cannot fail", 108}},
+    {"ork_stats_inc failed %s",
+     {"no path: enums, the flag set and messages raise their counters themselves, which cannot "
+      "fail",
+      108}},
     {" message record %d", {"no path: a record is not read once an error stands", 28}},
     {" destroy: Failed to get oid references from object. Error %s",
      {"an embedded record: it holds no reference, so its references are never asked for", 34}},
     {" destroy: Failed to decrement ref count of oid %p. Error %s",
      {"an embedded record: it holds no reference that could be given up", 34}},
-    {"Invoking linked-in handler for %s", {"another process, the one that defines the handlers", 18}},
+    {"Invoking linked-in handler for %s",
+     {"another process, the one that defines the handlers", 18}},
 };
 
 class Coverage : public testing::Environment {

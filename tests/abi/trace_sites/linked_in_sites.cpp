@@ -1,9 +1,11 @@
-// The one site of a bundle that only a process with a handler of its own can raise: here all 18 are defined.
+// The one site of a bundle that only a process with a handler of its own can raise: here all 18 are
+// defined.
 #include "bundle_stage.h"
 #include "texts.h"
 
-#define DEFINE_HANDLER(bundle) \
-  extern "C" void fwe_ui_wayfind_##bundle##_bundle_handler(ork_handle*, uint32_t, void*, uint32_t*) {}
+#define DEFINE_HANDLER(bundle)                                                           \
+  extern "C" void fwe_ui_wayfind_##bundle##_bundle_handler(ork_handle*, uint32_t, void*, \
+                                                           uint32_t*) {}
 
 DEFINE_HANDLER(fwe_pal_wayfind_show_site_prefix_response)
 DEFINE_HANDLER(fwe_cl_wayfind_show_prefixtosite_response)
@@ -29,13 +31,15 @@ namespace {
 
 TEST(LinkedInSites, Commit) {
   for (const Bundle& bundle : bundles()) {
-    expect_trace({bundle.name("_commit"), text::calling_linked_handler, "debug", {"the bundle"}}, [&] {
-      const auto accumulating = spy::answer(orklib_is_accumulating_bundle, 1);
-      const auto info = dispatching(&dispatch());
-      const Handle handle;
-      handle->bundle_receive_list.next = handle->bundle_receive_list.prev = &handle->bundle_receive_list;
-      bundle.handle("commit", handle, 0);
-    });
+    expect_trace({bundle.name("_commit"), text::calling_linked_handler, "debug", {"the bundle"}},
+                 [&] {
+                   const auto accumulating = spy::answer(orklib_is_accumulating_bundle, 1);
+                   const auto info = dispatching(&dispatch());
+                   const Handle handle;
+                   handle->bundle_receive_list.next = handle->bundle_receive_list.prev =
+                       &handle->bundle_receive_list;
+                   bundle.handle("commit", handle, 0);
+                 });
   }
   EXPECT_EQ(raised().size(), 18u);
 }

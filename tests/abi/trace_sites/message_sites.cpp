@@ -18,22 +18,28 @@ struct Message : family::Message {
   std::vector<uint8_t> frame(const Handle& handle) const {
     void* msg = create(handle, instance);
     std::vector<uint8_t> bytes(len(handle, instance, msg));
-    bytes.resize(marshal(handle, instance, bytes.data(), msg, static_cast<int32_t>(bytes.size()), &handle.err));
+    bytes.resize(marshal(handle, instance, bytes.data(), msg, static_cast<int32_t>(bytes.size()),
+                         &handle.err));
     return bytes;
   }
 };
 
 std::vector<Message> messages() {
   std::vector<Message> all;
-  for (const wayfind_message& message : std::span(wayfind_messages, wayfind_message_count)) all.emplace_back(message);
+  for (const wayfind_message& message : std::span(wayfind_messages, wayfind_message_count))
+    all.emplace_back(message);
   return all;
 }
 
-// The shared copy of the message's descriptor is the given one; other types have themselves for a copy.
-spy::Replacement shared_copy(const Handle& handle, const Message& message, const ork_type_info* copy) {
+// The shared copy of the message's descriptor is the given one; other types have themselves for a
+// copy.
+spy::Replacement shared_copy(const Handle& handle, const Message& message,
+                             const ork_type_info* copy) {
   handle->shared_types = 2;  // shared, but not the storage that the database hooks watch
   const ork_type_info* own = message.schema().type;
-  return spy::replace(ork_type_info_ptr_get, [=](auto, auto, const ork_type_info* type, auto) { return type == own ? copy : type; });
+  return spy::replace(ork_type_info_ptr_get, [=](auto, auto, const ork_type_info* type, auto) {
+    return type == own ? copy : type;
+  });
 }
 
 TEST(MessageSites, Create) {
@@ -46,8 +52,10 @@ TEST(MessageSites, Create) {
     };
     for (const bool shallow : {true, false}) {
       const std::string name = message.full(shallow ? "_create_shallow" : "_create");
-      expect_trace({name, text::no_variants, "fatal", {}}, [&] { create(shallow, without_variants(type)); });
-      expect_trace({name, text::variant_beyond, "info", {"0", minus_one}}, [&] { create(shallow, with_fewer_variants(type)); });
+      expect_trace({name, text::no_variants, "fatal", {}},
+                   [&] { create(shallow, without_variants(type)); });
+      expect_trace({name, text::variant_beyond, "info", {"0", minus_one}},
+                   [&] { create(shallow, with_fewer_variants(type)); });
     }
     expect_trace({message.full("_create_shallow"), text::corrupted, "fatal", {}}, [&] {
       const Handle handle;
@@ -62,7 +70,8 @@ TEST(MessageSites, Create) {
           handle = new Handle;
           const auto records = spy::replace(tawny_set_callsite_tag, [&](auto tag) {
             spy::next(tawny_set_callsite_tag)(tag);
-            if (tag == message.schema().call_site_tag + message.record_count() - 1) count_calls_from_now();
+            if (tag == message.schema().call_site_tag + message.record_count() - 1)
+              count_calls_from_now();
           });
           message.create(*handle, instance);
         },
@@ -78,10 +87,12 @@ TEST(MessageSites, Destroy) {
       fixture::store(msg, type);
       message.destroy(handle, instance, msg);
     };
-    expect_trace({message.full("_destroy"), text::no_variants, "fatal", {}}, [&] { destroy(without_variants(*message.schema().type)); });
+    expect_trace({message.full("_destroy"), text::no_variants, "fatal", {}},
+                 [&] { destroy(without_variants(*message.schema().type)); });
     expect_trace({message.full("_destroy"), text::variant_beyond, "info", {"0", minus_one}},
                  [&] { destroy(with_fewer_variants(*message.schema().type)); });
-    expect_trace({message.full("_destroy"), text::type_corrupted, "fatal", {}}, [&] { destroy(nullptr); });
+    expect_trace({message.full("_destroy"), text::type_corrupted, "fatal", {}},
+                 [&] { destroy(nullptr); });
   }
 }
 
@@ -91,7 +102,8 @@ TEST(MessageSites, Accessors) {
       const std::string record = message.record(i).name;
       const std::string name = message.full("_") + record;
       uint32_t err = EIO;
-      const auto expect = [&](const std::string& text, const std::function<void(ork_handle*)>& access) {
+      const auto expect = [&](const std::string& text,
+                              const std::function<void(ork_handle*)>& access) {
         expect_trace({name, text, "debug", {words_of(EIO)}}, [&] {
           const Handle handle;
           access(handle);
@@ -104,7 +116,9 @@ TEST(MessageSites, Accessors) {
       expect("Error present when setting value for " + record + ": %s",
              [&](ork_handle* handle) { message.set(handle, instance, nullptr, nullptr, &err, i); });
       expect("Error present when freeing and setting value for " + record + ": %s",
-             [&](ork_handle* handle) { message.free_and_set(handle, instance, nullptr, nullptr, &err, i); });
+             [&](ork_handle* handle) {
+               message.free_and_set(handle, instance, nullptr, nullptr, &err, i);
+             });
     }
   }
 }
@@ -121,24 +135,35 @@ TEST(MessageSites, Marshal) {
       message.marshal(handle, instance, buffer, msg, length, &handle.err);
     };
     constexpr int32_t enough = 4096;
-    expect_trace({name, text::marshal_error, "debug", {words_of(EIO)}}, [&] { marshal(EIO, false, enough); });
-    expect_trace({name, text::domain_refuses, "error", {message.name(), message.schema().luid_text, "the peer"}}, [&] {
-      const Handle handle;
-      void* msg = message.create(handle, instance);
-      handle->domain_name = "the peer";
-      const auto domain = spy::answer(ork_domain_lookup_message_ok, 0);
-      uint8_t buffer[4096];
-      message.marshal(handle, instance, buffer, msg, enough, &handle.err);
-    });
+    expect_trace({name, text::marshal_error, "debug", {words_of(EIO)}},
+                 [&] { marshal(EIO, false, enough); });
+    expect_trace({name,
+                  text::domain_refuses,
+                  "error",
+                  {message.name(), message.schema().luid_text, "the peer"}},
+                 [&] {
+                   const Handle handle;
+                   void* msg = message.create(handle, instance);
+                   handle->domain_name = "the peer";
+                   const auto domain = spy::answer(ork_domain_lookup_message_ok, 0);
+                   uint8_t buffer[4096];
+                   message.marshal(handle, instance, buffer, msg, enough, &handle.err);
+                 });
     expect_trace({name, text::bundle_refuses, "error", {message.name(), words_of(ENOENT)}}, [&] {
       const auto bundle = spy::fail(bundle_message_validate_add, ENOENT);
       marshal(0, true, enough);
     });
     for (const bool quiet : {true, false}) {
-      expect_trace({name, text::marshal_failed, quiet ? "debug" : "error", {message.name(), words_of(EMSGSIZE)}, quiet ? 0u : 1u}, [&] {
-        const auto suppressed = spy::answer(orklib_suppress_messages_enabled, quiet ? 1 : 0);
-        marshal(0, false, 3);
-      });
+      expect_trace({name,
+                    text::marshal_failed,
+                    quiet ? "debug" : "error",
+                    {message.name(), words_of(EMSGSIZE)},
+                    quiet ? 0u : 1u},
+                   [&] {
+                     const auto suppressed =
+                         spy::answer(orklib_suppress_messages_enabled, quiet ? 1 : 0);
+                     marshal(0, false, 3);
+                   });
     }
     expect_trace({name, text::bundle_uncounted, "error", {message.name(), words_of(ENOENT)}}, [&] {
       const auto taken = spy::replace(bundle_message_validate_add, [](auto...) {});
@@ -159,13 +184,17 @@ TEST(MessageSites, Unmarshal) {
       if (only) {
         message.unmarshal_only(handle, instance, &out, frame.data(), length, &handle.err);
       } else {
-        message.unmarshal(handle, instance, nullptr, &out, frame.data(), length, nullptr, &handle.err);
+        message.unmarshal(handle, instance, nullptr, &out, frame.data(), length, nullptr,
+                          &handle.err);
       }
     };
     const std::vector<std::string> arguments = {message.name(), words_of(EIO)};
-    expect_trace({message.full("_unmarshal"), text::unmarshal_error, "debug", arguments}, [&] { unmarshal(EIO, false); });
-    expect_trace({message.full("_unmarshal_only"), text::unmarshal_only_error, "debug", arguments}, [&] { unmarshal(EIO, true); });
-    const Expected unhandled{message.full("_default"), text::default_handler(message.name()), "info", {}};
+    expect_trace({message.full("_unmarshal"), text::unmarshal_error, "debug", arguments},
+                 [&] { unmarshal(EIO, false); });
+    expect_trace({message.full("_unmarshal_only"), text::unmarshal_only_error, "debug", arguments},
+                 [&] { unmarshal(EIO, true); });
+    const Expected unhandled{
+        message.full("_default"), text::default_handler(message.name()), "info", {}};
     expect_trace(unhandled, [&] { unmarshal(0, false); });
 
     const auto record = [&] {
@@ -176,17 +205,20 @@ TEST(MessageSites, Unmarshal) {
       const auto memory = spy::answer(orklib_malloc, nullptr);
       record();
     });
-    expect_traces({{message.full("_record"), text::recorder_stream(message.name()), "error", {}}, unhandled}, [&] {
-      const auto stream = spy::answer(orklib_msg_recorder_get_handle, nullptr);
-      record();
-    });
-    expect_traces({{message.full("_record"), text::not_recorded(message.name()), "error", {"90", "0"}},
-                   {message.full("_unmarshal"), text::recording_error(message.name()), "error", {"90"}},
-                   unhandled},
-                  [&] {
-                    const auto tag = spy::fail(start_tag_timestamp, EMSGSIZE);
-                    record();
-                  });
+    expect_traces(
+        {{message.full("_record"), text::recorder_stream(message.name()), "error", {}}, unhandled},
+        [&] {
+          const auto stream = spy::answer(orklib_msg_recorder_get_handle, nullptr);
+          record();
+        });
+    expect_traces(
+        {{message.full("_record"), text::not_recorded(message.name()), "error", {"90", "0"}},
+         {message.full("_unmarshal"), text::recording_error(message.name()), "error", {"90"}},
+         unhandled},
+        [&] {
+          const auto tag = spy::fail(start_tag_timestamp, EMSGSIZE);
+          record();
+        });
   }
 }
 
@@ -194,7 +226,8 @@ TEST(MessageSites, OtherForms) {
   for (const Message& message : messages()) {
     const std::string name = message.name();
     uint32_t err = EIO;
-    const auto expect = [&](const char* suffix, const std::string& text, const std::function<void(ork_handle*)>& render) {
+    const auto expect = [&](const char* suffix, const std::string& text,
+                            const std::function<void(ork_handle*)>& render) {
       expect_trace({message.full(suffix), text, "debug", {words_of(EIO)}}, [&] {
         const Handle handle;
         render(handle);
@@ -202,8 +235,9 @@ TEST(MessageSites, OtherForms) {
     };
     expect("_print", "Already have error when printing " + name + ": %s",
            [&](ork_handle* handle) { message.print(handle, instance, nullptr, nullptr, 0, &err); });
-    expect("_to_xml", "Already have error when rendering XML for " + name + ": %s",
-           [&](ork_handle* handle) { message.to_xml(handle, instance, nullptr, nullptr, 0, &err); });
+    expect(
+        "_to_xml", "Already have error when rendering XML for " + name + ": %s",
+        [&](ork_handle* handle) { message.to_xml(handle, instance, nullptr, nullptr, 0, &err); });
     expect("_from_xml", "Already have error when rendering " + name + " to XML: %s",
            [&](ork_handle* handle) { message.from_xml(handle, instance, nullptr, &err); });
   }

@@ -26,20 +26,26 @@ struct Record {
   F* call(const char* suffix) const {
     return function<F>(schema.functions, suffix);
   }
-  void* create(ork_handle* handle) const { return call<void*(ork_handle*, uint32_t)>("_create")(handle, instance); }
-  void initialize(const Handle& handle, void* object, const ork_type_info* type, uint32_t flags, uint8_t* base) const {
-    call<void(ork_handle*, uint32_t, void*, const ork_type_info*, uint32_t, uint32_t, uint32_t, uint8_t*, uint32_t*)>("_initialize")(
-        handle, instance, object, type, 0, 0, flags, base, &handle.err);
+  void* create(ork_handle* handle) const {
+    return call<void*(ork_handle*, uint32_t)>("_create")(handle, instance);
+  }
+  void initialize(const Handle& handle, void* object, const ork_type_info* type, uint32_t flags,
+                  uint8_t* base) const {
+    call<void(ork_handle*, uint32_t, void*, const ork_type_info*, uint32_t, uint32_t, uint32_t,
+              uint8_t*, uint32_t*)>("_initialize")(handle, instance, object, type, 0, 0, flags,
+                                                   base, &handle.err);
   }
   void destroy_internal(ork_handle* handle, void* object) const {
-    call<void(ork_handle*, uint32_t, void*, uint32_t)>("_destroy_internal")(handle, instance, object, 1);
+    call<void(ork_handle*, uint32_t, void*, uint32_t)>("_destroy_internal")(handle, instance,
+                                                                            object, 1);
   }
   void set(const Handle& handle, void* to, void* from) const {
-    call<void(ork_handle*, uint32_t, void*, const void*, uint32_t*)>("_set")(handle, instance, to, from, &handle.err);
+    call<void(ork_handle*, uint32_t, void*, const void*, uint32_t*)>("_set")(handle, instance, to,
+                                                                             from, &handle.err);
   }
   void unmarshal(const Handle& handle, const uint8_t* image, size_t size, void* object) const {
-    call<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*)>("_unmarshal")(
-        handle, instance, image, object, static_cast<int32_t>(size), 0, &handle.err);
+    call<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*)>(
+        "_unmarshal")(handle, instance, image, object, static_cast<int32_t>(size), 0, &handle.err);
   }
   // Zeroed, and of the largest size that an object of this record has.
   static void* block() { return new uint64_t[128]{}; }
@@ -47,20 +53,26 @@ struct Record {
 
 std::vector<Record> records() {
   std::vector<Record> all;
-  for (const wayfind_record& record : std::span(wayfind_records, wayfind_record_count)) all.push_back({record});
+  for (const wayfind_record& record : std::span(wayfind_records, wayfind_record_count))
+    all.push_back({record});
   return all;
 }
 
-// An image without fields, of a variant that lies in front of the first, and a jump over some bytes behind it.
+// An image without fields, of a variant that lies in front of the first, and a jump over some bytes
+// behind it.
 constexpr uint8_t image[32] = {0xFF, 0, 0, 0, 0, 10};
 
 TEST(RecordSites, Create) {
   for (const Record& record : records()) {
-    expect_trace({record.name("_create_internal"), "error in " + record.name(" create: %s"), "error", {words_of(EIO)}}, [&] {
-      const Handle handle;
-      const auto lookup = spy::fail(ork_domain_lookup_variant, EIO);
-      record.create(handle);
-    });
+    expect_trace({record.name("_create_internal"),
+                  "error in " + record.name(" create: %s"),
+                  "error",
+                  {words_of(EIO)}},
+                 [&] {
+                   const Handle handle;
+                   const auto lookup = spy::fail(ork_domain_lookup_variant, EIO);
+                   record.create(handle);
+                 });
     const auto expect_corrupted = [&](const std::function<void(ork_handle*)>& ask_for_size) {
       expect_trace({record.name("_sizeof"), text::corrupted, "fatal", {}}, [&] {
         const Handle handle;
@@ -68,15 +80,18 @@ TEST(RecordSites, Create) {
         ask_for_size(handle);
       });
     };
-    expect_corrupted([&](ork_handle* handle) { record.call<uint32_t(ork_handle*)>("_sizeof")(handle); });
+    expect_corrupted(
+        [&](ork_handle* handle) { record.call<uint32_t(ork_handle*)>("_sizeof")(handle); });
     expect_corrupted([&](ork_handle* handle) {
-      record.call<uint32_t(ork_handle*, const void*, uint32_t, uint32_t)>("_sizeof_internal")(handle, nullptr, 1, 0);
+      record.call<uint32_t(ork_handle*, const void*, uint32_t, uint32_t)>("_sizeof_internal")(
+          handle, nullptr, 1, 0);
     });
     expect_corrupted([&](ork_handle* handle) { record.create(handle); });
   }
 }
 
-// The mode is read again behind an allocation, behind the count of a new object and behind the announcement of a copy.
+// The mode is read again behind an allocation, behind the count of a new object and behind the
+// announcement of a copy.
 TEST(RecordSites, HandleThatChangesUnderWay) {
   static const Handle* handle;
   for (const Record& record : records()) {
@@ -122,18 +137,24 @@ TEST(RecordSites, Initialize) {
       const Handle handle;
       record.initialize(handle, record.block(), without_variants(type), 0, nullptr);
     });
-    expect_trace({name, text::variant_beyond, "info", {std::to_string(record.schema.variants - 1), minus_one}}, [&] {
-      const Handle handle;
-      const auto newest = spy::answer(ork_domain_lookup_variant, static_cast<int8_t>(record.schema.variants - 1));
-      record.initialize(handle, record.block(), with_fewer_variants(type), 0, nullptr);
-    });
+    expect_trace({name,
+                  text::variant_beyond,
+                  "info",
+                  {std::to_string(record.schema.variants - 1), minus_one}},
+                 [&] {
+                   const Handle handle;
+                   const auto newest = spy::answer(ork_domain_lookup_variant,
+                                                   static_cast<int8_t>(record.schema.variants - 1));
+                   record.initialize(handle, record.block(), with_fewer_variants(type), 0, nullptr);
+                 });
     expect_trace({name, text::no_state_base, "error", {}}, [&] {
       const Handle handle(ORK_TRACKING_ON);
       record.initialize(handle, record.block(), &type, nested, nullptr);
     });
     expect_trace({record.name("_set_instance_embedded"), text::embed_object, "error", {}}, [&] {
       const Handle handle;
-      record.call<void(ork_handle*, uint32_t, void*)>("_set_instance_embedded")(handle, instance, nullptr);
+      record.call<void(ork_handle*, uint32_t, void*)>("_set_instance_embedded")(handle, instance,
+                                                                                nullptr);
     });
   }
 }
@@ -143,18 +164,23 @@ TEST(RecordSites, References) {
     const auto count = [&](int error) {
       const Handle handle;
       handle.err = static_cast<uint32_t>(error);
-      record.call<uint32_t(ork_handle*, uint32_t, const void*, uint32_t*)>("_get_oid_count")(handle, instance, nullptr, &handle.err);
+      record.call<uint32_t(ork_handle*, uint32_t, const void*, uint32_t*)>("_get_oid_count")(
+          handle, instance, nullptr, &handle.err);
     };
     const auto list = [&](int error) {
       const Handle handle;
       handle.err = static_cast<uint32_t>(error);
-      record.call<void(ork_handle*, uint32_t, const void*, void**, uint32_t, uint32_t*)>("_get_object_references")(
-          handle, instance, nullptr, nullptr, 0, &handle.err);
+      record.call<void(ork_handle*, uint32_t, const void*, void**, uint32_t, uint32_t*)>(
+          "_get_object_references")(handle, instance, nullptr, nullptr, 0, &handle.err);
     };
-    expect_trace({record.name("_get_oid_count"), text::oid_count_error, "error", {}}, [&] { count(EIO); });
-    expect_trace({record.name("_get_oid_count"), text::oid_count_object, "error", {}}, [&] { count(0); });
-    expect_trace({record.name("_get_object_references"), text::references_error, "error", {}}, [&] { list(EIO); });
-    expect_trace({record.name("_get_object_references"), text::references_object, "error", {}}, [&] { list(0); });
+    expect_trace({record.name("_get_oid_count"), text::oid_count_error, "error", {}},
+                 [&] { count(EIO); });
+    expect_trace({record.name("_get_oid_count"), text::oid_count_object, "error", {}},
+                 [&] { count(0); });
+    expect_trace({record.name("_get_object_references"), text::references_error, "error", {}},
+                 [&] { list(EIO); });
+    expect_trace({record.name("_get_object_references"), text::references_object, "error", {}},
+                 [&] { list(0); });
   }
 }
 
@@ -167,10 +193,12 @@ TEST(RecordSites, DestroyOfAMappedObject) {
       fixture::header(object).obj_flags |= oid_mapped;
       record.destroy_internal(handle, object);
     };
-    expect_trace({record.name("_destroy_internal"), text::mapping_stays(type), "error", {words_of(EBUSY)}}, [&] {
-      const auto mapping = spy::fail(ork_request_oid_mapping_destroy, EBUSY);
-      destroy_mapped();
-    });
+    expect_trace(
+        {record.name("_destroy_internal"), text::mapping_stays(type), "error", {words_of(EBUSY)}},
+        [&] {
+          const auto mapping = spy::fail(ork_request_oid_mapping_destroy, EBUSY);
+          destroy_mapped();
+        });
     expect_trace({record.name("_destroy_internal"), text::has_references(type), "info", {}}, [&] {
       const auto mapping = spy::answer(ork_request_oid_mapping_destroy, 0);
       destroy_mapped();
@@ -179,17 +207,20 @@ TEST(RecordSites, DestroyOfAMappedObject) {
       const auto mapping = spy::answer(ork_request_oid_mapping_destroy, 1);
       destroy_mapped();
     });
-    expect_trace({record.name("_destroy_internal"), text::mapping_stays(type), "error", {words_of(EIO)}, 1}, [&] {
-      const Handle handle;
-      void* object = record.create(handle);
-      fixture::header(object).obj_flags |= ra_data;
-      handle->hd_mapping = object;  // any map but none
-      const auto mapping = spy::replace(ork_hd_mapping_destroy, [](auto, auto, auto, uint32_t* err) -> uint32_t {
-        *err = EIO;
-        return 0;
-      });
-      record.destroy_internal(handle, object);
-    });
+    expect_trace(
+        {record.name("_destroy_internal"), text::mapping_stays(type), "error", {words_of(EIO)}, 1},
+        [&] {
+          const Handle handle;
+          void* object = record.create(handle);
+          fixture::header(object).obj_flags |= ra_data;
+          handle->hd_mapping = object;  // any map but none
+          const auto mapping =
+              spy::replace(ork_hd_mapping_destroy, [](auto, auto, auto, uint32_t* err) -> uint32_t {
+                *err = EIO;
+                return 0;
+              });
+          record.destroy_internal(handle, object);
+        });
   }
 }
 
@@ -203,17 +234,26 @@ TEST(RecordSites, DestroyOfAnAddressWithReferences) {
         const Handle handle;
         void* object = record.create(handle);
         const void* at = fixture::bytes(object) + field.offset;
-        const auto count = spy::replace(ip_address_get_oid_count, [at](auto, auto, auto address, auto) { return address == at ? 1u : 0u; });
-        const auto list = spy::replace(ip_address_get_object_references, [&](auto, auto, auto, void** references, auto, uint32_t* err) {
-          references[0] = reference;
-          *err = list_error;
-        });
+        const auto count =
+            spy::replace(ip_address_get_oid_count,
+                         [at](auto, auto, auto address, auto) { return address == at ? 1u : 0u; });
+        const auto list =
+            spy::replace(ip_address_get_object_references,
+                         [&](auto, auto, auto, void** references, auto, uint32_t* err) {
+                           references[0] = reference;
+                           *err = list_error;
+                         });
         const auto update =
-            spy::replace(orklib_lookup_and_update_oid_ref_count, [&](auto, auto, auto, auto, uint32_t* err) { *err = count_error; });
+            spy::replace(orklib_lookup_and_update_oid_ref_count,
+                         [&](auto, auto, auto, auto, uint32_t* err) { *err = count_error; });
         record.destroy_internal(handle, object);
       };
-      expect_trace({name, text::references_failed(record.schema.name), "error", {words_of(EIO)}}, [&] { destroy(EIO, 0); });
-      expect_trace({name, text::reference_stays(record.schema.name), "error", {digits_of(reference), words_of(ENOENT)}},
+      expect_trace({name, text::references_failed(record.schema.name), "error", {words_of(EIO)}},
+                   [&] { destroy(EIO, 0); });
+      expect_trace({name,
+                    text::reference_stays(record.schema.name),
+                    "error",
+                    {digits_of(reference), words_of(ENOENT)}},
                    [&] { destroy(0, ENOENT); });
     }
   }
@@ -235,8 +275,12 @@ TEST(RecordSites, DestroyOfABrokenObject) {
       record.destroy_internal(handle, object);
     });
     expect_trace({name, text::type_corrupted, "fatal", {}}, [&] { destroy_typed(nullptr); });
-    expect_trace({name, text::no_variants, "fatal", {}}, [&] { destroy_typed(without_variants(*record.schema.type)); });
-    expect_trace({name, text::variant_beyond, "info", {std::to_string(record.schema.variants - 1), minus_one}},
+    expect_trace({name, text::no_variants, "fatal", {}},
+                 [&] { destroy_typed(without_variants(*record.schema.type)); });
+    expect_trace({name,
+                  text::variant_beyond,
+                  "info",
+                  {std::to_string(record.schema.variants - 1), minus_one}},
                  [&] { destroy_typed(with_fewer_variants(*record.schema.type)); });
   }
 }
@@ -256,7 +300,8 @@ TEST(RecordSites, Set) {
   }
 }
 
-// A variant in front of the first has no fields, so that no embedded record is asked before the record itself.
+// A variant in front of the first has no fields, so that no embedded record is asked before the
+// record itself.
 TEST(RecordSites, OtherForms) {
   for (const Record& record : records()) {
     const auto object_of = [&](const Handle& handle) {
@@ -274,15 +319,16 @@ TEST(RecordSites, OtherForms) {
       const Handle handle;
       void* object = object_of(handle);
       uint8_t buffer[64];
-      record.call<uint32_t(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*)>("_marshal")(handle, instance, buffer, object,
-                                                                                                          sizeof buffer, &handle.err);
+      record.call<uint32_t(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*)>(
+          "_marshal")(handle, instance, buffer, object, sizeof buffer, &handle.err);
     });
     expect_trace({record.name("_to_xml"), text::corrupted, "fatal", {}}, [&] {
       const Handle handle;
       void* object = object_of(handle);
       char buffer[64];
-      record.call<uint32_t(ork_handle*, uint32_t, const char*, char*, void*, uint32_t, uint8_t, uint32_t*)>("_to_xml")(
-          handle, instance, "tag", buffer, object, sizeof buffer, 0, &handle.err);
+      record.call<uint32_t(ork_handle*, uint32_t, const char*, char*, void*, uint32_t, uint8_t,
+                           uint32_t*)>("_to_xml")(handle, instance, "tag", buffer, object,
+                                                  sizeof buffer, 0, &handle.err);
     });
   }
 }

@@ -26,7 +26,8 @@ struct Heard {
 
   bool operator==(const Heard&) const = default;
   friend void PrintTo(const Heard& heard, std::ostream* out) {
-    *out << heard.place.first << "/" << heard.place.second << " " << heard.level << ": " << heard.words;
+    *out << heard.place.first << "/" << heard.place.second << " " << heard.level << ": "
+         << heard.words;
   }
 };
 
@@ -60,8 +61,8 @@ const std::string& trace_path() {
   _exit(err == 0 ? 0 : 1);
 }
 
-// What every child needs is made before the first of them: the module's number, the decoder's texts and those of the spy, which reads the
-// library's file at the first trace that it sees.
+// What every child needs is made before the first of them: the module's number, the decoder's texts
+// and those of the spy, which reads the library's file at the first trace that it sees.
 void prepare() {
   static const bool done = [] {
     trace_path();
@@ -89,10 +90,12 @@ std::vector<Heard> read_traces() {
   const std::vector<uint8_t> bytes = wayfind::read_file(trace_path());
   wayfind::TraceFile file(bytes, "trace");
   std::vector<Heard> heard;
-  const wayfind::DecodeCount count =
-      wayfind::decode_traces(texts(), library().build_id(), file, false, [&](const wayfind::DecodedTrace& decoded) {
+  const wayfind::DecodeCount count = wayfind::decode_traces(
+      texts(), library().build_id(), file, false, [&](const wayfind::DecodedTrace& decoded) {
         EXPECT_EQ(decoded.module, "ork_fwe_ui_wayfind");
-        heard.push_back({{decoded.text.section, decoded.text.index}, wayfind::level_name(decoded.trace.level_word), decoded.words});
+        heard.push_back({{decoded.text.section, decoded.text.index},
+                         wayfind::level_name(decoded.trace.level_word),
+                         decoded.words});
       });
   EXPECT_EQ(count.damaged, 0u);
   EXPECT_EQ(count.foreign, 0u);
@@ -111,7 +114,8 @@ std::string filled(const std::string& text, const std::vector<std::string>& argu
 }
 
 Heard told(const Expected& expected) {
-  return {told_order().place(expected.function, expected.text, expected.nth), expected.level, filled(expected.text, expected.arguments)};
+  return {told_order().place(expected.function, expected.text, expected.nth), expected.level,
+          filled(expected.text, expected.arguments)};
 }
 
 // When the change is due: 0 is never.
@@ -137,7 +141,8 @@ void ticking_free(void* pool, uint32_t number, void* block) {
   tick();
   next_free(pool, number, block);
 }
-void ticking_write_notify(ork_handle* handle, const void* address, size_t length, uint32_t number, const void* owner) {
+void ticking_write_notify(ork_handle* handle, const void* address, size_t length, uint32_t number,
+                          const void* owner) {
   tick();
   next_write_notify(handle, address, length, number, owner);
 }
@@ -177,11 +182,13 @@ void expect_traces(const std::vector<Expected>& expected, const Action& action) 
   for (const Heard& one : awaited) raised().insert(one.place);
 }
 
-void expect_trace_after_change(const Expected& expected, const Action& action, const Action& change) {
+void expect_trace_after_change(const Expected& expected, const Action& action,
+                               const Action& change) {
   constexpr unsigned most_calls = 200;
   const Heard awaited = told(expected);
   due_change = &change;
-  const spy::Replacement runtime[] = {ticking(orklib_get_sttr_offset), ticking(orklib_update_sttr_offset),
+  const spy::Replacement runtime[] = {ticking(orklib_get_sttr_offset),
+                                      ticking(orklib_update_sttr_offset),
                                       ticking(ork_get_instance_variant)};
   bool reached = false;
   for (unsigned calls = 1; calls <= most_calls && !reached; ++calls) {
@@ -232,7 +239,8 @@ std::string words_of(int error) { return std::strerror(error); }
 
 std::string digits_of(const void* pointer) {
   char digits[24];
-  std::snprintf(digits, sizeof digits, "0x%llx", static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(pointer)));
+  std::snprintf(digits, sizeof digits, "0x%llx",
+                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(pointer)));
   return digits;
 }
 

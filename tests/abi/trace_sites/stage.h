@@ -1,5 +1,5 @@
-// Where sites are raised: a child process of its own for each, which stores its traces in a file, and the decoder that reads them back by the
-// library's file. What was raised is counted.
+// Where sites are raised: a child process of its own for each, which stores its traces in a file,
+// and the decoder that reads them back by the library's file. What was raised is counted.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -29,13 +29,18 @@ struct Expected {
 
 using Action = std::function<void()>;
 
-// Runs the action and expects these traces, in this order, and no other; the process dies of the last if that is fatal.
+// Runs the action and expects these traces, in this order, and no other; the process dies of the
+// last if that is fatal.
 void expect_traces(const std::vector<Expected>& expected, const Action& action);
-inline void expect_trace(const Expected& expected, const Action& action) { expect_traces({expected}, action); }
+inline void expect_trace(const Expected& expected, const Action& action) {
+  expect_traces({expected}, action);
+}
 
-// The same for a site that is reached only when something changes under way: the action runs again and again, and at the first, second, third
-// call to the handle or the runtime the change is made, until the trace is the first to be raised. The action says from where on calls count.
-void expect_trace_after_change(const Expected& expected, const Action& action, const Action& change);
+// The same for a site that is reached only when something changes under way: the action runs again
+// and again, and at the first, second, third call to the handle or the runtime the change is made,
+// until the trace is the first to be raised. The action says from where on calls count.
+void expect_trace_after_change(const Expected& expected, const Action& action,
+                               const Action& change);
 void count_calls_from_now();
 
 std::set<Place>& raised();

@@ -28,8 +28,12 @@ struct TraceOrder::Writer {
         if (has(field)) add(std::string(record.name) + "_" + field.name + suffix, texts);
       }
     };
-    const auto is_array = [](const wayfind_field& f) { return f.cls == WAYFIND_VALUE_ARRAY || f.cls == WAYFIND_RECORD_ARRAY; };
-    const auto has_values = [](const wayfind_field& f) { return f.cls == WAYFIND_VALUE || f.cls == WAYFIND_VALUE_ARRAY; };
+    const auto is_array = [](const wayfind_field& f) {
+      return f.cls == WAYFIND_VALUE_ARRAY || f.cls == WAYFIND_RECORD_ARRAY;
+    };
+    const auto has_values = [](const wayfind_field& f) {
+      return f.cls == WAYFIND_VALUE || f.cls == WAYFIND_VALUE_ARRAY;
+    };
     const auto is_settable = [](const wayfind_field& f) { return f.cls != WAYFIND_COUNTER; };
     const std::string reallocating = text::reallocating(record.name);
     for (const wayfind_field& field : std::span(record.fields, record.field_count)) {
@@ -37,10 +41,13 @@ struct TraceOrder::Writer {
       if (!is_settable(field)) continue;
       add(set, {text::corrupted, text::not_tracked});
       if (field.cls == WAYFIND_RECORD_ARRAY) add(set, {text::value_not_tracked});
-      if (is_array(field)) add(set, {reallocating, text::corrupted, text::not_tracked, text::corrupted, text::not_tracked});
+      if (is_array(field))
+        add(set,
+            {reallocating, text::corrupted, text::not_tracked, text::corrupted, text::not_tracked});
     }
     each("_set_value", has_values, {text::corrupted, text::not_tracked});
-    each("_set_mem", [](const wayfind_field& f) { return f.cls == WAYFIND_VALUE_ARRAY; }, {text::corrupted, text::not_tracked});
+    each("_set_mem", [](const wayfind_field& f) { return f.cls == WAYFIND_VALUE_ARRAY; },
+         {text::corrupted, text::not_tracked});
     each("_state_flag_whole_get", is_array, {text::corrupted, text::non_tracked});
     each("_state_flag_whole_set", is_array, {text::corrupted, text::not_tracked});
     each("_state_flag_get_arr", is_array, {text::corrupted, text::non_tracked});
@@ -52,17 +59,20 @@ struct TraceOrder::Writer {
   void record(const wayfind_record& record) {
     const std::string name = record.name;
     add(name + "_create_internal", {"error in " + name + " create: %s"});
-    add(name + "_initialize", {text::corrupted, text::no_variants, text::variant_beyond, text::no_state_base});
+    add(name + "_initialize",
+        {text::corrupted, text::no_variants, text::variant_beyond, text::no_state_base});
     add(name + "_set_instance_embedded", {text::embed_object});
     add(name + "_get_oid_count", {text::oid_count_error, text::oid_count_object});
     add(name + "_get_object_references", {text::references_error, text::references_object});
     const std::string destroy = name + "_destroy_internal";
-    add(destroy, {text::mapping_stays(name), text::has_references(name), text::mapping_removed(name)});
+    add(destroy,
+        {text::mapping_stays(name), text::has_references(name), text::mapping_removed(name)});
     for (const wayfind_field& field : std::span(record.fields, record.field_count)) {
       if (field.cls != WAYFIND_OBJECT || field.kind == WAYFIND_FLAG_SET) continue;
       add(destroy + "." + field.name, {text::references_failed(name), text::reference_stays(name)});
     }
-    add(destroy, {text::corrupted, text::type_corrupted, text::no_variants, text::variant_beyond, text::mapping_stays(name)});
+    add(destroy, {text::corrupted, text::type_corrupted, text::no_variants, text::variant_beyond,
+                  text::mapping_stays(name)});
     add(name + "_sizeof", {text::corrupted});
     add(name + "_len", {text::corrupted});
     add(name + "_set", {text::corrupted, text::not_tracked});
@@ -79,7 +89,8 @@ struct TraceOrder::Writer {
     add(name + "_set_instance_embedded", {text::small_embed_object});
     add(name + "_get_oid_count", {text::oid_count_error, text::oid_count_object});
     add(name + "_get_object_references", {text::references_error, text::references_object});
-    add(name + "_destroy_internal", {text::type_corrupted, text::no_variants, text::variant_beyond, text::stats_failed});
+    add(name + "_destroy_internal",
+        {text::type_corrupted, text::no_variants, text::variant_beyond, text::stats_failed});
     if (type.is_flag_set) add(name + "_unmarshal", {text::jump});
   }
 
@@ -88,29 +99,35 @@ struct TraceOrder::Writer {
     add(name + "_start", {text::start_inside, text::starting, text::starting_unnamed});
     add(name + "_abort", {text::abort_error, text::outside_bundle, text::aborting});
     add(name + "_commit",
-        {text::commit_error, text::outside_bundle, text::calling_dispatch_handler, text::calling_handle_handler,
-         text::calling_dispatch_handler, text::calling_registered_handler, text::calling_linked_handler, text::no_handler});
+        {text::commit_error, text::outside_bundle, text::calling_dispatch_handler,
+         text::calling_handle_handler, text::calling_dispatch_handler,
+         text::calling_registered_handler, text::calling_linked_handler, text::no_handler});
   }
 
   void message(const wayfind_message& message) {
     const std::string name = message.name;
     const std::string family = name + "_message";
-    add(family + "_create_shallow", {text::no_variants, text::variant_beyond, text::stats_failed, text::corrupted});
-    add(family + "_create", {text::no_variants, text::variant_beyond, text::stats_failed, text::corrupted});
-    add(family + "_destroy", {text::no_variants, text::variant_beyond, text::stats_failed, text::type_corrupted});
+    add(family + "_create_shallow",
+        {text::no_variants, text::variant_beyond, text::stats_failed, text::corrupted});
+    add(family + "_create",
+        {text::no_variants, text::variant_beyond, text::stats_failed, text::corrupted});
+    add(family + "_destroy",
+        {text::no_variants, text::variant_beyond, text::stats_failed, text::type_corrupted});
     for (const wayfind_record* record : std::span(message.records, message.record_count)) {
       const std::string carried = record->name;
-      add(family + "_" + carried, {"Error present when getting value for " + carried + ": %s",
-                                   "Error present getting detached " + carried + " value for " + name + ": %s",
-                                   "Error present when setting value for " + carried + ": %s",
-                                   "Error present when freeing and setting value for " + carried + ": %s"});
+      add(family + "_" + carried,
+          {"Error present when getting value for " + carried + ": %s",
+           "Error present getting detached " + carried + " value for " + name + ": %s",
+           "Error present when setting value for " + carried + ": %s",
+           "Error present when freeing and setting value for " + carried + ": %s"});
     }
-    add(family + "_marshal", {text::marshal_error, text::domain_refuses, text::bundle_refuses, text::marshal_failed, text::marshal_failed,
-                              text::bundle_uncounted});
+    add(family + "_marshal", {text::marshal_error, text::domain_refuses, text::bundle_refuses,
+                              text::marshal_failed, text::marshal_failed, text::bundle_uncounted});
     add(family + "_unmarshal", {text::unmarshal_error, text::recording_error(name)});
     add(family + "_default", {text::default_handler(name)});
     add(family + "_unmarshal_only", {text::unmarshal_only_error, text::record_in_error(name)});
-    add(family + "_record", {text::recorder_memory, text::recorder_stream(name), text::not_recorded(name)});
+    add(family + "_record",
+        {text::recorder_memory, text::recorder_stream(name), text::not_recorded(name)});
     add(family + "_print", {"Already have error when printing " + name + ": %s"});
     add(family + "_to_xml", {"Already have error when rendering XML for " + name + ": %s"});
     add(family + "_from_xml", {"Already have error when rendering " + name + " to XML: %s"});
@@ -124,16 +141,21 @@ TraceOrder::TraceOrder() {
   for (const wayfind_record& record : records.last(first_group)) section0.record(record);
   section0.add("fwe_ui_wayfind_type_variant_dump", {text::dump_without_variants});
   Writer section1{*this, 1};
-  for (const wayfind_record& record : records.first(records.size() - first_group)) section1.record(record);
-  for (const wayfind_small_type& type : std::span(wayfind_small_types, wayfind_small_type_count)) section1.small_type(type);
+  for (const wayfind_record& record : records.first(records.size() - first_group))
+    section1.record(record);
+  for (const wayfind_small_type& type : std::span(wayfind_small_types, wayfind_small_type_count))
+    section1.small_type(type);
   Writer section2{*this, 2};
-  for (const wayfind_bundle& bundle : std::span(wayfind_bundles, wayfind_bundle_count)) section2.bundle(bundle);
-  for (const wayfind_message& message : std::span(wayfind_messages, wayfind_message_count)) section2.message(message);
+  for (const wayfind_bundle& bundle : std::span(wayfind_bundles, wayfind_bundle_count))
+    section2.bundle(bundle);
+  for (const wayfind_message& message : std::span(wayfind_messages, wayfind_message_count))
+    section2.message(message);
 }
 
 Place TraceOrder::place(const std::string& function, const std::string& text, size_t nth) const {
   const auto found = places_.find({function, text});
-  if (found == places_.end() || nth >= found->second.size()) throw std::runtime_error("no entry " + function + ": " + text);
+  if (found == places_.end() || nth >= found->second.size())
+    throw std::runtime_error("no entry " + function + ": " + text);
   return found->second[nth];
 }
 

@@ -1,5 +1,6 @@
-// The order of the trace entries: which function's which text stands at which index of which section. Written from the order of the
-// functions and of the texts within them, not from the library's own plan.
+// The order of the trace entries: which function's which text stands at which index of which
+// section. Written from the order of the functions and of the texts within them, not from the
+// library's own plan.
 #pragma once
 
 #include <cstdint>

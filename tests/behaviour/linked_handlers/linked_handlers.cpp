@@ -1,5 +1,6 @@
-// A program that defines half of the functions which a process may define, to be called by the library: they run, and for the other half
-// the paths without a handler do. Built twice, once for each half.
+// A program that defines half of the functions which a process may define, to be called by the
+// library: they run, and for the other half the paths without a handler do. Built twice, once for
+// each half.
 #include <map>
 
 #include "behaviour/messages_spied.h"
@@ -8,26 +9,27 @@
 namespace {
 
 struct Call {
-    std::string who;
-    ork_handle *handle;
-    uint32_t instance;
-    void *ctx;
-    void *msg;
-    uint32_t *err;
+  std::string who;
+  ork_handle* handle;
+  uint32_t instance;
+  void* ctx;
+  void* msg;
+  uint32_t* err;
 };
 std::vector<Call> calls;
 
 }  // namespace
 
-#define TAKES_MESSAGE(message)                                                                                              \
-    extern "C" void fwe_ui_wayfind_##message##_message_handler(ork_handle *handle, uint32_t instance, void *ctx, void *msg, \
-                                                               uint32_t *err) {                                             \
-        calls.push_back({#message, handle, instance, ctx, msg, err});                                                       \
-    }
-#define TAKES_BUNDLE(bundle)                                                                                                    \
-    extern "C" void fwe_ui_wayfind_##bundle##_bundle_handler(ork_handle *handle, uint32_t instance, void *ctx, uint32_t *err) { \
-        calls.push_back({#bundle, handle, instance, ctx, nullptr, err});                                                        \
-    }
+#define TAKES_MESSAGE(message)                                                      \
+  extern "C" void fwe_ui_wayfind_##message##_message_handler(                       \
+      ork_handle* handle, uint32_t instance, void* ctx, void* msg, uint32_t* err) { \
+    calls.push_back({#message, handle, instance, ctx, msg, err});                   \
+  }
+#define TAKES_BUNDLE(bundle)                                                                      \
+  extern "C" void fwe_ui_wayfind_##bundle##_bundle_handler(ork_handle* handle, uint32_t instance, \
+                                                           void* ctx, uint32_t* err) {            \
+    calls.push_back({#bundle, handle, instance, ctx, nullptr, err});                              \
+  }
 
 #ifndef WAYFIND_LINKED_ODD
 
@@ -100,129 +102,134 @@ constexpr int linked_rest = 1;
 #endif
 
 template <class Family>
-bool is_linked(const std::vector<Family> &all, const Family &one) {
-    const auto found =
-        std::find_if(all.begin(), all.end(), [&](const Family &each) { return std::string_view(each.name()) == one.name(); });
-    return (found - all.begin()) % 2 == linked_rest;
+bool is_linked(const std::vector<Family>& all, const Family& one) {
+  const auto found = std::find_if(all.begin(), all.end(), [&](const Family& each) {
+    return std::string_view(each.name()) == one.name();
+  });
+  return (found - all.begin()) % 2 == linked_rest;
 }
 
-void explicit_handler(ork_handle *handle, uint32_t each, void *ctx, void *msg, uint32_t *err) {
-    calls.push_back({"explicit", handle, each, ctx, msg, err});
+void explicit_handler(ork_handle* handle, uint32_t each, void* ctx, void* msg, uint32_t* err) {
+  calls.push_back({"explicit", handle, each, ctx, msg, err});
 }
 
 class LinkedMessage : public testing::TestWithParam<Message> {
-protected:
-    const Message message = GetParam();
-    const family::Handle handle = family::make_handle();
-    uint32_t err = 0;
-    int ctx = 0;
+ protected:
+  const Message message = GetParam();
+  const family::Handle handle = family::make_handle();
+  uint32_t err = 0;
+  int ctx = 0;
 
-    const family::Handle sender = family::make_handle();
-    const std::vector<uint8_t> frame = family::Made(message, sender.get()).frame();
+  const family::Handle sender = family::make_handle();
+  const std::vector<uint8_t> frame = family::Made(message, sender.get()).frame();
 
-    void SetUp() override { calls.clear(); }
-    void *receive(ork_message_handler handler) {
-        void *out = nullptr;
-        EXPECT_EQ(message.unmarshal(handle.get(), instance, &ctx, &out, frame.data(), static_cast<int32_t>(frame.size()), handler, &err),
-                  frame.size());
-        return out;
-    }
+  void SetUp() override { calls.clear(); }
+  void* receive(ork_message_handler handler) {
+    void* out = nullptr;
+    EXPECT_EQ(message.unmarshal(handle.get(), instance, &ctx, &out, frame.data(),
+                                static_cast<int32_t>(frame.size()), handler, &err),
+              frame.size());
+    return out;
+  }
 };
 
 TEST_P(LinkedMessage, RunsIfItIsThereAndElseThirtyEight) {
-    void *msg;
-    std::vector<std::string> traces;
-    {
-        const spy::Log log;
-        msg = receive(nullptr);
-        traces = log.calls_of({"trace"});
-    }
-    ASSERT_NE(msg, nullptr);
-    if (is_linked(family::messages(), message)) {
-        ASSERT_EQ(calls.size(), 1u);
-        EXPECT_EQ(calls[0].who, message.name());
-        EXPECT_EQ(calls[0].handle, handle.get());
-        EXPECT_EQ(calls[0].instance, instance);
-        EXPECT_EQ(calls[0].ctx, &ctx);
-        EXPECT_EQ(calls[0].msg, msg);
-        EXPECT_EQ(calls[0].err, &err);
-        EXPECT_EQ(err, 0u);
-        EXPECT_TRUE(traces.empty());
-    } else {
-        EXPECT_TRUE(calls.empty());
-        EXPECT_EQ(err, 38u);
-        EXPECT_CALLS(traces, std::vector<std::string>{std::string("trace(info,default fwe_ui_wayfind_") + message.name() +
-                                                      "_message handler called)"});
-    }
-    message.destroy(handle.get(), instance, msg);
+  void* msg;
+  std::vector<std::string> traces;
+  {
+    const spy::Log log;
+    msg = receive(nullptr);
+    traces = log.calls_of({"trace"});
+  }
+  ASSERT_NE(msg, nullptr);
+  if (is_linked(family::messages(), message)) {
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].who, message.name());
+    EXPECT_EQ(calls[0].handle, handle.get());
+    EXPECT_EQ(calls[0].instance, instance);
+    EXPECT_EQ(calls[0].ctx, &ctx);
+    EXPECT_EQ(calls[0].msg, msg);
+    EXPECT_EQ(calls[0].err, &err);
+    EXPECT_EQ(err, 0u);
+    EXPECT_TRUE(traces.empty());
+  } else {
+    EXPECT_TRUE(calls.empty());
+    EXPECT_EQ(err, 38u);
+    EXPECT_CALLS(traces,
+                 std::vector<std::string>{std::string("trace(info,default fwe_ui_wayfind_") +
+                                          message.name() + "_message handler called)"});
+  }
+  message.destroy(handle.get(), instance, msg);
 }
 
 TEST_P(LinkedMessage, GivesWayToTheHandlerOfTheCall) {
-    void *msg = receive(explicit_handler);
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].who, "explicit");
-    EXPECT_EQ(err, 0u);
-    message.destroy(handle.get(), instance, msg);
+  void* msg = receive(explicit_handler);
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].who, "explicit");
+  EXPECT_EQ(err, 0u);
+  message.destroy(handle.get(), instance, msg);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, LinkedMessage, testing::ValuesIn(family::messages()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, LinkedMessage, testing::ValuesIn(family::messages()),
+                         family::ByName());
 
 class LinkedBundle : public testing::TestWithParam<Bundle> {
-protected:
-    const Bundle bundle = GetParam();
-    const family::Handle handle = family::make_handle();
-    const ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
-    const spy::Replacement dispatching = spy::replace(orklib_in_dispatch_message_info, [this](ork_handle *, void **lut) {
+ protected:
+  const Bundle bundle = GetParam();
+  const family::Handle handle = family::make_handle();
+  const ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
+  const spy::Replacement dispatching =
+      spy::replace(orklib_in_dispatch_message_info, [this](ork_handle*, void** lut) {
         if (lut != nullptr) {
-            *lut = nullptr;
+          *lut = nullptr;
         }
         return &info;
-    });
-    uint32_t err = 0;
-    int ctx = 0;
+      });
+  uint32_t err = 0;
+  int ctx = 0;
 
-    void SetUp() override { calls.clear(); }
-    std::vector<std::string> commit() {
-        handle->bundle_rx_active = 1;
-        const spy::Log log;
-        bundle.commit().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
-        return log.calls_of({"trace"});
-    }
+  void SetUp() override { calls.clear(); }
+  std::vector<std::string> commit() {
+    handle->bundle_rx_active = 1;
+    const spy::Log log;
+    bundle.commit().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
+    return log.calls_of({"trace"});
+  }
 };
 
-void registered(ork_handle *own, uint32_t each, void *context, uint32_t *error) {
-    calls.push_back({"registered", own, each, context, nullptr, error});
+void registered(ork_handle* own, uint32_t each, void* context, uint32_t* error) {
+  calls.push_back({"registered", own, each, context, nullptr, error});
 }
 
 TEST_P(LinkedBundle, RunsAsTheLastOfTheChain) {
-    const std::vector<std::string> traces = commit();
-    EXPECT_EQ(err, 0u);
-    if (is_linked(family::bundles(), bundle)) {
-        EXPECT_CALLS(traces, {"trace(debug,Invoking linked-in handler for the row)"});
-        ASSERT_EQ(calls.size(), 1u);
-        EXPECT_EQ(calls[0].who, bundle.name());
-        EXPECT_EQ(calls[0].handle, handle.get());
-        EXPECT_EQ(calls[0].instance, instance);
-        EXPECT_EQ(calls[0].ctx, &ctx);
-        EXPECT_EQ(calls[0].err, &err);
-    } else {
-        EXPECT_CALLS(traces, {"trace(error,Call to unimplemented handler for the row)"});
-        EXPECT_TRUE(calls.empty());
-    }
+  const std::vector<std::string> traces = commit();
+  EXPECT_EQ(err, 0u);
+  if (is_linked(family::bundles(), bundle)) {
+    EXPECT_CALLS(traces, {"trace(debug,Invoking linked-in handler for the row)"});
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].who, bundle.name());
+    EXPECT_EQ(calls[0].handle, handle.get());
+    EXPECT_EQ(calls[0].instance, instance);
+    EXPECT_EQ(calls[0].ctx, &ctx);
+    EXPECT_EQ(calls[0].err, &err);
+  } else {
+    EXPECT_CALLS(traces, {"trace(error,Call to unimplemented handler for the row)"});
+    EXPECT_TRUE(calls.empty());
+  }
 }
 
 TEST_P(LinkedBundle, GivesWayToARegisteredOne) {
-    bundle.do_register(registered);
-    EXPECT_CALLS(commit(), {"trace(debug,Invoking registered bundle handler for the row)"});
-    bundle.unregister();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].who, "registered");
+  bundle.do_register(registered);
+  EXPECT_CALLS(commit(), {"trace(debug,Invoking registered bundle handler for the row)"});
+  bundle.unregister();
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].who, "registered");
 }
 
 TEST_P(LinkedBundle, IsLookedAtInACommitAlone) {
-    bundle.start().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
-    bundle.abort().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
-    EXPECT_TRUE(calls.empty());
+  bundle.start().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
+  bundle.abort().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
+  EXPECT_TRUE(calls.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, LinkedBundle, testing::ValuesIn(family::bundles()), family::ByName());

@@ -1,4 +1,5 @@
-// What a user of the grown library sees of a field and a record that the tables gained. Prints "grown", or what is missing.
+// What a user of the grown library sees of a field and a record that the tables gained. Prints
+// "grown", or what is missing.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -35,17 +36,22 @@ void field(Handle& h) {
   auto* sent = fwe_cl_wayfind_hop_chan_data_create(h.it, 1);
   fwe_cl_wayfind_hop_chan_data_moves_set_value(h.it, 1, sent, 0xA1B2C3D4, &h.err);
   uint8_t image[1024];
-  const uint32_t n = fwe_cl_wayfind_hop_chan_data_marshal(h.it, 1, image, sent, sizeof image, &h.err);
+  const uint32_t n =
+      fwe_cl_wayfind_hop_chan_data_marshal(h.it, 1, image, sent, sizeof image, &h.err);
   check(h.err == 0 && image[0] == 2, "the image says the new variant");
   check(std::memcmp(image + n - 4, "\xA1\xB2\xC3\xD4", 4) == 0, "the new field ends the image");
 
   auto* received = fwe_cl_wayfind_hop_chan_data_create(h.it, 1);
-  check(fwe_cl_wayfind_hop_chan_data_unmarshal(h.it, 1, image, received, static_cast<int32_t>(n), 0, &h.err) == n, "the image is read");
-  check(fwe_cl_wayfind_hop_chan_data_moves_get_value(h.it, 1, received, &h.err) == 0xA1B2C3D4, "the value arrives");
+  check(fwe_cl_wayfind_hop_chan_data_unmarshal(h.it, 1, image, received, static_cast<int32_t>(n), 0,
+                                               &h.err) == n,
+        "the image is read");
+  check(fwe_cl_wayfind_hop_chan_data_moves_get_value(h.it, 1, received, &h.err) == 0xA1B2C3D4,
+        "the value arrives");
 
   static char text[65536];
   fwe_cl_wayfind_hop_chan_data_print(h.it, 1, text, 0, "hop", received, sizeof text, &h.err);
-  check(std::strstr(text, "moves") != nullptr && std::strstr(text, "2712847316") != nullptr, "the text shows it");
+  check(std::strstr(text, "moves") != nullptr && std::strstr(text, "2712847316") != nullptr,
+        "the text shows it");
   std::memset(text, 0, sizeof text);
   fwe_cl_wayfind_hop_chan_data_to_xml(h.it, 1, "hop", text, received, sizeof text, 0, &h.err);
   check(std::strstr(text, "<moves>") != nullptr, "the document holds it");
@@ -60,7 +66,8 @@ void record(Handle& h) {
   fwe_cl_wayfind_grown_st_width_set_value(h.it, 1, sent, 0x1234, &h.err);
   fwe_cl_wayfind_grown_st_label_set(h.it, 1, sent, "oak", 3, &h.err);
   fwe_cl_wayfind_grown_st_rings_set_value(h.it, 1, sent, 1, 7, &h.err);
-  fwe_cl_wayfind_mem_st_fwe_num_set_value(h.it, 1, fwe_cl_wayfind_grown_st_mem_get(h.it, 1, sent, &h.err), 9, &h.err);
+  fwe_cl_wayfind_mem_st_fwe_num_set_value(
+      h.it, 1, fwe_cl_wayfind_grown_st_mem_get(h.it, 1, sent, &h.err), 9, &h.err);
   fwe_cl_wayfind_grown_st_evergreen_set_value(h.it, 1, sent, 1, &h.err);
   check(h.err == 0, "all fields take a value");
 
@@ -68,10 +75,13 @@ void record(Handle& h) {
   uint8_t image[256];
   const uint32_t n = fwe_cl_wayfind_grown_st_marshal(h.it, 1, image, sent, sizeof image, &h.err);
   check(n == 59 && n == fwe_cl_wayfind_grown_st_len(h.it, 1, sent), "the image has its length");
-  check(std::memcmp(image, "\x01\x00\x00\x00\x00\x39\x12\x34oak", 11) == 0, "the image begins as told");
+  check(std::memcmp(image, "\x01\x00\x00\x00\x00\x39\x12\x34oak", 11) == 0,
+        "the image begins as told");
 
   auto* received = fwe_cl_wayfind_grown_st_create(h.it, 1);
-  check(fwe_cl_wayfind_grown_st_unmarshal(h.it, 1, image, received, static_cast<int32_t>(n), 0, &h.err) == n, "the image is read");
+  check(fwe_cl_wayfind_grown_st_unmarshal(h.it, 1, image, received, static_cast<int32_t>(n), 0,
+                                          &h.err) == n,
+        "the image is read");
   check(fwe_cl_wayfind_grown_st_compare(sent, received) == 0, "the copy compares equal");
 
   static char text[8192];
@@ -86,7 +96,8 @@ void record(Handle& h) {
   check(document != nullptr, "the document parses");
   auto* read = fwe_cl_wayfind_grown_st_create(h.it, 1);
   fwe_cl_wayfind_grown_st_from_xml(h.it, 1, "/tree", document, read, &h.err, nullptr, 0);
-  check(h.err == 0 && fwe_cl_wayfind_grown_st_compare(sent, read) == 0, "the document is read back");
+  check(h.err == 0 && fwe_cl_wayfind_grown_st_compare(sent, read) == 0,
+        "the document is read back");
   ork_xml_free(document);
 
   fwe_cl_wayfind_grown_st_destroy(h.it, 1, sent);
