@@ -36,7 +36,7 @@ bool find_state_base(const Call& call, void* object, uint8_t*& base, const Recor
   }
   uint8_t* found = base != nullptr ? base : byte_at(object, record.newest_layout().body);
   if (mapped) found = mapped_states(call, object);
-  if (mapped || !nested) offset_update(call, object, found, record);
+  if (mapped || !nested) initialize_offsets(call, object, found, record);
   if (base == nullptr) base = found;
   return true;
 }

@@ -46,16 +46,35 @@ void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* ob
   }
 }
 
-void offset_update(const Call& call, void* object, uint8_t* block, const RecordRow& record) {
+namespace {
+
+using FieldsOf = model::FieldSpan (*)(const RecordRow& record, const void* object);
+
+model::FieldSpan newest_fields(const RecordRow& record, const void*) {
+  return model::fields_of(record);
+}
+
+void update_offsets(const Call& call, void* object, uint8_t* block, const RecordRow& record,
+                    FieldsOf fields) {
   if (call.failed() || !record.embeds) return;
-  for (const FieldRow& field : laid_out_fields(record, object)) {
+  for (const FieldRow& field : fields(record, object)) {
     if (!is_embedded_record(field)) continue;
     void* child = field_of(object, field);
     uint8_t* nested = block + field.nested;
     const intptr_t distance = nested - static_cast<uint8_t*>(child);
     orklib_update_sttr_offset(call.handle, call.instance, child, static_cast<int32_t>(distance));
-    offset_update(call, child, nested, child_record(field));
+    update_offsets(call, child, nested, child_record(field), fields);
   }
+}
+
+}  // namespace
+
+void offset_update(const Call& call, void* object, uint8_t* block, const RecordRow& record) {
+  update_offsets(call, object, block, record, laid_out_fields);
+}
+
+void initialize_offsets(const Call& call, void* object, uint8_t* block, const RecordRow& record) {
+  update_offsets(call, object, block, record, newest_fields);
 }
 
 void offset_remove(const Call& call, void* object, const RecordRow& record) {

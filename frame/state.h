@@ -64,7 +64,11 @@ void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t
 
 void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
                                  const RecordRow& record);
+// Tells the runtime where the embedded records' state bytes lie, for a state block at `block`.
 void offset_update(const Call& call, void* object, uint8_t* block, const RecordRow& record);
+// The same while the object is being initialized: the headers of embedded records are still zero
+// and name no layout, so the walk goes by the newest, which they are about to get.
+void initialize_offsets(const Call& call, void* object, uint8_t* block, const RecordRow& record);
 void offset_remove(const Call& call, void* object, const RecordRow& record);
 
 }  // namespace frame
