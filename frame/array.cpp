@@ -32,7 +32,6 @@ bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, ui
     if (old != nullptr) memcpy(fresh, old, kept < count ? kept : count);
   }
   if (old != nullptr) release(call, old);
-  if (fresh == nullptr) call.fail(ENOMEM);
   return fresh != nullptr;
 }
 
@@ -42,12 +41,8 @@ bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count) {
   announce(call, word, sizeof(void*), nullptr);
   void* fresh = allocate(call, count);
   put(word, fresh);
-  if (fresh == nullptr) {
-    call.fail(ENOMEM);
-    return false;
-  }
-  memset(fresh, 0, count);
-  return true;
+  if (fresh != nullptr) memset(fresh, 0, count);
+  return fresh != nullptr;
 }
 
 void drop_element_states(const Call& call, void* object, const FieldRow& field) {

@@ -7,8 +7,8 @@
 
 namespace frame {
 
-inline constexpr size_t elements_offset =
-    8;  // of the pointer to the element bytes, in the array's state entry
+// of the pointer to the element bytes, in the array's state entry
+inline constexpr size_t elements_offset = 8;
 
 inline uint32_t count_of(const void* object, const FieldRow& field) {
   const uint8_t* counter = byte_at(object, field.counter);
@@ -84,8 +84,8 @@ void destroy_array(const Call& call, void* object, const FieldRow& field);
 
 // The array's state entry.
 uint8_t* state_entry(const Call& call, void* object, const FieldRow& field);
-// Makes room for `count` element bytes, keeping `kept` old ones; 12 when there is none to be had,
-// and then the array has none at all.
+// Makes room for `count` element bytes, keeping `kept` old ones. False when there is no memory: the
+// array then has none at all, and the error is left to the caller.
 bool replace_element_states(const Call& call, uint8_t* entry, uint64_t count, uint64_t kept);
 // The same when nothing is kept: the old bytes go first.
 bool renew_element_states(const Call& call, uint8_t* entry, uint64_t count);

@@ -98,8 +98,11 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
     return made == count;
   }
   if (!tracked_as_asked<Function::array_set_record, 1>(call, object, field)) return false;
-  return replace_element_states(call, state_entry(call, object, field), count, from.count) &&
-         made == count;
+  if (!replace_element_states(call, state_entry(call, object, field), count, from.count)) {
+    call.fail(ENOMEM);
+    return false;
+  }
+  return made == count;
 }
 
 }  // namespace

@@ -33,7 +33,9 @@ bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field)
     return true;
   }
   if (!tracked_as_asked<Function::array_set, 1>(call, object, field)) return false;
-  return replace_element_states(call, state_entry(call, object, field), count, old_count);
+  if (replace_element_states(call, state_entry(call, object, field), count, old_count)) return true;
+  call.fail(ENOMEM);
+  return false;
 }
 
 // The element that a value is written through, made first if need be; null when the error is set.
@@ -100,7 +102,7 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
   }
   uint8_t* entry = state_entry(call, object, field);
   store(call, entry, touched, nullptr);
-  renew_element_states(call, entry, count);
+  if (!renew_element_states(call, entry, count)) call.fail(ENOMEM);
 }
 
 void array_set(const Call& call, void* object, uint32_t index, const void* from,
