@@ -99,8 +99,6 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   const uint8_t flags = ork_get_instance_obj_flag(object, 1, 0);
   const bool tracked = frame::tracking<Function::marshal>(call.handle, record) == Tracking::on;
   const uint8_t* states = tracked ? states_to_send(call, object, record) : nullptr;
-  // An object that stands above the layout of its storage has no bytes for its later fields.
-  const size_t state_bytes = states != nullptr ? frame::layout_of(record, object).state : 0;
   const int32_t jump_base = marshal_base(call, out, flags, tracked);
 
   walk<R>(
@@ -114,7 +112,7 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
           marshal_array<I>(call, out, object, states, tracked);
         } else {
           marshal_field<I>(call, out, object);
-          if (tracked) out.state_byte(field.state < state_bytes ? states[field.state] : uint8_t{0});
+          if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
         }
         return true;
       });

@@ -8,8 +8,10 @@ uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint
                        const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
-  const bool there =
-      handle->sttr_info == nullptr || field.state < layout_of(owner(field), object).state;
+  // An object that was upgraded in place has bytes for what its variant has, beyond its layout too.
+  const bool there = handle->sttr_info == nullptr ||
+                     field.variant <= static_cast<int8_t>(*byte_at(object, at_variant)) ||
+                     field.state < layout_of(owner(field), object).state;
   return there ? seen_state_block(call, object, owner(field))[field.state] : uint8_t{0};
 }
 
