@@ -16,7 +16,7 @@ struct WireForm {
   uint32_t (*marshal_for_clone)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
   uint32_t (*unmarshal)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*);
 };
-template <size_t R>
+template <const Record& R>
 inline constexpr WireForm wire_form{marshal_for_clone<R>, unmarshal<R>};
 
 void clone_internal(const Call& call, const void* from, void** slot, Workspace ws,
@@ -29,7 +29,7 @@ void* clone_cr(ork_handle* handle, const void* from, const RecordRow& record, Wi
 // block is never freed by itself.
 void clone_element(const Call& call, void* element, const void* from, const RecordRow& record,
                    WireForm form);
-template <size_t R>
+template <const Record& R>
 void clone_into_element(const Call& call, void* element, const void* from,
                         const RecordRow& record) {
   clone_element(call, element, from, record, wire_form<R>);

@@ -9,42 +9,42 @@ namespace encoders {
 
 inline constexpr uint32_t base_length = 6;  // variant, flags, jump
 
-template <size_t R>
+template <const Record& R>
 uint64_t length_body(const Call& call, const void* object);
 
 // Elements that hold arrays themselves differ in length and are summed one by one.
-template <size_t R>
-constexpr bool has_fixed_length = !model::holds_array(*model::records[R]);
+template <const Record& R>
+constexpr bool has_fixed_length = !model::row<R>.holds_array;
 
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline uint64_t array_length(const Call& call, const void* object) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   const uint64_t count = object != nullptr ? frame::element_count(object, field) : 0;
   const void* first = count != 0 ? frame::element_at(object, field, 0) : nullptr;
   if constexpr (field.kind != Kind::record) {
     return count * Coded<field.kind>::len(call, first);
-  } else if constexpr (has_fixed_length<field.type>) {
-    return count * length_body<field.type>(call, first);
+  } else if constexpr (has_fixed_length<*model::records[field.type]>) {
+    return count * length_body<*model::records[field.type]>(call, first);
   } else {
     uint64_t sum = 0;
     for (uint32_t i = 0; i < count; ++i)
-      sum += length_body<field.type>(call, frame::element_at(object, field, i));
+      sum += length_body<*model::records[field.type]>(call, frame::element_at(object, field, i));
     return sum;
   }
 }
 
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline uint64_t field_length(const Call& call, const void* object) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   const void* at = object != nullptr ? frame::field_of(object, field) : nullptr;
   if constexpr (field.array != model::no_type) {
-    return array_length<I>(call, object);
+    return array_length<R, N>(call, object);
   } else if constexpr (field.cls == Class::text) {
     return object != nullptr
                ? field.width * char_len(call.handle, call.instance, static_cast<const char*>(at))
                : 0;
   } else if constexpr (field.kind == Kind::record) {
-    return length_body<field.type>(call, at);
+    return length_body<*model::records[field.type]>(call, at);
   } else if constexpr (field.kind == Kind::enumeration) {
     return enum_length;
   } else if constexpr (field.kind == Kind::flag_set) {
@@ -56,42 +56,42 @@ template <size_t I>
 
 // State bytes as counted here: one per field, a fixed string with one per character besides, an
 // array with one for the whole.
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline uint64_t state_length(const void* object) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   if constexpr (field.cls == Class::counter) return 0;
   if constexpr (field.cls == Class::text) return field.width + 1u;
   if constexpr (field.array != model::no_type) return 1u + frame::element_count(object, field);
   return 1;
 }
 
-template <size_t R>
+template <const Record& R>
 uint64_t length_body(const Call& call, const void* object) {
-  constexpr const RecordRow& record = model::record_rows[R];
+  constexpr const RecordRow& record = model::row<R>;
   const int variant = frame::variant_of(object);
   uint64_t length = base_length;
   walk<R>(
-      variant, [&]<size_t I>() __attribute__((always_inline)) {
-        length += field_length<I>(call, object);
+      variant, [&]<size_t N>() __attribute__((always_inline)) {
+        length += field_length<R, N>(call, object);
         return true;
       });
   if (object == nullptr || frame::tracking<Function::len>(call.handle, record) != Tracking::on)
     return length;
   walk<R>(
-      variant, [&]<size_t I>() __attribute__((always_inline)) {
-        length += state_length<I>(object);
+      variant, [&]<size_t N>() __attribute__((always_inline)) {
+        length += state_length<R, N>(object);
         return true;
       });
   return length;
 }
 
-template <size_t R>
+template <const Record& R>
 uint32_t length(ork_handle* handle, uint32_t instance, const void* object) {
   uint32_t local = 0;
   const uint64_t bytes = length_body<R>({handle, instance, &local}, object);
   return bytes < UINT32_MAX ? static_cast<uint32_t>(bytes) : UINT32_MAX;
 }
-template <size_t R>
+template <const Record& R>
 uint32_t length_cr(ork_handle* handle, const void* object) {
   if (handle->cr_error != 0) return 0;
   return length<R>(handle, handle->cr_instance, object);

@@ -11,7 +11,7 @@ namespace encoders {
 // The only flag bits that travel.
 inline constexpr uint8_t wire_flags = OBJ_STATE_TRACKED | OBJ_RA_DATA;
 
-template <size_t R>
+template <const Record& R>
 uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length,
                       bool check_domain);
 
@@ -45,10 +45,10 @@ inline void marshal_text(const Call& call, Writer& out, const char* text, size_t
 // A block of bytes too large for the room left is shortened.
 void marshal_byte_array(const Call& call, Writer& out, const void* block, uint32_t count);
 
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline void marshal_array(const Call& call, Writer& out, const void* object,
                                                  const uint8_t* states, bool tracked) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   const uint32_t count = frame::element_count(object, field);
   if (count == 0) return;
   if constexpr (field.kind == Kind::u_int8) {
@@ -57,7 +57,8 @@ template <size_t I>
     for (uint32_t i = 0; i < count; ++i) {
       const void* element = frame::element_at(object, field, i);
       if constexpr (field.kind == Kind::record) {
-        out.advance(marshal_body<field.type>(call, out.here(), element, out.room(), true));
+        out.advance(
+            marshal_body<*model::records[field.type]>(call, out.here(), element, out.room(), true));
       } else {
         out.advance(Coded<field.kind>::marshal(call, out.here(), element, out.room()));
       }
@@ -66,15 +67,15 @@ template <size_t I>
   if (tracked) marshal_array_states(out, states, count, field);
 }
 
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline void marshal_field(const Call& call, Writer& out,
                                                  const void* object) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   const void* at = frame::field_of(object, field);
   if constexpr (field.cls == Class::text) {
     marshal_text(call, out, static_cast<const char*>(at), field.width);
   } else if constexpr (field.kind == Kind::record) {
-    out.advance(marshal_body<field.type>(call, out.here(), at, out.room(), true));
+    out.advance(marshal_body<*model::records[field.type]>(call, out.here(), at, out.room(), true));
   } else if constexpr (field.kind == Kind::enumeration) {
     out.advance(enum_marshal(call, out.here(), at, out.room()));
   } else if constexpr (field.kind == Kind::flag_set) {
@@ -84,10 +85,10 @@ template <size_t I>
   }
 }
 
-template <size_t R>
+template <const Record& R>
 uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length,
                       bool check_domain) {
-  constexpr const RecordRow& record = model::record_rows[R];
+  constexpr const RecordRow& record = model::row<R>;
   if (!call.begins()) return 0;
   if (length < 1) {
     call.fail(EMSGSIZE);
@@ -102,16 +103,16 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   const int32_t jump_base = marshal_base(call, out, flags, tracked);
 
   walk<R>(
-      variant, [&]<size_t I>() __attribute__((always_inline)) {
-        constexpr const FieldRow& field = model::field_rows[I];
+      variant, [&]<size_t N>() __attribute__((always_inline)) {
+        constexpr const FieldRow& field = model::field_at<R, N>;
         if constexpr (field.cls == Class::counter) {
           const auto count = static_cast<typename Coded<field.kind>::Storage>(
-              frame::element_count(object, model::field_rows[I + 1]));
+              frame::element_count(object, model::field_at<R, N + 1>));
           out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
         } else if constexpr (field.array != model::no_type) {
-          marshal_array<I>(call, out, object, states, tracked);
+          marshal_array<R, N>(call, out, object, states, tracked);
         } else {
-          marshal_field<I>(call, out, object);
+          marshal_field<R, N>(call, out, object);
           if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
         }
         return true;
@@ -120,13 +121,13 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   return out.produced();
 }
 
-template <size_t R>
+template <const Record& R>
 uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, const void* object,
                  int32_t length, uint32_t* err) {
   return marshal_body<R>({handle, instance, err}, buffer, object, length, true);
 }
 // The domain is still asked, but not obeyed; embedded records obey it all the same.
-template <size_t R>
+template <const Record& R>
 uint32_t marshal_for_clone(ork_handle* handle, uint32_t instance, uint8_t* buffer,
                            const void* object, int32_t length, uint32_t* err) {
   return marshal_body<R>({handle, instance, err}, buffer, object, length, false);

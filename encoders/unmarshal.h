@@ -44,16 +44,16 @@ bool prepare_array(const Call& call, const Image& image, void* object, uint32_t 
 void begin_element(const Call& call, const Image& image, void* object, uint64_t index,
                    uint64_t count, const FieldRow& field);
 
-template <size_t R>
+template <const Record& R>
 uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                         uint32_t reuse);
 
 // A record array never keeps elements that have no type, or whose fields have none: its count ends
 // with the last one that was initialised whole.
-template <size_t I>
+template <const Record& R, size_t N>
 void unmarshal_records(const Call& call, Reader& in, const Image& image, void* object,
                        uint32_t count) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   for (uint32_t i = 0; i < count; ++i) {
     if (!call.failed()) begin_element(call, image, object, i, count, field);
     if (call.failed()) {
@@ -61,21 +61,21 @@ void unmarshal_records(const Call& call, Reader& in, const Image& image, void* o
       return frame::close_ranks(
           call, frame::record_block(frame::block_of(object, field), count, field), i, field);
     }
-    in.follow(unmarshal_body<field.type>(call, in.here(), frame::element_at(object, field, i),
-                                         in.room(), image.reuse));
+    in.follow(unmarshal_body<*model::records[field.type]>(
+        call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
   }
 }
 
 // The counter has been read by now; `old_count` is what it said before.
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline bool unmarshal_array(const Call& call, Reader& in, const Image& image,
                                                    void* object, uint32_t old_count) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   const uint32_t count = frame::count_of(object, field);
   if (!prepare_array(call, image, object, old_count, field)) return false;
   if (count == 0) return true;
   if constexpr (field.kind == Kind::record) {
-    unmarshal_records<I>(call, in, image, object, count);
+    unmarshal_records<R, N>(call, in, image, object, count);
   } else if constexpr (field.kind == Kind::u_int8) {
     in.copy(frame::block_of(object, field), count);
   } else {
@@ -100,15 +100,16 @@ inline void unmarshal_text(const Call& call, Reader& in, char* text, size_t size
   in.advance(static_cast<uint32_t>(in.room() - room));
 }
 
-template <size_t I>
+template <const Record& R, size_t N>
 [[gnu::always_inline]] inline void unmarshal_field(const Call& call, Reader& in, const Image& image,
                                                    void* object) {
-  constexpr const FieldRow& field = model::field_rows[I];
+  constexpr const FieldRow& field = model::field_at<R, N>;
   void* at = frame::field_of(object, field);
   if constexpr (field.cls == Class::text) {
     unmarshal_text(call, in, static_cast<char*>(at), field.width, image.reuse);
   } else if constexpr (field.kind == Kind::record) {
-    in.follow(unmarshal_body<field.type>(call, in.here(), at, in.room(), image.reuse));
+    in.follow(
+        unmarshal_body<*model::records[field.type]>(call, in.here(), at, in.room(), image.reuse));
   } else if constexpr (field.kind == Kind::enumeration) {
     in.follow(
         enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
@@ -120,10 +121,10 @@ template <size_t I>
   }
 }
 
-template <size_t R>
+template <const Record& R>
 uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                         uint32_t reuse) {
-  constexpr const RecordRow& record = model::record_rows[R];
+  constexpr const RecordRow& record = model::row<R>;
   if (!call.begins()) return 0;
   if (length < 1) {
     call.fail(EMSGSIZE);
@@ -135,17 +136,17 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
   uint32_t old_count = 0;
 
   const bool whole = walk<R>(
-      image.variant, [&]<size_t I>() __attribute__((always_inline)) {
-        constexpr const FieldRow& field = model::field_rows[I];
+      image.variant, [&]<size_t N>() __attribute__((always_inline)) {
+        constexpr const FieldRow& field = model::field_at<R, N>;
         if constexpr (field.cls == Class::counter) {
-          old_count = frame::count_of(object, model::field_rows[I + 1]);
+          old_count = frame::count_of(object, model::field_at<R, N + 1>);
           in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field),
                                                   in.room(), reuse));
           return true;
         } else if constexpr (field.array != model::no_type) {
-          return unmarshal_array<I>(call, in, image, object, old_count);
+          return unmarshal_array<R, N>(call, in, image, object, old_count);
         } else {
-          unmarshal_field<I>(call, in, image, object);
+          unmarshal_field<R, N>(call, in, image, object);
           unmarshal_state(in, image, field);
           return true;
         }
@@ -155,7 +156,7 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
   return in.consumed();
 }
 
-template <size_t R>
+template <const Record& R>
 uint32_t unmarshal(ork_handle* handle, uint32_t instance, const uint8_t* buffer, void* object,
                    int32_t length, uint32_t reuse, uint32_t* err) {
   return unmarshal_body<R>({handle, instance, err}, buffer, object, length, reuse);

@@ -7,6 +7,7 @@
 #include "frame/array.h"
 #include "frame/small_type.h"
 #include "frame/whole_record.h"
+#include "model/named_rows.h"
 
 namespace encoders {
 
@@ -20,28 +21,29 @@ using frame::RecordRow;
 using frame::SmallRow;
 using frame::Tracking;
 using model::Class;
+using model::Record;
 
-// Calls visit.operator()<row>() for the fields that `variant` admits, in definition order, until
-// one answers false.
-template <size_t R, size_t V, class Visit>
+// Calls visit.operator()<number>() for the fields that `variant` admits, counted from 0 in
+// definition order, until one answers false.
+template <const Record& R, size_t V, class Visit>
 [[gnu::always_inline]] inline bool walk_variant(int variant, Visit& visit) {
-  constexpr const RecordRow& record = model::record_rows[R];
-  constexpr size_t first = record.first + (V == 0 ? 0 : record.layouts[V == 0 ? 0 : V - 1].fields);
-  constexpr size_t last = record.first + record.layouts[V].fields;
+  constexpr const RecordRow& record = model::row<R>;
+  constexpr size_t first = V == 0 ? 0 : record.layouts[V == 0 ? 0 : V - 1].fields;
+  constexpr size_t last = record.layouts[V].fields;
   if (variant < static_cast<int>(V)) return false;
   return [&]<size_t... I>(std::index_sequence<I...>) __attribute__((always_inline)) {
     return (visit.template operator()<first + I>() && ...);
   }
   (std::make_index_sequence<last - first>{});
 }
-template <size_t R, class Visit>
+template <const Record& R, class Visit>
 [[gnu::always_inline]] inline bool walk(int variant, Visit&& visit) {
   bool whole = true;
   [&]<size_t... V>(std::index_sequence<V...>) __attribute__((always_inline)) {
     // A variant that the object lacks ends the walk, but not as a failure.
     (void)((variant >= static_cast<int>(V) && (whole = walk_variant<R, V>(variant, visit))) && ...);
   }
-  (std::make_index_sequence<model::record_rows[R].variants>{});
+  (std::make_index_sequence<model::row<R>.variants>{});
   return whole;
 }
 

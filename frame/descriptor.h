@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "model/trace_plan.h"
+#include "model/named_rows.h"
 #include "ork/handle.h"
 
 namespace frame {
@@ -31,58 +31,49 @@ constexpr ork_type_info describe(const char* name, const char* luid, const char*
 }
 
 // The variant block of a record.
-template <size_t R>
+template <const model::Record& R>
 constexpr auto make_entries() {
-  std::array<ork_variant_entry, model::record_rows[R].variants> entries{};
+  std::array<ork_variant_entry, model::row<R>.variants> entries{};
   for (uint32_t v = 0; v < entries.size(); ++v) {
-    const model::Sizes size = model::sizes(*model::records[R], v);
+    const model::Sizes size = model::sizes(R, v);
     entries[v].variant = v;
     entries[v].used_length = size.used;
     entries[v].alloc_slop = size.slop;
   }
   return entries;
 }
-template <size_t R>
+template <const model::Record& R>
 inline constinit auto record_entries = make_entries<R>();
-template <size_t R>
+template <const model::Record& R>
 inline constinit ork_variant_info record_variants{
     static_cast<int8_t>(record_entries<R>.size()), {}, record_entries<R>.data()};
-template <size_t R>
-inline constexpr ork_type_info record_descriptor = describe(model::records[R]->name,
-                                                            model::records[R]->identity.luid,
-                                                            "type", &record_variants<R>);
+template <const model::Record& R>
+inline constexpr ork_type_info record_descriptor = describe(R.name, R.identity.luid, "type",
+                                                            &record_variants<R>);
 
 // All other types have one variant.
 constexpr ork_variant_entry single_entry(size_t used, size_t slop) {
   return {0, static_cast<uint32_t>(used), static_cast<uint32_t>(slop), 0, 0, 0, 0};
 }
 
-template <size_t I>
-inline constinit ork_variant_entry small_entry = single_entry(16, model::small_rows[I].size -
-                                                                      size_t{16});
-template <size_t I>
-inline constinit ork_variant_info small_variants{1, {}, &small_entry<I>};
-template <size_t I>
-constexpr ork_type_info describe_small() {
-  if constexpr (I < model::enum_count) {
-    return describe(model::enums[I]->name, model::enums[I]->identity.luid, "enum",
-                    &small_variants<I>);
-  } else {
-    constexpr const model::FlagSet& flags = *model::flag_sets[I - model::enum_count];
-    return describe(flags.name, flags.identity.luid, "flag", &small_variants<I>);
-  }
-}
-template <size_t I>
-inline constexpr ork_type_info small_descriptor = describe_small<I>();
+constexpr const char* kind_word(const model::Enum&) { return "enum"; }
+constexpr const char* kind_word(const model::FlagSet&) { return "flag"; }
+template <const auto& T>
+inline constinit ork_variant_entry small_entry = single_entry(16, model::row<T>.size - size_t{16});
+template <const auto& T>
+inline constinit ork_variant_info small_variants{1, {}, &small_entry<T>};
+template <const auto& T>
+inline constexpr ork_type_info small_descriptor = describe(T.name, T.identity.luid, kind_word(T),
+                                                           &small_variants<T>);
 
-template <size_t M>
-inline constinit ork_variant_entry message_entry =
-    single_entry(32 + sizeof(void*) * model::message_rows[M].records, 0);
-template <size_t M>
+template <const model::Message& M>
+inline constinit ork_variant_entry message_entry = single_entry(32 + sizeof(void*) *
+                                                                         model::row<M>.records,
+                                                                0);
+template <const model::Message& M>
 inline constinit ork_variant_info message_variants{1, {}, &message_entry<M>};
-template <size_t M>
-inline constexpr ork_type_info message_descriptor = describe(model::messages[M]->name,
-                                                             model::messages[M]->identity.luid,
-                                                             "message", &message_variants<M>);
+template <const model::Message& M>
+inline constexpr ork_type_info message_descriptor = describe(M.name, M.identity.luid, "message",
+                                                             &message_variants<M>);
 
 }  // namespace frame

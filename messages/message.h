@@ -41,7 +41,7 @@ struct RecordWire {
   uint32_t (*marshal)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
   uint32_t (*unmarshal)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*);
 };
-template <size_t R>
+template <const model::Record& R>
 constexpr RecordWire record_wire() {
   return {encoders::length<R>, encoders::marshal<R>, encoders::unmarshal<R>};
 }

@@ -19,3 +19,4 @@
 #include "frame/whole_record.h"
 #include "messages/bundle.h"
 #include "messages/message.h"
+#include "model/named_rows.h"

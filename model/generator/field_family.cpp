@@ -208,14 +208,15 @@ const char* kind_name(Kind kind) {
 Functions field_functions(const model::FieldRow& field) {
   const std::string record = model::records[field.record]->name;
   const std::string stem = record + "_" + field.name;
-  const Places places = {{"$T", record},
-                         {"$F", field.name},
-                         {"$I", "model::field_rows[" + std::to_string(field.index) + "]"},
-                         {"$S", storage_type(field)},
-                         {"$V", value_type(field)},
-                         {"$K", kind_name(field.kind)},
-                         {"$W", std::to_string(field.width)},
-                         {"$E", std::to_string(field.type)}};
+  const Places places = {
+      {"$T", record},
+      {"$F", field.name},
+      {"$I", "model::field<" + record_table(field.record) + ", \"" + field.name + "\">"},
+      {"$S", storage_type(field)},
+      {"$V", value_type(field)},
+      {"$K", kind_name(field.kind)},
+      {"$W", std::to_string(field.width)},
+      {"$E", field.kind == Kind::record ? record_table(field.type) : ""}};
   Functions functions;
   switch (field.cls) {
     case Class::value:

@@ -1,5 +1,7 @@
 #include "model/generator/function.h"
 
+#include "model/generator/identifier.h"
+
 namespace generator {
 
 using model::Kind;
@@ -22,6 +24,15 @@ const char* small_name(size_t type) {
   return type < model::enum_count ? model::enums[type]->name
                                   : model::flag_sets[type - model::enum_count]->name;
 }
+
+std::string record_table(size_t record) { return qualified<model::records>(record); }
+std::string small_table(size_t type) {
+  return type < model::enum_count ? qualified<model::enums>(type)
+                                  : qualified<model::flag_sets>(type - model::enum_count);
+}
+std::string message_table(size_t message) { return qualified<model::messages>(message); }
+std::string bundle_table(size_t bundle) { return qualified<model::bundles>(bundle); }
+std::string row_of_table(const std::string& table) { return "model::row<" + table + ">"; }
 
 const char* type_name(const model::FieldRow& field) {
   return field.kind == Kind::record ? model::records[field.type]->name : small_name(field.type);

@@ -59,6 +59,12 @@ std::string storage_type(const model::FieldRow& field);
 const char* type_name(
     const model::FieldRow& field);  // of an embedded or element record, enum or flag set
 const char* small_name(size_t type);
-const char* const* small_texts(size_t type);  // of its values or flags, by number
+// In generated code: the constants that are the tables of the model, "model::hop_chan_data".
+std::string record_table(size_t record);
+std::string small_table(size_t type);
+std::string message_table(size_t message);
+std::string bundle_table(size_t bundle);
+std::string row_of_table(const std::string& table);  // "model::row<model::hop_chan_data>"
+const char* const* small_texts(size_t type);         // of its values or flags, by number
 
 }  // namespace generator

@@ -208,14 +208,15 @@ constexpr Family registration[] = {
 Functions message_functions(size_t index) {
   const std::string stem = std::string(model::messages[index]->name) + "_message";
   const model::MessageRow& row = model::message_rows[index];
-  Places places = {{"$M", stem}, {"$R", "message_" + std::to_string(index)}};
+  Places places = {{"$M", stem}, {"$R", "message_" + std::string(model::messages[index]->name)}};
   Functions functions;
   add(functions, message_objects, stem, places);
   for (size_t c = row.carried; c < size_t{row.carried} + row.records; ++c) {
     const char* record = model::records[model::carried_rows[c].record]->name;
     Places carried = places;
     carried.push_back({"$T", record});
-    carried.push_back({"$C", "model::carried_rows[" + std::to_string(c) + "]"});
+    carried.push_back({"$C", "model::carried<" + message_table(index) + ", " +
+                                 std::to_string(c - row.carried) + ">"});
     add(functions, carried_records, stem + "_" + record, carried);
   }
   add(functions, message_forms, stem, places);
@@ -224,7 +225,7 @@ Functions message_functions(size_t index) {
 
 Functions bundle_functions(size_t index) {
   const std::string bundle = model::bundles[index]->name;
-  const std::string row = "bundle_" + std::to_string(index);
+  const std::string row = "bundle_" + bundle;
   Functions functions;
   for (const ControlKind& kind : control_kinds) {
     const std::string stem = bundle + "_bundle_" + kind.word + "_message";

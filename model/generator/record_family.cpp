@@ -264,10 +264,11 @@ Functions record_functions(size_t index) {
   const model::RecordRow& record = model::record_rows[index];
   const model::Layout& newest = record.newest_layout();
   const std::string name = model::records[index]->name;
-  const std::string row = "model::record_rows[" + number(index) + "]";
+  const std::string table = record_table(index);
+  const std::string row = row_of_table(table);
   const Places places = {{"$T", name},
                          {"$R", row},
-                         {"$r", number(index)},
+                         {"$r", table},
                          {"$N", number(static_cast<size_t>(record.newest()))},
                          {"$n", number(record.variants)},
                          {"$b", number(newest.body)},

@@ -191,7 +191,7 @@ Functions small_functions(size_t index) {
   const bool flags = index >= model::enum_count;
   const std::string name = small_name(index);
   const Places places = {{"$T", name},
-                         {"$R", "model::small_rows[" + std::to_string(index) + "]"},
+                         {"$R", row_of_table(small_table(index))},
                          {"$b", std::to_string(model::small_rows[index].size)},
                          {"$L", flags ? "flag_set_length" : "enum_length"}};
   Functions functions;

@@ -70,16 +70,16 @@ void write_types(const std::string& folder) {
   };
   for (size_t r = 0; r < model::record_count; ++r) {
     includes += include(model::records[r]->name);
-    describe(model::records[r]->name, "record_descriptor<" + std::to_string(r) + ">");
+    describe(model::records[r]->name, "record_descriptor<" + record_table(r) + ">");
   }
   for (size_t i = 0; i < model::small_type_count; ++i) {
     includes += include(small_name(i));
-    describe(small_name(i), "small_descriptor<" + std::to_string(i) + ">");
+    describe(small_name(i), "small_descriptor<" + small_table(i) + ">");
   }
   for (size_t m = 0; m < model::message_count; ++m) {
     includes += include(std::string(model::messages[m]->name) + "_message");
     describe(std::string(model::messages[m]->name) + "_message",
-             "message_descriptor<" + std::to_string(m) + ">");
+             "message_descriptor<" + message_table(m) + ">");
   }
   for (size_t i = 0; i < model::small_type_count; ++i) code += definitions(small_functions(i));
   write_file(folder + "/exports_types.cpp",
@@ -105,11 +105,11 @@ void write_messages(const std::string& folder) {
     includes += include(name + "_message");
     data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name +
             "_message_handler) fwe_ui_wayfind_" + name + "_message_handler;\n";
-    data += "constexpr messages::Message message_" + std::to_string(m) + "{model::message_rows[" +
-            std::to_string(m) + "], message_" + name + "_luid, message_" + name + "_name, {";
+    data += "constexpr messages::Message message_" + name + "{" + row_of_table(message_table(m)) +
+            ", message_" + name + "_luid, message_" + name + "_name, {";
     for (size_t c = row.carried; c < size_t{row.carried} + row.records; ++c) {
       data += std::string(c == row.carried ? "" : ", ") + "messages::record_wire<" +
-              std::to_string(model::carried_rows[c].record) + ">()";
+              record_table(model::carried_rows[c].record) + ">()";
     }
     data += "}};\n";
     code += identity(name, model::messages[m]->identity.luid) + definitions(message_functions(m));
@@ -117,8 +117,9 @@ void write_messages(const std::string& folder) {
   write_file(folder + "/exports_messages.cpp", file(includes, data, code));
 }
 
-std::string table(const model::Bundle& bundle, size_t index) {
-  std::string text = "constexpr ork_bundle_message_row table_" + std::to_string(index) + "[] = {\n";
+std::string table(const model::Bundle& bundle) {
+  std::string text =
+      std::string("constexpr ork_bundle_message_row table_") + bundle.name + "[] = {\n";
   for (const model::Member& member : bundle.members) {
     if (member.message == nullptr) break;
     const std::string name = member.message->name;
@@ -143,13 +144,12 @@ void write_bundles(const std::string& folder) {
     includes += include(name + "_bundle");
     data += "extern \"C\" [[gnu::weak]] decltype(fwe_ui_wayfind_" + name +
             "_bundle_handler) fwe_ui_wayfind_" + name + "_bundle_handler;\n";
-    data += table(bundle, b);
-    const std::string number = std::to_string(b);
+    data += table(bundle);
     const std::string full_name = "fwe_ui_wayfind_" + name;
-    data += "constexpr messages::Bundle bundle_" + number + "{\n    model::bundle_rows[" + number +
-            "], \"" + name + "\", \"" + full_name + "\", \"" + full_name +
-            "_bundle_start_message\",\n    {" + prefix + "start_luid, " + prefix + "abort_luid, " +
-            prefix + "commit_luid}, table_" + number + ", &" + full_name +
+    data += "constexpr messages::Bundle bundle_" + name + "{\n    " +
+            row_of_table(bundle_table(b)) + ", \"" + name + "\", \"" + full_name + "\", \"" +
+            full_name + "_bundle_start_message\",\n    {" + prefix + "start_luid, " + prefix +
+            "abort_luid, " + prefix + "commit_luid}, table_" + name + ", &" + full_name +
             "_bundle_registered_handler};\n";
     code += "ork_bundle_handler fwe_ui_wayfind_" + name + "_bundle_registered_handler;\n";
     code += identity(name + "_bundle_start", bundle.luids.start) +
