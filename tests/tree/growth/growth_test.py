@@ -53,7 +53,7 @@ def replace_once(name, old, new):
 def copy_tree():
     """Only what a build reads, and only what changed, so that a second run builds little."""
     shutil.rmtree(COPY, ignore_errors=True)
-    for folder in ("encoders", "frame", "include", "messages", "model", "platform", "tools"):
+    for folder in ("encoders", "frame", "generator", "include", "messages", "model", "platform", "tools"):
         if (ROOT / folder).is_dir():
             shutil.copytree(ROOT / folder, COPY / folder)
     for file in ROOT.glob("CMake*"):

@@ -10,7 +10,8 @@ namespace generator {
 void write_file(const std::string& path, const std::string& text);
 
 void write_headers(const std::string& folder);  // public headers, one per type, message and bundle
-void write_sources(const std::string& folder);  // the exported functions and data
+// The exported functions and data; those of the records in so many files.
+void write_sources(const std::string& folder, size_t record_files);
 void write_exports(const std::string& folder);  // version script, and the plain list of names
 void write_sections(const std::string& folder,
                     const std::string& date);  // trace sections and the build manifest

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "model/generator/function.h"
-#include "model/generator/output.h"
+#include "generator/function.h"
+#include "generator/output.h"
 
 namespace generator {
 namespace {

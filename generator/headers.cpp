@@ -1,7 +1,7 @@
 #include <sstream>
 
-#include "model/generator/function.h"
-#include "model/generator/output.h"
+#include "generator/function.h"
+#include "generator/output.h"
 
 namespace generator {
 namespace {

@@ -1,8 +1,8 @@
 // The names that the library exports: as a version script for the linker, and as a plain list.
 #include <algorithm>
 
-#include "model/generator/function.h"
-#include "model/generator/output.h"
+#include "generator/function.h"
+#include "generator/output.h"
 
 namespace generator {
 namespace {

@@ -1,5 +1,5 @@
 // The accessors of a field, by class.
-#include "model/generator/function.h"
+#include "generator/function.h"
 
 namespace generator {
 namespace {

@@ -1,5 +1,5 @@
 // The functions of messages, of bundles, and of the module itself.
-#include "model/generator/function.h"
+#include "generator/function.h"
 
 namespace generator {
 namespace {

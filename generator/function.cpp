@@ -1,6 +1,6 @@
-#include "model/generator/function.h"
+#include "generator/function.h"
 
-#include "model/generator/identifier.h"
+#include "generator/identifier.h"
 
 namespace generator {
 

@@ -1,7 +1,7 @@
 // The schema's description for tools and tests: names, classes, sizes, and the exported functions
 // by their family names.
-#include "model/generator/function.h"
-#include "model/generator/output.h"
+#include "generator/function.h"
+#include "generator/output.h"
 
 namespace generator {
 namespace {

@@ -1,5 +1,5 @@
 // The functions of enums and of the flag set.
-#include "model/generator/function.h"
+#include "generator/function.h"
 
 namespace generator {
 namespace {

@@ -1,12 +1,8 @@
-#include "model/generator/function.h"
-#include "model/generator/output.h"
+#include "generator/function.h"
+#include "generator/output.h"
 
 namespace generator {
 namespace {
-
-// The build compiles this many files of records, however many records there are.
-constexpr size_t record_files = 7;
-constexpr size_t records_per_file = (model::record_count + record_files - 1) / record_files;
 
 std::string include(const std::string& header) {
   return "#include \"fwe_ui_wayfind/" + header + ".h\"\n";
@@ -40,11 +36,12 @@ std::string file(const std::string& includes, const std::string& data,
          "\n#pragma GCC visibility pop\n}\n";
 }
 
-void write_records(const std::string& folder, size_t part) {
+// A part of the records, counted from 1.
+void write_records(const std::string& folder, size_t part, size_t parts) {
+  const size_t per_file = (model::record_count + parts - 1) / parts;
   std::string includes;
   std::string code;
-  for (size_t r = part * records_per_file;
-       r < (part + 1) * records_per_file && r < model::record_count; ++r) {
+  for (size_t r = (part - 1) * per_file; r < part * per_file && r < model::record_count; ++r) {
     includes += include(model::records[r]->name);
     code += definitions(record_functions(r));
     for (const model::FieldRow& field : model::fields_of(model::record_rows[r]))
@@ -169,8 +166,8 @@ std::string luid_bytes(const std::string& luid) {
   return text;
 }
 
-void write_sources(const std::string& folder) {
-  for (size_t part = 0; part < record_files; ++part) write_records(folder, part);
+void write_sources(const std::string& folder, size_t record_files) {
+  for (size_t part = 1; part <= record_files; ++part) write_records(folder, part, record_files);
   write_types(folder);
   write_messages(folder);
   write_bundles(folder);

@@ -1,5 +1,5 @@
 // The functions that every record has.
-#include "model/generator/function.h"
+#include "generator/function.h"
 
 namespace generator {
 namespace {
