@@ -10,8 +10,8 @@
 
 #include "fuzz/small_library.h"
 #include "fuzz/world.h"
-#include "tools/wayfind/manifest_digest.h"
-#include "tools/wayfind/trace_texts.h"
+#include "tools/offline/manifest_digest.h"
+#include "tools/offline/trace_texts.h"
 
 namespace {
 

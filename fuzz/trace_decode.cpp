@@ -1,7 +1,7 @@
 // Any bytes as what the offline tools read: the file of a library, its trace sections and manifest,
 // and a file of stored traces. An input begins as such a file does; any other is taken apart by its
 // first byte.
-#include "tools/wayfind/trace_decode.h"
+#include "tools/offline/trace_decode.h"
 
 #include <bzlib.h>
 
@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/wayfind/failure.h"
-#include "tools/wayfind/manifest_diff.h"
+#include "tools/common/failure.h"
+#include "tools/offline/manifest_diff.h"
 
 namespace {
 

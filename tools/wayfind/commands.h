@@ -1,4 +1,5 @@
-// The subcommands. Each one enters itself, its options and what it runs into the application.
+// The subcommands of the two ends. Each one enters itself, its options and what it runs into the
+// application.
 #pragma once
 
 namespace CLI {
@@ -10,8 +11,5 @@ namespace wayfind {
 void add_agent(CLI::App& app);
 void add_show(CLI::App& app);
 void add_recording(CLI::App& app);
-void add_trace(CLI::App& app);
-void add_manifest(CLI::App& app);
-void add_types(CLI::App& app);
 
 }  // namespace wayfind

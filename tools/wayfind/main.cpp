@@ -3,10 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "commands.h"
-#include "log.h"
-#include "printable.h"
-#include "standard_output.h"
+#include "tools/common/log.h"
+#include "tools/common/printable.h"
+#include "tools/common/standard_output.h"
+#include "tools/offline/commands.h"
+#include "tools/wayfind/commands.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include "fwe_ui_wayfind/fwe_cl_wayfind_mem_st.h"
 #include "fwe_ui_wayfind/module.h"
 #include "ork/flight.h"
-#include "tools/wayfind/failure.h"
-#include "tools/wayfind/trace_decode.h"
+#include "tools/common/failure.h"
+#include "tools/offline/trace_decode.h"
 
 namespace trace_sites {
 namespace {

@@ -1,0 +1,39 @@
+// A client's side of the connection to an agent.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "tools/common/owned.h"
+#include "tools/wayfind/link/inbox.h"
+
+namespace wayfind {
+
+class AgentLink {
+ public:
+  // patience: seconds to wait for a connection, and for the next byte.
+  AgentLink(const std::string& path, unsigned patience);
+
+  // Exchanges type lists: gives the agent's.
+  TypeList exchange(const ork_type_list& own);
+
+  // Asks for a show and waits until the agent accepts.
+  void ask(const std::string& subject);
+
+  // The next frame, valid until the next call.
+  std::span<const uint8_t> next_frame();
+
+ private:
+  void say(const std::string& text);
+  void wait_for_more(const std::string& meanwhile);
+  std::string line(const std::string& what);
+
+  std::string path_;
+  unsigned patience_;
+  Descriptor socket_;
+  Inbox inbox_;
+  size_t frame_ = 0;  // length of the frame last given
+  size_t frames_ = 0;
+};
+
+}  // namespace wayfind

@@ -1,0 +1,49 @@
+// Takes the frames of one show to the dispatcher, until its bundle is committed and printed.
+#pragma once
+
+#include <exception>
+#include <map>
+#include <span>
+#include <string>
+
+#include "tools/common/owned.h"
+#include "tools/wayfind/client/message_printer.h"
+#include "tools/wayfind/data/subject.h"
+
+namespace wayfind {
+
+class Receiver {
+ public:
+  Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer);
+
+  // Anything but the frames of the show that was asked for is a Failure.
+  void take(std::span<const uint8_t> frame);
+
+  bool committed() const { return committed_; }
+
+ private:
+  struct Known {
+    std::string name;
+    const MessageType* type;  // null for a control message
+  };
+
+  void add_message(const MessageType& type);
+  void add_bundle(const wayfind_bundle& bundle);
+  void add(const ork_dispatch_entry& entry, const Known& known);
+  static void on_commit(ork_handle* handle, uint32_t instance, void* ctx, uint32_t* err);
+  void print_bundle();
+  const MessageType& allowed(const ork_bundle_member& member,
+                             std::map<const MessageType*, size_t>& seen) const;
+  std::string described(std::span<const uint8_t> frame) const;
+
+  ork_handle* handle_;
+  const Subject& subject_;
+  MessagePrinter& printer_;
+  Dispatcher dispatcher_;
+  std::map<std::string, Known> known_;  // by LUID
+  size_t frames_ = 0;
+  bool committed_ = false;
+  std::exception_ptr failure_;
+};
+
+}  // namespace wayfind
