@@ -2,7 +2,7 @@
 // path stands for.
 #pragma once
 
-#include "tests/behaviour/encoders_values.h"
+#include "behaviour/encoders/values.h"
 
 namespace shared_test {
 

@@ -2,7 +2,7 @@
 #include <cerrno>
 #include <span>
 
-#include "behaviour/messages_family.h"
+#include "behaviour/messages/family.h"
 #include "ork/tawny.h"
 #include "stage.h"
 #include "texts.h"

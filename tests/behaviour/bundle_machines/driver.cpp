@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "behaviour/bundles_family.h"
+#include "behaviour/bundles/family.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 // each half.
 #include <map>
 
-#include "behaviour/messages_spied.h"
+#include "behaviour/messages/spied.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
 
 namespace {

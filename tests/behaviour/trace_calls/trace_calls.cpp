@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "behaviour/bundles_family.h"
+#include "behaviour/bundles/family.h"
 #include "fwe_ui_wayfind/module.h"
 #include "ork/flight.h"
 

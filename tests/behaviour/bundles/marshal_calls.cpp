@@ -1,0 +1,383 @@
+// The sending side of all control messages call for call, and what is simple about them.
+#include "behaviour/bundles/by_hand.h"
+#include "behaviour/messages/spied.h"
+
+namespace {
+
+using family::Bundle;
+using family::Control;
+using family::Handle;
+using family::Kind;
+
+constexpr uint32_t instance = 7;
+constexpr Kind kinds[] = {family::start, family::abort, family::commit};
+
+struct Sent {
+  std::vector<std::string> calls;
+  uint32_t result;
+  uint32_t err;
+  uint32_t last_error;
+  std::vector<uint8_t> buffer;
+  uint32_t bundle_ctx;
+  const ork_bundle_message_row* table;
+  bool list_empty;
+  bool list_untouched;
+
+  bool operator==(const Sent&) const = default;
+};
+
+struct Case {
+  bool open;
+  int32_t length;
+  uint32_t err = 0;
+  ork_tracking tracking = ORK_TRACKING_OFF;
+};
+
+class BundleSend : public testing::TestWithParam<Bundle> {
+ protected:
+  const Bundle bundle = GetParam();
+
+  Sent send(Kind kind, const Case& each, bool library) const {
+    const Handle handle = family::tracking_handle(each.tracking);
+    handle->send_sequence = 0x01020304;
+    if (each.open) {
+      uint8_t buffer[43];
+      uint32_t err = 0;
+      bundle.start().marshal(handle.get(), instance, buffer, 43, &err);
+      const wayfind_message& member = *bundle.schema().members[0].message;
+      bundle_message_validate_add(handle.get(), instance, member.luid, member.bundle_name, &err);
+    }
+    ork_list_head& list = handle->bundle_send_list;
+    ork_list_head stale_entry;
+    if (!each.open && kind == family::start) {  // the others walk the list
+      list = {&stale_entry, &stale_entry};
+    }
+    const ork_list_head list_before = list;
+    std::vector<uint8_t> buffer(64, 0xA5);
+    spy::forget_names();
+    spy::name(buffer.data(), buffer.size(), "buffer");
+    uint32_t err = each.err;
+    spy::name_at(&err, "err");
+    Sent sent{};
+    {
+      const spy::Log log;
+      sent.result = library ? bundle.control(kind).marshal(handle.get(), instance, buffer.data(),
+                                                           each.length, &err)
+                            : by_hand::marshal(bundle, kind, handle.get(), instance, buffer.data(),
+                                               each.length, &err);
+      sent.calls = log.calls();
+    }
+    sent.err = err;
+    sent.last_error = ork_handle_last_error(handle.get());
+    sent.buffer = buffer;
+    sent.bundle_ctx = handle->bundle_ctx;
+    sent.table = handle->bundle_table;
+    sent.list_empty = list.next == &list && list.prev == &list;
+    sent.list_untouched = list.next == list_before.next && list.prev == list_before.prev;
+    if (list.next == &stale_entry) {
+      list = {&list, &list};
+    }
+    spied::close(handle.get());
+    return sent;
+  }
+  Sent same(Kind kind, const Case& each) const {
+    const Sent hand = send(kind, each, false);
+    const Sent made = send(kind, each, true);
+    EXPECT_CALLS(made.calls, hand.calls) << bundle.control(kind).name() << " " << each.length;
+    EXPECT_TRUE(made == hand) << bundle.control(kind).name() << " " << each.length;
+    return made;
+  }
+};
+
+TEST_P(BundleSend, EveryStateLengthAndPendingErrorGoesTheSameWay) {
+  for (const Kind kind : kinds) {
+    for (const bool open : {false, true}) {
+      for (const uint32_t err : {0u, 5u}) {
+        for (int32_t length = -1; length <= 50; ++length) {
+          same(kind, {open, length, err});
+        }
+      }
+    }
+  }
+}
+
+TEST_P(BundleSend, StartOpensAndWritesFortyThreeBytes) {
+  for (const ork_tracking tracking : spied::trackings) {
+    const Sent sent = same(family::start, {false, 43, 0, tracking});
+    EXPECT_EQ(sent.result, 43u);
+    EXPECT_EQ(sent.bundle_ctx, 1u);
+    EXPECT_TRUE(sent.list_empty);
+    EXPECT_EQ(sent.buffer[7], 0) << "never marked as tracked";
+    EXPECT_CALLS(sent.calls,
+                 {"ork_clear_last_error()", "_ork_message_header_marshal(7,buffer,?,27,err)"});
+    EXPECT_EQ(std::memcmp(sent.buffer.data() + 27, bundle.start().luid(), 16), 0);
+  }
+}
+
+TEST_P(BundleSend, SecondStartLeavesTheOpenBundle) {
+  const Sent sent = same(family::start, {true, 43});
+  EXPECT_EQ(sent.result, 0u);
+  EXPECT_EQ(sent.err, 17u);
+  EXPECT_EQ(sent.last_error, 17u);
+  EXPECT_EQ(sent.bundle_ctx, 1u);
+  EXPECT_FALSE(sent.list_empty);
+  EXPECT_TRUE(sent.list_untouched);
+  EXPECT_EQ(sent.buffer, std::vector<uint8_t>(64, 0xA5));
+  EXPECT_CALLS(sent.calls, {"ork_clear_last_error()", "ork_store_err(17)"});
+}
+
+TEST_P(BundleSend, ShortBuffersOfAStart) {
+  for (const int32_t length : {0, 26, 27, 42}) {
+    const Sent sent = same(family::start, {false, length});
+    EXPECT_EQ(sent.result, length < 27 ? 0u : 27u);
+    EXPECT_EQ(sent.err, 90u);
+    EXPECT_EQ(sent.bundle_ctx, 0u) << "stays idle";
+    EXPECT_TRUE(sent.list_untouched);
+    EXPECT_EQ(std::count(sent.buffer.begin(), sent.buffer.end(), 0xA5), length < 27 ? 64 : 64 - 27);
+    EXPECT_CALLS(sent.calls, {"ork_clear_last_error()", "ork_store_err(90)"});
+  }
+}
+
+TEST_P(BundleSend, EndWritesFortyThreeBytesAndCloses) {
+  for (const Kind kind : {family::abort, family::commit}) {
+    for (const ork_tracking tracking : spied::trackings) {
+      const Sent sent = same(kind, {true, 43, 0, tracking});
+      EXPECT_EQ(sent.result, 43u);
+      EXPECT_EQ(sent.err, 0u);
+      EXPECT_EQ(sent.bundle_ctx, 0u);
+      EXPECT_TRUE(sent.list_empty);
+      EXPECT_EQ(sent.buffer[7], 0);
+      EXPECT_EQ(std::memcmp(sent.buffer.data() + 27, bundle.control(kind).luid(), 16), 0);
+      EXPECT_CALLS(sent.calls,
+                   {"ork_clear_last_error()", "_ork_message_header_marshal(7,buffer,?,27,err)",
+                    "bundle_send_message_list_destroy(7,err)"});
+    }
+  }
+}
+
+TEST_P(BundleSend, EndWithoutABundleGivesTwo) {
+  for (const Kind kind : {family::abort, family::commit}) {
+    const Sent sent = same(kind, {false, 43});
+    EXPECT_EQ(sent.result, 0u);
+    EXPECT_EQ(sent.err, 2u);
+    EXPECT_EQ(sent.last_error, 2u);
+    EXPECT_EQ(sent.buffer, std::vector<uint8_t>(64, 0xA5));
+    EXPECT_CALLS(sent.calls, {"ork_clear_last_error()", "ork_store_err(2)"});
+  }
+}
+
+TEST_P(BundleSend, EndInAShortBufferStillCloses) {
+  for (const Kind kind : {family::abort, family::commit}) {
+    for (const int32_t length : {10, 26, 27, 30, 42}) {
+      const Sent sent = same(kind, {true, length});
+      EXPECT_EQ(sent.result, length < 27 ? 0u : 27u);
+      EXPECT_EQ(sent.err, 90u);
+      EXPECT_EQ(sent.bundle_ctx, 0u);
+      EXPECT_TRUE(sent.list_empty);
+      EXPECT_EQ(std::count(sent.buffer.begin(), sent.buffer.begin() + 27, 0), length < 27 ? 0 : 27);
+      EXPECT_EQ(std::count(sent.buffer.begin() + 27, sent.buffer.end(), 0xA5), 64 - 27);
+      EXPECT_CALLS(sent.calls, {"ork_clear_last_error()", "ork_store_err(90)",
+                                "bundle_send_message_list_destroy(7,err)"})
+          << "stored once";
+    }
+  }
+}
+
+TEST_P(BundleSend, ErrorOfTheHeaderIsNotLookedAt) {
+  const auto odd = spy::replace(
+      _ork_message_header_marshal,
+      [](ork_handle*, uint32_t, uint8_t*, const ork_message_header*, int32_t, uint32_t* err) {
+        *err = 5;
+        return 0u;
+      });
+  EXPECT_EQ(same(family::start, {false, 43}).result, 43u);
+  EXPECT_EQ(same(family::commit, {true, 43}).result, 43u);
+}
+
+TEST_P(BundleSend, HeaderCarriesSequenceAndLength) {
+  const auto look = spy::replace(
+      _ork_message_header_marshal,
+      [](ork_handle* handle, uint32_t each, uint8_t* buffer, const ork_message_header* header,
+         int32_t length, uint32_t* err) {
+        EXPECT_EQ(header->marker, 0xBC);
+        EXPECT_EQ(std::count(std::begin(header->filler), std::end(header->filler), 0xFF), 6);
+        EXPECT_EQ(header->sttr_marker, 0);
+        EXPECT_EQ(header->sequence, 0x01020304u);
+        EXPECT_EQ(header->length, 43u);
+        return spy::next(_ork_message_header_marshal)(handle, each, buffer, header, length, err);
+      });
+  for (const Kind kind : kinds) {
+    EXPECT_EQ(same(kind, {kind != family::start, 43, 0, ORK_TRACKING_ON}).result, 43u);
+  }
+}
+
+TEST_P(BundleSend, StartHasOpenedTheBundleWhenTheHeaderIsWritten) {
+  const Handle handle = family::make_handle();
+  ork_list_head& list = handle->bundle_send_list;
+  ork_list_head stale_entry;
+  list = {&stale_entry, &stale_entry};
+  bool seen = false;
+  const auto look = spy::replace(
+      _ork_message_header_marshal,
+      [&](ork_handle*, uint32_t, uint8_t* buffer, const ork_message_header*, int32_t, uint32_t*) {
+        seen = true;
+        EXPECT_EQ(handle->bundle_ctx, 1u);
+        EXPECT_EQ(handle->bundle_table, bundle.table());
+        EXPECT_TRUE(list.next == &list && list.prev == &list);
+        EXPECT_EQ(std::memcmp(buffer + 27, bundle.start().luid(), 16), 0);
+        return 27u;
+      });
+  uint8_t buffer[43];
+  uint32_t err = 0;
+  bundle.start().marshal(handle.get(), instance, buffer, 43, &err);
+  EXPECT_TRUE(seen);
+}
+
+// The member is a word of 32 bits: any value but 0 means an open bundle.
+TEST_P(BundleSend, AnyValueButZeroMeansAnOpenBundle) {
+  const Handle handle = family::make_handle();
+  uint8_t buffer[43];
+  for (const auto& [kind, expected] :
+       {std::pair(family::start, 17u), {family::abort, 0u}, {family::commit, 0u}}) {
+    handle->bundle_ctx = 256;
+    uint32_t err = 0;
+    EXPECT_EQ(bundle.control(kind).marshal(handle.get(), instance, buffer, 43, &err),
+              expected == 0 ? 43u : 0u);
+    EXPECT_EQ(err, expected);
+    EXPECT_EQ(handle->bundle_ctx, expected == 0 ? 0u : 256u);
+  }
+}
+
+TEST_P(BundleSend, AsksNeitherDomainNorTable) {
+  const Handle handle = family::make_handle();
+  family::set_peer_without(handle, {});
+  for (const Kind kind : kinds) {
+    const Case each{kind != family::start, 43};
+    for (const std::string& call : send(kind, each, true).calls) {
+      EXPECT_EQ(call.find("domain"), std::string::npos);
+      EXPECT_EQ(call.find("validate"), std::string::npos);
+    }
+    EXPECT_EQ(bundle.control(kind).valid_cr(), 1u);
+  }
+}
+
+TEST_P(BundleSend, CrFormsUseTheHandlesSlot) {
+  const Handle handle = family::make_handle();
+  uint8_t buffer[43];
+  EXPECT_EQ(bundle.commit().marshal_cr(handle.get(), buffer, 43), 0xFFFFFFFFu) << "no bundle";
+  EXPECT_EQ(handle->cr_error, 2u);
+  EXPECT_EQ(bundle.start().marshal_cr(handle.get(), buffer, 43), 0xFFFFFFFFu) << "a pending error";
+  EXPECT_EQ(handle->bundle_ctx, 0u);
+  handle->cr_error = 0;
+  EXPECT_EQ(bundle.start().marshal_cr(handle.get(), buffer, 30), 0xFFFFFFFFu);
+  EXPECT_EQ(handle->cr_error, 90u);
+  handle->cr_error = 0;
+  EXPECT_EQ(bundle.start().marshal_cr(handle.get(), buffer, 43), 43u);
+  EXPECT_EQ(bundle.abort().marshal_cr(handle.get(), buffer, 43), 43u);
+  EXPECT_EQ(handle->cr_error, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BundleSend, testing::ValuesIn(family::bundles()), family::ByName());
+
+// ---- The simple functions of a control message ------------------------------
+
+class ControlMessage : public testing::TestWithParam<Control> {
+ protected:
+  const Control control = GetParam();
+};
+
+TEST_P(ControlMessage, CreateIsAnAllocationOfNoBytes) {
+  const Handle handle = family::make_handle([](ork_options& options) { options.cr_instance = 9; });
+  spy::forget_names();
+  spy::observe(handle.get());
+  {
+    const spy::Log log;
+    void* msg = control.create(handle.get(), instance);
+    control.destroy(handle.get(), instance, msg);
+    void* cr = control.create_cr(handle.get());
+    control.destroy_cr(handle.get(), cr);
+    EXPECT_CALLS(
+        log, {"alloc_fn(7,0)=new1", "free_fn(7,new1)", "alloc_fn(9,0)=new2", "free_fn(9,new2)"});
+  }
+  {
+    const spy::Log log;
+    control.destroy(handle.get(), instance, nullptr);
+    control.destroy_cr(handle.get(), nullptr);
+    spy::fail_alloc(1);
+    EXPECT_EQ(control.create(handle.get(), instance), nullptr);
+    spy::fail_alloc(0);
+    EXPECT_CALLS(log, {"alloc_fn(7,0)=null"}) << "null is harmless, and no error is stored";
+  }
+  spy::forget(handle.get());
+}
+
+TEST_P(ControlMessage, CrCreateGivesTheSentinel) {
+  const Handle handle = family::make_handle([](ork_options& options) { options.cr_instance = 9; });
+  spy::forget_names();
+  spy::observe(handle.get());
+  void* sentinel;
+  {
+    const spy::Log log;
+    spy::fail_alloc(1);
+    sentinel = control.create_cr(handle.get());
+    spy::fail_alloc(0);
+    EXPECT_CALLS(log, {"alloc_fn(9,0)=null", "ork_store_err(12)"});
+  }
+  ASSERT_NE(sentinel, nullptr);
+  EXPECT_EQ(handle->cr_error, 12u);
+  handle->cr_error = 5;
+  {
+    const spy::Log log;
+    EXPECT_EQ(control.create_cr(handle.get()), sentinel);
+    control.destroy_cr(handle.get(), sentinel);
+    EXPECT_CALLS(log, std::initializer_list<const char*>{})
+        << "nothing is allocated with a pending error, nor freed";
+  }
+  EXPECT_EQ(handle->cr_error, 5u);
+  handle->cr_error = 0;
+  spy::forget(handle.get());
+}
+
+TEST_P(ControlMessage, LengthIsFortyThree) {
+  const Handle handle = family::make_handle();
+  EXPECT_EQ(control.len(), 43u);
+  EXPECT_EQ(control.len_cr(handle.get()), 43u);
+  handle->cr_error = 5;
+  EXPECT_EQ(control.len_cr(handle.get()), 0u);
+  handle->cr_error = 0;
+  EXPECT_EQ(control.unmarshal_only(), 0u);
+  EXPECT_EQ(control.valid_cr(), 1u);
+}
+
+TEST_P(ControlMessage, FromXmlLooksAtNoDocument) {
+  const Handle handle = family::make_handle();
+  spy::forget_names();
+  spy::observe(handle.get());
+  uint32_t err = 0;
+  const spy::Log log;
+  void* msg = control.from_xml(handle.get(), instance, nullptr, &err);
+  control.destroy(handle.get(), instance, msg);
+  err = 5;
+  EXPECT_EQ(control.from_xml(handle.get(), instance, nullptr, &err), nullptr);
+  EXPECT_CALLS(log, {"alloc_fn(7,0)=new1", "free_fn(7,new1)"});
+  spy::forget(handle.get());
+}
+
+TEST_P(ControlMessage, FromXmlMayGiveNullWithoutAnError) {
+  const Handle handle = family::make_handle();
+  spy::forget_names();
+  spy::observe(handle.get());
+  uint32_t err = 0;
+  const spy::Log log;
+  spy::fail_alloc(1);
+  EXPECT_EQ(control.from_xml(handle.get(), instance, nullptr, &err), nullptr);
+  spy::fail_alloc(0);
+  EXPECT_EQ(err, 0u);
+  EXPECT_CALLS(log, {"alloc_fn(7,0)=null"}) << "and no error is stored";
+  spy::forget(handle.get());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ControlMessage, testing::ValuesIn(family::controls()),
+                         family::ByName());
+
+}  // namespace
