@@ -7,6 +7,7 @@
 #include "encoders/unmarshal.h"
 #include "encoders/xml.h"
 #include "frame/lifecycle.h"
+#include "model/message_rows.h"
 #include "ork/bundle.h"
 
 namespace messages {
