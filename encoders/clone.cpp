@@ -1,6 +1,7 @@
 #include "encoders/clone.h"
 
-#include "frame/lifecycle.h"
+#include "frame/create.h"
+#include "frame/destroy.h"
 
 namespace encoders {
 

@@ -1,8 +1,8 @@
 #include "encoders/unmarshal.h"
 
 #include "encoders/marshal.h"
-#include "frame/lifecycle.h"
-#include "frame/typeinfo.h"
+#include "frame/initialize.h"
+#include "frame/size.h"
 
 namespace encoders {
 namespace {

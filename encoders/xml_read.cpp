@@ -2,7 +2,8 @@
 
 #include "encoders/primitives.h"
 #include "encoders/xml.h"
-#include "frame/lifecycle.h"
+#include "frame/create.h"
+#include "frame/destroy.h"
 
 namespace encoders {
 namespace {

@@ -1,7 +1,8 @@
 // What arrays of values and arrays of records have in common.
 #include "frame/array.h"
 
-#include "frame/lifecycle.h"
+#include "frame/destroy.h"
+#include "frame/initialize.h"
 
 namespace frame {
 namespace {

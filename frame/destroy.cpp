@@ -1,9 +1,10 @@
-// Taking records apart: mappings, references, fields, statistics, memory.
+#include "frame/destroy.h"
+
 #include <alloca.h>
 
 #include "frame/array.h"
-#include "frame/lifecycle.h"
 #include "frame/primitives.h"
+#include "frame/sentinel.h"
 #include "frame/typeinfo.h"
 
 namespace frame {
@@ -126,6 +127,14 @@ void release_unreached_arrays(const Call& call, void* object, int reached,
 }
 
 }  // namespace
+
+void give_back(const Call& call, void* object) {
+  const uint64_t word = load<uint64_t>(object);
+  if (has_flag(object, OBJ_OWNS_SLOT_BLOCK) && word != 0)
+    release(call, reinterpret_cast<void*>(word));
+  store<uint64_t>(call, object, 0, nullptr);
+  release(call, object);
+}
 
 void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                     const RecordRow& record) {

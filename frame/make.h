@@ -3,9 +3,9 @@
 
 #include <cstring>
 
-#include "frame/lifecycle.h"
+#include "frame/sentinel.h"
+#include "frame/size.h"
 #include "frame/small_type.h"
-#include "frame/typeinfo.h"
 
 namespace frame {
 

@@ -1,17 +1,10 @@
-#include "frame/module.h"
-
-#include "frame/lifecycle.h"
+// The module's record in the runtime's list of modules.
+#include "frame/typeinfo.h"
 
 namespace frame {
 namespace {
 
 constexpr char name[] = "fwe_ui_wayfind";
-
-struct SharedCopy {
-  ork_type_info type;
-  uint64_t runtime_words[2];
-};
-static_assert(sizeof(SharedCopy) == ORK_SHARED_TYPE_INFO_SIZE);
 
 ork_module module_record{name, descriptors, nullptr, nullptr};
 uint8_t module_link_once;
@@ -43,60 +36,6 @@ uint8_t module_link_once;
   --root.count;
 }
 
-// Null when the shared pool is exhausted.
-ork_type_info* share(ork_handle* handle, const ork_type_info& type) {
-  auto* copy = static_cast<SharedCopy*>(
-      handle->shared_alloc_fn(handle->shared_pool, ORK_NO_INSTANCE, sizeof(SharedCopy)));
-  if (copy == nullptr) return nullptr;
-  memcpy(&copy->type, &type, sizeof type);
-  copy->runtime_words[0] = 0;
-  copy->runtime_words[1] = 0;
-  copy->type.shared = handle->shared_types;
-  copy->type.unassigned_id = -1;
-  return &copy->type;
-}
-
 }  // namespace
-
-const ork_type_info* descriptor(const RecordRow& record) { return descriptors[record.index]; }
-const ork_type_info* descriptor(const SmallRow& type) {
-  return descriptors[model::record_count + type.index];
-}
-const ork_type_info* descriptor(Kind primitive) {
-  if (primitive == Kind::ip_address) return &_ip_address_type_info_internal;
-  return primitive == Kind::ork_boolean ? &_ork_boolean_type_info_internal
-                                        : &_link_type_type_info_internal;
-}
-
-void typeinfo_initialize(ork_handle* handle, uint32_t instance, uint32_t* err) {
-  for (const ork_type_info* const* type = descriptors; *type != nullptr; ++type) {
-    ork_type_info* entry =
-        handle->type_table_find_fn(handle->type_table, instance, (*type)->luid_text);
-    const bool is_new = entry == nullptr;
-    if (is_new) {
-      entry = share(handle, **type);
-      if (entry == nullptr) return Call{handle, instance, err}.fail(ENOMEM);
-      handle->type_table_add_fn(handle->type_table, instance, entry->luid_text, entry);
-    }
-    if ((*type)->varinfo != nullptr)
-      ork_update_variant_info(handle, instance, entry, *type, is_new ? 1 : 0);
-  }
-}
-
-void type_variant_dump(int (*print)(const char* format, ...)) {
-  for (const ork_type_info* const* type = descriptors; *type != nullptr; ++type) {
-    const ork_variant_info* variants = (*type)->varinfo;
-    if (variants == nullptr) {
-      trace::raise<Function::variant_dump, Form::dump_without_variants>(model::module_row);
-      continue;
-    }
-    print("n_variants %d\n", int{variants->n_variants});
-    for (int i = 0; i < variants->n_variants; ++i) {
-      const ork_variant_entry& entry = variants->entries[i];
-      print("variant %d used length %d alloc slop %d\n", i, static_cast<int>(entry.used_length),
-            static_cast<int>(entry.alloc_slop));
-    }
-  }
-}
 
 }  // namespace frame

@@ -66,11 +66,6 @@ inline bool is_embedded_record(const FieldRow& field) {
   return field.cls == model::Class::object && field.kind == Kind::record;
 }
 
-const ork_type_info* descriptor(const RecordRow& record);
-const ork_type_info* descriptor(const SmallRow& type);
-// The runtime's descriptors of the primitives that are objects.
-const ork_type_info* descriptor(Kind primitive);
-
 enum class Tracking : uint8_t { absent, off, on, corrupted };
 
 inline Tracking mode_of(const ork_handle* handle) {

@@ -1,17 +1,10 @@
 #include "frame/small_type.h"
 
+#include "frame/destroy.h"
 #include "frame/make.h"
 #include "frame/value_field.h"
 
 namespace frame {
-namespace {
-
-constexpr size_t largest = 24;
-alignas(8) uint8_t sentinels[model::small_type_count][largest];
-
-}  // namespace
-
-void* sentinel(const SmallRow& type) { return sentinels[type.index]; }
 
 void* small_create_internal(ork_handle* handle, uint32_t instance, const SmallRow& type) {
   return make<Function::small_create_internal, Form::small_create_failed>(handle, instance, type);

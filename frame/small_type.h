@@ -2,7 +2,7 @@
 // variant.
 #pragma once
 
-#include "frame/lifecycle.h"
+#include "frame/initialize.h"
 
 namespace frame {
 
@@ -14,7 +14,6 @@ constexpr int32_t small_index_cap(int32_t variant) {
   return static_cast<int8_t>(variant) < 0 ? variant : 0;
 }
 constexpr uint32_t size_of(const ork_handle*, const SmallRow& type) { return type.size; }
-void* sentinel(const SmallRow& type);
 void* small_create_internal(ork_handle* handle, uint32_t instance, const SmallRow& type);
 void* small_create_cr(ork_handle* handle, const SmallRow& type);
 void initialize(const Call& call, void* object, const ork_type_info* info, Initialization how,
@@ -40,11 +39,6 @@ void flag_set_value(const Call& call, void* object, uint32_t flag, uint32_t on,
                     const SmallRow& type);
 uint32_t flag_is_valid_cr(ork_handle* handle, uint32_t flag, const SmallRow& type);
 
-// An object has been put inside another: the bit is announced, like every store.
-inline void mark_embedded(const Call& call, void* object) {
-  announce(call, byte_at(object, at_flags), 1, object);
-  *byte_at(object, at_flags) |= OBJ_EMBEDDED;
-}
 inline int8_t small_variant_of(const void* object) {
   return static_cast<int8_t>(ork_get_instance_variant(object, 0, 1));
 }

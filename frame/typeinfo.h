@@ -1,26 +1,28 @@
-// Type descriptors as the frame reads and writes them: the word in an object's header, the variant
-// block, the statistics.
+// Type descriptors at run time: the list of all of them, their shared copies, the word in an
+// object's header that names one, the variant block with its statistics.
 #pragma once
 
-#include "frame/lifecycle.h"
+#include "frame/object.h"
 
 namespace frame {
 
+// In the order of registration, ended by a null: records, enums, the flag set, messages.
+extern const ork_type_info* const descriptors[];
+const ork_type_info* descriptor(const RecordRow& record);
+const ork_type_info* descriptor(const SmallRow& type);
+// The runtime's descriptors of the primitives that are objects.
+const ork_type_info* descriptor(Kind primitive);
+
+void typeinfo_initialize(ork_handle* handle, uint32_t instance, uint32_t* err);
+void type_variant_dump(int (*print)(const char* format, ...));
+
+// The type that an object of this process or of the shared table points at.
+const ork_type_info* manifested(const Call& call, const ork_type_info* type);
 inline const ork_type_info* manifested_type(const void* object) {
   return ork_get_manifested_type_info(object);
 }
-
 // Points an object at its type: at the shared copy when the handle keeps types in a shared table.
 void store_type(const Call& call, void* object, const ork_type_info* type);
-
-struct Born {
-  int variant;
-  const ork_type_info* type;
-};
-// Writes variant, newest variant, type and flags of a new object. Announces each of them if asked
-// to.
-Born write_header(const Call& call, void* object, const ork_type_info* type,
-                  const Initialization& how, int newest);
 
 // The variant block must be there; fewer variants than asked for are only traced.
 template <Function F, class Row>
@@ -40,6 +42,9 @@ const ork_type_info* checked_type(const ork_type_info* type, int variant, const 
   return type;
 }
 
+// Where a type's statistics of one variant are kept. A variant in front of the entries is handed on
+// as it is: the runtime must not write there.
+void* statistics(const ork_type_info* type, int variant);
 // Enums, the flag set and messages raise their counters themselves. `shared` decides between a
 // plain and an atomic addition: the private descriptor is the one that threads have in common.
 inline void raise_counter(const Call& call, const ork_type_info* type, uint64_t& counter) {

@@ -1,7 +1,7 @@
 #include "messages/message.h"
 
-#include "frame/module.h"
-#include "frame/typeinfo.h"
+#include "frame/create.h"
+#include "frame/destroy.h"
 #include "ork/tawny.h"
 
 namespace messages {

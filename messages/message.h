@@ -6,7 +6,7 @@
 #include "encoders/marshal.h"
 #include "encoders/unmarshal.h"
 #include "encoders/xml.h"
-#include "frame/lifecycle.h"
+#include "frame/typeinfo.h"
 #include "model/message_rows.h"
 #include "ork/bundle.h"
 

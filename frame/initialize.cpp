@@ -1,0 +1,134 @@
+#include "frame/initialize.h"
+
+#include "frame/primitives.h"
+#include "frame/small_type.h"
+#include "frame/state.h"
+
+namespace frame {
+namespace {
+
+// The base that embedded records take theirs from. False when a nested object was given none.
+bool find_state_base(const Call& call, void* object, uint8_t*& base, const RecordRow& record) {
+  if (tracking<Function::initialize>(call.handle, record) != Tracking::on) return true;
+  const bool nested = has_flag(object, OBJ_NESTED);
+  const bool mapped = has_flag(object, OBJ_STTR_OFFSET);
+  if (nested && base == nullptr) {
+    call.fail(EINVAL);
+    trace::raise<Function::initialize, Form::no_state_base>(record);
+    return false;
+  }
+  if (!record.embeds) {
+    if (mapped) orklib_get_sttr_offset(call.handle, call.instance, object);
+    return true;
+  }
+  uint8_t* found = base != nullptr ? base : byte_at(object, record.newest_layout().body);
+  if (mapped) found = mapped_states(call, object);
+  if (mapped || !nested) initialize_offsets(call, object, found, record);
+  if (base == nullptr) base = found;
+  return true;
+}
+
+void initialize_field(const Call& call, void* at, const Initialization& how,
+                      const FieldRow& field) {
+  const ork_type_info* type = nullptr;
+  switch (field.kind) {
+    case Kind::record:
+      return initialize(call, at, descriptor(child_record(field)), how, child_record(field));
+    case Kind::enumeration:
+    case Kind::flag_set:
+      return initialize(call, at, descriptor(small_type(field)), how, small_type(field));
+    case Kind::ip_address:
+      type = descriptor(Kind::ip_address);
+      return ip_address_initialize(call.handle, call.instance, static_cast<ork_ip_address*>(at),
+                                   type, how.notify, how.no_stats, how.flags, how.base, call.err);
+    case Kind::ork_boolean:
+      type = descriptor(Kind::ork_boolean);
+      return ork_boolean_initialize(call.handle, call.instance, static_cast<ork_boolean*>(at), type,
+                                    how.notify, how.no_stats, how.flags, how.base, call.err);
+    case Kind::link_type:
+      type = descriptor(Kind::link_type);
+      return link_type_initialize(call.handle, call.instance, static_cast<ork_link_type*>(at), type,
+                                  how.notify, how.no_stats, how.flags, how.base, call.err);
+    case Kind::u_int8:
+    case Kind::u_int16:
+    case Kind::u_int32:
+    case Kind::u_int64:
+    case Kind::character: return;
+  }
+}
+
+}  // namespace
+
+Born write_header(const Call& call, void* object, const ork_type_info* type,
+                  const Initialization& how, int newest) {
+  const int8_t known = static_cast<int8_t>(
+      ork_domain_lookup_variant(call.handle, &call.handle->domain, type, call.err));
+  const int variant = cap(known, newest);
+  const auto write = [&](size_t offset, uint8_t value) {
+    if (how.notify != 0) announce(call, byte_at(object, offset), 1, object);
+    *byte_at(object, offset) = value;
+  };
+  write(at_variant_cap, static_cast<uint8_t>(newest));
+  write(at_variant, static_cast<uint8_t>(variant));
+  const ork_type_info* shown = manifested(call, type);
+  const ork_type_info** slot = ork_get_manifested_type_info_ptr_mem(object);
+  if (how.notify != 0) announce(call, slot, sizeof *slot, object);
+  put(slot, shown);
+  write(at_flags, flags_of(object) | how.flags);
+  return {variant, shown};
+}
+
+void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how,
+                const RecordRow& record) {
+  if (!call.begins()) return;
+  const Born born = write_header(call, object, type, how, record.newest());
+  if (tracking<Function::initialize>(call.handle, record) == Tracking::on) {
+    if (how.notify != 0) announce(call, byte_at(object, at_flags), 1, object);
+    *byte_at(object, at_flags) |= OBJ_STATE_TRACKED;
+  }
+  if (how.no_stats == 0) {
+    check_variants<Function::initialize>(born.type, born.variant, record);
+    orklib_type_stats_create_object(call.handle, call.instance, born.type,
+                                    statistics(born.type, born.variant), call.err);
+    if (!find_state_base(call, object, how.base, record)) return;
+  }
+  const Initialization child{how.notify, how.no_stats, OBJ_NESTED, how.base};
+  for (const FieldRow& field : model::fields_of(record)) {
+    if (field.cls == model::Class::value || field.cls == model::Class::object)
+      initialize_field(call, field_of(object, field), child, field);
+  }
+}
+
+void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
+                           const RecordRow& record) {
+  if (object == nullptr)
+    return trace::raise<Function::set_instance_embedded, Form::embed_object>(record);
+  uint32_t local = 0;
+  const Call call{handle, instance, &local};
+  for (const FieldRow& field : held_fields(record, object)) {
+    if (field.cls != model::Class::value && field.cls != model::Class::object) continue;
+    void* at = field_of(object, field);
+    switch (field.kind) {
+      case Kind::record: set_instance_embedded(handle, instance, at, child_record(field)); break;
+      case Kind::enumeration:
+      case Kind::flag_set: set_instance_embedded(handle, instance, at, small_type(field)); break;
+      case Kind::ip_address:
+        ip_address_set_instance_embedded(handle, instance, static_cast<ork_ip_address*>(at));
+        break;
+      case Kind::ork_boolean:
+        ork_boolean_set_instance_embedded(handle, instance, static_cast<ork_boolean*>(at));
+        break;
+      case Kind::link_type:
+        link_type_set_instance_embedded(handle, instance, static_cast<ork_link_type*>(at));
+        break;
+      case Kind::u_int8:
+      case Kind::u_int16:
+      case Kind::u_int32:
+      case Kind::u_int64:
+      case Kind::character: break;
+    }
+  }
+  mark_embedded(call, object);
+}
+
+}  // namespace frame
