@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "frame/array.h"
-#include "frame/small_type.h"
-#include "frame/whole_record.h"
+#include "frame/enum_type.h"
+#include "frame/flag_set.h"
 #include "model/named_rows.h"
 
 namespace encoders {

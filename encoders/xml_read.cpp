@@ -4,6 +4,7 @@
 #include "encoders/xml.h"
 #include "frame/create.h"
 #include "frame/destroy.h"
+#include "frame/whole_record.h"
 
 namespace encoders {
 namespace {

@@ -89,4 +89,12 @@ void offset_remove(const Call& call, void* object, const RecordRow& record) {
   }
 }
 
+void disclaim_states(void* object, const RecordRow& record) {
+  constexpr unsigned claims = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
+  *byte_at(object, at_flags) = static_cast<uint8_t>(flags_of(object) & ~claims);
+  for (const FieldRow& field : laid_out_fields(record, object)) {
+    if (is_embedded_record(field)) disclaim_states(field_of(object, field), child_record(field));
+  }
+}
+
 }  // namespace frame

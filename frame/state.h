@@ -71,4 +71,8 @@ void offset_update(const Call& call, void* object, uint8_t* block, const RecordR
 void initialize_offsets(const Call& call, void* object, uint8_t* block, const RecordRow& record);
 void offset_remove(const Call& call, void* object, const RecordRow& record);
 
+// An object never gains state bytes by a copy: what has none may not claim to, nor may the records
+// inside it.
+void disclaim_states(void* object, const RecordRow& record);
+
 }  // namespace frame

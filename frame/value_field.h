@@ -1,9 +1,8 @@
-// Accessors of value fields: the same straight path for every primitive, with the field as a row;
-// enums carry their own range check.
+// Accessors of fields that are values: the same straight path for every primitive, with the field as
+// a row.
 #pragma once
 
 #include "frame/primitives.h"
-#include "frame/small_type.h"
 #include "frame/state.h"
 
 namespace frame {
@@ -68,15 +67,5 @@ void set_value(ork_handle* handle, uint32_t instance, void* object,
   Primitive<K>::set_value(call, at, value);
   mark<Function::set_value>(call, object, field);
 }
-
-// Enums. A refused value leaves the field as it is; the state byte is marked all the same.
-// Reads a field that is an enum; the database hook hears of it once.
-uint32_t read_enum_field(const Call& call, void* object, const FieldRow& field);
-uint32_t enum_field_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
-                              const FieldRow& field);
-void enum_field_set(ork_handle* handle, uint32_t instance, void* object, const void* from,
-                    uint32_t* err, const FieldRow& field);
-void enum_field_set_value(ork_handle* handle, uint32_t instance, void* object, uint32_t value,
-                          uint32_t* err, const FieldRow& field);
 
 }  // namespace frame

@@ -1,7 +1,7 @@
 #include "frame/whole_record.h"
 
 #include "frame/array.h"
-#include "frame/small_type.h"
+#include "frame/typeinfo.h"
 
 namespace frame {
 namespace {
@@ -68,14 +68,6 @@ void detach_all_arrays(const Call& call, void* from, const RecordRow& record) {
 }
 
 }  // namespace
-
-void disclaim_states(void* object, const RecordRow& record) {
-  constexpr unsigned claims = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
-  *byte_at(object, at_flags) = static_cast<uint8_t>(flags_of(object) & ~claims);
-  for (const FieldRow& field : laid_out_fields(record, object)) {
-    if (is_embedded_record(field)) disclaim_states(field_of(object, field), child_record(field));
-  }
-}
 
 void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
   if (!record.holds_array) return;

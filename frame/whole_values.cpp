@@ -1,8 +1,8 @@
-// All values of a record in one call, and the fields that are strings or objects.
-#include "frame/array.h"
-#include "frame/small_type.h"
-#include "frame/value_field.h"
-#include "frame/whole_record.h"
+#include "frame/whole_values.h"
+
+#include "frame/enum_field.h"
+#include "frame/enum_type.h"
+#include "frame/primitives.h"
 
 namespace frame {
 namespace {
@@ -47,61 +47,6 @@ void set_all(ork_handle* handle, uint32_t instance, void* object, const uint64_t
   for (const FieldRow& field : model::fields_of(record, variant_of(object))) {
     if (field.cls == model::Class::value) write_field(call, object, *values++, field);
   }
-}
-
-void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
-                 const FieldRow& field) {
-  const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return nullptr;
-  void* at = field_of(object, field);
-  contain(call, at, nullptr);
-  contain(call, at, object);
-  return at;
-}
-
-void object_set(ork_handle* handle, uint32_t instance, void* object, const void* from,
-                uint32_t* err, const FieldRow& field) {
-  const Call call{handle, instance, err};
-  if (!begin_write(call, object, field)) return;
-  void* at = field_of(object, field);
-  if (field.kind == Kind::record) {
-    record_set(call, at, from, child_record(field));
-  } else if (field.kind == Kind::flag_set) {
-    flag_set_set(call, at, from, small_type(field));
-  } else {
-    ip_address_set(handle, instance, static_cast<ork_ip_address*>(at),
-                   static_cast<const ork_ip_address*>(from), err);
-  }
-  if (mark<Function::set>(call, object, field)) contain(call, from, object);
-}
-
-void text_get(ork_handle* handle, uint32_t instance, const void* object, char* to, uint32_t size,
-              uint32_t* err, const FieldRow& field) {
-  const Call call{handle, instance, err};
-  if (!call.begins()) return;
-  if (size == 0) return call.fail(EINVAL);
-  if (!gate(call, object, field)) return;
-  uint32_t length = field.width;
-  if (size <= length) {
-    call.fail(ENOSPC);
-    length = size - 1;
-  }
-  strncpy(to, static_cast<const char*>(field_of(object, field)), length);
-  to[length] = '\0';
-}
-
-// The end byte comes last, behind the mark, and nobody is told of it; a text of full width has
-// none.
-void text_set(ork_handle* handle, uint32_t instance, void* object, const char* from,
-              uint32_t length, uint32_t* err, const FieldRow& field) {
-  const Call call{handle, instance, err};
-  if (!begin_write(call, object, field)) return;
-  if (length > field.width) return call.fail(EINVAL);
-  auto* text = static_cast<char*>(field_of(object, field));
-  announce(call, text, length, object);
-  strncpy(text, from, length);
-  if (!mark<Function::set>(call, object, field)) return;
-  if (length < field.width) text[length] = '\0';
 }
 
 }  // namespace frame
