@@ -4,6 +4,8 @@
 #include "encoders/xml.h"
 #include "frame/create.h"
 #include "frame/destroy.h"
+#include "frame/record_array.h"
+#include "frame/value_array.h"
 #include "frame/whole_record.h"
 
 namespace encoders {

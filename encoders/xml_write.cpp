@@ -2,6 +2,7 @@
 
 #include "encoders/primitives.h"
 #include "encoders/xml.h"
+#include "frame/array_state.h"
 
 namespace encoders {
 namespace {

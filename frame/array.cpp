@@ -1,4 +1,3 @@
-// What arrays of values and arrays of records have in common.
 #include "frame/array.h"
 
 #include "frame/destroy.h"

@@ -96,39 +96,10 @@ void drop_element_states(const Call& call, void* object, const FieldRow& field);
 // The same for the arrays of a whole record, those of the records inside it included.
 void drop_all_element_states(const Call& call, void* object, const RecordRow& record);
 
-// Fills element `at` from `source`: by its own set, or by cloning.
-using FillElement = void (*)(const Call& call, void* at, const void* source,
-                             const RecordRow& element);
-
 void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err,
                 const FieldRow& field);
-uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
-                         uint32_t* err, const FieldRow& field);
-void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to, uint32_t count,
-                   uint32_t* err, const FieldRow& field);
-void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const void* from,
-                   uint32_t count, uint32_t* err, const FieldRow& field);
-void array_set(const Call& call, void* object, uint32_t index, const void* from,
-               const FieldRow& field);
-void array_set_value(const Call& call, void* object, uint32_t index, uint64_t value,
-                     const FieldRow& field);
-void array_set_record(const Call& call, void* object, uint32_t index, const void* from,
-                      FillElement fill, const FieldRow& field);
 void array_remove_elements(ork_handle* handle, uint32_t instance, void* object,
                            const FieldRow& field);
-
-uint8_t array_whole_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
-                        const FieldRow& field);
-void array_whole_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
-                     uint32_t* err, const FieldRow& field);
-void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8_t** out,
-                      uint32_t* err, const FieldRow& field);
-void array_states_set(ork_handle* handle, uint32_t instance, void* object, const uint8_t* from,
-                      uint32_t count, uint32_t* err, const FieldRow& field);
-uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
-                        uint32_t* err, const FieldRow& field);
-void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
-                     uint8_t value, uint32_t* err, const FieldRow& field);
 
 // Growing: said once per process and field, as an error, for each array that had to move.
 void report_reallocation(const FieldRow& field);

@@ -1,6 +1,5 @@
-// The state functions of variable arrays. The getter of the element bytes and the setter that is
-// named alike work on different places: the one hands out the block of element bytes, the other
-// writes to the start of the array's state entry. Peers have met both.
+#include "frame/array_state.h"
+
 #include "frame/array.h"
 
 namespace frame {

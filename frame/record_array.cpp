@@ -1,6 +1,5 @@
-// Variable arrays of records. An element keeps its index for life, but not its address: growth
-// moves all of them, and with them what points into them: the runtime's distances to state bytes,
-// the arrays of the elements themselves, the database hooks.
+#include "frame/record_array.h"
+
 #include "frame/array.h"
 #include "frame/whole_record.h"
 

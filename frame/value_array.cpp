@@ -1,4 +1,5 @@
-// Variable arrays of integers.
+#include "frame/value_array.h"
+
 #include "frame/array.h"
 
 namespace frame {
