@@ -1,7 +1,8 @@
+#include "encoders/xml_read.h"
+
 #include <cstdio>
 
 #include "encoders/primitives.h"
-#include "encoders/xml.h"
 #include "frame/create.h"
 #include "frame/destroy.h"
 #include "frame/record_array.h"

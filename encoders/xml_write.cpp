@@ -1,7 +1,8 @@
+#include "encoders/xml_write.h"
+
 #include <cstdio>
 
 #include "encoders/primitives.h"
-#include "encoders/xml.h"
 #include "frame/array_state.h"
 
 namespace encoders {

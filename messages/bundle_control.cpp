@@ -1,6 +1,8 @@
+#include "messages/bundle_control.h"
+
 #include <cstdio>
 
-#include "messages/bundle.h"
+#include "messages/wire_frame.h"
 
 namespace messages {
 namespace {

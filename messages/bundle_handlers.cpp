@@ -1,6 +1,4 @@
-// The receive side of a bundle on a handle: idle, or accumulating between start and commit or
-// abort.
-#include "messages/bundle.h"
+#include "messages/bundle_handlers.h"
 
 extern "C" ork_bundle_handler fwe_ui_wayfind_bundle_registered_handler;
 

@@ -1,6 +1,9 @@
-// A received buffer: message object, recording, handler.
-#include "frame/typeinfo.h"
-#include "messages/message.h"
+#include "messages/dispatch.h"
+
+#include <cstdio>
+
+#include "messages/message_text.h"
+#include "messages/message_wire.h"
 
 namespace messages {
 namespace {

@@ -4,15 +4,14 @@
 
 #include "encoders/length.h"
 #include "encoders/marshal.h"
+#include "encoders/text.h"
 #include "encoders/unmarshal.h"
-#include "encoders/xml.h"
 #include "frame/typeinfo.h"
 #include "model/message_rows.h"
 #include "ork/bundle.h"
 
 namespace messages {
 
-using encoders::Document;
 using encoders::TextBuffer;
 using encoders::Writer;
 using frame::Call;
@@ -96,35 +95,5 @@ void* get_detach(void* object, const uint32_t* err, const CarriedRow& carried);
 void set(void* object, void* record, const uint32_t* err, const CarriedRow& carried);
 void free_and_set(ork_handle* handle, uint32_t instance, void* object, void* record,
                   const uint32_t* err, const CarriedRow& carried);
-
-// Frames.
-uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* object,
-                 int32_t length, uint32_t* err, const Message& message);
-uint32_t marshal_cr(ork_handle* handle, void* object, uint8_t* buffer, int32_t length,
-                    const Message& message);
-uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const uint8_t* buffer,
-                        int32_t length, uint32_t* err, const Message& message);
-
-// A received buffer.
-struct Delivery {
-  void* ctx;                      // the caller's, handed on unread
-  void** out;                     // may be null
-  ork_message_handler handler;    // may be null
-  ork_message_handler linked_in;  // the function that a process may define, or null
-};
-uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery,
-                   const uint8_t* buffer, int32_t length, uint32_t* err, const Message& message);
-void record(ork_handle* handle, uint32_t instance, void* object, const Message& message);
-
-// Other forms.
-uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length,
-               const Message& message);
-uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
-                  const Message& message);
-uint32_t to_xml(const Call& call, char* buffer, const void* object, uint32_t length,
-                const Message& message);
-uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
-                   const Message& message);
-void* from_xml(const Call& call, const Document& document, const Message& message);
 
 }  // namespace messages

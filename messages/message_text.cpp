@@ -1,7 +1,8 @@
-// Messages as text and as XML: the record or records inside an envelope of the message's name.
+#include "messages/message_text.h"
+
 #include <cstdio>
 
-#include "messages/message.h"
+#include "encoders/xml_write.h"
 
 namespace messages {
 namespace {
@@ -75,7 +76,7 @@ uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_
 // A record that the document lacks keeps its defaults. The error is looked at once, behind the last
 // record: with the first one missing the second is not read either. A message that could not be
 // read for another reason is lost to the caller.
-void* from_xml(const Call& call, const Document& document, const Message& message) {
+void* from_xml(const Call& call, const encoders::Document& document, const Message& message) {
   if (call.failed()) {
     trace::raise<Function::message_from_xml, Form::from_xml_error>(message.row, text_of(*call.err));
     return nullptr;

@@ -1,4 +1,5 @@
-// Frames: 27 bytes of header, written last, 16 of LUID, then the record or records.
+#include "messages/message_wire.h"
+
 #include "frame/create.h"
 #include "messages/wire_frame.h"
 

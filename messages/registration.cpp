@@ -1,6 +1,5 @@
-// One handler for all bundles of the module, told to the seven modules that this one is built on.
-// Their order is that of the dependencies.
-#include "messages/bundle.h"
+#include "messages/registration.h"
+
 #include "ork/card_stats.h"
 #include "ork/ctl_link.h"
 #include "ork/feat_defs.h"

@@ -1,4 +1,4 @@
-// XML both ways: a record is an element, its fields are child elements of their names.
+// Objects to XML: a record is an element, its fields are child elements of their names.
 #pragma once
 
 #include "encoders/text.h"
@@ -13,17 +13,5 @@ uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const voi
                       uint32_t length, const SmallRow& type);
 uint32_t small_to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
                          const SmallRow& type);
-
-// A parsed document, and a text buffer that may be null for what went wrong.
-struct Document {
-  ork_xml* xml;
-  char* err_text;
-  uint32_t err_text_len;
-};
-// What the document lacks stays as it is in the object.
-void from_xml(const Call& call, const char* path, const Document& document, void* object,
-              const RecordRow& record);
-void small_from_xml(const Call& call, const char* path, const Document& document, void* object,
-                    const SmallRow& type);
 
 }  // namespace encoders

@@ -1,0 +1,15 @@
+// Messages as frames: 27 bytes of header, written last, 16 of LUID, then the record or records.
+#pragma once
+
+#include "messages/message.h"
+
+namespace messages {
+
+uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* object,
+                 int32_t length, uint32_t* err, const Message& message);
+uint32_t marshal_cr(ork_handle* handle, void* object, uint8_t* buffer, int32_t length,
+                    const Message& message);
+uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const uint8_t* buffer,
+                        int32_t length, uint32_t* err, const Message& message);
+
+}  // namespace messages
