@@ -97,7 +97,7 @@ class Growth(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         build()
-        library = OUT / "model/libfwe_ui_wayfind.so"
+        library = OUT / "lib/libfwe_ui_wayfind.so"
         cls.exports = {line.split()[-1] for line in run("nm", "-D", "--defined-only", library).splitlines()}
         cls.headers = OUT / "generated/include/fwe_ui_wayfind"
 
@@ -120,7 +120,7 @@ class Growth(unittest.TestCase):
 
     def test_the_manifest_follows(self):
         # A variant more and the new size, 588 bytes in whole eights; the new record has two variants, the newer of 84 bytes.
-        manifest = (OUT / "model/libfwe_ui_wayfind.so").read_bytes()
+        manifest = (OUT / "lib/libfwe_ui_wayfind.so").read_bytes()
         for luid, rest in (("00e3b2fbd11cb82176dc46293dcfde58", "type002:00592N"), ("00112233445566778899aabbccddeeff", "type001:00088N")):
             lines = re.findall(luid.encode() + rb":[0-9a-f]{32}(.*)\n", manifest)
             self.assertEqual(lines, [rest.encode()])
