@@ -23,7 +23,7 @@ extern "C" {
 /*
  * What a release knows: for each type and message its LUID, its name and its number of variants.
  * The text form has one line for each, "name luid variants", the LUID as 32 hexadecimal digits;
- * empty lines and lines that begin with # are passed over.
+ * empty lines and lines that begin with # are passed over. A text has at most 4,096 lines.
  */
 struct ork_type_list;
 

@@ -1,7 +1,6 @@
 // From a frame to the one who takes it.
 #include <cerrno>
 #include <memory>
-#include <unordered_map>
 
 #include "bundle.h"
 #include "frame.h"
@@ -11,8 +10,7 @@
 #include "support/export.h"
 
 struct ork_dispatcher {
-  std::unordered_map<ork::Luid, ork_dispatch_entry, ork::LuidHash>
-      entries;  // rows keep their addresses
+  ork::LuidMap<ork_dispatch_entry> entries;  // rows keep their addresses
 };
 
 namespace ork {

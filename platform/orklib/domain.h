@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <unordered_map>
 
 #include "ork/handle.h"
 #include "type_list.h"
@@ -21,7 +20,7 @@ class Domain {
   int8_t newest_variant(const ork_type_info& type) const;
 
  private:
-  std::unordered_map<Luid, int8_t, LuidHash> newest_;
+  LuidMap<int8_t> newest_;
 };
 
 // The last answers for the descriptors in use: every object that is made asks for its type.

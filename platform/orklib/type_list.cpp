@@ -32,6 +32,9 @@ namespace {
 // A signed byte holds a variant, so more of them cannot be told apart.
 constexpr uint32_t max_variants = 127;
 
+// Far more than any release has types and messages.
+constexpr uint32_t max_lines = 4096;
+
 std::string_view bounded_text(const char* text, size_t size) { return {text, strnlen(text, size)}; }
 
 // Splits off the next word; blanks and tabs separate.
@@ -84,7 +87,9 @@ std::unique_ptr<ork_type_list> parse(std::string_view text, char* err_text, uint
   auto list = std::make_unique<ork_type_list>();
   for (uint32_t number = 1; !text.empty(); ++number) {
     const size_t end = std::min(text.find('\n'), text.size());
-    if (const char* reason = parse_line(text.substr(0, end), *list)) {
+    const char* const reason =
+        number > max_lines ? "more than 4096 lines" : parse_line(text.substr(0, end), *list);
+    if (reason != nullptr) {
       if (err_text != nullptr) {
         std::snprintf(err_text, err_text_len, "line %u: %s", number, reason);
       }

@@ -4,9 +4,9 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "ork/handle.h"
@@ -21,14 +21,10 @@ inline Luid luid_at(const uint8_t* bytes) {
   return luid;
 }
 
-// LUIDs are drawn at random, so any eight bytes of one are a hash.
-struct LuidHash {
-  size_t operator()(const Luid& luid) const {
-    size_t hash;
-    std::memcpy(&hash, luid.data(), sizeof hash);
-    return hash;
-  }
-};
+// Peers choose LUIDs, so no look-up may lean on their being random: an ordered map has no worst case
+// to aim at.
+template <typename Value>
+using LuidMap = std::map<Luid, Value>;
 
 }  // namespace ork
 
@@ -48,7 +44,7 @@ struct ork_type_list {
   std::vector<Entry> entries;
 
  private:
-  std::unordered_map<ork::Luid, uint32_t, ork::LuidHash> variants_;
+  ork::LuidMap<uint32_t> variants_;
 };
 
 namespace ork {
