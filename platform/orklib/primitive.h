@@ -29,6 +29,13 @@ bool all_given(ork_handle* handle, uint32_t* err, const Pointers*... pointers) {
   return *err == 0;
 }
 
+// The same for a call that writes text: without room nothing is formatted, since a record walks on
+// through all its fields with the room used up.
+template <typename... Pointers>
+bool can_write(ork_handle* handle, uint32_t* err, int32_t remaining, const Pointers*... pointers) {
+  return all_given(handle, err, pointers...) && has_room(handle, remaining, 1, err);
+}
+
 // Announces and stores.
 template <typename Value>
 void store(ork_handle* handle, uint32_t instance, Value* address, const Value& value) {

@@ -83,7 +83,7 @@ ORK_EXPORT uint32_t ork_boolean_hash(const ork_boolean* value, uint32_t seed) {
 ORK_EXPORT uint32_t ork_boolean_print(struct ork_handle* handle, uint32_t instance, char* buffer,
                                       uint32_t indent, const char* name, const ork_boolean* value,
                                       int32_t remaining, uint32_t* err) {
-  if (!ork::all_given(handle, err, value)) {
+  if (!ork::can_write(handle, err, remaining, value)) {
     return 0;
   }
   return ork::print_line(handle, instance, buffer, indent, name, text_of(*value), remaining, err);
@@ -92,7 +92,7 @@ ORK_EXPORT uint32_t ork_boolean_print(struct ork_handle* handle, uint32_t instan
 ORK_EXPORT uint32_t ork_boolean_to_xml(struct ork_handle* handle, uint32_t, const char* name,
                                        char* buffer, const ork_boolean* value, int32_t remaining,
                                        uint8_t state, uint32_t* err) {
-  if (!ork::all_given(handle, err, value)) {
+  if (!ork::can_write(handle, err, remaining, value)) {
     return 0;
   }
   return ork::write_element(handle, buffer, name, text_of(*value), remaining, state, err);

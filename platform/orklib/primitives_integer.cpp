@@ -22,7 +22,7 @@ Number* create(ork_handle* handle, uint32_t instance) {
 template <typename Number>
 uint32_t print(ork_handle* handle, uint32_t instance, char* buffer, uint32_t indent,
                const char* name, const Number* value, int32_t remaining, uint32_t* err) {
-  if (!all_given(handle, err, value)) {
+  if (!can_write(handle, err, remaining, value)) {
     return 0;
   }
   return print_line(handle, instance, buffer, indent, name, Decimal(*value).text(), remaining, err);
@@ -31,7 +31,7 @@ uint32_t print(ork_handle* handle, uint32_t instance, char* buffer, uint32_t ind
 template <typename Number>
 uint32_t to_xml(ork_handle* handle, const char* name, char* buffer, const Number* value,
                 int32_t remaining, uint8_t state, uint32_t* err) {
-  if (!all_given(handle, err, value)) {
+  if (!can_write(handle, err, remaining, value)) {
     return 0;
   }
   return write_element(handle, buffer, name, Decimal(*value).text(), remaining, state, err);

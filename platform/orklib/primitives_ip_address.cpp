@@ -127,7 +127,7 @@ ORK_EXPORT uint32_t ip_address_print(struct ork_handle* handle, uint32_t instanc
                                      uint32_t indent, const char* name,
                                      const struct ork_ip_address* value, int32_t remaining,
                                      uint32_t* err) {
-  if (!ork::all_given(handle, err, value)) {
+  if (!ork::can_write(handle, err, remaining, value)) {
     return 0;
   }
   return ork::print_line(handle, instance, buffer, indent, name, ork::IpText(*value).text(),
@@ -137,7 +137,7 @@ ORK_EXPORT uint32_t ip_address_print(struct ork_handle* handle, uint32_t instanc
 ORK_EXPORT uint32_t ip_address_to_xml(struct ork_handle* handle, uint32_t, const char* name,
                                       char* buffer, const struct ork_ip_address* value,
                                       int32_t remaining, uint8_t state, uint32_t* err) {
-  if (!ork::all_given(handle, err, value)) {
+  if (!ork::can_write(handle, err, remaining, value)) {
     return 0;
   }
   return ork::write_element(handle, buffer, name, ork::IpText(*value).text(), remaining, state,

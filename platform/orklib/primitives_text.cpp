@@ -32,7 +32,7 @@ ORK_EXPORT uint32_t char_unmarshal(struct ork_handle* handle, uint32_t, const ui
 ORK_EXPORT uint32_t null_string_print(struct ork_handle* handle, uint32_t instance, char* buffer,
                                       uint32_t indent, const char* name, const char* chars,
                                       int32_t remaining, uint32_t size, uint32_t* err) {
-  if (!ork::all_given(handle, err, chars)) {
+  if (!ork::can_write(handle, err, remaining, chars)) {
     return 0;
   }
   // The name goes out cut like any other line; the value behind it whole or not at all.
@@ -50,7 +50,7 @@ ORK_EXPORT uint32_t null_string_print(struct ork_handle* handle, uint32_t instan
 ORK_EXPORT uint32_t null_string_to_xml(struct ork_handle* handle, uint32_t, const char* name,
                                        char* buffer, const char* chars, int32_t remaining,
                                        uint32_t size, uint8_t state, uint32_t* err) {
-  if (!ork::all_given(handle, err, chars)) {
+  if (!ork::can_write(handle, err, remaining, chars)) {
     return 0;
   }
   ork::TextWriter out(buffer, remaining);

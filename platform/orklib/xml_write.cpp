@@ -5,6 +5,8 @@
 #include <ctime>
 
 #include "ork/wire.h"
+#include "room.h"
+#include "runtime.h"
 #include "support/export.h"
 
 namespace ork {
@@ -46,7 +48,7 @@ extern "C" {
 
 ORK_EXPORT uint32_t start_tag(struct ork_handle* handle, uint32_t, char* buffer, const char* tag,
                               int32_t remaining, uint8_t state, uint32_t* err) {
-  if (*err != 0) {
+  if (!ork::has_room(handle, remaining, 1, err)) {
     return 0;
   }
   ork::TextWriter out(buffer, remaining);
@@ -57,7 +59,7 @@ ORK_EXPORT uint32_t start_tag(struct ork_handle* handle, uint32_t, char* buffer,
 
 ORK_EXPORT uint32_t start_tag_timestamp(struct ork_handle* handle, uint32_t, char* buffer,
                                         const char* tag, int32_t remaining, uint32_t* err) {
-  if (*err != 0) {
+  if (!ork::has_room(handle, remaining, 1, err)) {
     return 0;
   }
   timespec now{};
@@ -78,6 +80,10 @@ ORK_EXPORT uint32_t start_tag_timestamp(struct ork_handle* handle, uint32_t, cha
 
 ORK_EXPORT uint32_t end_tag(struct ork_handle* handle, uint32_t, char* buffer, const char* tag,
                             int32_t remaining, uint32_t* err) {
+  if (remaining <= 0) {
+    ork::fail_first(handle, err, EMSGSIZE);
+    return 0;
+  }
   ork::TextWriter out(buffer, remaining);
   ork::put_end_tag(out, tag);
   return out.finish(handle, err);
@@ -86,7 +92,7 @@ ORK_EXPORT uint32_t end_tag(struct ork_handle* handle, uint32_t, char* buffer, c
 ORK_EXPORT uint32_t xml_enum_print(struct ork_handle* handle, uint32_t, char* buffer,
                                    const char* text, int32_t remaining, uint32_t length,
                                    uint32_t* err) {
-  if (*err != 0) {
+  if (!ork::has_room(handle, remaining, 1, err)) {
     return 0;
   }
   ork::TextWriter out(buffer, remaining);

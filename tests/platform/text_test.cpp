@@ -1,3 +1,5 @@
+#include <sys/mman.h>
+
 #include "support.h"
 
 namespace platform_test {
@@ -92,6 +94,86 @@ TEST(Text, HugeIndentIsCutNotFollowed) {
   EXPECT_EQ(u_int8_print(handle.get(), 0, buffer, UINT32_MAX, "n", &value, sizeof buffer, &err),
             15u);
   EXPECT_EQ(err, 90u);
+}
+
+// Memory that nobody can read: who looks at a value in it does not come back.
+class Unreadable {
+ public:
+  Unreadable() : page_(mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {}
+  ~Unreadable() { munmap(page_, 4096); }
+  Unreadable(const Unreadable&) = delete;
+  Unreadable& operator=(const Unreadable&) = delete;
+
+  template <typename Value>
+  const Value* as() const {
+    return static_cast<const Value*>(page_);
+  }
+
+ private:
+  void* page_;
+};
+
+// Calls write for each room that is none, and expects nothing but error 90.
+void expect_at_once(const std::function<uint32_t(int32_t room, uint32_t* err)>& write) {
+  for (const int32_t room : {0, -1, INT32_MIN}) {
+    uint32_t err = 0;
+    EXPECT_EQ(write(room, &err), 0u);
+    EXPECT_EQ(err, 90u);
+  }
+}
+
+TEST(Text, printers_without_room_look_at_neither_value_nor_name) {
+  const Handle handle = make_handle();
+  ork_handle* h = handle.get();
+  const Unreadable none;
+  const char* name = none.as<char>();
+  const auto expect_line = [&](auto print, auto* value) {
+    expect_at_once([&](int32_t room, uint32_t* err) {
+      return print(h, 0, nullptr, 2, name, value, room, err);
+    });
+  };
+  expect_line(u_int8_print, none.as<uint8_t>());
+  expect_line(u_int16_print, none.as<uint16_t>());
+  expect_line(u_int32_print, none.as<uint32_t>());
+  expect_line(u_int64_print, none.as<uint64_t>());
+  expect_line(ork_boolean_print, none.as<ork_boolean>());
+  expect_line(ip_address_print, none.as<ork_ip_address>());
+  expect_line(link_type_print, none.as<ork_link_type>());
+  expect_at_once([&](int32_t room, uint32_t* err) {
+    return null_string_print(h, 0, nullptr, 2, name, none.as<char>(), room, 4096, err);
+  });
+}
+
+TEST(Text, xml_writers_without_room_look_at_neither_value_nor_name) {
+  const Handle handle = make_handle();
+  ork_handle* h = handle.get();
+  const Unreadable none;
+  const char* name = none.as<char>();
+  const auto expect_element = [&](auto to_xml, auto* value) {
+    expect_at_once([&](int32_t room, uint32_t* err) {
+      return to_xml(h, 0, name, nullptr, value, room, 2, err);
+    });
+  };
+  expect_element(u_int8_to_xml, none.as<uint8_t>());
+  expect_element(u_int16_to_xml, none.as<uint16_t>());
+  expect_element(u_int32_to_xml, none.as<uint32_t>());
+  expect_element(u_int64_to_xml, none.as<uint64_t>());
+  expect_element(ork_boolean_to_xml, none.as<ork_boolean>());
+  expect_element(ip_address_to_xml, none.as<ork_ip_address>());
+  expect_element(link_type_to_xml, none.as<ork_link_type>());
+  expect_at_once([&](int32_t room, uint32_t* err) {
+    return null_string_to_xml(h, 0, name, nullptr, none.as<char>(), room, 4096, 2, err);
+  });
+  expect_at_once(
+      [&](int32_t room, uint32_t* err) { return start_tag(h, 0, nullptr, name, room, 2, err); });
+  expect_at_once([&](int32_t room, uint32_t* err) {
+    return start_tag_timestamp(h, 0, nullptr, name, room, err);
+  });
+  expect_at_once(
+      [&](int32_t room, uint32_t* err) { return end_tag(h, 0, nullptr, name, room, err); });
+  expect_at_once([&](int32_t room, uint32_t* err) {
+    return xml_enum_print(h, 0, nullptr, name, room, 4, err);
+  });
 }
 
 TEST(PrintSpace, AppendsToTheTextThatBeginsAtTheBuffer) {
