@@ -396,7 +396,8 @@ int32_t ip_address_compare(const struct ork_ip_address* a, const struct ork_ip_a
 /* The hash of the 18 bytes of the wire form, continued from seed. */
 uint32_t ip_address_hash(const struct ork_ip_address* value, uint32_t seed);
 
-/* Writes the line of a field: "10.0.0.1/24", "2001:db8::1/64" or "none". */
+/* Writes the line of a field: "10.0.0.1/24", "2001:db8::1/64" or "none"; what these do not tell in
+   full, such as another family, as "family 9/24 " and the 16 bytes in hexadecimal. */
 uint32_t ip_address_print(struct ork_handle* handle, uint32_t instance, char* buffer,
                           uint32_t indent, const char* name, const struct ork_ip_address* value,
                           int32_t remaining, uint32_t* err);

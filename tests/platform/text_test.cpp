@@ -35,7 +35,7 @@ TEST(Text, LinesNameTheFieldAtItsIndent) {
   EXPECT_STREQ(buffer, "ip: 10.0.0.0/24\n");
   address.family = 9;
   ip_address_print(handle.get(), 0, buffer, 0, "ip", &address, sizeof buffer, &err);
-  EXPECT_STREQ(buffer, "ip: unknown family 9\n");
+  EXPECT_STREQ(buffer, "ip: family 9/24 0a000000000000000000000000000000\n");
   EXPECT_EQ(err, 0u);
 }
 

@@ -1,3 +1,5 @@
+#include <array>
+
 #include "support.h"
 
 namespace platform_test {
@@ -178,6 +180,136 @@ TEST(XmlRead, AddressesAndBooleansRoundTrip) {
   EXPECT_EQ(err, 0u);
   ork_boolean_from_xml(handle.get(), 0, "//r/c", xml.get(), &value, &err, nullptr, 0);
   EXPECT_EQ(err, 22u);
+}
+
+using Image = std::array<uint8_t, 18>;
+
+ork_ip_address address_of(const Handle& handle, const Image& image) {
+  ork_ip_address address{};
+  uint32_t err = 0;
+  ip_address_unmarshal(handle.get(), 0, image.data(), &address, int32_t{sizeof image}, 0, &err);
+  EXPECT_EQ(err, 0u);
+  return address;
+}
+
+std::string printed(const Handle& handle, const ork_ip_address& address) {
+  char line[128];
+  uint32_t err = 0;
+  const uint32_t length =
+      ip_address_print(handle.get(), 0, line, 0, "a", &address, sizeof line, &err);
+  EXPECT_EQ(err, 0u);
+  return {line + std::strlen("a: "), length - std::strlen("a: \n")};
+}
+
+// What an element with the text is as an image; all ones for a text that is refused.
+Image image_of(const Handle& handle, const std::string& text) {
+  const Xml xml = parse_xml("<r><a>" + text + "</a></r>");
+  ork_ip_address address{};
+  std::memset(address.address, 0xEE, sizeof address.address);
+  uint32_t err = 0;
+  ip_address_from_xml(handle.get(), 0, "//r/a", xml.get(), &address, &err, nullptr, 0);
+  Image image;
+  image.fill(0xFF);
+  if (err == 0) {
+    ip_address_marshal(handle.get(), 0, image.data(), &address, int32_t{sizeof image}, &err);
+  }
+  return image;
+}
+
+TEST(XmlAddress, every_image_reads_back_from_text_and_xml) {
+  const Handle handle = make_handle();
+  const auto expect_back = [&](const Image& image) {
+    const ork_ip_address address = address_of(handle, image);
+    const std::string text = printed(handle, address);
+    char element[128];
+    uint32_t err = 0;
+    ip_address_to_xml(handle.get(), 0, "a", element, &address, sizeof element, 0, &err);
+    EXPECT_EQ(element, "<a>" + text + "</a>\n");
+    EXPECT_EQ(image_of(handle, text), image) << text;
+  };
+  for (const uint8_t family : std::vector<uint8_t>{0, 1, 4, 5, 6, 9, 255}) {
+    for (const uint8_t prefix : std::vector<uint8_t>{0, 1, 24, 32, 33, 128, 129, 255}) {
+      expect_back({family, prefix});
+      for (size_t place = 2; place < Image().size(); ++place) {
+        Image image{family, prefix};
+        image[place] = 0xA5;
+        expect_back(image);
+        image[2] = 10;
+        image[17] = 1;
+        expect_back(image);
+      }
+    }
+  }
+}
+
+TEST(XmlAddress, ordinary_addresses_keep_their_form) {
+  const Handle handle = make_handle();
+  const std::pair<Image, const char*> told[] = {
+      {{}, "none"},
+      {{4, 24, 10, 0, 0, 1}, "10.0.0.1/24"},
+      {{4, 0}, "0.0.0.0/0"},
+      {{6, 64, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, "2001:db8::1/64"},
+      {{6, 128, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 1, 2, 3, 4}, "::ffff:1.2.3.4/128"}};
+  for (const auto& [image, text] : told) {
+    EXPECT_EQ(printed(handle, address_of(handle, image)), text);
+  }
+}
+
+TEST(XmlAddress, image_that_the_ordinary_form_does_not_tell_is_written_out) {
+  const Handle handle = make_handle();
+  const std::pair<Image, const char*> told[] = {
+      {{9, 24, 10}, "family 9/24 0a000000000000000000000000000000"},
+      {{0, 1}, "family 0/1 00000000000000000000000000000000"},
+      {{4, 33, 10}, "family 4/33 0a000000000000000000000000000000"},
+      {{4, 24, 10, 0, 0, 1, 7}, "family 4/24 0a000001070000000000000000000000"},
+      {{6, 129}, "family 6/129 00000000000000000000000000000000"}};
+  for (const auto& [image, text] : told) {
+    EXPECT_EQ(printed(handle, address_of(handle, image)), text);
+  }
+}
+
+TEST(XmlAddress, empty_element_is_no_address) {
+  const Handle handle = make_handle();
+  EXPECT_EQ(image_of(handle, ""), Image{});
+  EXPECT_EQ(image_of(handle, " \n"), Image{});
+}
+
+TEST(XmlAddress, damaged_image_is_refused) {
+  const Handle handle = make_handle();
+  Image refused;
+  refused.fill(0xFF);
+  const std::string digits = "0a000000000000000000000000000000";
+  EXPECT_NE(image_of(handle, "family 9/24 " + digits), refused);
+  for (const std::string& text : std::vector<std::string>{
+           "family 256/24 " + digits, "family 9/256 " + digits, "family 9 " + digits,
+           "family /24 " + digits, "family 9/24", "family 9/24 " + digits + "0",
+           "family 9/24 " + digits.substr(1), "family 9/24 x" + digits.substr(1),
+           "family 9/24  " + digits, "family -1/24 " + digits, "unknown family 9"}) {
+    EXPECT_EQ(image_of(handle, text), refused) << text;
+  }
+}
+
+// The variant on the wire is passed over, so an object holds the value alone.
+TEST(XmlLinkType, every_image_reads_back_from_xml) {
+  const Handle handle = make_handle();
+  for (const uint8_t variant : std::vector<uint8_t>{0, 1, 127, 128, 255}) {
+    for (const uint8_t byte : std::vector<uint8_t>{0, 1, 0x7F, 0xFF}) {
+      const uint8_t wire[5] = {variant, byte, 0, 7, byte};
+      ork_link_type object{};
+      uint32_t err = 0;
+      link_type_unmarshal(handle.get(), 0, wire, &object, sizeof wire, 0, &err);
+      char element[64];
+      link_type_to_xml(handle.get(), 0, "l", element, &object, sizeof element, 0, &err);
+      const Xml xml = parse_xml(element);
+      ork_link_type back{};
+      link_type_from_xml(handle.get(), 0, "//l", xml.get(), &back, &err, nullptr, 0);
+      uint8_t images[2][5];
+      link_type_marshal(handle.get(), 0, images[0], &object, sizeof images[0], &err);
+      link_type_marshal(handle.get(), 0, images[1], &back, sizeof images[1], &err);
+      EXPECT_EQ(err, 0u);
+      EXPECT_EQ(std::memcmp(images[0], images[1], sizeof images[0]), 0) << element;
+    }
+  }
 }
 
 std::string through_xml(const Handle& handle, const std::string& bytes) {
