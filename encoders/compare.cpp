@@ -43,8 +43,8 @@ int32_t compare_at(const void* a, const void* b, const FieldRow& field) {
 
 // The counters have compared equal by now.
 int32_t compare_array(const void* a, const void* b, const FieldRow& field) {
-  const uint32_t first = frame::element_count(a, field);
-  const uint32_t second = frame::element_count(b, field);
+  const uint32_t first = frame::usable_count(a, field);
+  const uint32_t second = frame::usable_count(b, field);
   const size_t count = first < second ? first : second;
   if (field.cls == Class::value_array) {
     return count != 0
@@ -78,7 +78,7 @@ uint32_t hash_at(const void* at, uint32_t seed, const FieldRow& field) {
 
 // The counter goes in once as a field and once more as the array's own length.
 uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
-  const uint32_t count = frame::element_count(object, field);
+  const uint32_t count = frame::usable_count(object, field);
   const void* counter = frame::byte_at(object, field.counter);
   uint32_t running =
       with_primitive(field.counter_kind, [&](auto coded) { return coded.hash(counter, seed); });

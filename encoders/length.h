@@ -19,7 +19,7 @@ constexpr bool has_fixed_length = !model::row<R>.holds_array;
 template <const Record& R, size_t N>
 [[gnu::always_inline]] inline uint64_t array_length(const Call& call, const void* object) {
   constexpr const FieldRow& field = model::field_at<R, N>;
-  const uint64_t count = object != nullptr ? frame::element_count(object, field) : 0;
+  const uint64_t count = object != nullptr ? frame::usable_count(object, field) : 0;
   const void* first = count != 0 ? frame::element_at(object, field, 0) : nullptr;
   if constexpr (field.kind != Kind::record) {
     return count * Coded<field.kind>::len(call, first);
@@ -61,7 +61,7 @@ template <const Record& R, size_t N>
   constexpr const FieldRow& field = model::field_at<R, N>;
   if constexpr (field.cls == Class::counter) return 0;
   if constexpr (field.cls == Class::text) return field.width + 1u;
-  if constexpr (field.array != model::no_type) return 1u + frame::element_count(object, field);
+  if constexpr (field.array != model::no_type) return 1u + frame::usable_count(object, field);
   return 1;
 }
 

@@ -49,7 +49,7 @@ template <const Record& R, size_t N>
 [[gnu::always_inline]] inline void marshal_array(const Call& call, Writer& out, const void* object,
                                                  const uint8_t* states, bool tracked) {
   constexpr const FieldRow& field = model::field_at<R, N>;
-  const uint32_t count = frame::element_count(object, field);
+  const uint32_t count = frame::usable_count(object, field);
   if (count == 0) return;
   if constexpr (field.kind == Kind::u_int8) {
     marshal_byte_array(call, out, frame::block_of(object, field), count);
@@ -107,7 +107,7 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
         constexpr const FieldRow& field = model::field_at<R, N>;
         if constexpr (field.cls == Class::counter) {
           const auto count = static_cast<typename Coded<field.kind>::Storage>(
-              frame::element_count(object, model::field_at<R, N + 1>));
+              frame::usable_count(object, model::field_at<R, N + 1>));
           out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
         } else if constexpr (field.array != model::no_type) {
           marshal_array<R, N>(call, out, object, states, tracked);

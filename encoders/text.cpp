@@ -62,7 +62,7 @@ void print_field(const Call& call, TextBuffer& out, uint32_t indent, const void*
     out.position += print_at(call, out, indent, field.name, frame::field_of(object, field), field);
     return;
   }
-  const uint32_t count = frame::element_count(object, field);
+  const uint32_t count = frame::usable_count(object, field);
   for (uint32_t i = 0; i < count; ++i) {
     char name[element_name_size];
     snprintf(name, sizeof name, "%s[%d]", field.name, static_cast<int>(i));

@@ -1,8 +1,6 @@
 #include "encoders/unmarshal.h"
 
 #include "encoders/marshal.h"
-#include "frame/initialize.h"
-#include "frame/size.h"
 
 namespace encoders {
 namespace {
@@ -22,74 +20,6 @@ void settle_states(const Call& call, Image& image, void* object, const RecordRow
     image.states = sent ? States::skip : States::none;
     image.flags = static_cast<uint8_t>(image.flags & ~OBJ_STATE_TRACKED);
   }
-}
-
-void clear_array(const Call& call, void* object, uint32_t old_count, const FieldRow& field) {
-  if (void* old = frame::block_of(object, field); old != nullptr) {
-    frame::destroy_elements(call, object, old_count, field);
-    frame::release(call, old);
-    frame::store<void*>(call, frame::field_of(object, field), nullptr, object);
-  }
-}
-
-size_t stride(const Call& call, const FieldRow& field) {
-  return field.kind == Kind::record ? frame::size_of(call.handle, frame::child_record(field))
-                                    : size_t{field.width};
-}
-
-// An array of records without its storage has no elements at all; and no array keeps fewer element
-// bytes than its count.
-bool out_of_memory(const Call& call, void* object, const FieldRow& field) {
-  frame::drop_element_states(call, object, field);
-  if (field.kind == Kind::record) frame::store_count(call, object, field, 0);
-  call.fail(ENOMEM);
-  return false;
-}
-
-// A block of records that was made while tracking was off has none behind its elements.
-bool has_room_for_states(const Image& image, const void* block, const FieldRow& field) {
-  return field.kind != Kind::record || !image.tracked || frame::has_flag(block, OBJ_STATE_TRACKED);
-}
-
-bool prepare_block(const Call& call, const Image& image, void* object, uint32_t old_count,
-                   uint32_t count, const FieldRow& field) {
-  void* block = frame::block_of(object, field);
-  void* at = frame::field_of(object, field);
-  const size_t size = count * stride(call, field);
-  const bool keeps = image.reuse != 0 && block != nullptr && old_count == count &&
-                     has_room_for_states(image, block, field);
-  if (image.reuse != 0 && block != nullptr) frame::destroy_elements(call, object, old_count, field);
-  if (keeps) {
-    frame::announce(call, block, size, object);
-  } else {
-    if (block != nullptr) frame::release(call, block);
-    frame::announce(call, at, sizeof block, object);
-    const bool in_reach =
-        field.kind != Kind::record || frame::states_in_reach(image.tracked, count, field);
-    block = in_reach ? frame::allocate(call, size) : nullptr;
-    frame::put(at, block);
-    if (block == nullptr) return out_of_memory(call, object, field);
-  }
-  memset(block, 0, size);
-  return true;
-}
-
-// One byte per element. Without state bytes in the image the old ones are kept, as far as the new
-// count reaches.
-bool prepare_element_states(const Call& call, const Image& image, void* object, uint32_t old_count,
-                            uint32_t count, const FieldRow& field) {
-  const bool sent = image.states == States::copy;
-  if (!sent && old_count == count) return true;
-  uint8_t* entry = sent ? image.block + field.state : frame::state_entry(call, object, field);
-  uint8_t* elements = frame::element_states(entry);
-  if (sent && image.reuse != 0 && old_count == count && elements != nullptr) {
-    frame::announce(call, elements, count, nullptr);
-    memset(elements, 0, count);
-    return true;
-  }
-  const bool made = sent ? frame::renew_element_states(call, entry, count)
-                         : frame::replace_element_states(call, entry, count, old_count);
-  return made || out_of_memory(call, object, field);
 }
 
 }  // namespace
@@ -149,30 +79,12 @@ void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, cons
   }
 }
 
-bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count,
-                   const FieldRow& field) {
-  const uint32_t count = frame::count_of(object, field);
-  if (count == 0) {
-    clear_array(call, object, old_count, field);
-    return true;
-  }
-  if (!prepare_block(call, image, object, old_count, count, field)) return false;
-  if (image.tracked) return prepare_element_states(call, image, object, old_count, count, field);
-  if (count != old_count) frame::drop_element_states(call, object, field);
-  return true;
-}
-
 void begin_element(const Call& call, const Image& image, void* object, uint64_t index,
                    uint64_t count, const FieldRow& field) {
   const frame::RecordBlock block =
       frame::record_block(frame::block_of(object, field), count, field);
-  const RecordRow& record = frame::child_record(field);
-  if ((image.flags & OBJ_STATE_TRACKED) != 0) {
-    orklib_update_sttr_offset(call.handle, call.instance, block.element(index),
-                              block.distance(index));
-  }
-  frame::initialize(call, block.element(index), frame::descriptor(record),
-                    {1, 0, OBJ_NESTED, block.element_state(index)}, record);
+  if ((image.flags & OBJ_STATE_TRACKED) != 0) frame::register_states(call, block, index);
+  frame::initialize_element(call, block, index, frame::child_record(field));
 }
 
 }  // namespace encoders

@@ -5,6 +5,7 @@
 #include "encoders/cursor.h"
 #include "encoders/primitives.h"
 #include "encoders/small_wire.h"
+#include "frame/array_storage.h"
 
 namespace encoders {
 
@@ -36,10 +37,6 @@ inline void unmarshal_state(Reader& in, const Image& image, const FieldRow& fiel
 }
 void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field);
 
-// Makes the array's storage fit the count that has just been read. False when memory was refused:
-// the record is left as it stands.
-bool prepare_array(const Call& call, const Image& image, void* object, uint32_t old_count,
-                   const FieldRow& field);
 // The state blocks of an array's elements lie behind the last of them.
 void begin_element(const Call& call, const Image& image, void* object, uint64_t index,
                    uint64_t count, const FieldRow& field);
@@ -57,9 +54,8 @@ void unmarshal_records(const Call& call, Reader& in, const Image& image, void* o
   for (uint32_t i = 0; i < count; ++i) {
     if (!call.failed()) begin_element(call, image, object, i, count, field);
     if (call.failed()) {
-      frame::store_count(call, object, field, i);
-      return frame::close_ranks(
-          call, frame::record_block(frame::block_of(object, field), count, field), i, field);
+      const auto block = frame::record_block(frame::block_of(object, field), count, field);
+      return frame::keep_records(call, object, block, i, field);
     }
     in.follow(unmarshal_body<*model::records[field.type]>(
         call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
@@ -71,8 +67,9 @@ template <const Record& R, size_t N>
 [[gnu::always_inline]] inline bool unmarshal_array(const Call& call, Reader& in, const Image& image,
                                                    void* object, uint32_t old_count) {
   constexpr const FieldRow& field = model::field_at<R, N>;
-  const uint32_t count = frame::count_of(object, field);
-  if (!prepare_array(call, image, object, old_count, field)) return false;
+  const uint32_t count = frame::stored_count(object, field);
+  const frame::Refit refit{old_count, image.reuse != 0, image.tracked, image.block};
+  if (!frame::refit_array(call, object, refit, field)) return false;
   if (count == 0) return true;
   if constexpr (field.kind == Kind::record) {
     unmarshal_records<R, N>(call, in, image, object, count);
@@ -139,7 +136,7 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
       image.variant, [&]<size_t N>() __attribute__((always_inline)) {
         constexpr const FieldRow& field = model::field_at<R, N>;
         if constexpr (field.cls == Class::counter) {
-          old_count = frame::count_of(object, model::field_at<R, N + 1>);
+          old_count = frame::stored_count(object, model::field_at<R, N + 1>);
           in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field),
                                                   in.room(), reuse));
           return true;

@@ -5,6 +5,7 @@
 #include "encoders/primitives.h"
 #include "frame/create.h"
 #include "frame/destroy.h"
+#include "frame/primitives.h"
 #include "frame/record_array.h"
 #include "frame/value_array.h"
 #include "frame/whole_record.h"

@@ -49,7 +49,7 @@ uint32_t write_at(const Call& call, TextBuffer& out, void* at, uint8_t state,
 // that element be written.
 void write_array(const Call& call, TextBuffer& out, void* object, bool tracked,
                  const FieldRow& field) {
-  const uint32_t count = frame::element_count(object, field);
+  const uint32_t count = frame::usable_count(object, field);
   for (uint32_t i = 0; i < count; ++i) {
     const uint8_t state =
         tracked ? frame::array_state_get(call.handle, call.instance, object, i, call.err, field)

@@ -32,7 +32,7 @@ void array_states_set(ork_handle* handle, uint32_t instance, void* object, const
                       uint32_t count, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!state_write_allowed<Function::states_set>(call, object, field)) return;
-  if (count != count_of(object, field)) return call.fail(ENOENT);
+  if (count != stored_count(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
   if (count != 0)
     memcpy(state_entry(call, object, field), from,
@@ -43,7 +43,7 @@ uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uin
                         uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
-  if (index >= element_count(object, field)) {
+  if (index >= usable_count(object, field)) {
     call.fail(ENOENT);
     return 0;
   }
@@ -55,7 +55,7 @@ void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32
                      uint8_t value, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
-  if (index >= element_count(object, field)) return call.fail(ENOENT);
+  if (index >= usable_count(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
   uint8_t* elements = element_states(state_entry(call, object, field));
   if (elements != nullptr) store(call, elements + index, value, nullptr);

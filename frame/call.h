@@ -39,6 +39,21 @@ struct Call {
   }
 };
 
+// A call with an error slot of its own: what fails in it does not reach the caller's slot, or there
+// is none.
+class DetachedCall : public Call {
+ public:
+  DetachedCall(ork_handle* with, uint32_t at) : Call{with, at, &error_} {}
+  explicit DetachedCall(const Call& caller) : DetachedCall(caller.handle, caller.instance) {}
+  DetachedCall(const DetachedCall&) = delete;
+  DetachedCall& operator=(const DetachedCall&) = delete;
+
+  uint32_t error() const { return error_; }
+
+ private:
+  mutable uint32_t error_ = 0;
+};
+
 inline uint8_t* byte_at(void* base, size_t offset) { return static_cast<uint8_t*>(base) + offset; }
 inline const uint8_t* byte_at(const void* base, size_t offset) {
   return static_cast<const uint8_t*>(base) + offset;

@@ -2,7 +2,7 @@
 
 #include <alloca.h>
 
-#include "frame/array.h"
+#include "frame/array_storage.h"
 #include "frame/primitives.h"
 #include "frame/sentinel.h"
 #include "frame/typeinfo.h"
@@ -85,21 +85,11 @@ bool destroy_field(const Call& call, void* object, const FieldRow& field) {
   return true;
 }
 
-// The per-element state bytes of the record's own array.
-void free_element_states(const Call& call, void* object, const RecordRow& record) {
-  uint8_t* block = nullptr;
-  if (has_flag(object, OBJ_STTR_OFFSET)) {
-    block = mapped_states(call, object);
-  } else {
-    tracking<Function::destroy_internal>(call.handle, record);
-    block = byte_at(object, layout_of(record, object).body);
-  }
-  for (const FieldRow& field : model::fields_of(record)) {
-    if (field.array == model::no_type) continue;
-    uint8_t* entry = block + field.state;
-    if (void* elements = element_states(entry); elements != nullptr) release(call, elements);
-    put<void*>(entry + elements_offset, nullptr);
-  }
+// Where the state block of a tracked object lies that is being destroyed.
+uint8_t* last_state_block(const Call& call, void* object, const RecordRow& record) {
+  if (has_flag(object, OBJ_STTR_OFFSET)) return mapped_states(call, object);
+  tracking<Function::destroy_internal>(call.handle, record);
+  return byte_at(object, layout_of(record, object).body);
 }
 
 constexpr int nothing_reached = INT8_MIN;
@@ -115,9 +105,9 @@ void release_unreached_arrays(const Call& call, void* object, int reached,
       const RecordRow& type = child_record(field);
       release_unreached_arrays(call, child, is_reached ? variant_of(child) : nothing_reached, type);
       if (!is_reached && type.has_array && has_flag(child, OBJ_STATE_TRACKED))
-        free_element_states(call, child, type);
+        free_element_states(call, last_state_block(call, child, type), type);
     } else if (field.array != model::no_type && block_of(object, field) != nullptr) {
-      for (uint64_t i = 0; field.kind == Kind::record && i < count_of(object, field); ++i) {
+      for (uint64_t i = 0; field.kind == Kind::record && i < stored_count(object, field); ++i) {
         void* element = element_at(object, field, i);
         release_unreached_arrays(call, element, variant_of(element), child_record(field));
       }
@@ -161,7 +151,8 @@ void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint3
   for (const FieldRow& field : model::fields_of(record, variant)) {
     if (!destroy_field(call, object, field)) return;
   }
-  if (has_flag(object, OBJ_STATE_TRACKED)) free_element_states(call, object, record);
+  if (has_flag(object, OBJ_STATE_TRACKED))
+    free_element_states(call, last_state_block(call, object, record), record);
 
   const ork_type_info* type =
       checked_type<Function::destroy_internal>(manifested_type(object), variant, record);

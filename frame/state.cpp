@@ -37,7 +37,7 @@ void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* ob
   if (!record.has_array) return;
   for (const FieldRow& field : laid_out_fields(record, object)) {
     if (field.array == model::no_type) continue;
-    const uint32_t count = element_count(object, field);
+    const uint32_t count = usable_count(object, field);
     if (uint8_t* elements = element_states(block + field.state); elements != nullptr)
       memset(elements, value, count);
     if (field.cls != model::Class::record_array) continue;

@@ -1,47 +1,14 @@
 #include "frame/value_array.h"
 
-#include "frame/array.h"
+#include "frame/array_storage.h"
+#include "frame/primitives.h"
 
 namespace frame {
 namespace {
 
-size_t width_of(const Call& call, const FieldRow& field) {
-  return with_element(field.kind, [&](auto element) -> size_t { return element.size(call); });
-}
-
-// Moves the array to a block that reaches up to `index`. False, with the error set, when that
-// cannot be had.
-bool grow(const Call& call, void* object, uint32_t index, const FieldRow& field) {
-  void* old = block_of(object, field);
-  const uint32_t old_count = element_count(object, field);
-  const uint64_t count = uint64_t{index} + 1;
-  if (old != nullptr) report_reallocation(field);
-  const size_t width = width_of(call, field);
-  void* fresh = allocate(call, count * width);
-  if (fresh == nullptr) {
-    call.fail(ENOMEM);
-    return false;
-  }
-  store(call, field_of(object, field), fresh, object);
-  memset(fresh, 0, count * width);
-  if (old != nullptr) {
-    memcpy(fresh, old, old_count * width);
-    release(call, old);
-  }
-  store_count(call, object, field, count);
-  if (tracking<Function::array_set, 1>(call.handle, field) != Tracking::on) {
-    drop_element_states(call, object, field);
-    return true;
-  }
-  if (!tracked_as_asked<Function::array_set, 1>(call, object, field)) return false;
-  if (replace_element_states(call, state_entry(call, object, field), count, old_count)) return true;
-  call.fail(ENOMEM);
-  return false;
-}
-
 // The element that a value is written through, made first if need be; null when the error is set.
 void* reach_element(const Call& call, void* object, uint32_t index, const FieldRow& field) {
-  if (index < count_of(object, field)) {
+  if (index < stored_count(object, field)) {
     uint32_t local = 0;
     void* element = array_get(call.handle, call.instance, object, index, &local, field);
     contain(call, element, object);
@@ -73,7 +40,7 @@ void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to
                    uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!call.begins() || !gate(call, object, field)) return;
-  if (element_count(object, field) < count) return call.fail(EINVAL);
+  if (usable_count(object, field) < count) return call.fail(EINVAL);
   if (count != 0) memcpy(to, block_of(object, field), count * width_of(call, field));
 }
 
@@ -81,21 +48,17 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
                    uint32_t count, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
-  const uint32_t old_count = count_of(object, field);
-  if (void* old = block_of(object, field); old != nullptr) release(call, old);
-  announce(call, field_of(object, field), sizeof(void*), object);
-  const size_t size = count * width_of(call, field);
-  void* block = allocate(call, size);
-  put(field_of(object, field), block);
-  if (block == nullptr) return call.fail(ENOMEM);
+  const uint32_t old_count = stored_count(object, field);
+  const ValueBlock block = replace_values(call, object, count, field);
+  if (block.start == nullptr) return call.fail(ENOMEM);
 
   const bool on = tracking<Function::array_set_mem>(handle, field) == Tracking::on;
   if (!tracked_as_asked<Function::array_set_mem, 0>(call, object, field)) {
-    memset(block, 0, size);
+    memset(block.start, 0, block.size);
     if (old_count > count) store_count(call, object, field, count);
     return;
   }
-  if (count != 0) memcpy(block, from, size);
+  if (count != 0) memcpy(block.start, from, block.size);
   store_count(call, object, field, count);
   if (!on) {
     if (count != old_count) drop_element_states(call, object, field);
@@ -103,14 +66,14 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
   }
   uint8_t* entry = state_entry(call, object, field);
   store(call, entry, touched, nullptr);
-  if (!renew_element_states(call, entry, count)) call.fail(ENOMEM);
+  if (!reset_element_states(call, entry, count)) call.fail(ENOMEM);
 }
 
 void array_set(const Call& call, void* object, uint32_t index, const void* from,
                const FieldRow& field) {
   if (!begin_write(call, object, field)) return;
   if (!tracked_as_asked<Function::array_set, 0>(call, object, field)) return;
-  if (index >= element_count(object, field) && !grow(call, object, index, field)) return;
+  if (index >= usable_count(object, field) && !grow_values(call, object, index, field)) return;
   if (from == nullptr) return;
   void* element = element_at(object, field, index);
   contain(call, element, object);

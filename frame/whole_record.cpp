@@ -1,6 +1,7 @@
 #include "frame/whole_record.h"
 
-#include "frame/array.h"
+#include "frame/array_storage.h"
+#include "frame/small_type.h"
 #include "frame/typeinfo.h"
 
 namespace frame {
@@ -41,42 +42,7 @@ void set_children(const Call& call, void* to, const void* from, const RecordRow&
   }
 }
 
-// The array now belongs to the target alone.
-void detach_array(const Call& call, void* from, const RecordRow& record) {
-  for (const FieldRow& field : model::fields_of(record)) {
-    if (field.array == model::no_type) continue;
-    store<void*>(call, field_of(from, field), nullptr, from);
-    store_count(call, from, field, 0);
-  }
-}
-
-void detach_element_states(const Call& call, void* from, const RecordRow& record) {
-  for (const FieldRow& field : model::fields_of(record)) {
-    if (field.array != model::no_type)
-      store<void*>(call, state_entry(call, from, field) + elements_offset, nullptr, nullptr);
-  }
-}
-
-// Arrays leave a source whose copy was refused half way: a block has one owner.
-void detach_all_arrays(const Call& call, void* from, const RecordRow& record) {
-  if (!record.holds_array) return;
-  for (const FieldRow& field : laid_out_fields(record, from)) {
-    if (is_embedded_record(field))
-      detach_all_arrays(call, field_of(from, field), child_record(field));
-  }
-  if (record.has_array) detach_array(call, from, record);
-}
-
 }  // namespace
-
-void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
-  if (!record.holds_array) return;
-  for (const FieldRow& field : laid_out_fields(record, object)) {
-    if (is_embedded_record(field))
-      drop_all_element_states(call, field_of(object, field), child_record(field));
-    if (field.array != model::no_type) drop_element_states(call, object, field);
-  }
-}
 
 void* record_get(ork_handle* handle, uint32_t instance, void* object, const RecordRow&) {
   uint32_t local = 0;
