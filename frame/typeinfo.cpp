@@ -1,8 +1,5 @@
 #include "frame/typeinfo.h"
 
-extern "C" void fwe_ui_wayfind_typeinfo_initialize(ork_handle* handle, uint32_t instance,
-                                                   uint32_t* err);
-
 namespace frame {
 namespace {
 
@@ -25,19 +22,7 @@ ork_type_info* share(ork_handle* handle, const ork_type_info& type) {
   return &copy->type;
 }
 
-}  // namespace
-
-const ork_type_info* descriptor(const RecordRow& record) { return descriptors[record.index]; }
-const ork_type_info* descriptor(const SmallRow& type) {
-  return descriptors[model::record_count + type.index];
-}
-const ork_type_info* descriptor(Kind primitive) {
-  if (primitive == Kind::ip_address) return &_ip_address_type_info_internal;
-  return primitive == Kind::ork_boolean ? &_ork_boolean_type_info_internal
-                                        : &_link_type_type_info_internal;
-}
-
-void typeinfo_initialize(ork_handle* handle, uint32_t instance, uint32_t* err) {
+void enter_types(ork_handle* handle, uint32_t instance, uint32_t* err) {
   for (const ork_type_info* const* type = descriptors; *type != nullptr; ++type) {
     ork_type_info* entry =
         handle->type_table_find_fn(handle->type_table, instance, (*type)->luid_text);
@@ -50,6 +35,18 @@ void typeinfo_initialize(ork_handle* handle, uint32_t instance, uint32_t* err) {
     if ((*type)->varinfo != nullptr)
       ork_update_variant_info(handle, instance, entry, *type, is_new ? 1 : 0);
   }
+}
+
+}  // namespace
+
+const ork_type_info* descriptor(const RecordRow& record) { return descriptors[record.index]; }
+const ork_type_info* descriptor(const SmallRow& type) {
+  return descriptors[model::record_count + type.index];
+}
+const ork_type_info* descriptor(Kind primitive) {
+  if (primitive == Kind::ip_address) return &_ip_address_type_info_internal;
+  return primitive == Kind::ork_boolean ? &_ork_boolean_type_info_internal
+                                        : &_link_type_type_info_internal;
 }
 
 void type_variant_dump(int (*print)(const char* format, ...)) {
@@ -88,3 +85,8 @@ void* statistics(const ork_type_info* type, int variant) {
 }
 
 }  // namespace frame
+
+extern "C" [[gnu::visibility("default")]] void fwe_ui_wayfind_typeinfo_initialize(
+    ork_handle* handle, uint32_t instance, uint32_t* err) {
+  frame::enter_types(handle, instance, err);
+}

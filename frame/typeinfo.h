@@ -4,6 +4,11 @@
 
 #include "frame/object.h"
 
+// Enters every type into the handle's shared table, or brings its entry up to date. Exported under
+// this name, as the runtime is given its address.
+extern "C" void fwe_ui_wayfind_typeinfo_initialize(ork_handle* handle, uint32_t instance,
+                                                   uint32_t* err);
+
 namespace frame {
 
 // In the order of registration, ended by a null: records, enums, the flag set, messages.
@@ -13,7 +18,6 @@ const ork_type_info* descriptor(const SmallRow& type);
 // The runtime's descriptors of the primitives that are objects.
 const ork_type_info* descriptor(Kind primitive);
 
-void typeinfo_initialize(ork_handle* handle, uint32_t instance, uint32_t* err);
 void type_variant_dump(int (*print)(const char* format, ...));
 
 // The type that an object of this process or of the shared table points at.

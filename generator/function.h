@@ -13,7 +13,8 @@ struct Function {
   std::string name;
   std::string result;
   std::string parameters;
-  std::string call;  // what it hands on to; empty for a function that is a jump
+  // what it hands on to; empty for a function that is a jump, a dash for one that an engine defines
+  std::string call;
   std::string doc;
 };
 using Functions = std::vector<Function>;

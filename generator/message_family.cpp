@@ -246,8 +246,7 @@ Functions bundle_functions(size_t index) {
 Functions module_functions() {
   return {
       {"fwe_ui_wayfind_typeinfo_initialize", "void",
-       "struct ork_handle *handle, uint32_t instance, uint32_t *err",
-       "frame::typeinfo_initialize(handle, instance, err)",
+       "struct ork_handle *handle, uint32_t instance, uint32_t *err", "-",
        "Enters every type of the module that is not there yet into the handle's shared type table, "
        "and brings the\n"
        "others up to date. Errors: 12 when the shared pool is exhausted; types entered by then "

@@ -10,6 +10,7 @@ std::string include(const std::string& header) {
 
 // One statement. Objects are plain memory inside the library and typed outside.
 std::string definition(const Function& function) {
+  if (function.call == "-") return {};
   if (function.call.empty()) {
     return "[[gnu::naked]] " + function.result + function.name +
            "(struct ork_handle *, uint32_t, const void *, uint32_t *) {\n" +
@@ -56,8 +57,8 @@ std::string descriptor(const std::string& symbol, const std::string& described) 
          ";\n";
 }
 
-// Enums, the flag set, and the descriptors of everything.
-void write_types(const std::string& folder) {
+// Data alone, so that the engines need nothing from the files with functions.
+void write_descriptors(const std::string& folder) {
   std::string includes;
   std::string code;
   std::string list;
@@ -78,12 +79,22 @@ void write_types(const std::string& folder) {
     describe(std::string(model::messages[m]->name) + "_message",
              "message_descriptor<" + message_table(m) + ">");
   }
-  for (size_t i = 0; i < model::small_type_count; ++i) code += definitions(small_functions(i));
-  write_file(folder + "/exports_types.cpp",
+  write_file(folder + "/descriptors.cpp",
              file("#include \"frame/descriptor.h\"\n" + includes,
                   "namespace frame {\nconst ork_type_info* const descriptors[] = {\n" + list +
                       "    nullptr};\n}\n",
                   code));
+}
+
+// Enums and the flag set.
+void write_types(const std::string& folder) {
+  std::string includes;
+  std::string code;
+  for (size_t i = 0; i < model::small_type_count; ++i) {
+    includes += include(small_name(i));
+    code += definitions(small_functions(i));
+  }
+  write_file(folder + "/exports_types.cpp", file(includes, "", code));
 }
 
 std::string identity(const std::string& name, const std::string& luid) {
@@ -168,6 +179,7 @@ std::string luid_bytes(const std::string& luid) {
 
 void write_sources(const std::string& folder, size_t record_files) {
   for (size_t part = 1; part <= record_files; ++part) write_records(folder, part, record_files);
+  write_descriptors(folder);
   write_types(folder);
   write_messages(folder);
   write_bundles(folder);

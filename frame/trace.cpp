@@ -1,4 +1,3 @@
-// The trace channel's own data, and its start: the first record of a process brings it up.
 #include "frame/trace.h"
 
 extern "C" {
