@@ -8,9 +8,11 @@ namespace look {
 namespace {
 
 template <class Add>
-void wish(const char* option, const std::string& text, const Add& add) {
+void wish(const char* option, const std::string& text, const Messages& messages, const Add& add) {
   if (text.empty()) return;
   try {
+    if (messages.empty())
+      throw Mistake(0, "no message of this show may repeat, so there is nothing to select among");
     add();
   } catch (const Mistake& mistake) {
     throw Mistake(option, mistake);
@@ -45,9 +47,9 @@ Selection::Selection(const wayfind_bundle& bundle, const Wishes& wishes, const R
   for (unsigned i = 0; i < bundle.member_count; ++i) {
     if (bundle.members[i].repeatable != 0) messages_.push_back(bundle.members[i].message);
   }
-  wish("--id", wishes.id, [&] { add_id(wishes.id, roles); });
-  wish("--where", wishes.where, [&] { add_where(wishes.where); });
-  wish("--sort", wishes.sort, [&] {
+  wish("--id", wishes.id, messages_, [&] { add_id(wishes.id, roles); });
+  wish("--where", wishes.where, messages_, [&] { add_where(wishes.where); });
+  wish("--sort", wishes.sort, messages_, [&] {
     order_.emplace(wishes.sort, messages_);
     messages_ = order_->messages();
   });

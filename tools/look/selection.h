@@ -14,10 +14,10 @@ namespace look {
 
 // What was asked for; empty texts ask for nothing.
 struct Wishes {
-  std::string where;  // an expression
-  std::string sort;   // a path
-  std::string id;     // the values of the key's fields, with commas between them
-  std::optional<uint64_t> limit;
+  std::string where = {};  // an expression
+  std::string sort = {};   // a path
+  std::string id = {};     // the values of the key's fields, with commas between them
+  std::optional<uint64_t> limit = {};
 };
 
 // Selects among the messages that may repeat in a show. Those that a show has once are never
