@@ -56,7 +56,7 @@ class Writer {
         put(value(object, field));
       }
     }
-    if (states_ && is_tracked(handle_, object)) {
+    if (states_ && !fields(object).empty() && is_tracked(handle_, object)) {
       separator.put(out_);
       put_states(object);
     }
