@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "tests/look/received.h"
 #include "tools/look/function.h"
 #include "tools/look/path.h"
@@ -143,6 +145,23 @@ TEST(Object, a_text_that_fills_its_field_ends_there) {
   Received received;
   const Message& message = received.add("hop_chan_msg", "<dscp_str>12345678</dscp_str>");
   EXPECT_EQ(text(value(message.record(0), field_named("hop_chan_data", "dscp_str"))), "12345678");
+}
+
+TEST(Object, an_array_whose_elements_could_not_be_had_has_none) {
+  Received received;
+  const Message& message =
+      received.add("channel_msg", "<chan><path><path_id>7</path_id></path></chan>");
+  const wayfind_field& array = field_named("sel_lb_path_st", "path_id");
+  const size_t place =
+      size_t{field_named("channel_data", "chan").offset} + field_named("chan_st", "path").offset;
+  const Object path{field_named("chan_st", "path").record, message.at[0] + place};
+  ASSERT_EQ(elements(path, array).count, 1u);
+  auto* block = const_cast<uint8_t*>(path.at) + array.offset;
+  uint8_t kept[sizeof(void*)];
+  std::memcpy(kept, block, sizeof kept);
+  std::memset(block, 0, sizeof kept);
+  EXPECT_EQ(elements(path, array).count, 0u);
+  std::memcpy(block, kept, sizeof kept);
 }
 
 TEST(Message, both_records_of_the_message_with_two_are_there) {

@@ -21,6 +21,13 @@ TEST(SmallType, the_common_prefix_ends_with_a_whole_word) {
   EXPECT_EQ(common_prefix(type_named("hop_chan_flags")), "WAYFIND_UI_HOP_CHAN_FLAG_");
 }
 
+TEST(SmallType, names_that_begin_alike_keep_their_whole_words) {
+  const char* const names[] = {"A_STATE_UP", "A_STATE_UPPER"};
+  EXPECT_EQ(common_prefix(names), "A_STATE_");
+  const char* const nothing[] = {"UP", "DOWN"};
+  EXPECT_EQ(common_prefix(nothing), "");
+}
+
 TEST(SmallType, names_are_found_in_full_and_in_short) {
   const wayfind_small_type& status = type_named("select_tc_ui_status_e");
   EXPECT_EQ(named(status, "WAYFIND_UI_SELECT_TC_STATUS_NORAMAL"), 0u);

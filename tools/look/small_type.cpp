@@ -5,24 +5,24 @@
 namespace look {
 namespace {
 
-std::string_view found_prefix(const wayfind_small_type& type) {
-  std::string_view common = type.texts[0];
-  for (unsigned i = 1; i < type.values; ++i) {
-    const std::string_view other = type.texts[i];
+std::vector<std::string_view> found_prefixes() {
+  std::vector<std::string_view> prefixes;
+  for (unsigned i = 0; i < wayfind_small_type_count; ++i)
+    prefixes.push_back(
+        common_prefix({wayfind_small_types[i].texts, wayfind_small_types[i].values}));
+  return prefixes;
+}
+
+}  // namespace
+
+std::string_view common_prefix(std::span<const char* const> names) {
+  std::string_view common = names.front();
+  for (const std::string_view other : names) {
     const auto end = std::mismatch(common.begin(), common.end(), other.begin(), other.end());
     common = common.substr(0, static_cast<size_t>(end.first - common.begin()));
   }
   return common.substr(0, common.rfind('_') + 1);
 }
-
-std::vector<std::string_view> found_prefixes() {
-  std::vector<std::string_view> prefixes;
-  for (unsigned i = 0; i < wayfind_small_type_count; ++i)
-    prefixes.push_back(found_prefix(wayfind_small_types[i]));
-  return prefixes;
-}
-
-}  // namespace
 
 std::string_view common_prefix(const wayfind_small_type& type) {
   static const std::vector<std::string_view> prefixes = found_prefixes();

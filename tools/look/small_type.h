@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +12,10 @@
 
 namespace look {
 
-// What all names of the type begin with, up to an underscore: "WAYFIND_UI_CHAN_STATE_".
+// What all of the names begin with, up to an underscore.
+std::string_view common_prefix(std::span<const char* const> names);
+
+// That of the type's names: "WAYFIND_UI_CHAN_STATE_".
 std::string_view common_prefix(const wayfind_small_type& type);
 
 // Nothing for a number that the type does not name.
