@@ -207,6 +207,29 @@ TEST(Json, states_of_elements_stand_in_an_array) {
   EXPECT_EQ(path["@states"].dump(), "{\"path_id\":[2,2]}");
 }
 
+TEST(Json, elements_whose_states_are_all_0_have_none) {
+  Received received(ORK_TRACKING_ON);
+  const Message& message =
+      received.add("channel_msg", "<chan><path><path_id>7</path_id></path></chan>");
+  using Set = void(ork_handle*, uint32_t, const void*, uint32_t, uint8_t, uint32_t*);
+  const wayfind_field& array = field_named("sel_lb_path_st", "path_id");
+  const uint8_t* path = message.at[0] + size_t{field_named("channel_data", "chan").offset} +
+                        field_named("chan_st", "path").offset;
+  uint32_t err = 0;
+  function<Set>(array.functions, "_state_flag_set")(received.handle(), ORK_NO_INSTANCE, path, 0, 0,
+                                                    &err);
+  ASSERT_EQ(err, 0u);
+  EXPECT_EQ(record(received, message, true)["chan"]["path"]["@states"].dump(), "{}");
+}
+
+TEST(Json, a_handle_that_tracks_nothing_reads_no_states) {
+  Received tracking(ORK_TRACKING_ON);
+  const Received other(ORK_TRACKING_OFF);
+  const Message& message = tracking.add("enforce_hop_msg", "<hop_id>1</hop_id>");
+  EXPECT_TRUE(record(tracking, message, true).contains("@states"));
+  EXPECT_FALSE(record(other, message, true).contains("@states"));
+}
+
 TEST(Json, records_without_state_bytes_have_no_states) {
   Received received(ORK_TRACKING_OFF);
   const Message& message = received.add("enforce_hop_msg", "<hop_id>1</hop_id>");

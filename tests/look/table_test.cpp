@@ -138,6 +138,23 @@ TEST(Table, without_any_role_all_values_are_columns) {
             "0,0,0,0,0,true\r\n");
 }
 
+TEST(Table, columns_by_role_stand_outside_of_arrays_of_records) {
+  ToldRoles roles;
+  roles.keys["select_flow_msg"] = {"hash_val"};
+  roles.roles["select_flow_data.hash_val"] = column_role;
+  roles.roles["select_all_policies.num_policies"] = column_role;
+  roles.roles["select_policy.policy_seq"] = column_role;
+  roles.roles["sel_lb_path_st.path_id"] = column_role;
+  const auto paths = [&](const char* message) {
+    std::string told;
+    for (const Column& column : columns_by_role(message_named(message), roles))
+      told += column.path.text + (column.is_key ? "! " : " ");
+    return told;
+  };
+  EXPECT_EQ(paths("select_flow_msg"), "hash_val! sel_all_policies.num_policies ");
+  EXPECT_EQ(paths("channel_msg"), "chan.path.path_id[*] ");
+}
+
 // A table or the values of chosen columns of one message.
 std::string rendered(Received& received, const Message& message, const std::string& bundle,
                      const std::string& columns, bool is_csv) {

@@ -98,6 +98,7 @@ std::vector<Column> all_columns(const wayfind_message& message) {
 
 std::vector<Column> chosen_columns(const std::vector<Word>& paths, const wayfind_message& message) {
   std::vector<Column> columns;
+  columns.reserve(paths.size());
   for (const Word& path : paths) columns.push_back({path_in(path.text, message)});
   return columns;
 }

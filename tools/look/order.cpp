@@ -61,6 +61,7 @@ void Order::sort(std::vector<Message>& of_one_type) const {
   if (of_one_type.empty()) return;
   const Path path = path_in(text_, *of_one_type.front().type);
   std::vector<std::pair<Rank, Message>> ranked;
+  ranked.reserve(of_one_type.size());
   for (const Message& message : of_one_type) ranked.emplace_back(rank_of(path, message), message);
   std::stable_sort(ranked.begin(), ranked.end(), [&](const auto& a, const auto& b) {
     if (a.first.is_there != b.first.is_there) return a.first.is_there;
