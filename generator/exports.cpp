@@ -1,7 +1,7 @@
 // The names that the library exports: as a version script for the linker, and as a plain list.
 #include <algorithm>
 
-#include "generator/function.h"
+#include "generator/names.h"
 #include "generator/output.h"
 
 namespace generator {
@@ -32,24 +32,23 @@ std::vector<std::string> exported_data() {
   return names;
 }
 
-std::vector<std::string> exported_functions() {
+std::vector<std::string> exported_functions(const Interfaces& all) {
   std::vector<std::string> names = {"ork_fwe_ui_wayfind_trace_init"};
-  const auto take = [&](const Functions& functions) {
-    for (const Function& function : functions) names.push_back(function.name);
+  const auto take = [&](const Interface& interface) {
+    for (const Function& function : interface.functions) names.push_back(function.name);
   };
-  take(module_functions());
-  for (size_t r = 0; r < model::record_count; ++r) take(record_functions(r));
-  for (const model::FieldRow& field : model::field_rows) take(field_functions(field));
-  for (size_t i = 0; i < model::small_type_count; ++i) take(small_functions(i));
-  for (size_t m = 0; m < model::message_count; ++m) take(message_functions(m));
-  for (size_t b = 0; b < model::bundle_count; ++b) take(bundle_functions(b));
+  take(all.module);
+  for (const auto* things :
+       {&all.records, &all.fields, &all.small_types, &all.messages, &all.bundles}) {
+    for (const Interface& interface : *things) take(interface);
+  }
   return names;
 }
 
 }  // namespace
 
-void write_exports(const std::string& folder) {
-  std::vector<std::string> functions = exported_functions();
+void write_exports(const std::string& folder, const Interfaces& all) {
+  std::vector<std::string> functions = exported_functions(all);
   std::vector<std::string> data = exported_data();
   std::sort(functions.begin(), functions.end());
   std::sort(data.begin(), data.end());

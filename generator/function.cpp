@@ -1,68 +1,148 @@
 #include "generator/function.h"
 
-#include "generator/identifier.h"
+#include <algorithm>
+#include <cctype>
+#include <stdexcept>
+
+#include "generator/wrap.h"
 
 namespace generator {
+namespace {
 
-using model::Kind;
+bool in_name(char c) { return isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 
-std::string fill(std::string text, const Places& places) {
-  for (const auto& [place, value] : places) {
-    for (size_t at = 0; (at = text.find(place, at)) != std::string::npos; at += value.size())
-      text.replace(at, place.size(), value);
+// The name that ends at `end`.
+std::string name_before(const std::string& text, size_t end) {
+  size_t begin = end;
+  while (begin > 0 && in_name(text[begin - 1])) --begin;
+  return text.substr(begin, end - begin);
+}
+
+// A pointer to a function has its name in the middle.
+std::string parameter_name(const std::string& text) {
+  const size_t function = text.find("(*");
+  return function == std::string::npos ? name_before(text, text.size())
+                                       : name_before(text, text.find(')', function));
+}
+
+std::vector<Parameter> parse_parameters(const std::string& list) {
+  std::vector<Parameter> out;
+  if (list == "void" || list.empty()) return out;
+  std::string text;
+  int depth = 0;
+  const auto close = [&] {
+    out.push_back({text, parameter_name(text)});
+    text.clear();
+  };
+  for (const char c : list) {
+    if (c == '(') ++depth;
+    if (c == ')') --depth;
+    if (c == ',' && depth == 0) {
+      close();
+    } else if (c != ' ' || !text.empty()) {
+      text += c;
+    }
   }
-  return text;
+  close();
+  return out;
 }
 
-Function luid_function(const std::string& type) {
-  return {type + "_get_luid", "const uint8_t *",
-          "struct ork_handle *handle, uint32_t instance, const void *obj, uint32_t *err", "",
-          "Hands whatever it is given on to the runtime's ork_get_luid, and its answer back."};
+bool mentions(const Function& function, const std::string& name) {
+  return std::any_of(
+      function.statements.begin(), function.statements.end(), [&](const std::string& text) {
+        for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
+          const bool begins = at == 0 || !in_name(text[at - 1]);
+          const bool ends = at + name.size() == text.size() || !in_name(text[at + name.size()]);
+          if (begins && ends) return true;
+        }
+        return false;
+      });
 }
 
-const char* small_name(size_t type) {
-  return type < model::enum_count ? model::enums[type]->name
-                                  : model::flag_sets[type - model::enum_count]->name;
-}
-
-std::string record_table(size_t record) { return qualified<model::records>(record); }
-std::string small_table(size_t type) {
-  return type < model::enum_count ? qualified<model::enums>(type)
-                                  : qualified<model::flag_sets>(type - model::enum_count);
-}
-std::string message_table(size_t message) { return qualified<model::messages>(message); }
-std::string bundle_table(size_t bundle) { return qualified<model::bundles>(bundle); }
-std::string row_of_table(const std::string& table) { return "model::row<" + table + ">"; }
-
-const char* type_name(const model::FieldRow& field) {
-  return field.kind == Kind::record ? model::records[field.type]->name : small_name(field.type);
-}
-
-const char* const* small_texts(size_t type) {
-  return type < model::enum_count ? model::enums[type]->values
-                                  : model::flag_sets[type - model::enum_count]->flags;
-}
-
-std::string storage_type(const model::FieldRow& field) {
-  switch (field.kind) {
-    case Kind::u_int8: return "uint8_t";
-    case Kind::u_int16: return "uint16_t";
-    case Kind::u_int32: return "uint32_t";
-    case Kind::u_int64: return "uint64_t";
-    case Kind::ork_boolean: return "ork_boolean";
-    case Kind::link_type: return "struct ork_link_type";
-    case Kind::ip_address: return "struct ork_ip_address";
-    case Kind::character: return "char";
-    case Kind::enumeration:
-    case Kind::flag_set:
-    case Kind::record: return std::string("struct ") + type_name(field);
+// The type and name of a function and its parameters, broken between parameters where too long.
+std::string declarator(const Function& function, const std::vector<std::string>& parameters) {
+  std::string head = function.result.type + (function.result.pointer ? " *" : " ");
+  const size_t end = sizeof ") {" - 1;
+  size_t column = head.size() + function.name.size() + 1;
+  if (column + (parameters.empty() ? end : 0) > line_width) {
+    head = function.result.type + (function.result.pointer ? " *\n" : "\n");
+    column = function.name.size() + 1;
   }
-  return {};
+  std::string out = head + function.name + "(";
+  for (size_t i = 0; i < parameters.size(); ++i) {
+    const std::string parameter = parameters[i] + (i + 1 == parameters.size() ? "" : ",");
+    const size_t blank = i == 0 ? 0 : 1;
+    const size_t after = i + 1 == parameters.size() ? end : 0;
+    if (column + blank + parameter.size() + after > line_width) {
+      out += "\n    " + parameter;
+      column = 4 + parameter.size();
+    } else {
+      out += (i == 0 ? "" : " ") + parameter;
+      column += blank + parameter.size();
+    }
+  }
+  return out + ")";
 }
 
-std::string value_type(const model::FieldRow& field) {
-  const bool number = field.kind == Kind::enumeration || field.kind == Kind::link_type;
-  return number ? "uint32_t" : storage_type(field);
+std::string statement(const std::string& text) { return "  " + wrapped(text, 2, "      ") + "\n"; }
+
+// Objects are plain memory inside the library and typed outside.
+std::string typed(const Result& result, const std::string& value) {
+  if (!result.pointer || result.type == "void") return value;
+  const size_t tag = result.type.find("struct ");
+  std::string type = result.type;
+  if (tag != std::string::npos) type.erase(tag, sizeof "struct " - 1);
+  return "static_cast<" + type + "*>(" + value + ")";
+}
+
+}  // namespace
+
+Function parse_prototype(const std::string& text) {
+  const size_t open = text.find('(');
+  const size_t close = text.rfind(')');
+  if (open == std::string::npos || close != text.size() - 1)
+    throw std::invalid_argument("neither a prototype nor declarations that end with a semicolon");
+  Function function;
+  function.name = name_before(text, open);
+  std::string type = text.substr(0, open - function.name.size());
+  while (!type.empty() && (type.back() == ' ' || type.back() == '*')) {
+    function.result.pointer = function.result.pointer || type.back() == '*';
+    type.pop_back();
+  }
+  function.result.type = type;
+  if (function.name.empty() || type.empty())
+    throw std::invalid_argument("a prototype without a name or a result");
+  function.parameters = parse_parameters(text.substr(open + 1, close - open - 1));
+  return function;
+}
+
+std::string prototype(const Function& function) {
+  std::vector<std::string> parameters;
+  for (const Parameter& parameter : function.parameters) parameters.push_back(parameter.text);
+  if (parameters.empty()) parameters.emplace_back("void");
+  return declarator(function, parameters) + ";\n";
+}
+
+std::string definition(const Function& function) {
+  std::vector<std::string> parameters;
+  for (const Parameter& parameter : function.parameters) {
+    std::string text = parameter.text;
+    if (!mentions(function, parameter.name)) {
+      text.resize(text.size() - parameter.name.size());
+      while (text.back() == ' ') text.pop_back();
+    }
+    parameters.push_back(text);
+  }
+  if (!function.jump.empty()) {
+    return "[[gnu::naked]]\n" + declarator(function, parameters) + " {\n  asm(\"jmp " +
+           function.jump + "@PLT\");\n}\n";
+  }
+  std::string body;
+  for (size_t i = 0; i + 1 < function.statements.size(); ++i)
+    body += statement(function.statements[i] + ";");
+  const std::string value = typed(function.result, function.statements.back());
+  body += statement((function.result.is_void() ? "" : "return ") + value + ";");
+  return declarator(function, parameters) + " {\n" + body + "}\n";
 }
 
 }  // namespace generator

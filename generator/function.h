@@ -1,71 +1,50 @@
 // An exported function, described once: its prototype and documentation for the public header, its
-// one line of code for the library, its name for the version script.
+// statements for the library, its name for the version script.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "model/trace_plan.h"
-
 namespace generator {
 
-struct Function {
+struct Parameter {
+  std::string text;  // as a prototype writes it
   std::string name;
-  std::string result;
-  std::string parameters;
-  // what it hands on to; empty for a function that is a jump, a dash for one that an engine defines
-  std::string call;
+};
+
+struct Result {
+  std::string type;      // without the stars
+  bool pointer = false;  // to it
+  bool is_void() const { return type == "void" && !pointer; }
+};
+
+struct Function {
   std::string doc;
+  Result result;
+  std::string name;
+  std::vector<Parameter> parameters;
+  std::vector<std::string> statements;  // the last one's value is returned
+  std::string jump;                     // or the function that this one is a jump to
 };
 using Functions = std::vector<Function>;
 
-// A member of a family: the same with $-places. The name is what stands behind the type's or
-// field's name.
-struct Family {
-  const char* suffix;
-  const char* result;
-  const char* parameters;
-  const char* call;
-  const char* doc;
+// What the library does not define as a function of a family: data, and functions of others.
+struct Declaration {
+  std::string doc;
+  std::string text;  // with its semicolons
 };
 
-using Places = std::vector<std::pair<std::string, std::string>>;
-std::string fill(std::string text, const Places& places);
+// All that a header says of one thing, in its order.
+struct Interface {
+  std::vector<Declaration> declarations;
+  Functions functions;
+};
 
-template <size_t N>
-void add(Functions& functions, const Family (&family)[N], const std::string& stem,
-         const Places& places) {
-  for (const Family& member : family) {
-    functions.push_back({stem + member.suffix, fill(member.result, places),
-                         fill(member.parameters, places), fill(member.call, places),
-                         fill(member.doc, places)});
-  }
-}
+// Reads "const char *name(int a, void (*b)(int))". Throws std::invalid_argument.
+Function parse_prototype(const std::string& text);
 
-// The one function that is a jump: its arguments are the runtime's affair, and go on untouched.
-Function luid_function(const std::string& type);
-
-// In the order of the header.
-Functions record_functions(size_t record);
-Functions field_functions(const model::FieldRow& field);
-Functions small_functions(size_t type);
-Functions message_functions(size_t message);
-Functions bundle_functions(size_t bundle);
-Functions module_functions();
-
-// C types of a field's value as accessors carry it, and as it lies in the object.
-std::string value_type(const model::FieldRow& field);
-std::string storage_type(const model::FieldRow& field);
-
-const char* type_name(
-    const model::FieldRow& field);  // of an embedded or element record, enum or flag set
-const char* small_name(size_t type);
-// In generated code: the constants that are the tables of the model, "model::hop_chan_data".
-std::string record_table(size_t record);
-std::string small_table(size_t type);
-std::string message_table(size_t message);
-std::string bundle_table(size_t bundle);
-std::string row_of_table(const std::string& table);  // "model::row<model::hop_chan_data>"
-const char* const* small_texts(size_t type);         // of its values or flags, by number
+// As the public header says it, and as the library defines it.
+std::string prototype(const Function& function);
+std::string definition(const Function& function);
 
 }  // namespace generator

@@ -1,7 +1,8 @@
 // The schema's description for tools and tests: names, classes, sizes, and the exported functions
 // by their family names.
-#include "generator/function.h"
+#include "generator/names.h"
 #include "generator/output.h"
+#include "generator/wrap.h"
 
 namespace generator {
 namespace {
@@ -38,10 +39,10 @@ const char* kind_word(model::Kind kind) {
 }
 
 // The functions of one stem, by what stands behind it.
-std::string function_table(const std::string& symbol, const Functions& functions,
+std::string function_table(const std::string& symbol, const Interface& interface,
                            const std::string& stem) {
   std::string text = "static const struct wayfind_function " + symbol + "[] = {\n";
-  for (const Function& function : functions) {
+  for (const Function& function : interface.functions) {
     const std::string suffix = function.name.compare(0, stem.size(), stem) == 0
                                    ? function.name.substr(stem.size())
                                    : function.name;
@@ -50,10 +51,10 @@ std::string function_table(const std::string& symbol, const Functions& functions
   return text + "    {0, 0}};\n";
 }
 
-std::string field_tables() {
+std::string field_tables(const Interfaces& all) {
   std::string text;
   for (const model::FieldRow& field : model::field_rows) {
-    text += function_table("field_functions_" + number(field.index), field_functions(field),
+    text += function_table("field_functions_" + number(field.index), all.fields[field.index],
                            std::string(model::records[field.record]->name) + "_" + field.name);
   }
   text += "static const struct wayfind_field fields[] = {\n";
@@ -76,11 +77,11 @@ std::string field_tables() {
   return text + "};\n";
 }
 
-std::string record_tables() {
+std::string record_tables(const Interfaces& all) {
   std::string text;
   for (size_t r = 0; r < model::record_count; ++r) {
-    text += function_table("record_functions_" + number(r), record_functions(r),
-                           model::records[r]->name);
+    text +=
+        function_table("record_functions_" + number(r), all.records[r], model::records[r]->name);
   }
   text += "const struct wayfind_record wayfind_records[] = {\n";
   for (const model::RecordRow& row : model::record_rows) {
@@ -100,20 +101,17 @@ std::string record_tables() {
   return text + "};\nconst unsigned wayfind_record_count = " + number(model::record_count) + ";\n";
 }
 
-std::string small_tables() {
+std::string small_tables(const Interfaces& all) {
   std::string text;
   for (size_t i = 0; i < model::small_type_count; ++i) {
-    text += function_table("small_functions_" + number(i), small_functions(i), small_name(i));
+    text += function_table("small_functions_" + number(i), all.small_types[i], small_name(i));
   }
   text += "const struct wayfind_small_type wayfind_small_types[] = {\n";
   for (size_t i = 0; i < model::small_type_count; ++i) {
-    const bool flags = i >= model::enum_count;
     const model::SmallRow& row = model::small_rows[i];
-    const char* luid = flags ? model::flag_sets[i - model::enum_count]->identity.luid
-                             : model::enums[i]->identity.luid;
-    text += "    {" + quoted(small_name(i)) + ", " + quoted(luid) + ", &_" + small_name(i) +
-            "_type_info_internal, " + (flags ? "1" : "0") + ", " + number(row.size) + ", " +
-            number(row.values) + ", {";
+    text += "    {" + quoted(small_name(i)) + ", " + quoted(small_identity(i).luid) + ", &_" +
+            small_name(i) + "_type_info_internal, " + (row.is_flag_set ? "1" : "0") + ", " +
+            number(row.size) + ", " + number(row.values) + ", {";
     for (size_t v = 0; v < row.values; ++v)
       text += std::string(v == 0 ? "" : ", ") + quoted(small_texts(i)[v]);
     text += "}, small_functions_" + number(i) + "},\n";
@@ -122,10 +120,10 @@ std::string small_tables() {
          ";\n";
 }
 
-std::string message_tables() {
+std::string message_tables(const Interfaces& all) {
   std::string text;
   for (size_t m = 0; m < model::message_count; ++m) {
-    text += function_table("message_functions_" + number(m), message_functions(m),
+    text += function_table("message_functions_" + number(m), all.messages[m],
                            std::string(model::messages[m]->name) + "_message");
   }
   text += "const struct wayfind_message wayfind_messages[] = {\n";
@@ -146,11 +144,11 @@ std::string message_tables() {
          ";\n";
 }
 
-std::string bundle_tables() {
+std::string bundle_tables(const Interfaces& all) {
   std::string text;
   for (size_t b = 0; b < model::bundle_count; ++b) {
-    text += function_table("bundle_functions_" + number(b), bundle_functions(b),
-                           model::bundles[b]->name);
+    text +=
+        function_table("bundle_functions_" + number(b), all.bundles[b], model::bundles[b]->name);
   }
   text += "const struct wayfind_bundle wayfind_bundles[] = {\n";
   for (size_t b = 0; b < model::bundle_count; ++b) {
@@ -177,12 +175,12 @@ std::string bundle_tables() {
 
 }  // namespace
 
-void write_schema(const std::string& folder) {
+void write_schema(const std::string& folder, const Interfaces& all) {
   write_file(folder + "/wayfind_schema.c",
-             "#include \"tools/schema/wayfind_schema.h\"\n\n#include "
-             "\"fwe_ui_wayfind/fwe_ui_wayfind.h\"\n\n" +
-                 field_tables() + record_tables() + small_tables() + message_tables() +
-                 bundle_tables());
+             "#include \"tools/schema/wayfind_schema.h\"\n\n"
+             "#include \"fwe_ui_wayfind/fwe_ui_wayfind.h\"\n\n" +
+                 wrapped_lines(field_tables(all) + record_tables(all) + small_tables(all) +
+                               message_tables(all) + bundle_tables(all)));
 }
 
 }  // namespace generator

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "generator/function.h"
+#include "generator/names.h"
 #include "generator/output.h"
 
 namespace generator {
@@ -56,8 +56,10 @@ std::string entry_text(Owner owner, size_t index, model::Form form) {
       record = model::records[model::carried_rows[index].record]->name;
       break;
   }
-  return fill(std::string(" ") + model::form_texts[static_cast<size_t>(form)].text,
-              {{"@", name}, {"#", record}});
+  std::string text = " ";
+  for (const char* c = model::form_texts[static_cast<size_t>(form)].text; *c != '\0'; ++c)
+    text += *c == '@' ? name : *c == '#' ? record : std::string(1, *c);
+  return text;
 }
 
 std::string compress(const std::string& text) {
