@@ -33,7 +33,9 @@ std::vector<std::string> exported_data() {
 }
 
 std::vector<std::string> exported_functions(const Interfaces& all) {
-  std::vector<std::string> names = {"ork_fwe_ui_wayfind_trace_init"};
+  // Those that an engine defines under its exported name come first.
+  std::vector<std::string> names = {"ork_fwe_ui_wayfind_trace_init",
+                                    "fwe_ui_wayfind_typeinfo_initialize"};
   const auto take = [&](const Interface& interface) {
     for (const Function& function : interface.functions) names.push_back(function.name);
   };

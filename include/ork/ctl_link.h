@@ -10,11 +10,11 @@
 extern "C" {
 #endif
 
-/* Makes handler the one for all bundles of this module; null takes it away. Gives the one before.
-   */
+/* Registers one handler for all bundles of this module, or none if it is null. Returns the old
+   one. */
 ork_bundle_handler ctl_link_bundle_handler_register(ork_bundle_handler handler);
 
-/* Takes the module's handler away and gives it back. */
+/* Unregisters the module's handler and returns it. */
 ork_bundle_handler ctl_link_bundle_handler_unregister(void);
 
 #ifdef __cplusplus

@@ -1,6 +1,6 @@
 /*
- * flight, the binary trace library. A trace names its text by section and index; the words stand in
- * a part of the module's file that is never loaded, and an offline decoder brings the two together.
+ * flight, the binary trace library. A trace names its text by section and index. The text itself is
+ * in a part of the module's file that is never loaded; an offline decoder brings the two together.
  */
 #ifndef ORK_FLIGHT_H
 #define ORK_FLIGHT_H
@@ -20,9 +20,9 @@ enum {
 };
 
 /*
- * Makes a module known by name, once: *module_id gets its number, from 1 up, and *once is the guard
- * word, 0 before the first call. Later calls change nothing. Gives 0, or 12 when no number is left.
- * Safe from any thread; both words must live as long as the module.
+ * Registers a module by name, once: stores its number, from 1 up, in *module_id. *once is the
+ * guard, 0 before the first call; later calls change nothing. Returns 0, or ENOMEM (12) if no
+ * number is left. Safe from any thread; both words must live as long as the module.
  */
 int32_t flight_module_init_fn(const char* name, uint16_t* module_id, uint32_t* once);
 
@@ -30,7 +30,7 @@ int32_t flight_module_init_fn(const char* name, uint16_t* module_id, uint32_t* o
  * One function per argument pattern; the digits name the arguments in order: 1 a text, 4 a 32-bit
  * number, 5 a pointer. section_id is the address of the 16-byte id of the module's index section,
  * index the entry there, module_id the number from flight_module_init_fn or 0, level_word an
- * ORK_LEVEL_... word. Texts are copied; null is taken as "(null)". Safe from any thread.
+ * ORK_LEVEL_... word. Texts are copied; null is printed as "(null)". Safe from any thread.
  */
 void __FLf_0(const void* section_id, uint32_t index, uint32_t module_id, uint32_t level_word);
 void __FLf_1(const void* section_id, uint32_t index, uint32_t module_id, uint32_t level_word,

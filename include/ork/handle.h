@@ -3,7 +3,7 @@
  * share.
  *
  * All of it is a binary contract on x86-64: modules read and write these members directly, so
- * members neither move nor change width. Plain C, natural alignment, nothing in front of the first
+ * members neither move nor change width. Plain C, natural alignment, nothing before the first
  * member.
  */
 #ifndef ORK_HANDLE_H
@@ -24,15 +24,15 @@ struct ork_type_info;
 
 /*
  * The 11 bytes that every record, enum, flag set and message begins with. The first eight are a
- * word, the address of the type descriptor; it is held as bytes so that the header is 11 bytes long
- * and fields follow without a gap.
+ * word, the address of the type descriptor; it is declared as bytes so that the header is 11 bytes
+ * long and fields follow without a gap.
  */
 struct ork_object {
-  uint8_t type_info_slot
-      [8];        /* descriptor address, native byte order; 0 in a sentinel and after destroy */
-  int8_t variant; /* what the object is now; negative: it has no field at all */
-  uint8_t variant_cap; /* newest variant that the storage was laid out for */
-  uint8_t obj_flags;   /* OBJ_... bits */
+  uint8_t type_info_slot[8]; /* descriptor address, native byte order; 0 in a sentinel and after
+                                destroy */
+  int8_t variant;            /* what the object is now; negative: it has no field at all */
+  uint8_t variant_cap;       /* newest variant that the storage was laid out for */
+  uint8_t obj_flags;         /* OBJ_... bits */
 };
 
 enum {
@@ -45,20 +45,20 @@ enum {
 
 /* Bits of obj_flags. */
 enum {
-  OBJ_OID_MAPPED = 0x01,    /* the runtime holds an OID for the object: destroy asks it first */
+  OBJ_OID_MAPPED = 0x01,    /* the runtime has an OID for the object: destroy asks it first */
   OBJ_EMBEDDED = 0x02,      /* inside another object's storage */
   OBJ_NESTED = 0x04,        /* state bytes inside the parent's state block */
   OBJ_STATE_TRACKED = 0x08, /* the object has state bytes */
   OBJ_RA_DATA = 0x20,       /* the instance carries ra data on the wire */
-  OBJ_STTR_OFFSET = 0x40, /* the state bytes lie at a told distance, not directly behind the body */
+  OBJ_STTR_OFFSET = 0x40, /* the state bytes are where the runtime's map says, not after the body */
   OBJ_OWNS_SLOT_BLOCK = 0x80, /* type_info_slot holds a block of its own, freed with the object */
   OBJ_WIRE_MASK = 0x28        /* the bits that travel */
 };
 
 /* ---- Type descriptors ---------------------------------------------------- */
 
-/* A descriptor's entry in the shared type table: the 272 bytes, then two words for the runtime, 0
-   at first. */
+/* A descriptor's copy in the shared type table: its 272 bytes, then two words of the runtime's,
+   initially 0. */
 enum { ORK_SHARED_TYPE_INFO_SIZE = 288 };
 
 /* First word of every descriptor. */
@@ -82,7 +82,7 @@ struct ork_variant_info {
   struct ork_variant_entry* entries;
 };
 
-/* What a type is: constant apart from the statistics behind varinfo. */
+/* What a type is: constant, except for the statistics that varinfo points to. */
 struct ork_type_info {
   uint32_t magic;        /* ORK_TYPE_INFO_MAGIC */
   uint8_t luid[16];      /* the type's identifier */
@@ -111,7 +111,7 @@ struct ork_message_header {
   uint32_t length;     /* whole frame in bytes, this header and the LUID included */
 };
 
-/* A ring: an empty list's two pointers point at the head itself. */
+/* A circular list: both pointers of an empty list point to the head itself. */
 struct ork_list_head {
   struct ork_list_head* next;
   struct ork_list_head* prev;
@@ -122,15 +122,15 @@ struct ork_module {
   const char* name;
   const struct ork_type_info* const* descriptors;
   struct ork_module* next;       /* null in the last module */
-  struct ork_module** prev_link; /* the link that points at this module; null while not linked */
+  struct ork_module** prev_link; /* the link that points to this module; null while not linked */
 };
 
-/* The head of the module list. tail always holds the address of the last forward link, at first
-   that of head. */
+/* The head of the module list. tail is the address of the last forward link, initially that of
+   head. */
 struct ork_module_root {
   uint32_t count;
   uint32_t reserved;
-  struct ork_module* head; /* the runtime's; modules never name it */
+  struct ork_module* head; /* the runtime's; modules never use it */
   struct ork_module** tail;
 };
 
@@ -144,20 +144,20 @@ struct ork_bundle_message_row {
 };
 
 /*
- * Receives a delivered message. ctx is the caller's word, handed through unread. msg belongs to the
- * handler from now on. A handler that fails writes *err; any result is ignored.
+ * Receives a message. ctx is the caller's word, passed through unread. The handler owns msg from
+ * now on. A handler that fails sets *err; any result is ignored.
  */
 typedef void (*ork_message_handler)(struct ork_handle* handle, uint32_t instance, void* ctx,
                                     void* msg, uint32_t* err);
 
-/* Receives a committed bundle; its members stand in the handle's receive list until the handler
+/* Receives a committed bundle. Its members are in the handle's receive list until the handler
    returns. */
 typedef void (*ork_bundle_handler)(struct ork_handle* handle, uint32_t instance, void* ctx,
                                    uint32_t* err);
 
 /*
  * Reads one frame from its first byte. out_msg may be null. A null handler leaves the choice to the
- * message. Gives back the bytes consumed.
+ * message. Returns the number of bytes consumed.
  */
 typedef uint32_t (*ork_message_unmarshal_fn)(struct ork_handle* handle, uint32_t instance,
                                              void* ctx, void** out_msg, const uint8_t* buffer,
@@ -170,19 +170,19 @@ struct ork_bundle_dispatch_info {
   const uint8_t* luid; /* ORK_LUID_SIZE bytes */
   const char* name;    /* the message's, or for a control message the bundle's name */
   ork_message_unmarshal_fn unmarshal; /* reads its frames */
-  ork_message_handler handler;        /* takes its messages outside a bundle; may be null */
+  ork_message_handler handler;        /* receives its messages outside a bundle; may be null */
   ork_bundle_handler bundle_handler;  /* first choice at commit; null: none */
 };
 
 /* ---- The handle ---------------------------------------------------------- */
 
-/* The record of the peer. The first word is the runtime's, nobody else reads any. */
+/* The record of the peer. Only the runtime reads it. */
 struct ork_domain {
   void* runtime;
   uint64_t reserved[3];
 };
 
-/* First word of what a handle's sttr_info points at. */
+/* What a handle's sttr_info points to; the runtime may add to it. */
 struct ork_sttr_info {
   uint32_t sttr_mode; /* ORK_STTR_ON or ORK_STTR_OFF; anything else is a corrupted handle */
 };
@@ -192,41 +192,40 @@ enum { ORK_STTR_ON = 0xEEEE, ORK_STTR_OFF = 0xDDDD };
 /* The instance argument that means none. */
 #define ORK_NO_INSTANCE 0xFFFFFFFFu
 
-/* Gives size bytes, not cleared, or null. Size 0 gives a block of its own too. */
+/* Returns size bytes, not cleared, or null. Size 0 returns a block of its own too. */
 typedef void* (*ork_alloc_fn)(void* pool, uint32_t instance, size_t size);
 
-/* Takes a block back; null is ignored. */
+/* Frees a block; null is ignored. */
 typedef void (*ork_free_fn)(void* pool, uint32_t instance, void* ptr);
 
-/* Called before length bytes of a live object change; owner is the object, or null at some sites.
-   */
+/* Called before length bytes of a live object change; owner is the object, at some sites null. */
 typedef void (*ork_write_notify_fn)(struct ork_handle* handle, const void* address, size_t length,
                                     uint32_t instance, const void* owner);
 
-/* Called before a statistics counter rises by one. */
+/* Called before a statistics counter is incremented. */
 typedef void (*ork_counter_notify_fn)(void* mem_pool, void* counter, uint32_t one,
                                       uint32_t instance);
 
-/* Gives the shared copy of the type with this LUID text, or null. */
+/* Returns the shared copy of the type with this LUID text, or null. */
 typedef struct ork_type_info* (*ork_type_table_find_fn)(void* type_table, uint32_t instance,
                                                         const char* luid_text);
 
-/* Enters a shared copy under its LUID text; key and copy stay alive as long as the table. 0 or an
-   error number. */
+/* Adds a shared copy under its LUID text; both live as long as the table. Returns 0 or an error
+   number. */
 typedef uint32_t (*ork_type_table_add_fn)(void* type_table, uint32_t instance,
                                           const char* luid_text, struct ork_type_info* copy);
 
-/* A module's walk over its descriptors into the shared type table. */
+/* Adds a module's descriptors to the shared type table. */
 typedef void (*ork_type_info_init_fn)(struct ork_handle* handle, uint32_t instance, uint32_t* err);
 
 /*
  * The runtime's context, first argument of nearly every call. One thread at a time uses a handle
- * and the objects reached through it. A runtime may keep members of its own behind the last one.
+ * and the objects reached through it. A runtime may keep members of its own after the last one.
  */
 struct ork_handle {
-  ork_alloc_fn shared_alloc_fn;              /* from shared_pool; nothing goes back */
+  ork_alloc_fn shared_alloc_fn;              /* from shared_pool; never freed */
   ork_alloc_fn alloc_fn;                     /* objects and arrays, from mem_pool */
-  ork_free_fn free_fn;                       /* back to mem_pool */
+  ork_free_fn free_fn;                       /* to mem_pool */
   ork_write_notify_fn write_notify_fn;       /* never null */
   ork_counter_notify_fn counter_notify_fn;   /* never null */
   ork_type_table_add_fn type_table_add_fn;   /* set when shared_types is */
@@ -238,21 +237,21 @@ struct ork_handle {
   uint32_t bundle_ctx;       /* sending: 1 while a bundle is open */
   uint32_t bundle_rx_active; /* receiving: 1 while a bundle is open */
   const struct ork_bundle_message_row* bundle_table; /* sending: the open bundle's table */
-  struct ork_list_head bundle_send_list;    /* sending: what the open bundle holds so far */
-  struct ork_list_head bundle_receive_list; /* receiving: the members kept until commit */
+  struct ork_list_head bundle_send_list;             /* sending: messages of the open bundle */
+  struct ork_list_head bundle_receive_list;          /* receiving: members, kept until commit */
   const struct ork_bundle_dispatch_info* bundle_rx_dispatch; /* receiving: found at start */
   void* bundle_rx_lut; /* receiving: the look-up table found at start */
   const struct ork_bundle_dispatch_info* bundle_commit_dispatch; /* receiving: found at commit */
   ork_bundle_handler bundle_handler; /* for all bundles of this handle; may be null */
-  const char* domain_name;           /* for people; never null */
-  uint32_t send_sequence;            /* goes into each frame; the sender advances it */
+  const char* domain_name;           /* for traces; never null */
+  uint32_t send_sequence;            /* written to each frame; the sender increments it */
   struct ork_domain domain;          /* the peer */
   uint32_t cr_error;                 /* error slot of the calls that take none */
   uint32_t cr_instance;              /* instance of the calls that take none */
   uint32_t cr_active;                /* 1 only while a create in cr mode runs */
   struct ork_sttr_info* sttr_info;   /* null: no state tracking */
-  void* hd_mapping;                  /* null: no map from objects to state-byte distances is kept */
-  uint32_t db_recording; /* nonzero: the database hooks are told of each object touched */
+  void* hd_mapping;                  /* null: no map from objects to their state bytes is kept */
+  uint32_t db_recording; /* nonzero: the database hooks are called for each object touched */
 };
 
 static_assert(sizeof(struct ork_object) == ORK_OBJECT_HEADER_SIZE, "object header");

@@ -1,38 +1,39 @@
 /*
  * The primitive families of the runtime, the types of fields that are no record, enum or flag set.
  *
- * Every family keeps one contract, operation by operation; what a family does otherwise stands
- * above it.
+ * All families have one contract, operation by operation; exceptions are documented at the
+ * function.
  *
- * - _get lends: it gives the address back that it was given, or null when *err is set.
- * - _get_value reads the value; a null address gives 0 and *err 22.
- * - _set copies *src to address, _set_value stores value there. Both announce the bytes first with
- *   a null owner. A null address or src gives *err 22. With *err set nothing happens.
- * - _sizeof is the size of one element of an array, in bytes.
- * - _create gives a zeroed scratch value from the handle's allocator or null, _destroy takes it
- *   back; null is ignored.
- * - _len is the width on the wire in bytes; source may be null.
- * - _marshal writes the value, _unmarshal reads it; both give the bytes passed over. remaining is
- *   the room from buffer on and may be 0 or negative; too little of it sets *err to 90, stores that
- *   on the handle, touches nothing and gives 0. With *err set nothing happens and the result is 0.
- *   Nothing is announced. reuse_storage is not looked at.
- * - _compare gives 0 for equal values, -1 or 1 otherwise. _hash continues from seed. Neither
- *   pointer is null.
- * - _print writes one whole line, "name: value" at indent blanks, NUL-terminated, and gives its
- *   length without the NUL. Room that is missing sets *err to 90, and the result counts what was
- *   written. A null value gives *err 22.
- * - _to_xml writes one whole element called name, with state as an attribute unless it is 0, and
- *   gives its length. It is all or nothing: an element that does not fit with its NUL gives *err 90
- *   and 0.
- * - _from_xml stores the value of the first element at path. No element: *err 2. A text that is no
- *   value of the type: *err 22, and "Failed xpath: %s" with the path in err_text, at most
- *   err_text_len bytes, unless err_text is null. The target is then as it was. Nothing is
- *   announced.
- * - _initialize makes the object in a parent's zeroed storage; the arguments are those of a
- *   record's initialize.
- * - _set_instance_embedded marks the object as lying inside another.
+ * - _get returns address, or null if *err is set.
+ * - _get_value returns the value. If address is null it returns 0 and sets *err to EINVAL (22).
+ * - _set copies *src to address, _set_value stores value there. Both announce the bytes first, with
+ * a null owner. If address or src is null they set *err to EINVAL (22). With *err set they do
+ * nothing.
+ * - _sizeof returns the size of one element of an array, in bytes.
+ * - _create returns a zeroed scratch value from the handle's allocator, or null. _destroy frees it;
+ *   null is ignored.
+ * - _len returns the width on the wire in bytes; source may be null.
+ * - _marshal writes the value, _unmarshal reads it; both return the number of bytes. remaining is
+ * the number of bytes available at buffer and may be 0 or negative; if it is too small they set
+ * *err to EMSGSIZE (90), store that on the handle, touch nothing and return 0. With *err set they
+ * do nothing and return 0. They announce nothing. reuse_storage is not used.
+ * - _compare returns 0 for equal values, else -1 or 1. _hash continues from seed. No pointer is
+ * null.
+ * - _print writes one line, "name: value", indented by indent blanks and NUL-terminated, and
+ * returns its length without the NUL. If it does not fit, it is truncated and *err set to EMSGSIZE
+ * (90). If value is null it sets *err to EINVAL (22).
+ * - _to_xml writes one element called name, with state as an attribute unless it is 0, and returns
+ * its length. If it does not fit with its NUL, nothing is written, *err is set to EMSGSIZE (90),
+ * and the result is 0.
+ * - _from_xml stores the value of the first element at path. If there is none it sets *err to
+ *   ENOENT (2). If the text is no value of the type it sets *err to EINVAL (22) and writes
+ *   "Failed xpath: %s" with the path to err_text, at most err_text_len bytes, unless err_text is
+ * null. The target does not change on an error. Nothing is announced.
+ * - _initialize makes the object in its parent's zeroed storage, with the arguments of a record's
+ *   _initialize.
+ * - _set_instance_embedded marks the object as embedded in another.
  *
- * remaining is signed in all of them so that a room that has run out is visible as such.
+ * remaining is signed in all of them, so that a room that was exceeded is visible as such.
  */
 #ifndef ORK_PRIMITIVES_H
 #define ORK_PRIMITIVES_H
@@ -46,11 +47,11 @@ extern "C" {
 
 /* ---- u_int8: an unsigned integer of 1 byte ------------------------------- */
 
-/* Lends the u_int8 at address. */
+/* Returns address. */
 uint8_t* u_int8_get(struct ork_handle* handle, uint32_t instance, const uint8_t* address,
                     uint32_t* err);
 
-/* Reads the value at address. */
+/* Returns the value at address. */
 uint8_t u_int8_get_value(struct ork_handle* handle, uint32_t instance, const uint8_t* address,
                          uint32_t* err);
 
@@ -62,16 +63,16 @@ void u_int8_set(struct ork_handle* handle, uint32_t instance, uint8_t* address, 
 void u_int8_set_value(struct ork_handle* handle, uint32_t instance, uint8_t* address, uint8_t value,
                       uint32_t* err);
 
-/* 1. */
+/* Returns 1. */
 uint32_t u_int8_sizeof(struct ork_handle* handle);
 
-/* A zeroed scratch value. */
+/* Returns a zeroed scratch value. */
 uint8_t* u_int8_create(struct ork_handle* handle, uint32_t instance);
 
-/* Takes a scratch value back. */
+/* Frees a scratch value. */
 void u_int8_destroy(struct ork_handle* handle, uint32_t instance, uint8_t* value);
 
-/* 1 byte on the wire. */
+/* Returns 1. */
 uint32_t u_int8_len(struct ork_handle* handle, uint32_t instance, const uint8_t* source);
 
 /* Writes 1 byte. */
@@ -83,7 +84,7 @@ uint32_t u_int8_unmarshal(struct ork_handle* handle, uint32_t instance, const ui
                           uint8_t* target, int32_t remaining, uint32_t reuse_storage,
                           uint32_t* err);
 
-/* The hash of the value, continued from seed. */
+/* Returns the hash of the value, continued from seed. */
 uint32_t u_int8_hash(const uint8_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
@@ -101,11 +102,11 @@ void u_int8_from_xml(struct ork_handle* handle, uint32_t instance, const char* p
 
 /* ---- u_int16: an unsigned integer of 2 bytes ----------------------------- */
 
-/* Lends the u_int16 at address. */
+/* Returns address. */
 uint16_t* u_int16_get(struct ork_handle* handle, uint32_t instance, const uint16_t* address,
                       uint32_t* err);
 
-/* Reads the value at address. */
+/* Returns the value at address. */
 uint16_t u_int16_get_value(struct ork_handle* handle, uint32_t instance, const uint16_t* address,
                            uint32_t* err);
 
@@ -117,16 +118,16 @@ void u_int16_set(struct ork_handle* handle, uint32_t instance, uint16_t* address
 void u_int16_set_value(struct ork_handle* handle, uint32_t instance, uint16_t* address,
                        uint16_t value, uint32_t* err);
 
-/* 2. */
+/* Returns 2. */
 uint32_t u_int16_sizeof(struct ork_handle* handle);
 
-/* A zeroed scratch value. */
+/* Returns a zeroed scratch value. */
 uint16_t* u_int16_create(struct ork_handle* handle, uint32_t instance);
 
-/* Takes a scratch value back. */
+/* Frees a scratch value. */
 void u_int16_destroy(struct ork_handle* handle, uint32_t instance, uint16_t* value);
 
-/* 2 bytes on the wire. */
+/* Returns 2. */
 uint32_t u_int16_len(struct ork_handle* handle, uint32_t instance, const uint16_t* source);
 
 /* Writes 2 bytes. */
@@ -138,7 +139,7 @@ uint32_t u_int16_unmarshal(struct ork_handle* handle, uint32_t instance, const u
                            uint16_t* target, int32_t remaining, uint32_t reuse_storage,
                            uint32_t* err);
 
-/* The hash of the value, continued from seed. */
+/* Returns the hash of the value, continued from seed. */
 uint32_t u_int16_hash(const uint16_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
@@ -157,11 +158,11 @@ void u_int16_from_xml(struct ork_handle* handle, uint32_t instance, const char* 
 
 /* ---- u_int32: an unsigned integer of 4 bytes ----------------------------- */
 
-/* Lends the u_int32 at address. */
+/* Returns address. */
 uint32_t* u_int32_get(struct ork_handle* handle, uint32_t instance, const uint32_t* address,
                       uint32_t* err);
 
-/* Reads the value at address. */
+/* Returns the value at address. */
 uint32_t u_int32_get_value(struct ork_handle* handle, uint32_t instance, const uint32_t* address,
                            uint32_t* err);
 
@@ -173,16 +174,16 @@ void u_int32_set(struct ork_handle* handle, uint32_t instance, uint32_t* address
 void u_int32_set_value(struct ork_handle* handle, uint32_t instance, uint32_t* address,
                        uint32_t value, uint32_t* err);
 
-/* 4. */
+/* Returns 4. */
 uint32_t u_int32_sizeof(struct ork_handle* handle);
 
-/* A zeroed scratch value. */
+/* Returns a zeroed scratch value. */
 uint32_t* u_int32_create(struct ork_handle* handle, uint32_t instance);
 
-/* Takes a scratch value back. */
+/* Frees a scratch value. */
 void u_int32_destroy(struct ork_handle* handle, uint32_t instance, uint32_t* value);
 
-/* 4 bytes on the wire. */
+/* Returns 4. */
 uint32_t u_int32_len(struct ork_handle* handle, uint32_t instance, const uint32_t* source);
 
 /* Writes 4 bytes. */
@@ -194,7 +195,7 @@ uint32_t u_int32_unmarshal(struct ork_handle* handle, uint32_t instance, const u
                            uint32_t* target, int32_t remaining, uint32_t reuse_storage,
                            uint32_t* err);
 
-/* The hash of the value, continued from seed. */
+/* Returns the hash of the value, continued from seed. */
 uint32_t u_int32_hash(const uint32_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
@@ -213,11 +214,11 @@ void u_int32_from_xml(struct ork_handle* handle, uint32_t instance, const char* 
 
 /* ---- u_int64: an unsigned integer of 8 bytes ----------------------------- */
 
-/* Lends the u_int64 at address. */
+/* Returns address. */
 uint64_t* u_int64_get(struct ork_handle* handle, uint32_t instance, const uint64_t* address,
                       uint32_t* err);
 
-/* Reads the value at address. */
+/* Returns the value at address. */
 uint64_t u_int64_get_value(struct ork_handle* handle, uint32_t instance, const uint64_t* address,
                            uint32_t* err);
 
@@ -229,7 +230,7 @@ void u_int64_set(struct ork_handle* handle, uint32_t instance, uint64_t* address
 void u_int64_set_value(struct ork_handle* handle, uint32_t instance, uint64_t* address,
                        uint64_t value, uint32_t* err);
 
-/* 8 bytes on the wire. */
+/* Returns 8. */
 uint32_t u_int64_len(struct ork_handle* handle, uint32_t instance, const uint64_t* source);
 
 /* Writes 8 bytes. */
@@ -241,7 +242,7 @@ uint32_t u_int64_unmarshal(struct ork_handle* handle, uint32_t instance, const u
                            uint64_t* target, int32_t remaining, uint32_t reuse_storage,
                            uint32_t* err);
 
-/* The hash of the value, continued from seed. */
+/* Returns the hash of the value, continued from seed. */
 uint32_t u_int64_hash(const uint64_t* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
@@ -263,14 +264,14 @@ void u_int64_from_xml(struct ork_handle* handle, uint32_t instance, const char* 
 /* 0 or 1. */
 typedef uint32_t ork_boolean;
 
-/* The descriptor that a record hands to ork_boolean_initialize. */
+/* The descriptor that a record passes to ork_boolean_initialize(). */
 extern const struct ork_type_info _ork_boolean_type_info_internal;
 
-/* Lends the ork_boolean at address. */
+/* Returns address. */
 ork_boolean* ork_boolean_get(struct ork_handle* handle, uint32_t instance,
                              const ork_boolean* address, uint32_t* err);
 
-/* Reads the value at address. */
+/* Returns the value at address. */
 ork_boolean ork_boolean_get_value(struct ork_handle* handle, uint32_t instance,
                                   const ork_boolean* address, uint32_t* err);
 
@@ -282,16 +283,16 @@ void ork_boolean_set(struct ork_handle* handle, uint32_t instance, ork_boolean* 
 void ork_boolean_set_value(struct ork_handle* handle, uint32_t instance, ork_boolean* address,
                            ork_boolean value, uint32_t* err);
 
-/* Stores 0, announced if notify is set. The bare word keeps no type, flags or state. */
+/* Stores 0, announced if notify is set. A bare word has no type, flags or state. */
 void ork_boolean_initialize(struct ork_handle* handle, uint32_t instance, ork_boolean* obj,
                             const struct ork_type_info* tinfo, uint32_t notify, uint32_t no_stats,
                             uint32_t flags, void* sttr_base, uint32_t* err);
 
-/* Nothing: a bare word has no flags. */
+/* Does nothing: a bare word has no flags. */
 void ork_boolean_set_instance_embedded(struct ork_handle* handle, uint32_t instance,
                                        ork_boolean* obj);
 
-/* 1 byte on the wire. */
+/* Returns 1. */
 uint32_t ork_boolean_len(struct ork_handle* handle, uint32_t instance, const ork_boolean* source);
 
 /* Writes 1 byte. */
@@ -306,7 +307,7 @@ uint32_t ork_boolean_unmarshal(struct ork_handle* handle, uint32_t instance, con
 /* 0 sorts before 1. */
 int32_t ork_boolean_compare(const ork_boolean* a, const ork_boolean* b);
 
-/* The hash of the value, continued from seed. */
+/* Returns the hash of the value, continued from seed. */
 uint32_t ork_boolean_hash(const ork_boolean* value, uint32_t seed);
 
 /* Writes the line of a field: "true" or "false". */
@@ -343,16 +344,15 @@ static_assert(sizeof(struct ork_ip_address) == 48, "ip_address");
 static_assert(offsetof(struct ork_ip_address, family) == 11, "family");
 static_assert(offsetof(struct ork_ip_address, address) == 16, "address");
 
-/* The descriptor that a record hands to ip_address_initialize. */
+/* The descriptor that a record passes to ip_address_initialize(). */
 extern const struct ork_type_info _ip_address_type_info_internal;
 
-/* Writes the header of an address, no family. Counted nowhere. */
+/* Writes the header of an address without a family. No statistics are kept. */
 void ip_address_initialize(struct ork_handle* handle, uint32_t instance, struct ork_ip_address* obj,
                            const struct ork_type_info* tinfo, uint32_t notify, uint32_t no_stats,
                            uint32_t flags, void* sttr_base, uint32_t* err);
 
-/* Undoes initialize; the storage goes with the parent, or to the allocator if free_storage is set.
-   Null is ignored. */
+/* Undoes _initialize. The storage is freed only if free_storage is set. Null is ignored. */
 void ip_address_destroy_internal(struct ork_handle* handle, uint32_t instance,
                                  struct ork_ip_address* obj, uint32_t free_storage);
 
@@ -360,24 +360,24 @@ void ip_address_destroy_internal(struct ork_handle* handle, uint32_t instance,
 void ip_address_set_instance_embedded(struct ork_handle* handle, uint32_t instance,
                                       struct ork_ip_address* obj);
 
-/* 0: an address refers to nothing. */
+/* Returns 0: an address holds no references. */
 uint32_t ip_address_get_oid_count(struct ork_handle* handle, uint32_t instance,
                                   const struct ork_ip_address* obj, uint32_t* err);
 
-/* Writes no reference. */
+/* Does nothing: there are no references to list. */
 void ip_address_get_object_references(struct ork_handle* handle, uint32_t instance,
                                       const struct ork_ip_address* obj, void** refs, uint32_t count,
                                       uint32_t* err);
 
-/* Lends the object. */
+/* Returns address. */
 struct ork_ip_address* ip_address_get(struct ork_handle* handle, uint32_t instance,
                                       const struct ork_ip_address* address, uint32_t* err);
 
-/* Takes over family, prefix length and address, announced; the header of address stays. */
+/* Copies family, prefix length and address, announced; the header of address does not change. */
 void ip_address_set(struct ork_handle* handle, uint32_t instance, struct ork_ip_address* address,
                     const struct ork_ip_address* src, uint32_t* err);
 
-/* 18 bytes on the wire. */
+/* Returns 18. */
 uint32_t ip_address_len(struct ork_handle* handle, uint32_t instance,
                         const struct ork_ip_address* source);
 
@@ -393,7 +393,7 @@ uint32_t ip_address_unmarshal(struct ork_handle* handle, uint32_t instance, cons
 /* By family, then address, then prefix length. */
 int32_t ip_address_compare(const struct ork_ip_address* a, const struct ork_ip_address* b);
 
-/* The hash of the 18 bytes of the wire form, continued from seed. */
+/* Returns the hash of the 18 bytes of the wire form, continued from seed. */
 uint32_t ip_address_hash(const struct ork_ip_address* value, uint32_t seed);
 
 /* Writes the line of a field: "10.0.0.1/24", "2001:db8::1/64" or "none"; what these do not tell in
@@ -427,10 +427,10 @@ struct ork_link_type {
 static_assert(sizeof(struct ork_link_type) == 16, "link_type");
 static_assert(offsetof(struct ork_link_type, value) == 12, "value");
 
-/* The descriptor that a record hands to link_type_initialize. */
+/* The descriptor that a record passes to link_type_initialize(). */
 extern const struct ork_type_info _link_type_type_info_internal;
 
-/* Writes the header of a link type with value 0. Counted nowhere. */
+/* Writes the header of a link type of value 0. No statistics are kept. */
 void link_type_initialize(struct ork_handle* handle, uint32_t instance, struct ork_link_type* obj,
                           const struct ork_type_info* tinfo, uint32_t notify, uint32_t no_stats,
                           uint32_t flags, void* sttr_base, uint32_t* err);
@@ -439,15 +439,15 @@ void link_type_initialize(struct ork_handle* handle, uint32_t instance, struct o
 void link_type_set_instance_embedded(struct ork_handle* handle, uint32_t instance,
                                      struct ork_link_type* obj);
 
-/* Lends the object. */
+/* Returns address. */
 struct ork_link_type* link_type_get(struct ork_handle* handle, uint32_t instance,
                                     const struct ork_link_type* address, uint32_t* err);
 
-/* Reads the value. */
+/* Returns the value. */
 uint32_t link_type_get_value(struct ork_handle* handle, uint32_t instance,
                              const struct ork_link_type* address, uint32_t* err);
 
-/* Takes over the value, announced; the header of address stays. */
+/* Copies the value, announced; the header of address does not change. */
 void link_type_set(struct ork_handle* handle, uint32_t instance, struct ork_link_type* address,
                    const struct ork_link_type* src, uint32_t* err);
 
@@ -455,7 +455,7 @@ void link_type_set(struct ork_handle* handle, uint32_t instance, struct ork_link
 void link_type_set_value(struct ork_handle* handle, uint32_t instance,
                          struct ork_link_type* address, uint32_t value, uint32_t* err);
 
-/* 5 bytes on the wire. */
+/* Returns 5. */
 uint32_t link_type_len(struct ork_handle* handle, uint32_t instance,
                        const struct ork_link_type* source);
 
@@ -468,10 +468,10 @@ uint32_t link_type_unmarshal(struct ork_handle* handle, uint32_t instance, const
                              struct ork_link_type* target, int32_t remaining,
                              uint32_t reuse_storage, uint32_t* err);
 
-/* By value. */
+/* Compares by value. */
 int32_t link_type_compare(const struct ork_link_type* a, const struct ork_link_type* b);
 
-/* The hash of the value, continued from seed. */
+/* Returns the hash of the value, continued from seed. */
 uint32_t link_type_hash(const struct ork_link_type* value, uint32_t seed);
 
 /* Writes the line of a field: the value in decimal. */
@@ -491,7 +491,7 @@ void link_type_from_xml(struct ork_handle* handle, uint32_t instance, const char
 
 /* ---- Text: fixed arrays of bytes ----------------------------------------- */
 
-/* 1 byte on the wire. */
+/* Returns 1. */
 uint32_t char_len(struct ork_handle* handle, uint32_t instance, const char* source);
 
 /* Writes 1 byte. */
@@ -502,22 +502,22 @@ uint32_t char_marshal(struct ork_handle* handle, uint32_t instance, uint8_t* buf
 uint32_t char_unmarshal(struct ork_handle* handle, uint32_t instance, const uint8_t* buffer,
                         char* target, int32_t remaining, uint32_t reuse_storage, uint32_t* err);
 
-/* Writes the line of a text of size bytes, up to its NUL if it has one; bytes that are no printable
-   UTF-8 as \xNN. */
+/* Writes the line of a text of size bytes, up to its NUL if it has one. Bytes that are not
+   printable UTF-8 are written as \xNN, a backslash as two. */
 uint32_t null_string_print(struct ork_handle* handle, uint32_t instance, char* buffer,
                            uint32_t indent, const char* name, const char* chars, int32_t remaining,
                            uint32_t size, uint32_t* err);
 
 /*
- * Writes the element of a text of size bytes, up to its NUL. Bytes that XML cannot hold are escaped
- * as \xNN, a backslash is doubled.
+ * Writes the element of a text of size bytes, up to its NUL if it has one. Bytes that are not
+ * printable UTF-8 are written as \xNN, a backslash as two.
  */
 uint32_t null_string_to_xml(struct ork_handle* handle, uint32_t instance, const char* name,
                             char* buffer, const char* chars, int32_t remaining, uint32_t size,
                             uint8_t state, uint32_t* err);
 
-/* Reads a text into size bytes, the rest of them zeroed. One that is longer gives *err 28 and
-   leaves chars alone. */
+/* Reads a text into size bytes; the rest of them become 0. Errors: ENOSPC (28) if it is longer
+   (chars does not change). */
 void null_string_from_xml(struct ork_handle* handle, uint32_t instance, const char* path,
                           struct ork_xml* xml, char* chars, uint32_t size, uint32_t* err,
                           char* err_text, uint32_t err_text_len);

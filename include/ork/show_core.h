@@ -16,11 +16,11 @@ extern const uint8_t message_ui_req_msg_luid[16];
 /* Its text for bundle tables and traces. */
 extern const char message_ui_req_msg_name[];
 
-/* Makes handler the one for all bundles of this module; null takes it away. Gives the one before.
-   */
+/* Registers one handler for all bundles of this module, or none if it is null. Returns the old
+   one. */
 ork_bundle_handler show_core_bundle_handler_register(ork_bundle_handler handler);
 
-/* Takes the module's handler away and gives it back. */
+/* Unregisters the module's handler and returns it. */
 ork_bundle_handler show_core_bundle_handler_unregister(void);
 
 #ifdef __cplusplus

@@ -11,9 +11,9 @@ extern "C" {
 #endif
 
 /*
- * The hash of length bytes continued from seed, which stands where the published form starts from
- * the length: with seed equal to length the result is the published one. A length of 0 gives the
- * seed back, and data may then be null.
+ * Returns the hash of length bytes, continued from seed. The published form starts from the length:
+ * with seed equal to length the result is the published one. A length of 0 returns seed; data may
+ * then be null.
  */
 uint32_t SuperFastHash(const void* data, uint32_t length, uint32_t seed);
 
