@@ -155,10 +155,12 @@ std::string bundle_tables(const Interfaces& all) {
     const model::Bundle& bundle = *model::bundles[b];
     const std::string name = bundle.name;
     text += "    {" + quoted(name) + ", " + quoted(bundle.meaning) + ", {";
+    std::string luids;
     for (const char* kind : {"start", "abort", "commit"}) {
-      text += "message_" + name + "_bundle_" + kind + "_luid" +
-              (kind == std::string("commit") ? "" : ", ");
+      luids += (luids.empty() ? "" : ", ") + std::string("message_") + name + "_bundle_" + kind +
+               "_luid";
     }
+    text += luids;
     text += "}, {";
     size_t members = 0;
     for (const model::Member& member : bundle.members) {
