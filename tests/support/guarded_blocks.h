@@ -29,7 +29,7 @@ namespace fixture {
 // at a time; blocks from before have no guards, and its own blocks have to go before it does.
 class GuardedBlocks {
  public:
-  static constexpr size_t guard = 64;
+  static constexpr size_t guard = 256;
 
   // `pattern` fills the guards, and new blocks as well.
   explicit GuardedBlocks(ork_handle* handle, uint8_t pattern = 0xA5)
