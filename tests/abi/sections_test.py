@@ -1,6 +1,7 @@
 """The sections for offline tools, in the built file and in a copy after strip."""
 import bz2
 import collections
+import functools
 import re
 import struct
 import unittest
@@ -29,73 +30,95 @@ def form_of(text):
     return re.sub(r"\bfwe_(cl|dp|pal)_\w+", "{type}", text)
 
 
+def section(file, name):
+    assert name in file.sections, f"no section {name}"
+    return file.sections[name]
+
+
+def texts(file):
+    try:
+        return bz2.decompress(section(file, ".flight_format_strings").data).decode()
+    except (OSError, ValueError) as error:
+        raise AssertionError(f"the packed texts are damaged: {error}") from error
+
+
 def entries_of(file):
     """(pattern, text) of every entry, section by section."""
-    stream = bz2.decompress(file.sections[".flight_format_strings"].data).decode()
+    stream = texts(file)
     place = 0
     for luid, _ in INDEX:
-        for identity, length in struct.iter_unpack("<IH", file.sections[".flight_luids_" + luid].data[20:]):
+        data = section(file, ".flight_luids_" + luid).data
+        assert len(data) % 6 == 2, f"{len(data)} bytes are no head and entries"
+        for identity, length in struct.iter_unpack("<IH", data[20:]):
+            assert identity >> 16 < len(PATTERNS), f"pattern {identity >> 16} of {len(PATTERNS)}"
             yield PATTERNS[identity >> 16], stream[place:place + length]
             place += length
     assert place == len(stream)
 
 
-class Sections(unittest.TestCase):
-    files = {"built": built, "stripped": stripped()}
+FILES = {"built": built, "stripped": stripped()}
 
-    def each(self):
-        for name, file in self.files.items():
+
+def for_each_file(test):
+    """Runs the test on every file, so that each one that fails is a failure of its own."""
+    @functools.wraps(test)
+    def run(self):
+        for name, file in FILES.items():
             with self.subTest(name):
-                yield file
+                test(self, file)
+    return run
 
+
+class Sections(unittest.TestCase):
     def test_strip_takes_the_symbol_table(self):
-        self.assertNotIn(".symtab", self.files["stripped"].sections)
+        self.assertNotIn(".symtab", FILES["stripped"].sections)
 
-    def test_index_sections_are_loaded_read_only_data_with_their_head_and_entries(self):
-        for file in self.each():
-            self.assertEqual([n for n in file.sections if n.startswith(".flight_luids_")], [".flight_luids_" + luid for luid, _ in INDEX])
-            for number, (luid, entries) in enumerate(INDEX):
-                section = file.sections[".flight_luids_" + luid]
-                self.assertEqual(section.kind, 1)
-                self.assertEqual(section.flags & (ALLOC | WRITE | EXECUTE), ALLOC)
-                self.assertTrue(file.loaded(section))
-                self.assertEqual(section.size, 20 + 6 * entries)
-                self.assertEqual(section.data[:20], struct.pack("<HH", 1, number) + bytes.fromhex(luid))
+    @for_each_file
+    def test_index_sections_are_loaded_read_only_data_with_their_head_and_entries(self, file):
+        self.assertEqual([n for n in file.sections if n.startswith(".flight_luids_")], [".flight_luids_" + luid for luid, _ in INDEX])
+        for number, (luid, entries) in enumerate(INDEX):
+            index = section(file, ".flight_luids_" + luid)
+            self.assertEqual(index.kind, 1)
+            self.assertEqual(index.flags & (ALLOC | WRITE | EXECUTE), ALLOC)
+            self.assertTrue(file.loaded(index))
+            self.assertEqual(index.size, 20 + 6 * entries)
+            self.assertEqual(index.data[:20], struct.pack("<HH", 1, number) + bytes.fromhex(luid))
 
-    def test_texts_decoder_and_manifest_are_not_loaded(self):
-        for file in self.each():
-            for name, size in ((".flight_format_strings", 4101), (".flight_decoder", 34), (".manifest", 8000)):
-                section = file.sections[name]
-                self.assertEqual((section.kind, section.flags, section.address, section.size), (1, 0, 0, size), name)
-                self.assertFalse(file.loaded(section), name)
+    @for_each_file
+    def test_texts_decoder_and_manifest_are_not_loaded(self, file):
+        for name, size in ((".flight_format_strings", 4101), (".flight_decoder", 34), (".manifest", 8000)):
+            held = section(file, name)
+            self.assertEqual((held.kind, held.flags, held.address, held.size), (1, 0, 0, size), name)
+            self.assertFalse(file.loaded(held), name)
 
-    def test_texts_are_packed_to_the_told_bytes(self):
-        for file in self.each():
-            packed = file.sections[".flight_format_strings"].data
-            self.assertEqual(len(bz2.decompress(packed)), 214548)
-            self.assertEqual(packed[:4], b"BZh9")
-            self.assertEqual(bz2.decompress(packed), bz2.decompress((HERE / "trace_texts.bz2").read_bytes()))
-            self.assertEqual(packed, (HERE / "trace_texts.bz2").read_bytes())
+    @for_each_file
+    def test_texts_are_packed_to_the_told_bytes(self, file):
+        packed = section(file, ".flight_format_strings").data
+        self.assertEqual(packed[:4], b"BZh9")
+        self.assertEqual(len(texts(file)), 214548)
+        self.assertEqual(texts(file), bz2.decompress((HERE / "trace_texts.bz2").read_bytes()).decode())
+        self.assertEqual(packed, (HERE / "trace_texts.bz2").read_bytes())
 
-    def test_each_form_has_its_number_of_entries(self):
+    @for_each_file
+    def test_each_form_has_its_number_of_entries(self, file):
         told = {text: int(entries) for entries, _, _, text in rows("trace_forms.tsv")}
         self.assertEqual((len(told), sum(told.values())), (58, 5656))
-        for file in self.each():
-            self.assertEqual(dict(collections.Counter(form_of(text[1:]) for _, text in entries_of(file))), told)
+        self.assertEqual(dict(collections.Counter(form_of(text[1:]) for _, text in entries_of(file))), told)
 
-    def test_each_entry_has_the_pattern_of_its_conversions_and_begins_with_a_blank(self):
+    @for_each_file
+    def test_each_entry_has_the_pattern_of_its_conversions_and_begins_with_a_blank(self, file):
         told = {text: pattern for _, pattern, _, text in rows("trace_forms.tsv")}
-        for file in self.each():
-            for pattern, text in entries_of(file):
-                self.assertEqual(text[0], " ")
-                self.assertEqual(pattern, pattern_of(text))
-                self.assertEqual(pattern, told[form_of(text[1:])])
+        for pattern, text in entries_of(file):
+            self.assertEqual(text[:1], " ")
+            self.assertEqual(pattern, pattern_of(text))
+            self.assertEqual(pattern, told.get(form_of(text[1:]), text))
 
-    def test_decoder_section(self):
-        for file in self.each():
-            self.assertEqual(file.sections[".flight_decoder"].data, bytes.fromhex(DECODER))
+    @for_each_file
+    def test_decoder_section(self, file):
+        self.assertEqual(section(file, ".flight_decoder").data, bytes.fromhex(DECODER))
 
-    def test_manifest_is_a_digest_and_a_build_record(self):
+    @for_each_file
+    def test_manifest_is_a_digest_and_a_build_record(self, file):
         words = {"type": "type", "enum": "enum", "flag": "flag", "message": "mess"}
 
         def line(t):
@@ -105,12 +128,11 @@ class Sections(unittest.TestCase):
         lines += [line(t) for t in sorted((t for t in types if t.kind == "message"), key=lambda t: t.luid)]
         digest = ("# fwe_ui_wayfind.digest\n" + "".join(lines)).encode() + b"\0"
         self.assertEqual((len(lines), len(digest)), (96, 7705))
-        for file in self.each():
-            data = file.sections[".manifest"].data
-            self.assertEqual(data[:8 + 7705 + 3], struct.pack("<II", 7705, 2) + digest + bytes(3))
-            self.assertEqual(struct.unpack_from("<II", data, 7716), (276, 1))
-            self.assertRegex(data[7724:8000].decode(), r"\Afwe_ui_wayfind\npkg_id: 0{40}\nbuilt by: .+\non host: .+\npid: .+\nat: .+\n"
-                                                       r"comment: .*\n\0\Z")
+        data = section(file, ".manifest").data
+        self.assertEqual(data[:8 + 7705 + 3], struct.pack("<II", 7705, 2) + digest + bytes(3))
+        self.assertEqual(data[7716:7724], struct.pack("<II", 276, 1))
+        self.assertRegex(data[7724:8000].decode(errors="replace"), r"\Afwe_ui_wayfind\npkg_id: 0{40}\nbuilt by: .+\non host: .+\npid: .+\nat: .+\n"
+                                                   r"comment: .*\n\0\Z")
 
 
 if __name__ == "__main__":

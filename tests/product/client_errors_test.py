@@ -130,6 +130,12 @@ class ClientErrors(Case):
     def test_frame_longer_than_any(self):
         self.assert_fails(self.given(self.hop_chan[0], with_length(self.hop_chan[1], 0xFFFFFFFF)), "behind frame 1 comes what is no frame")
 
+    def test_frame_of_the_longest_length_is_waited_for(self):
+        self.assert_fails(self.given(self.hop_chan[0], with_length(self.hop_chan[1], 64 << 20)), "hung up before frame 2", f"of {64 << 20} bytes")
+
+    def test_frame_of_more_than_the_longest_length(self):
+        self.assert_fails(self.given(self.hop_chan[0], with_length(self.hop_chan[1], (64 << 20) + 1)), "behind frame 1 comes what is no frame")
+
     def test_garbage_in_place_of_a_frame(self):
         self.assert_fails(self.given(self.hop_chan[0], b"garbage" * 20), "behind frame 1 comes what is no frame")
 

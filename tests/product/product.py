@@ -51,8 +51,11 @@ class Agent:
         raise RuntimeError("no VmRSS")
 
 
-def run(*arguments):
-    return subprocess.run([WAYFIND, *map(str, arguments)], capture_output=True, text=True, timeout=PATIENCE, check=False)
+def run(*arguments, environment=()):
+    # Under a sanitizer nothing could be preloaded otherwise.
+    options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
+    return subprocess.run([WAYFIND, *map(str, arguments)], capture_output=True, text=True, timeout=PATIENCE, check=False,
+                          env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(environment)})
 
 
 class Case(unittest.TestCase):
