@@ -4,10 +4,6 @@
 
 namespace frame {
 
-uint8_t* state_entry(const Call& call, void* object, const FieldRow& field) {
-  return seen_state_block(call, object, owner(field)) + field.state;
-}
-
 void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err,
                 const FieldRow& field) {
   const Call call{handle, instance, err};

@@ -38,7 +38,9 @@ inline void store_count(const Call& call, void* object, const FieldRow& field, u
 }
 
 // The array's entry in the state block.
-uint8_t* state_entry(const Call& call, void* object, const FieldRow& field);
+inline uint8_t* state_entry(const Call& call, void* object, const FieldRow& field) {
+  return seen_state_block(call, object, owner(field)) + field.state;
+}
 // The element bytes that an entry points to, or null. set_all_state_tracking_flag() fills the
 // pointer with one byte value, which then means null: no block lies at an address of eight equal
 // bytes.

@@ -118,14 +118,6 @@ void release_unreached_arrays(const Call& call, void* object, int reached,
 
 }  // namespace
 
-void give_back(const Call& call, void* object) {
-  const uint64_t word = load<uint64_t>(object);
-  if (has_flag(object, OBJ_OWNS_SLOT_BLOCK) && word != 0)
-    release(call, reinterpret_cast<void*>(word));
-  store<uint64_t>(call, object, 0, nullptr);
-  release(call, object);
-}
-
 void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                     const RecordRow& record) {
   if (object == nullptr || object == sentinel(record)) return;
@@ -168,7 +160,7 @@ void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint3
   }
   if (free_storage == 0) return;
   if (watched(call)) orkdb_plat_set_destroy(handle, instance, object);
-  give_back(call, object);
+  free_object(call, object);
 }
 
 }  // namespace frame

@@ -14,9 +14,6 @@ void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint3
 void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                     const RecordRow& record);
 
-// What the ends of all objects share, once their own content is gone.
-void give_back(const Call& call, void* object);
-
 // No type holds references of its own: these two only exist so that all types can be asked alike.
 template <class Row>
 uint32_t get_oid_count(const Call& call, const void* object, const Row& row) {

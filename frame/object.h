@@ -100,6 +100,16 @@ inline uint8_t* state_block(const Call& call, void* object, const RecordRow& rec
   return state_block(call, object, layout_of(record, object));
 }
 
+// The end of every object, once what it holds is gone: frees the block that its first word owns, if
+// any, then the object itself.
+inline void free_object(const Call& call, void* object) {
+  const uint64_t word = load<uint64_t>(object);
+  if (has_flag(object, OBJ_OWNS_SLOT_BLOCK) && word != 0)
+    release(call, reinterpret_cast<void*>(word));
+  store<uint64_t>(call, object, 0, nullptr);
+  release(call, object);
+}
+
 // The in-place upgrade, asked for on every write before the gate.
 inline uint32_t adjust(const Call& call, void* object, int newest) {
   const ork_type_info* type = object != nullptr ? ork_get_manifested_type_info(object) : nullptr;

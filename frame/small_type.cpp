@@ -1,6 +1,5 @@
 #include "frame/small_type.h"
 
-#include "frame/destroy.h"
 #include "frame/make.h"
 
 namespace frame {
@@ -50,7 +49,7 @@ void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object,
   if (variant >= 0) raise_counter(call, info, info->varinfo->entries[0].destroy_count);
   if (free_storage == 0) return;
   if (watched(call)) orkdb_plat_set_destroy(handle, instance, object);
-  give_back(call, object);
+  free_object(call, object);
 }
 
 uint32_t small_adjust_variant(const Call& call, void* object) {
