@@ -38,7 +38,7 @@ int32_t compare_at(const void* a, const void* b, const FieldRow& field) {
     case Kind::flag_set: return small_compare(a, b, frame::small_type(field));
     case Kind::record: return compare(a, b, frame::child_record(field));
   }
-  return 0;
+  __builtin_unreachable();
 }
 
 // The counters have compared equal by now.
@@ -60,28 +60,22 @@ int32_t compare_array(const void* a, const void* b, const FieldRow& field) {
 }
 
 uint32_t hash_at(const void* at, uint32_t seed, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::record: return hash(at, seed, frame::child_record(field));
-    case Kind::enumeration:
-    case Kind::flag_set: return small_hash(at, seed, frame::small_type(field));
-    case Kind::character: return SuperFastHash(static_cast<const char*>(at), field.width, seed);
-    case Kind::u_int8:
-    case Kind::u_int16:
-    case Kind::u_int32:
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address: break;
-  }
-  return with_primitive(field.kind, [&](auto coded) { return coded.hash(at, seed); });
+  return with_kind(field.kind,
+                   Cases{[&](WholeRecord) { return hash(at, seed, frame::child_record(field)); },
+                         [&](SmallType) { return small_hash(at, seed, frame::small_type(field)); },
+                         [&](FixedString) {
+                           return SuperFastHash(static_cast<const char*>(at), field.width, seed);
+                         },
+                         [&]<Kind K>(Coded<K> coded) { return coded.hash(at, seed); }});
 }
 
 // The counter goes in once as a field and once more as the array's own length.
 uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
   const uint32_t count = frame::usable_count(object, field);
   const void* counter = frame::byte_at(object, field.counter);
-  uint32_t running =
-      with_primitive(field.counter_kind, [&](auto coded) { return coded.hash(counter, seed); });
+  uint32_t running = frame::with_counter(field.counter_kind, [&]<Kind K>(frame::Primitive<K>) {
+    return Coded<K>::hash(counter, seed);
+  });
   if (field.cls == Class::value_array) {
     const uint64_t bytes = uint64_t{count} * field.width;
     const auto length = static_cast<uint32_t>(bytes < UINT32_MAX ? bytes : UINT32_MAX);

@@ -37,9 +37,9 @@ template <const Record& R, size_t N>
 [[gnu::always_inline]] inline uint64_t field_length(const Call& call, const void* object) {
   constexpr const FieldRow& field = model::field_at<R, N>;
   const void* at = object != nullptr ? frame::field_of(object, field) : nullptr;
-  if constexpr (field.array != model::no_type) {
+  if constexpr (shape_of(field) == Shape::array) {
     return array_length<R, N>(call, object);
-  } else if constexpr (field.cls == Class::text) {
+  } else if constexpr (field.kind == Kind::character) {
     return object != nullptr
                ? field.width * char_len(call.handle, call.instance, static_cast<const char*>(at))
                : 0;
@@ -59,10 +59,15 @@ template <const Record& R, size_t N>
 template <const Record& R, size_t N>
 [[gnu::always_inline]] inline uint64_t state_length(const void* object) {
   constexpr const FieldRow& field = model::field_at<R, N>;
-  if constexpr (field.cls == Class::counter) return 0;
-  if constexpr (field.cls == Class::text) return field.width + 1u;
-  if constexpr (field.array != model::no_type) return 1u + frame::usable_count(object, field);
-  return 1;
+  constexpr Shape shape = shape_of(field);
+  if constexpr (shape == Shape::counter) {
+    return 0;
+  } else if constexpr (shape == Shape::array) {
+    return 1u + frame::usable_count(object, field);
+  } else {
+    static_assert(shape == Shape::single);
+    return field.kind == Kind::character ? field.width + 1u : 1u;
+  }
 }
 
 template <const Record& R>

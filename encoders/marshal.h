@@ -72,7 +72,7 @@ template <const Record& R, size_t N>
                                                  const void* object) {
   constexpr const FieldRow& field = model::field_at<R, N>;
   const void* at = frame::field_of(object, field);
-  if constexpr (field.cls == Class::text) {
+  if constexpr (field.kind == Kind::character) {
     marshal_text(call, out, static_cast<const char*>(at), field.width);
   } else if constexpr (field.kind == Kind::record) {
     out.advance(marshal_body<*model::records[field.type]>(call, out.here(), at, out.room(), true));
@@ -105,13 +105,15 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   walk<R>(
       variant, [&]<size_t N>() __attribute__((always_inline)) {
         constexpr const FieldRow& field = model::field_at<R, N>;
-        if constexpr (field.cls == Class::counter) {
+        constexpr Shape shape = shape_of(field);
+        if constexpr (shape == Shape::counter) {
           const auto count = static_cast<typename Coded<field.kind>::Storage>(
               frame::usable_count(object, model::field_at<R, N + 1>));
           out.advance(Coded<field.kind>::marshal(call, out.here(), &count, out.room()));
-        } else if constexpr (field.array != model::no_type) {
+        } else if constexpr (shape == Shape::array) {
           marshal_array<R, N>(call, out, object, states, tracked);
         } else {
+          static_assert(shape == Shape::single);
           marshal_field<R, N>(call, out, object);
           if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
         }

@@ -55,24 +55,46 @@ WAYFIND_CODED(link_type, ork_link_type)
 WAYFIND_CODED(ip_address, ork_ip_address)
 #undef WAYFIND_CODED
 
-// Runs `use` with the coding of a primitive that is only known at run time. Kinds that are no
-// primitive are not asked for.
-template <class Use>
-[[gnu::always_inline]] inline auto with_primitive(Kind kind, Use&& use) {
-  switch (kind) {
-    case Kind::u_int8: return use(Coded<Kind::u_int8>{});
-    case Kind::u_int16: return use(Coded<Kind::u_int16>{});
-    case Kind::u_int32: return use(Coded<Kind::u_int32>{});
-    case Kind::u_int64: return use(Coded<Kind::u_int64>{});
-    case Kind::ork_boolean: return use(Coded<Kind::ork_boolean>{});
-    case Kind::link_type: return use(Coded<Kind::link_type>{});
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set:
-    case Kind::record: break;
+// How an encoder that is unrolled over rows treats a field.
+enum class Shape : uint8_t { single, counter, array };
+constexpr Shape shape_of(const FieldRow& field) {
+  switch (field.cls) {
+    case Class::value:
+    case Class::object:
+    case Class::text: return Shape::single;
+    case Class::counter: return Shape::counter;
+    case Class::value_array:
+    case Class::record_array: return Shape::array;
   }
-  return use(Coded<Kind::ip_address>{});
+  __builtin_unreachable();
+}
+
+// What a field is to an encoder that walks rows: one of the primitives above, or one of these.
+struct FixedString {};
+struct SmallType {};  // an enum or the flag set
+struct WholeRecord {};
+
+// A function for each of the four, as one visitor.
+template <class... Case>
+struct Cases : Case... {
+  using Case::operator()...;
+};
+template <class... Case>
+Cases(Case...) -> Cases<Case...>;
+
+template <class Visit>
+[[gnu::always_inline]] inline auto with_kind(Kind kind, Visit&& visit) {
+  return frame::visit_kind(kind, [&]<Kind K>(frame::KindTag<K>) {
+    if constexpr (K == Kind::character) {
+      return visit(FixedString{});
+    } else if constexpr (K == Kind::enumeration || K == Kind::flag_set) {
+      return visit(SmallType{});
+    } else if constexpr (K == Kind::record) {
+      return visit(WholeRecord{});
+    } else {
+      return visit(Coded<K>{});
+    }
+  });
 }
 
 }  // namespace encoders

@@ -32,28 +32,23 @@ void close(const Call& call, TextBuffer& out, uint32_t indent) {
 
 uint32_t print_at(const Call& call, TextBuffer& out, uint32_t indent, const char* name,
                   const void* at, const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::record:
-      return print(call, out.here(), indent, name, at, out.room_bytes(),
-                   frame::child_record(field));
-    case Kind::enumeration:
-    case Kind::flag_set:
-      return small_print(call, out.here(), indent, name, at, out.room_bytes(),
-                         frame::small_type(field));
-    case Kind::character:
-      return null_string_print(call.handle, call.instance, out.here(), indent, name,
-                               static_cast<const char*>(at), out.room(), field.width, call.err);
-    case Kind::u_int8:
-    case Kind::u_int16:
-    case Kind::u_int32:
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address: break;
-  }
-  return with_primitive(field.kind, [&](auto coded) {
-    return coded.print(call, out.here(), indent, name, at, out.room());
-  });
+  return with_kind(field.kind,
+                   Cases{[&](WholeRecord) {
+                           return print(call, out.here(), indent, name, at, out.room_bytes(),
+                                        frame::child_record(field));
+                         },
+                         [&](SmallType) {
+                           return small_print(call, out.here(), indent, name, at, out.room_bytes(),
+                                              frame::small_type(field));
+                         },
+                         [&](FixedString) {
+                           return null_string_print(call.handle, call.instance, out.here(), indent,
+                                                    name, static_cast<const char*>(at), out.room(),
+                                                    field.width, call.err);
+                         },
+                         [&]<Kind K>(Coded<K> coded) {
+                           return coded.print(call, out.here(), indent, name, at, out.room());
+                         }});
 }
 
 void print_field(const Call& call, TextBuffer& out, uint32_t indent, const void* object,

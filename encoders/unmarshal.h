@@ -102,7 +102,7 @@ template <const Record& R, size_t N>
                                                    void* object) {
   constexpr const FieldRow& field = model::field_at<R, N>;
   void* at = frame::field_of(object, field);
-  if constexpr (field.cls == Class::text) {
+  if constexpr (field.kind == Kind::character) {
     unmarshal_text(call, in, static_cast<char*>(at), field.width, image.reuse);
   } else if constexpr (field.kind == Kind::record) {
     in.follow(
@@ -135,14 +135,16 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
   const bool whole = walk<R>(
       image.variant, [&]<size_t N>() __attribute__((always_inline)) {
         constexpr const FieldRow& field = model::field_at<R, N>;
-        if constexpr (field.cls == Class::counter) {
+        constexpr Shape shape = shape_of(field);
+        if constexpr (shape == Shape::counter) {
           old_count = frame::stored_count(object, model::field_at<R, N + 1>);
           in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field),
                                                   in.room(), reuse));
           return true;
-        } else if constexpr (field.array != model::no_type) {
+        } else if constexpr (shape == Shape::array) {
           return unmarshal_array<R, N>(call, in, image, object, old_count);
         } else {
+          static_assert(shape == Shape::single);
           unmarshal_field<R, N>(call, in, image, object);
           unmarshal_state(in, image, field);
           return true;

@@ -34,26 +34,22 @@ void read_at(const Call& call, const Path& path, const Document& document, void*
     if (!call.failed()) call.fail(ENOENT);
     return;
   }
-  switch (field.kind) {
-    case Kind::record: return from_xml(call, path.text, document, at, frame::child_record(field));
-    case Kind::enumeration:
-    case Kind::flag_set:
-      return small_from_xml(call, path.text, document, at, frame::small_type(field));
-    case Kind::character:
-      return null_string_from_xml(call.handle, call.instance, path.text, document.xml,
-                                  static_cast<char*>(at), field.width, call.err, document.err_text,
-                                  document.err_text_len);
-    case Kind::u_int8:
-    case Kind::u_int16:
-    case Kind::u_int32:
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address: break;
-  }
-  with_primitive(field.kind, [&](auto coded) {
-    coded.from_xml(call, path.text, document.xml, at, document.err_text, document.err_text_len);
-  });
+  with_kind(field.kind,
+            Cases{[&](WholeRecord) {
+                    from_xml(call, path.text, document, at, frame::child_record(field));
+                  },
+                  [&](SmallType) {
+                    small_from_xml(call, path.text, document, at, frame::small_type(field));
+                  },
+                  [&](FixedString) {
+                    null_string_from_xml(call.handle, call.instance, path.text, document.xml,
+                                         static_cast<char*>(at), field.width, call.err,
+                                         document.err_text, document.err_text_len);
+                  },
+                  [&]<Kind K>(Coded<K> coded) {
+                    coded.from_xml(call, path.text, document.xml, at, document.err_text,
+                                   document.err_text_len);
+                  }});
 }
 
 // An array's element is read into an object of its own first.

@@ -20,29 +20,23 @@ uint32_t close(const Call& call, TextBuffer& out, const char* tag) {
 
 uint32_t write_at(const Call& call, TextBuffer& out, void* at, uint8_t state,
                   const FieldRow& field) {
-  switch (field.kind) {
-    case Kind::record:
-      return to_xml(call, field.name, out.here(), at, out.room_bytes(), state,
-                    frame::child_record(field));
-    case Kind::enumeration:
-    case Kind::flag_set:
-      return small_to_xml(call, field.name, out.here(), at, out.room_bytes(),
-                          frame::small_type(field));
-    case Kind::character:
-      return null_string_to_xml(call.handle, call.instance, field.name, out.here(),
-                                static_cast<const char*>(at), out.room(), field.width, state,
-                                call.err);
-    case Kind::u_int8:
-    case Kind::u_int16:
-    case Kind::u_int32:
-    case Kind::u_int64:
-    case Kind::ork_boolean:
-    case Kind::link_type:
-    case Kind::ip_address: break;
-  }
-  return with_primitive(field.kind, [&](auto coded) {
-    return coded.to_xml(call, field.name, out.here(), at, out.room(), state);
-  });
+  return with_kind(field.kind,
+                   Cases{[&](WholeRecord) {
+                           return to_xml(call, field.name, out.here(), at, out.room_bytes(), state,
+                                         frame::child_record(field));
+                         },
+                         [&](SmallType) {
+                           return small_to_xml(call, field.name, out.here(), at, out.room_bytes(),
+                                               frame::small_type(field));
+                         },
+                         [&](FixedString) {
+                           return null_string_to_xml(call.handle, call.instance, field.name,
+                                                     out.here(), static_cast<const char*>(at),
+                                                     out.room(), field.width, state, call.err);
+                         },
+                         [&]<Kind K>(Coded<K> coded) {
+                           return coded.to_xml(call, field.name, out.here(), at, out.room(), state);
+                         }});
 }
 
 // Every element is one child of the field's plain name. An error from a state getter still lets

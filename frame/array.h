@@ -4,6 +4,7 @@
 // frame/array_storage.h has all that allocates or frees.
 #pragma once
 
+#include "frame/primitives.h"
 #include "frame/state.h"
 
 namespace frame {
@@ -11,9 +12,24 @@ namespace frame {
 // of the pointer to the element bytes, in the array's state entry
 inline constexpr size_t elements_offset = 8;
 
+// Code that tells the two classes of arrays apart asks for one of them.
+constexpr bool is_array_class(Class cls) {
+  return cls == Class::value_array || cls == Class::record_array;
+}
+static_assert(
+    [] {
+      for (const FieldRow& row : model::field_rows) {
+        if ((row.array != model::no_type) != is_array_class(row.cls)) return false;
+      }
+      return true;
+    }(),
+    "an array is of values or of records");
+
 inline uint32_t stored_count(const void* object, const FieldRow& field) {
   const uint8_t* counter = byte_at(object, field.counter);
-  return field.counter_kind == Kind::u_int8 ? *counter : load<uint32_t>(counter);
+  return with_counter(field.counter_kind, [&](auto primitive) -> uint32_t {
+    return load<typename decltype(primitive)::Storage>(counter);
+  });
 }
 inline void* block_of(const void* object, const FieldRow& field) {
   return load<void*>(field_of(object, field));
@@ -30,11 +46,9 @@ inline void* element_at(const void* object, const FieldRow& field, uint64_t inde
 // An 8-bit counter keeps the low byte of the count.
 inline void store_count(const Call& call, void* object, const FieldRow& field, uint64_t count) {
   uint8_t* counter = byte_at(object, field.counter);
-  if (field.counter_kind == Kind::u_int8) {
-    store(call, counter, static_cast<uint8_t>(count), object);
-  } else {
-    store(call, counter, static_cast<uint32_t>(count), object);
-  }
+  with_counter(field.counter_kind, [&](auto primitive) {
+    store(call, counter, static_cast<typename decltype(primitive)::Storage>(count), object);
+  });
 }
 
 // The array's entry in the state block.

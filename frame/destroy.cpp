@@ -14,10 +14,6 @@ const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); 
 
 constexpr uint32_t max_references = 4096;  // of one field, as their list lies on the stack
 
-bool owns(const FieldRow& field) {
-  return is_embedded_record(field) || field.kind == Kind::ip_address;
-}
-
 // False while the object must stay: its mapping cannot go, or references are left.
 bool remove_oid_mapping(const Call& call, void* object, const RecordRow& record) {
   const uint32_t gone =
@@ -73,7 +69,7 @@ bool destroy_field(const Call& call, void* object, const FieldRow& field) {
     destroy_array(call, object, field);
     return true;
   }
-  if (!owns(field)) return true;
+  if (!model::may_refer(field)) return true;
   void* at = field_of(object, field);
   const uint32_t count = count_references(call, at, field);
   if (count != 0 && !drop_references(call, at, count, field)) return false;

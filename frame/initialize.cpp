@@ -1,11 +1,39 @@
 #include "frame/initialize.h"
 
-#include "frame/primitives.h"
+#include "frame/kinds.h"
 #include "frame/small_type.h"
 #include "frame/state.h"
+#include "ork/primitives.h"
 
 namespace frame {
 namespace {
+
+// Primitives that are objects: they have a header, which the runtime makes.
+template <Kind>
+struct ObjectPrimitive;
+
+#define WAYFIND_OBJECT(family, storage)                                                         \
+  template <>                                                                                   \
+  struct ObjectPrimitive<Kind::family> {                                                        \
+    static void initialize(const Call& c, void* at, const Initialization& how) {                \
+      family##_initialize(c.handle, c.instance, static_cast<storage*>(at),                      \
+                          &_##family##_type_info_internal, how.notify, how.no_stats, how.flags, \
+                          how.base, c.err);                                                     \
+    }                                                                                           \
+    static void set_instance_embedded(const Call& c, void* at) {                                \
+      family##_set_instance_embedded(c.handle, c.instance, static_cast<storage*>(at));          \
+    }                                                                                           \
+  };
+
+WAYFIND_OBJECT(ip_address, ork_ip_address)
+WAYFIND_OBJECT(ork_boolean, ork_boolean)
+WAYFIND_OBJECT(link_type, ork_link_type)
+#undef WAYFIND_OBJECT
+
+// Kinds that have no header: all that they are made of is their value.
+template <Kind K>
+inline constexpr bool is_plain = K == Kind::u_int8 || K == Kind::u_int16 || K == Kind::u_int32 ||
+                                 K == Kind::u_int64 || K == Kind::character;
 
 // The base that embedded records take theirs from. False when a nested object was given none.
 bool find_state_base(const Call& call, void* object, uint8_t*& base, const RecordRow& record) {
@@ -28,33 +56,32 @@ bool find_state_base(const Call& call, void* object, uint8_t*& base, const Recor
   return true;
 }
 
-void initialize_field(const Call& call, void* at, const Initialization& how,
+// `field` has a value or an object in place.
+void initialize_field(const Call& call, void* object, const Initialization& how,
                       const FieldRow& field) {
-  const ork_type_info* type = nullptr;
-  switch (field.kind) {
-    case Kind::record:
-      return initialize(call, at, descriptor(child_record(field)), how, child_record(field));
-    case Kind::enumeration:
-    case Kind::flag_set:
-      return initialize(call, at, descriptor(small_type(field)), how, small_type(field));
-    case Kind::ip_address:
-      type = descriptor(Kind::ip_address);
-      return ip_address_initialize(call.handle, call.instance, static_cast<ork_ip_address*>(at),
-                                   type, how.notify, how.no_stats, how.flags, how.base, call.err);
-    case Kind::ork_boolean:
-      type = descriptor(Kind::ork_boolean);
-      return ork_boolean_initialize(call.handle, call.instance, static_cast<ork_boolean*>(at), type,
-                                    how.notify, how.no_stats, how.flags, how.base, call.err);
-    case Kind::link_type:
-      type = descriptor(Kind::link_type);
-      return link_type_initialize(call.handle, call.instance, static_cast<ork_link_type*>(at), type,
-                                  how.notify, how.no_stats, how.flags, how.base, call.err);
-    case Kind::u_int8:
-    case Kind::u_int16:
-    case Kind::u_int32:
-    case Kind::u_int64:
-    case Kind::character: return;
-  }
+  void* at = field_of(object, field);
+  visit_kind(field.kind, [&]<Kind K>(KindTag<K>) {
+    if constexpr (K == Kind::record) {
+      initialize(call, at, descriptor(child_record(field)), how, child_record(field));
+    } else if constexpr (K == Kind::enumeration || K == Kind::flag_set) {
+      initialize(call, at, descriptor(small_type(field)), how, small_type(field));
+    } else if constexpr (!is_plain<K>) {
+      ObjectPrimitive<K>::initialize(call, at, how);
+    }
+  });
+}
+
+void set_field_embedded(const Call& call, void* object, const FieldRow& field) {
+  void* at = field_of(object, field);
+  visit_kind(field.kind, [&]<Kind K>(KindTag<K>) {
+    if constexpr (K == Kind::record) {
+      set_instance_embedded(call.handle, call.instance, at, child_record(field));
+    } else if constexpr (K == Kind::enumeration || K == Kind::flag_set) {
+      set_instance_embedded(call.handle, call.instance, at, small_type(field));
+    } else if constexpr (!is_plain<K>) {
+      ObjectPrimitive<K>::set_instance_embedded(call, at);
+    }
+  });
 }
 
 }  // namespace
@@ -95,7 +122,7 @@ void initialize(const Call& call, void* object, const ork_type_info* type, Initi
   const Initialization child{how.notify, how.no_stats, OBJ_NESTED, how.base};
   for (const FieldRow& field : model::fields_of(record)) {
     if (field.cls == model::Class::value || field.cls == model::Class::object)
-      initialize_field(call, field_of(object, field), child, field);
+      initialize_field(call, object, child, field);
   }
 }
 
@@ -106,27 +133,8 @@ void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
   uint32_t local = 0;
   const Call call{handle, instance, &local};
   for (const FieldRow& field : held_fields(record, object)) {
-    if (field.cls != model::Class::value && field.cls != model::Class::object) continue;
-    void* at = field_of(object, field);
-    switch (field.kind) {
-      case Kind::record: set_instance_embedded(handle, instance, at, child_record(field)); break;
-      case Kind::enumeration:
-      case Kind::flag_set: set_instance_embedded(handle, instance, at, small_type(field)); break;
-      case Kind::ip_address:
-        ip_address_set_instance_embedded(handle, instance, static_cast<ork_ip_address*>(at));
-        break;
-      case Kind::ork_boolean:
-        ork_boolean_set_instance_embedded(handle, instance, static_cast<ork_boolean*>(at));
-        break;
-      case Kind::link_type:
-        link_type_set_instance_embedded(handle, instance, static_cast<ork_link_type*>(at));
-        break;
-      case Kind::u_int8:
-      case Kind::u_int16:
-      case Kind::u_int32:
-      case Kind::u_int64:
-      case Kind::character: break;
-    }
+    if (field.cls == model::Class::value || field.cls == model::Class::object)
+      set_field_embedded(call, object, field);
   }
   mark_embedded(call, object);
 }

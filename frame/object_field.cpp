@@ -22,14 +22,18 @@ void object_set(ork_handle* handle, uint32_t instance, void* object, const void*
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
   void* at = field_of(object, field);
-  if (field.kind == Kind::record) {
-    record_set(call, at, from, child_record(field));
-  } else if (field.kind == Kind::flag_set) {
-    flag_set_set(call, at, from, small_type(field));
-  } else {
-    ip_address_set(handle, instance, static_cast<ork_ip_address*>(at),
-                   static_cast<const ork_ip_address*>(from), err);
-  }
+  visit_kind(field.kind, [&]<Kind K>(KindTag<K>) {
+    if constexpr (K == Kind::record) {
+      record_set(call, at, from, child_record(field));
+    } else if constexpr (K == Kind::flag_set) {
+      flag_set_set(call, at, from, small_type(field));
+    } else if constexpr (K == Kind::ip_address) {
+      ip_address_set(handle, instance, static_cast<ork_ip_address*>(at),
+                     static_cast<const ork_ip_address*>(from), err);
+    } else {
+      no_row<Class::object, K>();
+    }
+  });
   if (mark<Function::set>(call, object, field)) contain(call, from, object);
 }
 

@@ -2,6 +2,7 @@
 // all of them.
 #pragma once
 
+#include "frame/kinds.h"
 #include "frame/object.h"
 #include "ork/primitives.h"
 
@@ -39,26 +40,6 @@ WAYFIND_PRIMITIVE(ork_boolean, ork_boolean, ork_boolean)
 WAYFIND_PRIMITIVE(link_type, ork_link_type, uint32_t)
 #undef WAYFIND_PRIMITIVE
 
-// Runs `use` with the primitive of a value whose kind is only known at run time. Kinds that are no
-// such primitive are not asked for.
-template <class Use>
-[[gnu::always_inline]] inline auto with_value(Kind kind, Use&& use) {
-  switch (kind) {
-    case Kind::u_int8: return use(Primitive<Kind::u_int8>{});
-    case Kind::u_int16: return use(Primitive<Kind::u_int16>{});
-    case Kind::u_int32: return use(Primitive<Kind::u_int32>{});
-    case Kind::u_int64: return use(Primitive<Kind::u_int64>{});
-    case Kind::ork_boolean: return use(Primitive<Kind::ork_boolean>{});
-    case Kind::link_type:
-    case Kind::ip_address:
-    case Kind::character:
-    case Kind::enumeration:
-    case Kind::flag_set:
-    case Kind::record: break;
-  }
-  return use(Primitive<Kind::link_type>{});
-}
-
 // Elements of arrays of values: their size is the runtime's to tell, and they can stand alone as
 // scratch values.
 template <Kind>
@@ -81,9 +62,27 @@ WAYFIND_ELEMENT(u_int32)
 
 template <class Use>
 [[gnu::always_inline]] inline auto with_element(Kind kind, Use&& use) {
-  if (kind == Kind::u_int8) return use(Element<Kind::u_int8>{});
-  if (kind == Kind::u_int16) return use(Element<Kind::u_int16>{});
-  return use(Element<Kind::u_int32>{});
+  using Result = decltype(use(Element<Kind::u_int8>{}));
+  return visit_kind(kind, [&]<Kind K>(KindTag<K>) -> Result {
+    if constexpr (requires { sizeof(Element<K>); }) {
+      return use(Element<K>{});
+    } else {
+      no_row<Class::value_array, K>();
+    }
+  });
+}
+
+// Runs `use` with the primitive of an array's counter.
+template <class Use>
+[[gnu::always_inline]] inline auto with_counter(Kind kind, Use&& use) {
+  using Result = decltype(use(Primitive<Kind::u_int8>{}));
+  return visit_kind(kind, [&]<Kind K>(KindTag<K>) -> Result {
+    if constexpr (K == Kind::u_int8 || K == Kind::u_int32) {
+      return use(Primitive<K>{});
+    } else {
+      no_row<Class::counter, K>();
+    }
+  });
 }
 
 }  // namespace frame

@@ -43,11 +43,6 @@ const ork_type_info* descriptor(const RecordRow& record) { return descriptors[re
 const ork_type_info* descriptor(const SmallRow& type) {
   return descriptors[model::record_count + type.index];
 }
-const ork_type_info* descriptor(Kind primitive) {
-  if (primitive == Kind::ip_address) return &_ip_address_type_info_internal;
-  return primitive == Kind::ork_boolean ? &_ork_boolean_type_info_internal
-                                        : &_link_type_type_info_internal;
-}
 
 void type_variant_dump(int (*print)(const char* format, ...)) {
   for (const ork_type_info* const* type = descriptors; *type != nullptr; ++type) {

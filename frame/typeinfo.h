@@ -15,8 +15,6 @@ namespace frame {
 extern const ork_type_info* const descriptors[];
 const ork_type_info* descriptor(const RecordRow& record);
 const ork_type_info* descriptor(const SmallRow& type);
-// The runtime's descriptors of the primitives that are objects.
-const ork_type_info* descriptor(Kind primitive);
 
 void type_variant_dump(int (*print)(const char* format, ...));
 

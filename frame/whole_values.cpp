@@ -8,22 +8,31 @@ namespace frame {
 namespace {
 
 void read_field(const Call& call, void* object, void* out, const FieldRow& field) {
-  if (field.kind == Kind::enumeration) return put(out, read_enum_field(call, object, field));
-  with_value(field.kind, [&](auto primitive) {
-    using Value = typename decltype(primitive)::Value;
-    auto* at = primitive.get(call, field_of(object, field));
-    if (at == nullptr) return put(out, Value{0});
-    contain(call, at, object);
-    put(out, primitive.get_value(call, at));
+  visit_kind(field.kind, [&]<Kind K>(KindTag<K>) {
+    if constexpr (K == Kind::enumeration) {
+      put(out, read_enum_field(call, object, field));
+    } else if constexpr (requires { sizeof(Primitive<K>); }) {
+      using Value = typename Primitive<K>::Value;
+      auto* at = Primitive<K>::get(call, field_of(object, field));
+      if (at == nullptr) return put(out, Value{0});
+      contain(call, at, object);
+      put(out, Primitive<K>::get_value(call, at));
+    } else {
+      no_row<Class::value, K>();
+    }
   });
 }
 
 void write_field(const Call& call, void* object, uint64_t value, const FieldRow& field) {
   void* at = field_of(object, field);
-  if (field.kind == Kind::enumeration)
-    return enum_set_value(call, at, static_cast<uint32_t>(value), small_type(field));
-  with_value(field.kind, [&](auto primitive) {
-    primitive.set_value(call, at, static_cast<typename decltype(primitive)::Value>(value));
+  visit_kind(field.kind, [&]<Kind K>(KindTag<K>) {
+    if constexpr (K == Kind::enumeration) {
+      enum_set_value(call, at, static_cast<uint32_t>(value), small_type(field));
+    } else if constexpr (requires { sizeof(Primitive<K>); }) {
+      Primitive<K>::set_value(call, at, static_cast<typename Primitive<K>::Value>(value));
+    } else {
+      no_row<Class::value, K>();
+    }
   });
 }
 
