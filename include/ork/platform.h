@@ -138,13 +138,13 @@ struct ork_options {
   enum ork_tracking tracking;  /* ORK_TRACKING_ABSENT */
   struct ork_storage* storage; /* null: private */
   const struct ork_type_list*
-      release;           /* what this process pretends to be; copied. null: all that it is */
-  uint32_t cr_instance;  /* ORK_NO_INSTANCE */
-  size_t memory_budget;  /* bytes of live blocks that private storage may hold; 0: no limit. 0 */
-  size_t workspace_size; /* bytes, at most INT32_MAX. 1 MiB */
-  uint32_t strict_epoch; /* nonzero: error 43 is written to the caller's slot as well. 0 */
-  uint32_t db_recording; /* nonzero: the database hooks are told. 0 */
-  uint32_t suppress_messages;     /* nonzero: failed marshals are reported at level debug. 0 */
+      release;                /* what this process pretends to be; copied. null: all that it is */
+  uint32_t cr_instance;       /* ORK_NO_INSTANCE */
+  size_t memory_budget;       /* what private storage may take from the process; 0: no limit. 0 */
+  size_t workspace_size;      /* bytes, at most INT32_MAX. 1 MiB */
+  uint32_t strict_epoch;      /* nonzero: error 43 is written to the caller's slot as well. 0 */
+  uint32_t db_recording;      /* nonzero: the database hooks are told. 0 */
+  uint32_t suppress_messages; /* nonzero: failed marshals are reported at level debug. 0 */
   struct ork_observers observers; /* all null */
 };
 
@@ -157,11 +157,13 @@ struct ork_handle* ork_handle_create(const struct ork_options* options, uint32_t
 /* What the storage of a handle holds. */
 struct ork_memory_report {
   uint64_t live_blocks;
-  uint64_t live_bytes;
+  uint64_t live_bytes; /* as asked for */
   uint64_t peak_bytes;
-  uint64_t allocations;    /* made so far */
-  uint64_t refusals;       /* allocations that failed */
-  uint64_t live_distances; /* objects in the map of state distances */
+  uint64_t allocations;     /* made so far */
+  uint64_t refusals;        /* allocations that failed */
+  uint64_t live_distances;  /* objects in the map of state distances */
+  uint64_t held_bytes;      /* what all of it takes: this is what a budget counts */
+  uint64_t peak_held_bytes; /* the most that it ever took */
 };
 
 void ork_handle_memory(const struct ork_handle* handle, struct ork_memory_report* report);

@@ -50,6 +50,7 @@ void destroy_member(ork_handle* handle, uint32_t instance, ork_bundle_member* me
     member->entry.destroy(handle, instance, member->message);
   }
   delete member;
+  runtime(handle).storage->discharge(member_cost);
 }
 
 }  // namespace

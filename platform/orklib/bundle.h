@@ -1,8 +1,10 @@
-// The entries of a handle's two bundle lists. They lie outside the handle's budget.
+// The entries of a handle's two bundle lists. Those received are charged to the handle's storage;
+// those to be sent are at most one for each row of the bundle's table.
 #pragma once
 
 #include <memory>
 
+#include "memory_cost.h"
 #include "ork/bundle.h"
 #include "ork/platform.h"
 
@@ -26,3 +28,9 @@ struct ork_bundle_member {
   ork_dispatch_entry entry;  // a copy: the handle may outlive the dispatcher
   void* message;             // null once taken
 };
+
+namespace ork {
+
+constexpr size_t member_cost = malloc_cost(sizeof(ork_bundle_member));
+
+}  // namespace ork

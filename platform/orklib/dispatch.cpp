@@ -23,8 +23,14 @@ const ork_dispatch_entry& entry_of(const ork_bundle_dispatch_info* info) {
 // The handler of messages inside a received bundle.
 void keep(ork_handle* handle, uint32_t, void*, void* message, uint32_t* err) {
   guarded(err, [&] {
-    append(handle->bundle_receive_list,
-           (new ork_bundle_member{{}, entry_of(runtime(handle).dispatching), message})->link);
+    Runtime& self = runtime(handle);
+    auto member = std::make_unique<ork_bundle_member>(
+        ork_bundle_member{{}, entry_of(self.dispatching), message});
+    if (!self.storage->charge(member_cost)) {
+      fail(handle, err, ENOMEM);
+      return;
+    }
+    append(handle->bundle_receive_list, member.release()->link);
   });
 }
 

@@ -29,6 +29,9 @@ void notify_counter(void* pool, void* counter, uint32_t, uint32_t instance) {
 void set_tracking(Runtime& handle, ork_tracking tracking) {
   handle.sttr.sttr_mode = tracking == ORK_TRACKING_ON ? ORK_STTR_ON : ORK_STTR_OFF;
   handle.sttr_info = tracking == ORK_TRACKING_ABSENT ? nullptr : &handle.sttr;
+  if (tracking == ORK_TRACKING_ON) {
+    handle.storage->expect_distances();
+  }
 }
 
 void attach_storage(Runtime& handle, const ork_options& options) {

@@ -48,6 +48,7 @@ void show([[maybe_unused]] void* guard, [[maybe_unused]] size_t size) {
 Heap::~Heap() { release_since(0); }
 
 void Heap::release(void*, uint32_t, void* ptr) {
+  static_assert(sizeof(Block) == block_head);
   if (ptr == nullptr) {
     return;
   }
@@ -57,6 +58,7 @@ void Heap::release(void*, uint32_t, void* ptr) {
   heap->mapping_.drop_range(ptr, block->size);
   heap->report_.live_blocks -= 1;
   heap->report_.live_bytes -= block->size;
+  heap->taken_ -= block_cost(block->size);
   if (block->tag != 0) {
     tawny_account(block->tag, -static_cast<int64_t>(block->size), -1);
   }
@@ -67,11 +69,9 @@ void Heap::release(void*, uint32_t, void* ptr) {
 void* Heap::allocate(size_t size) {
   const uint32_t tag = tawny_take_callsite_tag();
   const bool told_to_fail = fail_in_ != 0 && --fail_in_ == 0;
-  const bool over_budget = size > budget_ - std::min<uint64_t>(budget_, report_.live_bytes);
-  void* memory = nullptr;
-  if (!told_to_fail && !over_budget && size <= PTRDIFF_MAX - sizeof(Block)) {
-    memory = std::malloc(sizeof(Block) + size);
-  }
+  const bool fits =
+      !told_to_fail && size <= PTRDIFF_MAX / 8 && has_room_for(block_cost(size), size);
+  void* memory = fits ? std::malloc(sizeof(Block) + size) : nullptr;
   if (memory == nullptr) {
     report_.refusals += 1;
     return nullptr;
@@ -80,6 +80,8 @@ void* Heap::allocate(size_t size) {
   report_.live_blocks += 1;
   report_.live_bytes += size;
   report_.peak_bytes = std::max(report_.peak_bytes, report_.live_bytes);
+  taken_ += block_cost(size);
+  note_peak();
   auto* block = new (memory) Block{this, nullptr, newest_, report_.allocations, size, tag, {}};
   if (newest_ != nullptr) {
     newest_->newer = block;
@@ -95,7 +97,34 @@ void* Heap::allocate(size_t size) {
 ork_memory_report Heap::report() const {
   ork_memory_report report = report_;
   report.live_distances = mapping_.size();
+  report.held_bytes = held();
   return report;
+}
+
+// objects: how many of the bytes may hold objects.
+bool Heap::has_room_for(size_t bytes, size_t objects) const {
+  uint64_t wanted = held() + bytes;
+  if (expects_distances_) {
+    const uint64_t possible = possible_distances(report_.live_bytes + objects);
+    wanted += (possible - std::min<uint64_t>(possible, mapping_.size())) * distance_cost;
+  }
+  return wanted <= budget_;
+}
+
+void Heap::note_peak() { report_.peak_held_bytes = std::max(report_.peak_held_bytes, held()); }
+
+void Heap::set_distance(const void* object, int32_t distance) noexcept {
+  mapping_.set(object, distance);
+  note_peak();
+}
+
+bool Heap::charge(size_t bytes) {
+  if (!has_room_for(bytes, 0)) {
+    return false;
+  }
+  taken_ += bytes;
+  note_peak();
+  return true;
 }
 
 void Heap::release_since(uint64_t mark) {

@@ -13,7 +13,7 @@ class LocalStorage final : public ork_storage {
 
   void serve(ork_handle& handle) override;
   void set_distance(const void* object, int32_t distance) noexcept override {
-    heap_.mapping().set(object, distance);
+    heap_.set_distance(object, distance);
   }
   std::optional<int32_t> distance(const void* object) const override {
     return heap_.mapping().find(object);
@@ -25,6 +25,9 @@ class LocalStorage final : public ork_storage {
       heap_.release_since(frame);
     }
   }
+  void expect_distances() override { heap_.expect_distances(); }
+  bool charge(size_t bytes) override { return heap_.charge(bytes); }
+  void discharge(size_t bytes) override { heap_.discharge(bytes); }
   ork_memory_report report() const override { return heap_.report(); }
   void fail_allocation(uint64_t nth) override { heap_.fail_allocation(nth); }
   void each_type(const std::function<void(const ork_type_info&)>& visit) const override {

@@ -29,6 +29,13 @@ struct ork_storage {
   virtual uint64_t begin_frame() = 0;
   virtual void end_frame(uint64_t frame, bool give_back) = 0;
 
+  // A handle on the storage tracks states, so that distances will come.
+  virtual void expect_distances() = 0;
+
+  // Counts bytes that a handle took for the members of a bundle. False: over budget.
+  virtual bool charge(size_t bytes) = 0;
+  virtual void discharge(size_t bytes) = 0;
+
   virtual ork_memory_report report() const = 0;
   virtual void fail_allocation(uint64_t nth) = 0;
   virtual void each_type(const std::function<void(const ork_type_info&)>& visit) const = 0;

@@ -16,7 +16,7 @@ namespace {
 namespace bip = boost::interprocess;
 
 constexpr uint64_t magic =
-    0x31304d4853'4b524f;  // "ORKSHM01": the layout of SharedHead, and with it of the memory
+    0x32304d4853'4b524f;  // "ORKSHM02": the layout of SharedHead, and with it of the memory
 constexpr size_t head_size = 4096;
 constexpr size_t smallest = size_t{1} << 20;
 static_assert(sizeof(SharedHead) <= head_size);

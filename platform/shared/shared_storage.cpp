@@ -9,6 +9,7 @@
 #include <new>
 
 #include "orklib/heap.h"
+#include "orklib/memory_cost.h"
 #include "orklib/variant_block.h"
 
 namespace ork {
@@ -25,10 +26,8 @@ namespace {
 // Descriptors come first, objects leave room for them.
 constexpr size_t descriptor_reserve = size_t{128} << 10;
 
-// What a distance costs: a node of the map and the allocator's own words. No object is smaller than
-// 24 bytes.
-constexpr size_t distance_cost = 48;
-constexpr size_t smallest_object = 24;
+// What a distance costs here: a node of the map and the allocator's own words.
+constexpr size_t node_cost = 48;
 
 // Runs work under the lock. Memory that runs out and a lock whose holder died give refused.
 template <typename Work, typename Result>
@@ -78,11 +77,18 @@ void SharedStorage::release(void* pool, uint32_t instance, void* ptr) {
 // never given to objects.
 bool SharedStorage::leaves_reserve(size_t size) const {
   const ork_memory_report& report = segment_.head().report;
-  const uint64_t possible = (report.live_bytes + size) / smallest_object + 1;
+  const uint64_t possible = possible_distances(report.live_bytes + size) + 1;
   const uint64_t reserve =
-      descriptor_reserve + (possible - std::min(possible, report.live_distances)) * distance_cost;
+      descriptor_reserve + (possible - std::min(possible, report.live_distances)) * node_cost;
   const size_t available = segment_.memory().get_free_memory();
   return available > reserve && size <= available - reserve;
+}
+
+// Under the lock.
+void SharedStorage::note_held() const {
+  ork_memory_report& report = segment_.head().report;
+  report.held_bytes = segment_.memory().get_size() - segment_.memory().get_free_memory();
+  report.peak_held_bytes = std::max(report.peak_held_bytes, report.held_bytes);
 }
 
 void* SharedStorage::allocate(size_t size) {
@@ -106,6 +112,7 @@ void* SharedStorage::allocate(size_t size) {
     report.live_blocks += 1;
     report.live_bytes += size;
     report.peak_bytes = std::max(report.peak_bytes, report.live_bytes);
+    note_held();
     void* object = new (memory) Block{size, serial, tag, getpid()} + 1;
     if (open_frames_ != 0) {
       frame_blocks_[serial] = object;
@@ -156,7 +163,10 @@ void SharedStorage::end_frame(uint64_t frame, bool give_back) {
 }
 
 ork_memory_report SharedStorage::report() const {
-  return locked(segment_.head(), ork_memory_report{}, [&] { return segment_.head().report; });
+  return locked(segment_.head(), ork_memory_report{}, [&] {
+    note_held();
+    return segment_.head().report;
+  });
 }
 
 // ---- Distances --------------------------------------------------------------
@@ -166,6 +176,7 @@ void SharedStorage::set_distance(const void* object, int32_t distance) noexcept 
   const bool kept = locked(head, false, [&] {
     head.distances[number(object)] = distance;
     head.report.live_distances = head.distances.size();
+    note_held();
     return true;
   });
   if (!kept) {

@@ -19,6 +19,9 @@ class SharedStorage final : public ork_storage {
   void drop_distance(const void* object) override;
   uint64_t begin_frame() override;
   void end_frame(uint64_t frame, bool give_back) override;
+  void expect_distances() override {}
+  bool charge(size_t) override { return true; }
+  void discharge(size_t) override {}
   ork_memory_report report() const override;
   void fail_allocation(uint64_t nth) override { fail_in_ = nth; }
   void each_type(const std::function<void(const ork_type_info&)>& visit) const override;
@@ -39,6 +42,7 @@ class SharedStorage final : public ork_storage {
   void* allocate(size_t size);
   void give_back(void* ptr);
   bool leaves_reserve(size_t size) const;
+  void note_held() const;
 
   mutable Segment segment_;
   uint64_t fail_in_ = 0;

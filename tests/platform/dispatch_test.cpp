@@ -154,6 +154,24 @@ TEST_F(Dispatch, BundleKeepsItsMembersUntilCommit) {
   EXPECT_EQ(orklib_is_accumulating_bundle(handle_.get()), 0u);
 }
 
+TEST_F(Dispatch, members_of_an_open_bundle_count_against_the_budget) {
+  handle_ = make_handle([](ork_options& options) { options.memory_budget = size_t{1} << 16; });
+  add_rows(nullptr);
+  dispatch(frame(start_luid, ""));
+  uint64_t kept = 0;
+  while (dispatch(frame(item_luid, "1")) == 0) {
+    kept += 1;
+  }
+  // a block of one byte takes 80 bytes, a member of 72 as many
+  EXPECT_EQ(kept, (size_t{1} << 16) / 160);
+  EXPECT_EQ(memory_of(handle_).live_blocks, kept) << "the message without a member goes";
+  EXPECT_EQ(memory_of(handle_).held_bytes, kept * 160);
+  EXPECT_EQ(dispatch(frame(commit_luid, "")), 0u);
+  EXPECT_EQ(memory_of(handle_).live_blocks, 1u) << "the one that was taken";
+  EXPECT_EQ(memory_of(handle_).held_bytes, 80u);
+  destroy_item(handle_.get(), 0, received_.kept.at(0));
+}
+
 TEST_F(Dispatch, NothingIsInDispatchBeforeOneNorAfterIt) {
   add_rows(take_item);
   const auto expect_nothing = [&] {
