@@ -107,6 +107,11 @@ struct ork_storage* ork_storage_create(size_t budget, uint32_t* err);
  * An object belongs to one process at a time. Its owner passes it on by means of its own, such as a
  * pipe that carries its address, and does not touch it from then on. Objects outlive their process.
  *
+ * A process that dies in the middle of a change, which takes moments, leaves the storage broken: in
+ * every process each allocation is refused, as if there were no memory, and ork_handle_memory()
+ * reports ENOTRECOVERABLE (131). Objects can still be read; what is freed stays. Remove the name and
+ * create new storage.
+ *
  * Errors: EADDRINUSE (98) if something else is at the address in this process; ENOENT (2) if there
  * is no such storage and size is 0; EINVAL (22) for a wrong name, size or address, or if something
  * else has the name; ENOMEM (12) or ENOSPC (28) without memory; and those of the system.
@@ -154,8 +159,12 @@ void ork_options_init(struct ork_options* options);
    (12), EINVAL (22) for wrong options. */
 struct ork_handle* ork_handle_create(const struct ork_options* options, uint32_t* err);
 
-/* What the storage of a handle holds. */
+/* What the storage of a handle holds. After ENOMEM (12), error tells storage that is broken from
+   storage that is full. */
 struct ork_memory_report {
+  /* 0, or ENOTRECOVERABLE (131) for storage that is broken: a process died while it changed what
+     processes share. Nothing else here is known then: all of it is 0, and stays so. */
+  uint32_t error;
   uint64_t live_blocks;
   uint64_t live_bytes; /* as asked for */
   uint64_t peak_bytes;

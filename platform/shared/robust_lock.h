@@ -24,12 +24,13 @@ class RobustLock {
   RobustLock(const RobustLock&) = delete;
   RobustLock& operator=(const RobustLock&) = delete;
 
-  // Throws std::system_error when a holder died.
+  // Throws std::system_error, ENOTRECOVERABLE when a holder died.
   void lock() {
-    const int result = pthread_mutex_lock(&mutex_);
+    int result = pthread_mutex_lock(&mutex_);
     if (result == EOWNERDEAD) {
       // given up without being made consistent: the refusal is for good
       pthread_mutex_unlock(&mutex_);
+      result = ENOTRECOVERABLE;
     }
     if (result != 0) {
       throw std::system_error(result, std::generic_category());

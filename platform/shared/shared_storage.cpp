@@ -163,7 +163,9 @@ void SharedStorage::end_frame(uint64_t frame, bool give_back) {
 }
 
 ork_memory_report SharedStorage::report() const {
-  return locked(segment_.head(), ork_memory_report{}, [&] {
+  ork_memory_report broken{};
+  broken.error = ENOTRECOVERABLE;
+  return locked(segment_.head(), broken, [&] {
     note_held();
     return segment_.head().report;
   });

@@ -7,7 +7,7 @@
 #include <map>
 #include <sstream>
 
-#include "platform/shared/robust_lock.h"
+#include "platform/shared/segment.h"
 #include "shared_reader.h"
 
 namespace shared_test {
@@ -272,6 +272,47 @@ TEST_F(Shared, FailedFrameGivesBackWhatItTookAndNothingElse) {
   EXPECT_EQ(process.memory().live_bytes, 40u);
   handle->free_fn(handle->mem_pool, 0, kept);
   ork_dispatcher_free(dispatcher);
+}
+
+// Lets another process die while it holds the storage's lock.
+void break_storage(const Process& process) {
+  // the map of distances lies in the first page, as the lock does
+  const uintptr_t inside = reinterpret_cast<uintptr_t>(process.handle->hd_mapping);
+  auto* head = reinterpret_cast<ork::SharedHead*>(inside & ~uintptr_t{4095});
+  const pid_t child = fork();
+  if (child == 0) {
+    head->lock.lock();
+    _exit(0);
+  }
+  waitpid(child, nullptr, 0);
+}
+
+TEST_F(Shared, storage_whose_lock_died_says_so_in_every_process) {
+  Process process(name(), room, ORK_TRACKING_OFF);
+  ork_handle* handle = process.handle;
+  void* block = handle->alloc_fn(handle->mem_pool, 0, 100);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(process.memory().error, 0u);
+  break_storage(process);
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    const ork_memory_report report = process.memory();
+    EXPECT_EQ(report.error, 131u);
+    EXPECT_EQ(report.live_blocks, 0u) << "unknown";
+    EXPECT_EQ(handle->alloc_fn(handle->mem_pool, 0, 100), nullptr);
+  }
+  const forms::Calls& calls = forms::calls_of("fwe_cl_wayfind_mem_st");
+  EXPECT_EQ(calls.create(handle, forms::instance), nullptr);
+}
+
+TEST_F(Shared, full_storage_is_not_broken) {
+  Process process(name(), size_t{1} << 20, ORK_TRACKING_OFF);
+  ork_handle* handle = process.handle;
+  while (handle->alloc_fn(handle->mem_pool, 0, 1000) != nullptr) {
+  }
+  const ork_memory_report report = process.memory();
+  EXPECT_EQ(report.error, 0u);
+  EXPECT_GT(report.live_blocks, 0u);
+  EXPECT_EQ(report.refusals, 1u);
 }
 
 TEST(RobustLock, IsRefusedForGoodAfterItsHolderDied) {
