@@ -10,7 +10,7 @@ namespace model {
 
 inline constexpr Record auto_tunnel_gstatus{
     "fwe_cl_wayfind_auto_tunnel_gstatus",
-    {"703ba59cb404c803643f2dbbfa48874c", "fbbcc8ab7a43135608a46e68e94acedf"},
+    {.luid = "703ba59cb404c803643f2dbbfa48874c", .definition = "fbbcc8ab7a43135608a46e68e94acedf"},
     "How many auto tunnels there are.",
     {
         value("number", u_int32, 0, "Auto tunnels present."),
@@ -19,7 +19,7 @@ static_assert(layout_is(auto_tunnel_gstatus, {{16, 8, 24, 1}}, 16));
 
 inline constexpr Record auto_tunnel{
     "fwe_cl_wayfind_auto_tunnel",
-    {"b505b42b97aede154ffbd34045464b01", "6462a553356cb6339db92540402eb9a6"},
+    {.luid = "b505b42b97aede154ffbd34045464b01", .definition = "6462a553356cb6339db92540402eb9a6"},
     "One auto tunnel.",
     {
         value("table_id",             u_int32, 0, "Routing table of the tunnel, by identifier."),
@@ -32,7 +32,7 @@ static_assert(layout_is(auto_tunnel, {{24, 80, 32, 3}, {88, 16, 104, 5}}, 88, {3
 
 inline constexpr Record auto_tunnel_misc{
     "fwe_cl_wayfind_auto_tunnel_misc",
-    {"bacbc6e76037b41273b3e430967fa19d", "5f2c6691077082e8249b09f326d4cb28"},
+    {.luid = "bacbc6e76037b41273b3e430967fa19d", .definition = "5f2c6691077082e8249b09f326d4cb28"},
     "Name of the interface of one auto tunnel.",
     {
         text("intf_name", 32, 0, "Name of the tunnel's interface."),
@@ -41,19 +41,21 @@ static_assert(layout_is(auto_tunnel_misc, {{43, 13, 56, 1}}, 48));
 
 inline constexpr Message auto_tunnel_gstatus_show{
     "fwe_cl_wayfind_auto_tunnel_gstatus_show",
-    {"cf708fc38a783132a91781930c169d65", "6ab5146ffa80c0ed310be09044118b05"},
+    {.luid = "cf708fc38a783132a91781930c169d65", .definition = "6ab5146ffa80c0ed310be09044118b05"},
     "The number of auto tunnels, once in a response.",
     {&auto_tunnel_gstatus}};
 
 inline constexpr Message auto_tunnel_show{
     "fwe_cl_wayfind_auto_tunnel_show",
-    {"9c579133d0577cd746900ae092784e42", "fcf1f7028b92ab72e956431f2ad5c0d4"},
+    {.luid = "9c579133d0577cd746900ae092784e42", .definition = "fcf1f7028b92ab72e956431f2ad5c0d4"},
     "One auto tunnel and the name of its interface.",
     {&auto_tunnel, &auto_tunnel_misc}};
 
 inline constexpr Bundle show_auto_tunnel{
     "fwe_cl_wayfind_show_auto_tunnel_response",
-    {"3cc86929afb741e169f0610ee5a8dc66", "68b306904fec64a80377a28945b93df6", "6816b1618057dd077ca328d6aeee4aed"},
+    {.start = "3cc86929afb741e169f0610ee5a8dc66",
+     .abort = "68b306904fec64a80377a28945b93df6",
+     .commit = "6816b1618057dd077ca328d6aeee4aed"},
     "Answer to a show of auto tunnels.",
     {{&auto_tunnel_gstatus_show, Occurs::once}, {&auto_tunnel_show, Occurs::repeatedly}}};
 

@@ -11,7 +11,7 @@ namespace model {
 
 inline constexpr Enum chan_state_e{
     "fwe_cl_wayfind_chan_state_e",
-    {"14138dd010fbc7e7e3f03820ccbd75dc", "dcf3e17c34584679d313de605bc0d8ad"},
+    {.luid = "14138dd010fbc7e7e3f03820ccbd75dc", .definition = "dcf3e17c34584679d313de605bc0d8ad"},
     "How far a channel has come; the last value is a value like any other.",
     {
         "WAYFIND_UI_CHAN_STATE_INITIATED",
@@ -22,7 +22,7 @@ inline constexpr Enum chan_state_e{
 
 inline constexpr Enum chan_rx_state_e{
     "fwe_cl_wayfind_chan_rx_state_e",
-    {"b64d8e6b67a68ad1ca4435ee8c98b39c", "8731a2d1503e4a4fb92739ea9d534aa6"},
+    {.luid = "b64d8e6b67a68ad1ca4435ee8c98b39c", .definition = "8731a2d1503e4a4fb92739ea9d534aa6"},
     "How far the receive side of a channel has come; the last value is a value like any other.",
     {
         "WAYFIND_UI_CHAN_RX_STATE_SMP_INITIAL_STATE",
@@ -33,7 +33,7 @@ inline constexpr Enum chan_rx_state_e{
 
 inline constexpr Enum chan_tx_state_e{
     "fwe_cl_wayfind_chan_tx_state_e",
-    {"3ea56fec13f353db50ae0e9e7d438edb", "0fb1b26bfc989b24d2a87495bd849c6b"},
+    {.luid = "3ea56fec13f353db50ae0e9e7d438edb", .definition = "0fb1b26bfc989b24d2a87495bd849c6b"},
     "How far the transmit side of a channel has come; with no initial state, a new channel reads reachable.",
     {
         "WAYFIND_UI_CHAN_TX_STATE_REACHABLE",
@@ -43,7 +43,7 @@ inline constexpr Enum chan_tx_state_e{
 
 inline constexpr Record sel_lb_path_st{
     "fwe_cl_wayfind_sel_lb_path_st",
-    {"95cf0953ff528f9d0cb9cf3fc99ebf7e", "fd29db2e7f48f1c14b65521d00684551"},
+    {.luid = "95cf0953ff528f9d0cb9cf3fc99ebf7e", .definition = "fd29db2e7f48f1c14b65521d00684551"},
     "Hops of a path: their identifiers.",
     {
         counter    ("num_hops", u_int32, 0, "Elements of path_id."),
@@ -53,7 +53,7 @@ static_assert(layout_is(sel_lb_path_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record sel_lb_src_intf_st{
     "fwe_cl_wayfind_sel_lb_src_intf_st",
-    {"7bf3e31e353e68e72c7d046f62537727", "0d429b0ce3b9ff484c6b7564c781b37f"},
+    {.luid = "7bf3e31e353e68e72c7d046f62537727", .definition = "0d429b0ce3b9ff484c6b7564c781b37f"},
     "Hops of a path: their source interfaces.",
     {
         counter    ("num_hops",    u_int32, 0, "Elements of src_intf_id."),
@@ -63,7 +63,7 @@ static_assert(layout_is(sel_lb_src_intf_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record sel_lb_dst_site_st{
     "fwe_cl_wayfind_sel_lb_dst_site_st",
-    {"361607f368a5d2bfd715d2dd0e82baf2", "92a913d194e688dfbf86848e71b5da1e"},
+    {.luid = "361607f368a5d2bfd715d2dd0e82baf2", .definition = "92a913d194e688dfbf86848e71b5da1e"},
     "Hops of a path: their destination sites.",
     {
         counter    ("num_hops",    u_int32, 0, "Elements of dst_site_id."),
@@ -73,7 +73,7 @@ static_assert(layout_is(sel_lb_dst_site_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record sel_lb_dst_intf_st{
     "fwe_cl_wayfind_sel_lb_dst_intf_st",
-    {"f5e4240bd7c297af3e7b75d558c2f05c", "e75cb0116c9e2ed7b2ecf9f9b06207fa"},
+    {.luid = "f5e4240bd7c297af3e7b75d558c2f05c", .definition = "e75cb0116c9e2ed7b2ecf9f9b06207fa"},
     "Hops of a path: their destination interfaces.",
     {
         counter    ("num_hops",    u_int32, 0, "Elements of dst_intf_id."),
@@ -83,7 +83,7 @@ static_assert(layout_is(sel_lb_dst_intf_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record chan_st{
     "fwe_cl_wayfind_chan_st",
-    {"c78cc0bd7dbfb49ebd6710e189e15a13", "dba0aec4c61d2a99fc8439315ccb743b"},
+    {.luid = "c78cc0bd7dbfb49ebd6710e189e15a13", .definition = "dba0aec4c61d2a99fc8439315ccb743b"},
     "A channel: the forwarding path to one destination, with its states and, from variant 2, its hops.",
     {
         value ("chan_id",            u_int32,            0, "The channel, by identifier."),
@@ -119,7 +119,7 @@ static_assert(layout_is(chan_st, {{251, 157, 272, 20}, {253, 155, 272, 22}, {384
 
 inline constexpr Record chan_stats_st{
     "fwe_cl_wayfind_chan_stats_st",
-    {"28b2be322da6ddd2a286e8413ae28bea", "ddfba3ab1d690832f5deaabf7e931dd2"},
+    {.luid = "28b2be322da6ddd2a286e8413ae28bea", .definition = "ddfba3ab1d690832f5deaabf7e931dd2"},
     "Counters of one channel: bytes before packets, received before sent.",
     {
         value("recv_bytes",        u_int64, 0, "Bytes that came in."),
@@ -138,7 +138,7 @@ static_assert(layout_is(chan_stats_st, {{72, 32, 88, 8}, {84, 20, 104, 11}}, 88,
 
 inline constexpr Record channel_data{
     "fwe_cl_wayfind_channel_data",
-    {"08fd7884f6ee4dffa8d4de25138b627c", "c80ee2d68a4848daa0fbe58db4248f4f"},
+    {.luid = "08fd7884f6ee4dffa8d4de25138b627c", .definition = "c80ee2d68a4848daa0fbe58db4248f4f"},
     "One channel as a show tells it.",
     {
         object("chan",           chan_st,       0, "The channel itself."),
@@ -159,7 +159,7 @@ static_assert(layout_is(channel_data, {{604, 84, 624, 152}, {668, 20, 688, 160}}
 
 inline constexpr Record channel_state_data{
     "fwe_cl_wayfind_channel_state_data",
-    {"c4ffc241920e26de713c8e5b1ec56bfc", "902c1c8b00a88833955df9562b496991"},
+    {.luid = "c4ffc241920e26de713c8e5b1ec56bfc", .definition = "902c1c8b00a88833955df9562b496991"},
     "What a show of channels asks for, and how many there are.",
     {
         value("show_all",        ork_boolean, 0, "Asks for every entry."),
@@ -174,19 +174,21 @@ static_assert(layout_is(channel_state_data, {{40, 8, 48, 7}}, 40));
 
 inline constexpr Message channel_msg{
     "fwe_cl_wayfind_channel_msg",
-    {"636f46b402fb68bbec91fe8c3a0d96a1", "1836b6b16c23a1c8ee5c6a495acfd3cc"},
+    {.luid = "636f46b402fb68bbec91fe8c3a0d96a1", .definition = "1836b6b16c23a1c8ee5c6a495acfd3cc"},
     "One channel.",
     {&channel_data}};
 
 inline constexpr Message channel_state_msg{
     "fwe_cl_wayfind_channel_state_msg",
-    {"05d6955aa318e11f18ebbb1cfe5dfcf4", "fa6d192d346c261b5fabf0281dccd164"},
+    {.luid = "05d6955aa318e11f18ebbb1cfe5dfcf4", .definition = "fa6d192d346c261b5fabf0281dccd164"},
     "What was asked of a show of channels and their number, once in a response.",
     {&channel_state_data}};
 
 inline constexpr Bundle show_channel{
     "fwe_cl_wayfind_show_channel_response",
-    {"d93b0f1fa5c915101c5fedcf47254fdd", "c77b457aec6631ac5d99456349dc3d73", "c2cfbac157efbca29cfb6cec5c312ed9"},
+    {.start = "d93b0f1fa5c915101c5fedcf47254fdd",
+     .abort = "c77b457aec6631ac5d99456349dc3d73",
+     .commit = "c2cfbac157efbca29cfb6cec5c312ed9"},
     "Answer to a show of channels.",
     {{&channel_state_msg, Occurs::once}, {&channel_msg, Occurs::repeatedly}}};
 

@@ -10,7 +10,7 @@ namespace model {
 
 inline constexpr Record dp_debug_setting{
     "fwe_dp_wayfind_debug_setting",
-    {"13ce072128048fb88bc4bd55adadc345", "c3d89253f48d81e420dc6715b020e7ea"},
+    {.luid = "13ce072128048fb88bc4bd55adadc345", .definition = "c3d89253f48d81e420dc6715b020e7ea"},
     "What one forwarding engine debugs; each switch has 32 bits and is no ork_boolean.",
     {
         value("fwe_num",                  u_int8,  0, "Forwarding engine, by number; 8 bits here, 32 in mem_st."),
@@ -27,7 +27,7 @@ static_assert(layout_is(dp_debug_setting, {{44, 12, 56, 9}}, 48));
 
 inline constexpr Record dp_debug_data_per_complex{
     "fwe_dp_wayfind_debug_data_per_complex",
-    {"3bf05a20e182ec0d3797e19dbb3e949c", "105c2fe83d26e1f2b11e1db341436502"},
+    {.luid = "3bf05a20e182ec0d3797e19dbb3e949c", .definition = "105c2fe83d26e1f2b11e1db341436502"},
     "What the forwarding engines of one complex debug.",
     {
         counter     ("num_fwes",    u_int8,           0, "Elements of dbg_setting; it keeps the low 8 bits."),
@@ -37,7 +37,7 @@ static_assert(layout_is(dp_debug_data_per_complex, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record dp_debug_data{
     "fwe_dp_wayfind_debug_data",
-    {"ce7af2236992c7b70229410030d617a5", "25664daad5f50959da0355f93e5327cc"},
+    {.luid = "ce7af2236992c7b70229410030d617a5", .definition = "25664daad5f50959da0355f93e5327cc"},
     "What the data-plane layer debugs.",
     {
         counter     ("num_complexes",   u_int8,                    0, "Elements of dbg_per_complex; it keeps the low 8 bits."),
@@ -48,7 +48,7 @@ static_assert(layout_is(dp_debug_data, {{28, 12, 40, 24}}, 32));
 
 inline constexpr Record pal_debug_data{
     "fwe_pal_wayfind_debug_data",
-    {"f8097734088d70eca2209a2548fa85b9", "e3d5056484e25d9299807dad8eb02f67"},
+    {.luid = "f8097734088d70eca2209a2548fa85b9", .definition = "e3d5056484e25d9299807dad8eb02f67"},
     "What the platform layer debugs; each switch has 32 bits and is no ork_boolean.",
     {
         value("info_enabled",  u_int32,     0, "Nonzero when class info is on."),
@@ -61,7 +61,7 @@ static_assert(layout_is(pal_debug_data, {{32, 8, 40, 5}}, 32));
 
 inline constexpr Record cl_debug_data{
     "fwe_cl_wayfind_debug_data",
-    {"dfb8073f9d067348365595f476b895ec", "67ac3b0b8234583d47d3102d337cb160"},
+    {.luid = "dfb8073f9d067348365595f476b895ec", .definition = "67ac3b0b8234583d47d3102d337cb160"},
     "What the client layer debugs; each switch has 32 bits and is no ork_boolean.",
     {
         value("info_enabled",  u_int32,     0, "Nonzero when class info is on."),
@@ -75,37 +75,43 @@ static_assert(layout_is(cl_debug_data, {{36, 12, 48, 6}}, 40));
 
 inline constexpr Message dp_debug_msg{
     "fwe_dp_wayfind_debug_msg",
-    {"e3d866d26f0d67418bb342f8930ed923", "ee9e7aa2cc8310473ed4146e592feff2"},
+    {.luid = "e3d866d26f0d67418bb342f8930ed923", .definition = "ee9e7aa2cc8310473ed4146e592feff2"},
     "What the data-plane layer debugs, once in a response.",
     {&dp_debug_data}};
 
 inline constexpr Message pal_debug_msg{
     "fwe_pal_wayfind_debug_msg",
-    {"7cd1308dea76ef41b4d5a3f334aae604", "70a07e215b18a971b17aadd0b7de4c07"},
+    {.luid = "7cd1308dea76ef41b4d5a3f334aae604", .definition = "70a07e215b18a971b17aadd0b7de4c07"},
     "What the platform layer debugs, once in a response.",
     {&pal_debug_data}};
 
 inline constexpr Message cl_debug_msg{
     "fwe_cl_wayfind_debug_msg",
-    {"532e4ca227aedb5fab1e5ec58da66467", "c00771840a9ba2e792411fd2df67ef79"},
+    {.luid = "532e4ca227aedb5fab1e5ec58da66467", .definition = "c00771840a9ba2e792411fd2df67ef79"},
     "What the client layer debugs, once in a response.",
     {&cl_debug_data}};
 
 inline constexpr Bundle pal_show_debug{
     "fwe_pal_wayfind_show_debug_response",
-    {"159d53e2654ba75b3d3691aead744b6b", "b511d42535c519a991b5191c6e62befa", "e6dc9e99c2c584ca6f4d410d4fcd46c6"},
+    {.start = "159d53e2654ba75b3d3691aead744b6b",
+     .abort = "b511d42535c519a991b5191c6e62befa",
+     .commit = "e6dc9e99c2c584ca6f4d410d4fcd46c6"},
     "Answer to a show of what the platform layer debugs.",
     {{&pal_debug_msg, Occurs::once}}};
 
 inline constexpr Bundle cl_show_debug{
     "fwe_cl_wayfind_show_debug_response",
-    {"8c12ebca51fa2352b92be26175047391", "6900bffec7e3c3fcfd60fd11d587ba12", "e2393165d71d4205da1c784266948e77"},
+    {.start = "8c12ebca51fa2352b92be26175047391",
+     .abort = "6900bffec7e3c3fcfd60fd11d587ba12",
+     .commit = "e2393165d71d4205da1c784266948e77"},
     "Answer to a show of what the client layer debugs.",
     {{&cl_debug_msg, Occurs::once}}};
 
 inline constexpr Bundle dp_show_debug{
     "fwe_dp_wayfind_show_debug_response",
-    {"f9746519f4e190b635800622c97cc899", "aef2f77cb32218089835d27df4c77b2a", "d9c79797092fe554dc48a9ad96c9ff39"},
+    {.start = "f9746519f4e190b635800622c97cc899",
+     .abort = "aef2f77cb32218089835d27df4c77b2a",
+     .commit = "d9c79797092fe554dc48a9ad96c9ff39"},
     "Answer to a show of what the data-plane layer debugs.",
     {{&dp_debug_msg, Occurs::once}}};
 

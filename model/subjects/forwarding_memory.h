@@ -10,7 +10,7 @@ namespace model {
 
 inline constexpr Record mem_st{
     "fwe_cl_wayfind_mem_st",
-    {"626bcfa9bf2ece1433a19411749e06fc", "cf798abf981f2d70da89d2f37438098b"},
+    {.luid = "626bcfa9bf2ece1433a19411749e06fc", .definition = "cf798abf981f2d70da89d2f37438098b"},
     "Locator of an entry in forwarding memory.",
     {
         value("fwe_num",    u_int32, 0, "Forwarding engine that holds the entry, by number."),

@@ -11,7 +11,7 @@ namespace model {
 
 inline constexpr Enum show_db_type_e{
     "fwe_cl_wayfind_show_db_type_e",
-    {"beca80516520b5bd2fe7fbe49d284f11", "ae9d20cb15d4e306667bdbf357edbc5a"},
+    {.luid = "beca80516520b5bd2fe7fbe49d284f11", .definition = "ae9d20cb15d4e306667bdbf357edbc5a"},
     "Tables that a show of instances, colours and counts is about.",
     {
         "WAYFIND_UI_DB_INST",
@@ -22,7 +22,7 @@ inline constexpr Enum show_db_type_e{
 
 inline constexpr Enum show_global_type_e{
     "fwe_cl_wayfind_show_global_type_e",
-    {"cbc5eb9f6da03d7c47ccf6216569cc14", "e3556f10321acc77ba9bc449ee0d344d"},
+    {.luid = "cbc5eb9f6da03d7c47ccf6216569cc14", .definition = "e3556f10321acc77ba9bc449ee0d344d"},
     "Blocks that a show of parameters and counts is about.",
     {
         "WAYFIND_UI_GLOBAL_PARAM",
@@ -32,7 +32,7 @@ inline constexpr Enum show_global_type_e{
 
 inline constexpr Record inst_st{
     "fwe_cl_wayfind_inst_st",
-    {"a1387d3825c3d227cdcfdd781c4f742d", "39f7130c85b62e5512a8d7d9480be4f0"},
+    {.luid = "a1387d3825c3d227cdcfdd781c4f742d", .definition = "39f7130c85b62e5512a8d7d9480be4f0"},
     "An instance: how the paths of one table are probed.",
     {
         value ("table_id",        u_int32,    0, "Routing table, by identifier."),
@@ -52,7 +52,7 @@ static_assert(layout_is(inst_st, {{112, 16, 128, 12}}, 112));
 
 inline constexpr Record color_st{
     "fwe_cl_wayfind_color_st",
-    {"60f49645e756f62cdc67f5cabef7ca77", "57e6198a998597123248a103cddad423"},
+    {.luid = "60f49645e756f62cdc67f5cabef7ca77", .definition = "57e6198a998597123248a103cddad423"},
     "A colour: its name and tag on one interface.",
     {
         value("fwe_if_h", u_int32, 0, "Handle of the interface on the forwarding engine."),
@@ -64,7 +64,7 @@ static_assert(layout_is(color_st, {{70, 18, 88, 4}}, 72));
 
 inline constexpr Record inst_data{
     "fwe_cl_wayfind_inst_data",
-    {"fe01ead5e4342e7a6fbdb7ca9a5d6c4b", "e99fc783c4bdd011221329471d3f309d"},
+    {.luid = "fe01ead5e4342e7a6fbdb7ca9a5d6c4b", .definition = "e99fc783c4bdd011221329471d3f309d"},
     "One instance as a show tells it.",
     {
         value ("hash_val", u_int32, 0, "Hash of the entry, as the sender tells it."),
@@ -75,7 +75,7 @@ static_assert(layout_is(inst_data, {{184, 16, 200, 18}}, 184));
 
 inline constexpr Record color_data{
     "fwe_cl_wayfind_color_data",
-    {"b2f13819437eda2c4b2d3e81348ec73a", "fe5f943782191b43d6ed2123028fbf53"},
+    {.luid = "b2f13819437eda2c4b2d3e81348ec73a", .definition = "fe5f943782191b43d6ed2123028fbf53"},
     "One colour as a show tells it.",
     {
         object("color", color_st, 0, "The colour itself."),
@@ -85,7 +85,7 @@ static_assert(layout_is(color_data, {{144, 16, 160, 9}}, 144));
 
 inline constexpr Record proxy_stats{
     "fwe_cl_wayfind_proxy_stats",
-    {"f8a4a9db12d121d92a7556a05c955b5c", "bca947a995d67dc2948acfa99fa4d419"},
+    {.luid = "f8a4a9db12d121d92a7556a05c955b5c", .definition = "bca947a995d67dc2948acfa99fa4d419"},
     "Counters of the proxy.",
     {
         value("proxy_sendcnt", u_int32, 0, "How often the proxy sent."),
@@ -96,7 +96,7 @@ static_assert(layout_is(proxy_stats, {{24, 8, 32, 3}}, 24));
 
 inline constexpr Record global_info_data{
     "fwe_cl_wayfind_global_info_data",
-    {"ada2fe2ea98d67a58e917c6597cac985", "1a69bb704330b085f20220f145ee86c9"},
+    {.luid = "ada2fe2ea98d67a58e917c6597cac985", .definition = "1a69bb704330b085f20220f145ee86c9"},
     "How many entries each table holds, and the counters of the proxy.",
     {
         value ("num_inst",        u_int32,     0, "How many instances there are."),
@@ -115,7 +115,7 @@ static_assert(layout_is(global_info_data, {{72, 32, 88, 11}, {84, 20, 104, 14}},
 
 inline constexpr Record global_state_data{
     "fwe_cl_wayfind_global_state_data",
-    {"9491f81a00b4fd68b507514bc359a130", "ad8e36089b9e1f3ae3f5309b8ffad70a"},
+    {.luid = "9491f81a00b4fd68b507514bc359a130", .definition = "ad8e36089b9e1f3ae3f5309b8ffad70a"},
     "What a show of instances, colours and counts asks for, and how probes burst.",
     {
         value("db_type",                    show_db_type_e, 0, "Table that the show is about."),
@@ -133,7 +133,7 @@ static_assert(layout_is(global_state_data, {{44, 28, 56, 4}, {56, 16, 64, 9}, {6
 
 inline constexpr Record global_param_data{
     "fwe_cl_wayfind_global_param_data",
-    {"f4a13387a39ec4c67d257d469877f8a1", "3a3d3f5626a0f4066e6a7e0f1d6c72a5"},
+    {.luid = "f4a13387a39ec4c67d257d469877f8a1", .definition = "3a3d3f5626a0f4066e6a7e0f1d6c72a5"},
     "Parameters of the device as a whole.",
     {
         value("site_id",          u_int32,     0, "Own site, by identifier; 32 bits."),
@@ -158,7 +158,7 @@ static_assert(layout_is(global_param_data, {{136, 16, 152, 17}}, 136));
 
 inline constexpr Record global_show_type_data{
     "fwe_cl_wayfind_global_show_type_data",
-    {"ee5bcf75c1ae9a5c9a40d3b942404ecc", "b52e630d04ebbedb3b774b00846d50bc"},
+    {.luid = "ee5bcf75c1ae9a5c9a40d3b942404ecc", .definition = "b52e630d04ebbedb3b774b00846d50bc"},
     "What a show of parameters and counts asks for.",
     {
         value("db_type", show_global_type_e, 0, "Block that the show is about."),
@@ -167,43 +167,45 @@ static_assert(layout_is(global_show_type_data, {{32, 8, 40, 1}}, 32));
 
 inline constexpr Message global_state_msg{
     "fwe_cl_wayfind_global_state_msg",
-    {"9c5614443691147312123442a6adfab0", "994c31c0ccca747ccbee2df285ffa3d6"},
+    {.luid = "9c5614443691147312123442a6adfab0", .definition = "994c31c0ccca747ccbee2df285ffa3d6"},
     "What was asked of a show of instances, colours and counts, once in a response.",
     {&global_state_data}};
 
 inline constexpr Message inst_msg{
     "fwe_cl_wayfind_inst_msg",
-    {"af2686b7f81864d58fc24bc63c05e492", "e2b89cbc507084a3df001138a7939bf7"},
+    {.luid = "af2686b7f81864d58fc24bc63c05e492", .definition = "e2b89cbc507084a3df001138a7939bf7"},
     "One instance.",
     {&inst_data}};
 
 inline constexpr Message color_msg{
     "fwe_cl_wayfind_color_msg",
-    {"c5d3dc32bfaae97fe3de5b76c67ed802", "c68c24bf98c673463d8ab518be285bf3"},
+    {.luid = "c5d3dc32bfaae97fe3de5b76c67ed802", .definition = "c68c24bf98c673463d8ab518be285bf3"},
     "One colour.",
     {&color_data}};
 
 inline constexpr Message global_info_msg{
     "fwe_cl_wayfind_global_info_msg",
-    {"61c3ec01d38102bd50ba8a99af52febb", "1f80166caea4e216bcc26a7ffc1fd304"},
+    {.luid = "61c3ec01d38102bd50ba8a99af52febb", .definition = "1f80166caea4e216bcc26a7ffc1fd304"},
     "The counts of all tables, once in a response of either global show.",
     {&global_info_data}};
 
 inline constexpr Message global_show_type_msg{
     "fwe_cl_wayfind_global_show_type_msg",
-    {"753301789f54cfa52d3c11e613f1ac73", "f0c80f16accc15a58bb8d6c3bf5a2a76"},
+    {.luid = "753301789f54cfa52d3c11e613f1ac73", .definition = "f0c80f16accc15a58bb8d6c3bf5a2a76"},
     "What was asked of a show of parameters and counts, once in a response.",
     {&global_show_type_data}};
 
 inline constexpr Message global_param_msg{
     "fwe_cl_wayfind_global_param_msg",
-    {"72ee5b7d860db833f07187634d0719e8", "9067e0cab42d309dd4e7d7ceb13d6db9"},
+    {.luid = "72ee5b7d860db833f07187634d0719e8", .definition = "9067e0cab42d309dd4e7d7ceb13d6db9"},
     "The parameters, once in a response.",
     {&global_param_data}};
 
 inline constexpr Bundle show_global{
     "fwe_cl_wayfind_show_global_response",
-    {"fe8a6ae13bcc21e52923ac55f372e097", "d65bc64c40376531f14dfabcc8a28813", "f43a00e44f3af42ab692b65cca52ab9a"},
+    {.start = "fe8a6ae13bcc21e52923ac55f372e097",
+     .abort = "d65bc64c40376531f14dfabcc8a28813",
+     .commit = "f43a00e44f3af42ab692b65cca52ab9a"},
     "Answer to a show of instances, colours and counts.",
     {
         {&global_state_msg, Occurs::once},
@@ -214,7 +216,9 @@ inline constexpr Bundle show_global{
 
 inline constexpr Bundle show_global_new{
     "fwe_cl_wayfind_show_global_new_response",
-    {"ac695bc3b7e34df638e5a3dfa0e569ad", "4286847bd783a55409ecab04a2b39b18", "02bdb5c0e1141c084a41e3703aa8f466"},
+    {.start = "ac695bc3b7e34df638e5a3dfa0e569ad",
+     .abort = "4286847bd783a55409ecab04a2b39b18",
+     .commit = "02bdb5c0e1141c084a41e3703aa8f466"},
     "Answer to a show of parameters and counts.",
     {{&global_show_type_msg, Occurs::once}, {&global_param_msg, Occurs::once}, {&global_info_msg, Occurs::once}}};
 

@@ -11,7 +11,7 @@ namespace model {
 
 inline constexpr Enum hop_chan_state_e{
     "fwe_cl_wayfind_hop_chan_state_e",
-    {"0d1318c4e5bbbfb68637fd7883faf9e5", "94e9b86309e2afd36d2e9c7613e35e95"},
+    {.luid = "0d1318c4e5bbbfb68637fd7883faf9e5", .definition = "94e9b86309e2afd36d2e9c7613e35e95"},
     "How far one side of a hop channel has come; unlike chan_state_e it begins with unreachable.",
     {
         "WAYFIND_UI_HOP_CHAN_STATE_UNREACHABLE",
@@ -21,7 +21,7 @@ inline constexpr Enum hop_chan_state_e{
 
 inline constexpr FlagSet hop_chan_flags{
     "fwe_cl_wayfind_hop_chan_flags",
-    {"1681f53dbd0a8fa8b9c9e39f20f0649e", "4fbd263bf09f467ee902935f1704bc61"},
+    {.luid = "1681f53dbd0a8fa8b9c9e39f20f0649e", .definition = "4fbd263bf09f467ee902935f1704bc61"},
     "Conditions of a hop channel, each with a bit of its own.",
     {
         "WAYFIND_UI_HOP_CHAN_FLAG_INT_SHUT",
@@ -33,7 +33,7 @@ inline constexpr FlagSet hop_chan_flags{
 
 inline constexpr Record hop_chan_st{
     "fwe_cl_wayfind_hop_chan_st",
-    {"3dee099b8d5292190db9081fdf93f46b", "ae5011f297b5ebc8087eb693e0c4e9dc"},
+    {.luid = "3dee099b8d5292190db9081fdf93f46b", .definition = "ae5011f297b5ebc8087eb693e0c4e9dc"},
     "A hop channel: one hop towards a site, monitored for one DSCP between two interfaces.",
     {
         value ("hop_chan_id",    u_int32,        0, "The hop channel, by identifier."),
@@ -56,7 +56,7 @@ static_assert(layout_is(hop_chan_st, {{48, 104, 56, 12}, {136, 16, 152, 15}}, 13
 
 inline constexpr Record hop_chan_stats_st{
     "fwe_cl_wayfind_hop_chan_stats_st",
-    {"fb59b0dd4b4a8797f59d0023b1de1701", "91b37fdeb1116c7cc584ec547a756829"},
+    {.luid = "fb59b0dd4b4a8797f59d0023b1de1701", .definition = "91b37fdeb1116c7cc584ec547a756829"},
     "Counters of one hop channel: probes first, sent before received, packets before bytes.",
     {
         value("send_probes",         u_int32, 0, "Probes that went out."),
@@ -72,7 +72,7 @@ static_assert(layout_is(hop_chan_stats_st, {{64, 8, 72, 8}}, 64));
 
 inline constexpr Record hop_chan_probe_st{
     "fwe_cl_wayfind_hop_chan_probe_st",
-    {"4cfb0320fc3458306d81da4e85ea9a00", "27bce93f7148b2a4d010a70ec82d933e"},
+    {.luid = "4cfb0320fc3458306d81da4e85ea9a00", .definition = "27bce93f7148b2a4d010a70ec82d933e"},
     "Where the probing of one hop channel stands.",
     {
         value("rx_ctrl_state", hop_chan_state_e, 0, "Control state of the receive side."),
@@ -87,7 +87,7 @@ static_assert(layout_is(hop_chan_probe_st, {{92, 20, 112, 7}}, 96));
 
 inline constexpr Record hop_chan_serv_st{
     "fwe_cl_wayfind_hop_chan_serv_st",
-    {"dc0424b5bd9dab64ef57ba24d08d7ca2", "01de02a8b5d78024c4d6af01ddb4c2ac"},
+    {.luid = "dc0424b5bd9dab64ef57ba24d08d7ca2", .definition = "01de02a8b5d78024c4d6af01ddb4c2ac"},
     "Last events of one hop channel; stamps of probes and samples are integers, those of r2u and u2r are text.",
     {
         value("last_probe_send_ts",  u_int32, 0, "When a probe last went out, in the sender's unit."),
@@ -107,7 +107,7 @@ static_assert(layout_is(hop_chan_serv_st, {{164, 20, 184, 12}}, 168));
 
 inline constexpr Record hop_chan_data{
     "fwe_cl_wayfind_hop_chan_data",
-    {"00e3b2fbd11cb82176dc46293dcfde58", "6f75ed8552a07a4a954d9a318dc27c0b"},
+    {.luid = "00e3b2fbd11cb82176dc46293dcfde58", .definition = "6f75ed8552a07a4a954d9a318dc27c0b"},
     "One hop channel as a show tells it.",
     {
         object("hop_chan", hop_chan_st,       0, "The hop channel itself."),
@@ -121,7 +121,7 @@ static_assert(layout_is(hop_chan_data, {{400, 200, 416, 38}, {584, 16, 600, 51}}
 
 inline constexpr Record hop_chan_state_data{
     "fwe_cl_wayfind_hop_chan_state_data",
-    {"9b244df586d6a5b1b76d5bb18a1ecc90", "2dfa2ae33945700bdf1e665c04cad88e"},
+    {.luid = "9b244df586d6a5b1b76d5bb18a1ecc90", .definition = "2dfa2ae33945700bdf1e665c04cad88e"},
     "What a show of hop channels asks for, and how many there are.",
     {
         value("show_all",        ork_boolean, 0, "Asks for every entry."),
@@ -136,7 +136,7 @@ static_assert(layout_is(hop_chan_state_data, {{40, 8, 48, 7}}, 40));
 
 inline constexpr Record hop_id_readable_format_st{
     "fwe_cl_wayfind_hop_id_readable_format_st",
-    {"838ed4e80c8d1ccf65cc7df4db3bf93c", "0caa332c96af3a285079f7216dea99f7"},
+    {.luid = "838ed4e80c8d1ccf65cc7df4db3bf93c", .definition = "0caa332c96af3a285079f7216dea99f7"},
     "One hop of a path in readable form.",
     {
         text("hop_id_str", 14, 0, "Identifier of the hop as text."),
@@ -145,19 +145,21 @@ static_assert(layout_is(hop_id_readable_format_st, {{25, 15, 40, 1}}, 32));
 
 inline constexpr Message hop_chan_msg{
     "fwe_cl_wayfind_hop_chan_msg",
-    {"a0581d69a339fa07f4b78de21bff7a6b", "7179d1c295bcf180ae030ca6479293f6"},
+    {.luid = "a0581d69a339fa07f4b78de21bff7a6b", .definition = "7179d1c295bcf180ae030ca6479293f6"},
     "One hop channel.",
     {&hop_chan_data}};
 
 inline constexpr Message hop_chan_state_msg{
     "fwe_cl_wayfind_hop_chan_state_msg",
-    {"ed1052e2681102ea37f91d21cdc46509", "3dd56415a29e2b46c626d1433a4e69ad"},
+    {.luid = "ed1052e2681102ea37f91d21cdc46509", .definition = "3dd56415a29e2b46c626d1433a4e69ad"},
     "What was asked of a show of hop channels and their number, once in a response.",
     {&hop_chan_state_data}};
 
 inline constexpr Bundle show_hop_chan{
     "fwe_cl_wayfind_show_hop_chan_response",
-    {"34cebb96f37f430918367de735d3dcaf", "95587e492b80b1aaa9ed938fb9b539e9", "46ac958ee4a970c1127eed0eeef3a6a9"},
+    {.start = "34cebb96f37f430918367de735d3dcaf",
+     .abort = "95587e492b80b1aaa9ed938fb9b539e9",
+     .commit = "46ac958ee4a970c1127eed0eeef3a6a9"},
     "Answer to a show of hop channels.",
     {{&hop_chan_state_msg, Occurs::once}, {&hop_chan_msg, Occurs::repeatedly}}};
 

@@ -10,7 +10,7 @@ namespace model {
 
 inline constexpr Enum intf_plr_state_e{
     "fwe_cl_wayfind_intf_plr_state_e",
-    {"0416c816a73e9b1592fe77eb44fef64f", "6f53ef6d369ec6c860f93f53a998a521"},
+    {.luid = "0416c816a73e9b1592fe77eb44fef64f", .definition = "6f53ef6d369ec6c860f93f53a998a521"},
     "How far plr has come on an interface; the last value is a value like any other.",
     {
         "WAYFIND_UI_INTF_PLR_DISABLED",
@@ -22,7 +22,7 @@ inline constexpr Enum intf_plr_state_e{
 
 inline constexpr Record intf_data{
     "fwe_cl_wayfind_intf_data",
-    {"62b4e4a48a0afce6b4e24db734e1ab0b", "065d767213523abe2b0ad7015ed74f53"},
+    {.luid = "62b4e4a48a0afce6b4e24db734e1ab0b", .definition = "065d767213523abe2b0ad7015ed74f53"},
     "How one interface stands: what is enabled on it, and its plr.",
     {
         value("fwe_if_h",            u_int32,          0, "Handle of the interface on the forwarding engine."),
@@ -39,7 +39,7 @@ static_assert(layout_is(intf_data, {{88, 16, 104, 9}}, 88));
 
 inline constexpr Record intf_sum{
     "fwe_cl_wayfind_intf_sum",
-    {"3a63956cd7e37a9e2416e98ceef4976c", "c3ebdcacb23d1dab1c1f30328eeed6ba"},
+    {.luid = "3a63956cd7e37a9e2416e98ceef4976c", .definition = "c3ebdcacb23d1dab1c1f30328eeed6ba"},
     "Which debug paths are on, over all interfaces.",
     {
         value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of selection is on."),
@@ -49,19 +49,21 @@ static_assert(layout_is(intf_sum, {{20, 12, 32, 2}}, 24));
 
 inline constexpr Message intf_data_msg{
     "fwe_cl_wayfind_intf_data_msg",
-    {"0830917da510805efe1232a3dafb30d7", "23dd99063075ba121f2c06c522ae8d3a"},
+    {.luid = "0830917da510805efe1232a3dafb30d7", .definition = "23dd99063075ba121f2c06c522ae8d3a"},
     "One interface.",
     {&intf_data}};
 
 inline constexpr Message intf_sum_msg{
     "fwe_cl_wayfind_intf_sum_msg",
-    {"10f8927b5c2a6d0370d1ed1f2586ce91", "c29f9933a252fd3235a6140d7dc92849"},
+    {.luid = "10f8927b5c2a6d0370d1ed1f2586ce91", .definition = "c29f9933a252fd3235a6140d7dc92849"},
     "The summary of all interfaces, once in a response.",
     {&intf_sum}};
 
 inline constexpr Bundle show_intf{
     "fwe_cl_wayfind_show_intf_response",
-    {"1f5c5e5e6a12992f81a2d69c62069a18", "65682e781c19c5609798abb8ba06f918", "fb93228ccd25ae4fd0abba15d41c4302"},
+    {.start = "1f5c5e5e6a12992f81a2d69c62069a18",
+     .abort = "65682e781c19c5609798abb8ba06f918",
+     .commit = "fb93228ccd25ae4fd0abba15d41c4302"},
     "Answer to a show of interfaces.",
     {{&intf_sum_msg, Occurs::once}, {&intf_data_msg, Occurs::repeatedly}}};
 

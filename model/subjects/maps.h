@@ -11,7 +11,7 @@ namespace model {
 
 inline constexpr Record pal_site_prefix_data{
     "fwe_pal_wayfind_site_prefix_data",
-    {"6347514a510a1f8fb519ccb9702bac5a", "7ff1f74cd73c08b5a559014e4a61f8f2"},
+    {.luid = "6347514a510a1f8fb519ccb9702bac5a", .definition = "7ff1f74cd73c08b5a559014e4a61f8f2"},
     "From a prefix to its site, as the platform layer knows it.",
     {
         value ("table_id", u_int32,    0, "Routing table, by identifier."),
@@ -23,7 +23,7 @@ static_assert(layout_is(pal_site_prefix_data, {{72, 16, 88, 4}}, 72));
 
 inline constexpr Record prefixtosite_stats_st{
     "fwe_cl_wayfind_prefixtosite_stats_st",
-    {"b8b3e68f725963c5c6d71ba3c9714b04", "bd9d967ef11e1e1a0d89c86406e1854d"},
+    {.luid = "b8b3e68f725963c5c6d71ba3c9714b04", .definition = "bd9d967ef11e1e1a0d89c86406e1854d"},
     "Counters of one prefix, by way of its primary and of its backup site.",
     {
         value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary."),
@@ -37,7 +37,7 @@ static_assert(layout_is(prefixtosite_stats_st, {{64, 8, 72, 6}}, 64));
 
 inline constexpr Record prefixtosite_data{
     "fwe_cl_wayfind_prefixtosite_data",
-    {"6c0719897fb5e6944b9cb0086ae90133", "6c78dd8f2b22182c943ec819528a2c35"},
+    {.luid = "6c0719897fb5e6944b9cb0086ae90133", .definition = "6c78dd8f2b22182c943ec819528a2c35"},
     "From a prefix to its primary and backup site, as the client layer knows them.",
     {
         object("pfx",            ip_address,            0, "The prefix."),
@@ -52,7 +52,7 @@ static_assert(layout_is(prefixtosite_data, {{160, 16, 176, 13}}, 160));
 
 inline constexpr Record sitetohop_stats_st{
     "fwe_cl_wayfind_sitetohop_stats_st",
-    {"400addd989ff15c04b7a77e4c8b86053", "3823ace25ec0d8fb01d8f530f18a87d7"},
+    {.luid = "400addd989ff15c04b7a77e4c8b86053", .definition = "3823ace25ec0d8fb01d8f530f18a87d7"},
     "Counters of one site, by way of its primary and of its backup hop; the type is not prefixtosite_stats_st.",
     {
         value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary."),
@@ -66,7 +66,7 @@ static_assert(layout_is(sitetohop_stats_st, {{64, 8, 72, 6}}, 64));
 
 inline constexpr Record sitetohop_data{
     "fwe_cl_wayfind_sitetohop_data",
-    {"90452fb6973ff0599b76b403ea3dc259", "a3bf4325ee810f78601eb5b74327dbd6"},
+    {.luid = "90452fb6973ff0599b76b403ea3dc259", .definition = "a3bf4325ee810f78601eb5b74327dbd6"},
     "From a site to its primary and backup hop.",
     {
         value ("site_id",       u_int32,            0, "Site, by identifier; 32 bits here, an address in chan_st."),
@@ -79,7 +79,7 @@ static_assert(layout_is(sitetohop_data, {{104, 16, 120, 11}}, 104));
 
 inline constexpr Record enforce_hop{
     "fwe_cl_wayfind_enforce_hop",
-    {"14a618b7c49686daca0b35669a051771", "9d40b7a4a7cc79a52622ae30c35e7d85"},
+    {.luid = "14a618b7c49686daca0b35669a051771", .definition = "9d40b7a4a7cc79a52622ae30c35e7d85"},
     "A hop that is enforced.",
     {
         value("hop_id",         u_int32,   0, "The hop, by identifier."),
@@ -94,7 +94,7 @@ static_assert(layout_is(enforce_hop, {{48, 80, 56, 5}, {112, 16, 128, 7}}, 112, 
 
 inline constexpr Record multi_nh_map{
     "fwe_cl_wayfind_multi_nh_map",
-    {"1e3e736f348f037d975b063c5c5cb54b", "ff76862de1ef60e84c548c9239c6a903"},
+    {.luid = "1e3e736f348f037d975b063c5c5cb54b", .definition = "ff76862de1ef60e84c548c9239c6a903"},
     "A next hop of a remote end point.",
     {
         value ("vrf_id",          u_int32,    0, "VRF, by identifier."),
@@ -106,7 +106,7 @@ static_assert(layout_is(multi_nh_map, {{114, 22, 136, 4}}, 120));
 
 inline constexpr Record dcid_siteip_map{
     "fwe_cl_wayfind_dcid_siteip_map",
-    {"557c1b5bc09c0934038f1d939ebce68f", "3195ba689bc6b56730513afd87460eb5"},
+    {.luid = "557c1b5bc09c0934038f1d939ebce68f", .definition = "3195ba689bc6b56730513afd87460eb5"},
     "From a dcid to the address of its site.",
     {
         value ("vrf_id",  u_int32,    0, "VRF, by identifier."),
@@ -117,73 +117,85 @@ static_assert(layout_is(dcid_siteip_map, {{72, 16, 88, 3}}, 72));
 
 inline constexpr Message pal_site_prefix_msg{
     "fwe_pal_wayfind_site_prefix_msg",
-    {"8163e8975dd691b9f7b82f91d23869c7", "8ca819adb0cb73b63647ead4865398d5"},
+    {.luid = "8163e8975dd691b9f7b82f91d23869c7", .definition = "8ca819adb0cb73b63647ead4865398d5"},
     "The site of a prefix, from the platform layer; not repeatable, unlike prefixtosite_msg.",
     {&pal_site_prefix_data}};
 
 inline constexpr Message prefixtosite_msg{
     "fwe_cl_wayfind_prefixtosite_msg",
-    {"b67c437b85f16ea0d0502d7b13394e88", "fc254143f9927dcb9f8ad53fe06eea0a"},
+    {.luid = "b67c437b85f16ea0d0502d7b13394e88", .definition = "fc254143f9927dcb9f8ad53fe06eea0a"},
     "The sites of one prefix, from the client layer.",
     {&prefixtosite_data}};
 
 inline constexpr Message sitetohop_msg{
     "fwe_cl_wayfind_sitetohop_msg",
-    {"d1b59668de413522d96fa338fffa4ca2", "f35e905534e7e29e59ecb22e5a13ac97"},
+    {.luid = "d1b59668de413522d96fa338fffa4ca2", .definition = "f35e905534e7e29e59ecb22e5a13ac97"},
     "The hops of one site.",
     {&sitetohop_data}};
 
 inline constexpr Message enforce_hop_msg{
     "fwe_cl_wayfind_enforce_hop_msg",
-    {"a563984a1aa84bb7a950f92710461479", "cc6fb7b58158c9bd1983af9b9e7ad024"},
+    {.luid = "a563984a1aa84bb7a950f92710461479", .definition = "cc6fb7b58158c9bd1983af9b9e7ad024"},
     "One enforced hop.",
     {&enforce_hop}};
 
 inline constexpr Message multi_nh_map_msg{
     "fwe_cl_wayfind_multi_nh_map_msg",
-    {"cefbd67a3d1715a7569c58715004cbe5", "d11236e28073e1e76cc2e15e119ab0b2"},
+    {.luid = "cefbd67a3d1715a7569c58715004cbe5", .definition = "d11236e28073e1e76cc2e15e119ab0b2"},
     "One next hop of a remote end point.",
     {&multi_nh_map}};
 
 inline constexpr Message dcid_siteip_map_msg{
     "fwe_cl_wayfind_dcid_siteip_map_msg",
-    {"80ddab35407f8e2e8e5c6d8013a60c7f", "79a461a4c3c6d9df896a0c5599c4732c"},
+    {.luid = "80ddab35407f8e2e8e5c6d8013a60c7f", .definition = "79a461a4c3c6d9df896a0c5599c4732c"},
     "The site address of one dcid.",
     {&dcid_siteip_map}};
 
 inline constexpr Bundle show_site_prefix{
     "fwe_pal_wayfind_show_site_prefix_response",
-    {"0104118afac60f28246f0f99ee218957", "d89bcf1781434d20f3fdb9e4f27a4861", "1647a1b74987d5d016d94a8e5c07ab3e"},
+    {.start = "0104118afac60f28246f0f99ee218957",
+     .abort = "d89bcf1781434d20f3fdb9e4f27a4861",
+     .commit = "1647a1b74987d5d016d94a8e5c07ab3e"},
     "Answer to a show of the platform's map from prefixes to sites.",
     {{&pal_site_prefix_msg, Occurs::once}}};
 
 inline constexpr Bundle show_prefixtosite{
     "fwe_cl_wayfind_show_prefixtosite_response",
-    {"70c7bf6e1f953905eb317f2b63cdd209", "8305bab14518da98f587d9380dc35477", "a08b121f53e41433c698c817838d3f51"},
+    {.start = "70c7bf6e1f953905eb317f2b63cdd209",
+     .abort = "8305bab14518da98f587d9380dc35477",
+     .commit = "a08b121f53e41433c698c817838d3f51"},
     "Answer to a show of the map from prefixes to sites.",
     {{&prefixtosite_msg, Occurs::repeatedly}}};
 
 inline constexpr Bundle show_sitetohop{
     "fwe_cl_wayfind_show_sitetohop_response",
-    {"beb12c5f8834c06b43dc951bbf4cbb7b", "a2e97a490d672eeb57544fd8c9e84d38", "e97f746956d87c6444700a1b2c7c3513"},
+    {.start = "beb12c5f8834c06b43dc951bbf4cbb7b",
+     .abort = "a2e97a490d672eeb57544fd8c9e84d38",
+     .commit = "e97f746956d87c6444700a1b2c7c3513"},
     "Answer to a show of the map from sites to hops.",
     {{&sitetohop_msg, Occurs::repeatedly}}};
 
 inline constexpr Bundle show_enforce_hop{
     "fwe_cl_wayfind_show_enforce_hop_resp",
-    {"7ccbc2e6f03e3797ed5968312f858efe", "27bf47054a967b6815b15097f3e863c6", "0a58024643278d6be6b75341f7aab29f"},
+    {.start = "7ccbc2e6f03e3797ed5968312f858efe",
+     .abort = "27bf47054a967b6815b15097f3e863c6",
+     .commit = "0a58024643278d6be6b75341f7aab29f"},
     "Answer to a show of enforced hops.",
     {{&enforce_hop_msg, Occurs::repeatedly}}};
 
 inline constexpr Bundle show_multi_nh_map{
     "fwe_cl_wayfind_show_multi_nh_map_resp",
-    {"203a1b9e71a84beaf1f05a207cca0b1c", "04f66e009a57159337987ed51a64dfa1", "2b53803ebaa2f5b01bb7daffc2588b09"},
+    {.start = "203a1b9e71a84beaf1f05a207cca0b1c",
+     .abort = "04f66e009a57159337987ed51a64dfa1",
+     .commit = "2b53803ebaa2f5b01bb7daffc2588b09"},
     "Answer to a show of the next hops of remote end points.",
     {{&multi_nh_map_msg, Occurs::repeatedly}}};
 
 inline constexpr Bundle show_dcid_siteip_map{
     "fwe_cl_wayfind_show_dcid_siteip_map_resp",
-    {"9df292e967ddd05cafb69599090a8761", "86e392b8ef5448b9e78698dfc290b00d", "5a8d9a2fa9de4f4f9f762842ad81a4d8"},
+    {.start = "9df292e967ddd05cafb69599090a8761",
+     .abort = "86e392b8ef5448b9e78698dfc290b00d",
+     .commit = "5a8d9a2fa9de4f4f9f762842ad81a4d8"},
     "Answer to a show of the map from dcids to site addresses.",
     {{&dcid_siteip_map_msg, Occurs::repeatedly}}};
 

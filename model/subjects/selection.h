@@ -11,7 +11,7 @@ namespace model {
 
 inline constexpr Enum select_ui_type_e{
     "fwe_cl_wayfind_select_ui_type_e",
-    {"fe31fdca540407064407e3ad53a5ed80", "19c826bca962453a0388a26dbbad2298"},
+    {.luid = "fe31fdca540407064407e3ad53a5ed80", .definition = "19c826bca962453a0388a26dbbad2298"},
     "Tables that a show of selection is about.",
     {
         "WAYFIND_UI_SELECT_TC",
@@ -21,7 +21,7 @@ inline constexpr Enum select_ui_type_e{
 
 inline constexpr Record select_policy{
     "fwe_cl_wayfind_select_policy",
-    {"b582de8e17a747f8ecf8da3c6885753d", "0360f8b20baa26431104a14c0d90972b"},
+    {.luid = "b582de8e17a747f8ecf8da3c6885753d", .definition = "0360f8b20baa26431104a14c0d90972b"},
     "One policy by which paths are chosen for a flow.",
     {
         value ("policy_seq",        u_int32, 0, "Place of the policy in its sequence."),
@@ -33,7 +33,7 @@ static_assert(layout_is(select_policy, {{72, 16, 88, 7}}, 72));
 
 inline constexpr Record select_all_policies{
     "fwe_cl_wayfind_select_all_policies",
-    {"0feeb47aeb7f8273779ad4c233f0aa13", "73a456512389d54cb35211cd7aa8cdf7"},
+    {.luid = "0feeb47aeb7f8273779ad4c233f0aa13", .definition = "73a456512389d54cb35211cd7aa8cdf7"},
     "The policies of one flow.",
     {
         counter     ("num_policies", u_int32,       0, "Elements of policy."),
@@ -43,7 +43,7 @@ static_assert(layout_is(select_all_policies, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record select_state_data{
     "fwe_cl_wayfind_select_state_data",
-    {"9ae45adaa3a5670d914c9e281f65a4fc", "b67885a1c6f7aefcbb2b23a885aee867"},
+    {.luid = "9ae45adaa3a5670d914c9e281f65a4fc", .definition = "b67885a1c6f7aefcbb2b23a885aee867"},
     "What a show of flows or traffic classes asks for, and how many entries there are.",
     {
         value("db_type",             select_ui_type_e, 0, "What the show is about: traffic classes, flows or both."),
@@ -57,7 +57,7 @@ static_assert(layout_is(select_state_data, {{48, 16, 56, 5}, {52, 12, 64, 6}}, 5
 
 inline constexpr Record select_flow_data{
     "fwe_cl_wayfind_select_flow_data",
-    {"f95a3181322c84617dbbe4c2defadd34", "640418807cbc4fed2952013427ff31e1"},
+    {.luid = "f95a3181322c84617dbbe4c2defadd34", .definition = "640418807cbc4fed2952013427ff31e1"},
     "One flow: a pair of prefixes, its policies and the number of its traffic classes.",
     {
         value ("table_id",         u_int32,             0, "Routing table, by identifier."),
@@ -76,13 +76,13 @@ static_assert(layout_is(select_flow_data, {{200, 80, 216, 32}, {264, 16, 280, 32
 
 inline constexpr Message select_flow_msg{
     "fwe_cl_wayfind_select_flow_msg",
-    {"262857714ceb1dc0d9581204a0030c66", "e4b1e65c541a52f05f60846fecca57a4"},
+    {.luid = "262857714ceb1dc0d9581204a0030c66", .definition = "e4b1e65c541a52f05f60846fecca57a4"},
     "One flow.",
     {&select_flow_data}};
 
 inline constexpr Message select_state_msg{
     "fwe_cl_wayfind_select_state_msg",
-    {"c716f2280aee9260d11ba0a5b9a02ea3", "368c16163bad141fd91621c1f59bfd7b"},
+    {.luid = "c716f2280aee9260d11ba0a5b9a02ea3", .definition = "368c16163bad141fd91621c1f59bfd7b"},
     "What was asked of a show of selection or of traffic classes, once in a response of either.",
     {&select_state_data}};
 

@@ -14,7 +14,7 @@ namespace model {
 
 inline constexpr Enum select_tc_type_e{
     "fwe_cl_wayfind_select_tc_type_e",
-    {"a899e0740e6183f438932fc35aa76c8a", "678fa1c7cb748f5c396201174580a8c6"},
+    {.luid = "a899e0740e6183f438932fc35aa76c8a", .definition = "678fa1c7cb748f5c396201174580a8c6"},
     "What traffic is classified by.",
     {
         "WAYFIND_UI_SELECT_TC_TYPE_NONE",
@@ -26,7 +26,7 @@ inline constexpr Enum select_tc_type_e{
 
 inline constexpr Enum select_tc_ui_status_e{
     "fwe_cl_wayfind_select_tc_ui_status_e",
-    {"591e9d5f5412f0109decfcd8dd2ad9ca", "16d7a0ecc3706e164cd23727a8440b81"},
+    {.luid = "591e9d5f5412f0109decfcd8dd2ad9ca", .definition = "16d7a0ecc3706e164cd23727a8440b81"},
     "How a traffic class fares, for display; value 0 is spelled as peers know it.",
     {
         "WAYFIND_UI_SELECT_TC_STATUS_NORAMAL",
@@ -36,7 +36,7 @@ inline constexpr Enum select_tc_ui_status_e{
 
 inline constexpr Record select_tc_stats_st{
     "fwe_cl_wayfind_select_tc_stats_st",
-    {"2270e9173e5fb6aa3139df7bdbe94216", "3c1fb820bfc6a27b1f808d9e34a36865"},
+    {.luid = "2270e9173e5fb6aa3139df7bdbe94216", .definition = "3c1fb820bfc6a27b1f808d9e34a36865"},
     "Counters of one traffic class.",
     {
         value("send_bytes",   u_int64, 0, "Bytes that went out."),
@@ -46,7 +46,7 @@ static_assert(layout_is(select_tc_stats_st, {{32, 8, 40, 2}}, 32));
 
 inline constexpr Record select_tc_ageout_st{
     "fwe_cl_wayfind_select_tc_ageout_st",
-    {"da663981117b4aaacfa5ede8a8eb6e3b", "959b04ecd66a0ba0df73d6bba9199c79"},
+    {.luid = "da663981117b4aaacfa5ede8a8eb6e3b", .definition = "959b04ecd66a0ba0df73d6bba9199c79"},
     "How far one traffic class has aged, in the sender's units.",
     {
         value("tc_db_id",              u_int32, 0, "The traffic class, by its identifier in the table."),
@@ -61,7 +61,7 @@ static_assert(layout_is(select_tc_ageout_st, {{40, 8, 48, 7}}, 40));
 
 inline constexpr Record sel_lb_path_human_readable_st{
     "fwe_cl_wayfind_sel_lb_path_human_readable_st",
-    {"f3747514309d47c67c1c5dc5412f1828", "d9b40e152a14a26924d45480c92edc9b"},
+    {.luid = "f3747514309d47c67c1c5dc5412f1828", .definition = "d9b40e152a14a26924d45480c92edc9b"},
     "Hops of a path in readable form; its counter is named unlike those of the numeric forms.",
     {
         counter     ("num_hops_str", u_int32,                   0, "Elements of path_id_str."),
@@ -71,7 +71,7 @@ static_assert(layout_is(sel_lb_path_human_readable_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record select_loadbalance_channel_st{
     "fwe_cl_wayfind_select_loadbalance_channel_st",
-    {"07ddef0cccbbc5730933c42dc108bb07", "7449bca7ef5baa0ef0869c00fc8d2b34"},
+    {.luid = "07ddef0cccbbc5730933c42dc108bb07", .definition = "7449bca7ef5baa0ef0869c00fc8d2b34"},
     "One channel of a load balance: its weight, its counters and the hops of its path.",
     {
         object("mem",         mem_st,                        0, "Locator of the entry in forwarding memory."),
@@ -92,7 +92,7 @@ static_assert(layout_is(select_loadbalance_channel_st, {{216, 48, 232, 104}, {24
 
 inline constexpr Record select_tc_lb_channels_st{
     "fwe_cl_wayfind_select_tc_lb_channels_st",
-    {"a398aa8db01182acd6411dfcff9e1f31", "12a825669707df489d341c7484548f3f"},
+    {.luid = "a398aa8db01182acd6411dfcff9e1f31", .definition = "12a825669707df489d341c7484548f3f"},
     "The channels over which a load is balanced.",
     {
         counter     ("num_channels", u_int32,                       0, "Elements of channels."),
@@ -102,7 +102,7 @@ static_assert(layout_is(select_tc_lb_channels_st, {{24, 8, 32, 16}}, 24));
 
 inline constexpr Record select_tc_data{
     "fwe_cl_wayfind_select_tc_data",
-    {"f2a0d44153b58b2719c8a8a3270619e3", "9fbea448e31f89effe9fbb9ccf68352c"},
+    {.luid = "f2a0d44153b58b2719c8a8a3270619e3", .definition = "9fbea448e31f89effe9fbb9ccf68352c"},
     "One traffic class: what classifies it, and the channels that its load is balanced over.",
     {
         value ("tc_id",            u_int32,                  0, "The traffic class, by identifier."),
@@ -129,20 +129,24 @@ static_assert(layout_is(select_tc_data, {{310, 98, 328, 72}, {392, 16, 408, 72}}
 
 inline constexpr Message select_tc_msg{
     "fwe_cl_wayfind_select_tc_msg",
-    {"3f84fb53ac6c878894f64a37558d4db0", "68be94fa0fc7917410069783d5ee5245"},
+    {.luid = "3f84fb53ac6c878894f64a37558d4db0", .definition = "68be94fa0fc7917410069783d5ee5245"},
     "One traffic class.",
     {&select_tc_data}};
 
 // Both shows stand here, where all their messages are known: that of selection carries flows besides traffic classes.
 inline constexpr Bundle show_selection{
     "fwe_cl_wayfind_show_selection_response",
-    {"4257db2ac747ce626bb53d109ed90e55", "5e6ed78b2e8be37f17a7eb4e662ff98e", "8d6e65ace08c9e20eb6beee60a8ccbfa"},
+    {.start = "4257db2ac747ce626bb53d109ed90e55",
+     .abort = "5e6ed78b2e8be37f17a7eb4e662ff98e",
+     .commit = "8d6e65ace08c9e20eb6beee60a8ccbfa"},
     "Answer to a show of traffic classes and flows.",
     {{&select_state_msg, Occurs::once}, {&select_tc_msg, Occurs::repeatedly}, {&select_flow_msg, Occurs::repeatedly}}};
 
 inline constexpr Bundle show_traffic_class{
     "fwe_cl_wayfind_show_traffic_class_response",
-    {"8c6ba70b6d27d4a6185abf05718b9737", "e1ef7301d8d10a1a1aa78daefa178f86", "2e05ded5388fc1ad950ee4c2d392b267"},
+    {.start = "8c6ba70b6d27d4a6185abf05718b9737",
+     .abort = "e1ef7301d8d10a1a1aa78daefa178f86",
+     .commit = "2e05ded5388fc1ad950ee4c2d392b267"},
     "Answer to a show of traffic classes.",
     {{&select_state_msg, Occurs::once}, {&select_tc_msg, Occurs::repeatedly}}};
 
