@@ -2,8 +2,6 @@
 // blocks are, variant by variant.
 #pragma once
 
-#include <initializer_list>
-
 #include "model/schema.h"
 
 namespace model {
@@ -13,13 +11,13 @@ inline constexpr size_t header_size = 11;
 // one byte for the whole array, 7 unused, the pointer to one byte per element
 inline constexpr size_t array_entry_size = 16;
 
-// Sizes of one variant of a record, in bytes.
+// The numbers of one variant of a record: sizes in bytes, and where its field numbers end.
 struct Sizes {
-  uint16_t used;   // end of the variant's last field, header included
-  uint16_t slop;   // from there to the end of the newest body
-  uint16_t body;   // object laid out for this variant as its newest
-  uint16_t state;  // its state block
-  constexpr bool operator==(const Sizes&) const = default;
+  uint32_t used;   // end of the variant's last field, header included
+  uint32_t slop;   // from there to the end of the newest body
+  uint32_t body;   // object laid out for this variant as its newest
+  uint32_t state;  // its state block
+  uint32_t bound;  // end of its field numbers
 };
 
 constexpr size_t round_up(size_t n, size_t multiple) {
@@ -179,27 +177,11 @@ constexpr size_t state_size(const Record& record, size_t variant) {
 
 constexpr Sizes sizes(const Record& record, size_t variant) {
   const size_t used = used_length(record, variant);
-  return {static_cast<uint16_t>(used), static_cast<uint16_t>(newest_body_size(record) - used),
-          static_cast<uint16_t>(body_size(used)),
-          static_cast<uint16_t>(state_size(record, variant))};
-}
-
-// True when the rules give the numbers that peers and the runtime know the record by: its sizes in
-// each variant, the size in the manifest, and for a record of several variants the end of each
-// one's field numbers. A check, never a source.
-constexpr bool layout_is(const Record& record, std::initializer_list<Sizes> known,
-                         size_t manifest_size, std::initializer_list<size_t> bounds = {}) {
-  const size_t variants = variant_count(record);
-  if (known.size() != variants || bounds.size() != (variants > 1 ? variants : 0)) return false;
-  size_t variant = 0;
-  for (const Sizes& expected : known) {
-    if (sizes(record, variant++) != expected) return false;
-  }
-  variant = 0;
-  for (const size_t expected : bounds) {
-    if (field_number_bound(record, variant++) != expected) return false;
-  }
-  return digest_size(record) == manifest_size;
+  return {.used = static_cast<uint32_t>(used),
+          .slop = static_cast<uint32_t>(newest_body_size(record) - used),
+          .body = static_cast<uint32_t>(body_size(used)),
+          .state = static_cast<uint32_t>(state_size(record, variant)),
+          .bound = static_cast<uint32_t>(field_number_bound(record, variant))};
 }
 
 }  // namespace model

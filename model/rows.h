@@ -27,7 +27,7 @@ inline constexpr uint8_t no_type = 0xFF;
 // One field. Offsets count from the start of the object, state places from the start of the state
 // block.
 struct FieldRow {
-  char name[28];
+  char name[max_field_name + 1];
   uint16_t index;  // among the fields of all records
   uint16_t offset;
   uint16_t width;    // bytes of a text, of an embedded value, or of one element of an array
@@ -74,11 +74,6 @@ constexpr size_t total_fields() {
   return n;
 }
 inline constexpr size_t field_total = total_fields();
-
-constexpr bool same_text(const char* a, const char* b) {
-  while (*a != '\0' && *a == *b) ++a, ++b;
-  return *a == *b;
-}
 
 template <class T, size_t N>
 constexpr uint8_t row_of(const T& what, const T* const (&table)[N]) {
@@ -153,12 +148,12 @@ constexpr auto make_record_rows() {
     row.index = static_cast<uint8_t>(r);
     for (size_t v = 0; v < row.variants; ++v) {
       const Sizes size = sizes(record, v);
-      row.layouts[v] = {size.used,
-                        size.body,
-                        size.state,
+      row.layouts[v] = {static_cast<uint16_t>(size.used),
+                        static_cast<uint16_t>(size.body),
+                        static_cast<uint16_t>(size.state),
                         static_cast<uint8_t>(field_count(record, v)),
                         static_cast<uint8_t>(held_fields(record, size.body)),
-                        static_cast<uint8_t>(field_number_bound(record, v))};
+                        static_cast<uint8_t>(size.bound)};
     }
     row.holds_array = holds_array(record);
     for (size_t i = 0; i < row.fields; ++i) {
@@ -189,7 +184,7 @@ struct SmallRow {
   uint8_t values;
   uint8_t size;  // of an object
   bool is_flag_set;
-  char texts[max_values][48];
+  char texts[max_values][max_value_name + 1];
 };
 
 constexpr void copy_text(char* to, const char* from) {

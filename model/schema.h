@@ -54,6 +54,11 @@ inline constexpr size_t max_fields = 40;
 inline constexpr size_t max_variants = 4;
 inline constexpr size_t max_members = 6;
 
+// What names may measure, in characters: they lie in rows and descriptors of fixed size.
+inline constexpr size_t max_type_name = 63;
+inline constexpr size_t max_field_name = 27;
+inline constexpr size_t max_value_name = 47;
+
 struct Enum {
   const char* name;
   Identity identity;
@@ -107,6 +112,7 @@ struct Message {
 enum class Occurs : uint8_t { once, repeatedly };
 
 struct Member {
+  const char* name;
   const Message* message;
   Occurs occurs;
 };
@@ -159,6 +165,33 @@ constexpr Field value_array(const char* name, Primitive type, uint8_t variant,
 constexpr Field record_array(const char* name, const Record& type, uint8_t variant,
                              const char* meaning) {
   return {name, Class::record_array, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
+}
+
+// Members of a bundle.
+constexpr Member once(const Message& message) { return {message.name, &message, Occurs::once}; }
+constexpr Member repeatedly(const Message& message) {
+  return {message.name, &message, Occurs::repeatedly};
+}
+// A type that is no message; checks.h names it.
+template <class Type>
+constexpr Member once(const Type& type) {
+  return {type.name, nullptr, Occurs::once};
+}
+template <class Type>
+constexpr Member repeatedly(const Type& type) {
+  return {type.name, nullptr, Occurs::repeatedly};
+}
+
+// Texts. ----------------------------------------------------------------------
+
+constexpr size_t length(const char* text) {
+  size_t n = 0;
+  while (text[n] != '\0') ++n;
+  return n;
+}
+constexpr bool same_text(const char* a, const char* b) {
+  while (*a != '\0' && *a == *b) ++a, ++b;
+  return *a == *b;
 }
 
 }  // namespace model

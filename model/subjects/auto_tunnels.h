@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 
 namespace model {
 
@@ -15,7 +15,8 @@ inline constexpr Record auto_tunnel_gstatus{
     {
         value("number", u_int32, 0, "Auto tunnels present."),
     }};
-static_assert(layout_is(auto_tunnel_gstatus, {{16, 8, 24, 1}}, 16));
+static_assert(layout_is<auto_tunnel_gstatus, Manifest{.size = 16},
+    Sizes{.used = 16, .slop = 8, .body = 24, .state = 1, .bound = 1}>());
 
 inline constexpr Record auto_tunnel{
     "fwe_cl_wayfind_auto_tunnel",
@@ -28,7 +29,9 @@ inline constexpr Record auto_tunnel{
         text ("create_ts_msec",       32,      1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text ("update_ts_msec",       32,      1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(auto_tunnel, {{24, 80, 32, 3}, {88, 16, 104, 5}}, 88, {3, 6}));
+static_assert(layout_is<auto_tunnel, Manifest{.size = 88},
+    Sizes{.used = 24, .slop = 80, .body = 32, .state = 3, .bound = 3},
+    Sizes{.used = 88, .slop = 16, .body = 104, .state = 5, .bound = 6}>());
 
 inline constexpr Record auto_tunnel_misc{
     "fwe_cl_wayfind_auto_tunnel_misc",
@@ -37,7 +40,8 @@ inline constexpr Record auto_tunnel_misc{
     {
         text("intf_name", 32, 0, "Name of the tunnel's interface."),
     }};
-static_assert(layout_is(auto_tunnel_misc, {{43, 13, 56, 1}}, 48));
+static_assert(layout_is<auto_tunnel_misc, Manifest{.size = 48},
+    Sizes{.used = 43, .slop = 13, .body = 56, .state = 1, .bound = 1}>());
 
 inline constexpr Message auto_tunnel_gstatus_show{
     "fwe_cl_wayfind_auto_tunnel_gstatus_show",
@@ -57,6 +61,6 @@ inline constexpr Bundle show_auto_tunnel{
      .abort = "68b306904fec64a80377a28945b93df6",
      .commit = "6816b1618057dd077ca328d6aeee4aed"},
     "Answer to a show of auto tunnels.",
-    {{&auto_tunnel_gstatus_show, Occurs::once}, {&auto_tunnel_show, Occurs::repeatedly}}};
+    {once(auto_tunnel_gstatus_show), repeatedly(auto_tunnel_show)}};
 
 }  // namespace model

@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 #include "model/subjects/forwarding_memory.h"
 
 namespace model {
@@ -49,7 +49,8 @@ inline constexpr Record sel_lb_path_st{
         counter    ("num_hops", u_int32, 0, "Elements of path_id."),
         value_array("path_id",  u_int32, 0, "Identifier of each hop."),
     }};
-static_assert(layout_is(sel_lb_path_st, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<sel_lb_path_st, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record sel_lb_src_intf_st{
     "fwe_cl_wayfind_sel_lb_src_intf_st",
@@ -59,7 +60,8 @@ inline constexpr Record sel_lb_src_intf_st{
         counter    ("num_hops",    u_int32, 0, "Elements of src_intf_id."),
         value_array("src_intf_id", u_int8,  0, "Source interface of each hop, by identifier; 8 bits."),
     }};
-static_assert(layout_is(sel_lb_src_intf_st, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<sel_lb_src_intf_st, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record sel_lb_dst_site_st{
     "fwe_cl_wayfind_sel_lb_dst_site_st",
@@ -69,7 +71,8 @@ inline constexpr Record sel_lb_dst_site_st{
         counter    ("num_hops",    u_int32, 0, "Elements of dst_site_id."),
         value_array("dst_site_id", u_int16, 0, "Destination site of each hop, by identifier; 16 bits."),
     }};
-static_assert(layout_is(sel_lb_dst_site_st, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<sel_lb_dst_site_st, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record sel_lb_dst_intf_st{
     "fwe_cl_wayfind_sel_lb_dst_intf_st",
@@ -79,7 +82,8 @@ inline constexpr Record sel_lb_dst_intf_st{
         counter    ("num_hops",    u_int32, 0, "Elements of dst_intf_id."),
         value_array("dst_intf_id", u_int8,  0, "Destination interface of each hop, by identifier; 8 bits."),
     }};
-static_assert(layout_is(sel_lb_dst_intf_st, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<sel_lb_dst_intf_st, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record chan_st{
     "fwe_cl_wayfind_chan_st",
@@ -115,7 +119,11 @@ inline constexpr Record chan_st{
         object("dst_intf",           sel_lb_dst_intf_st, 2, "Destination interfaces of the hops."),
         value ("hop_count",          u_int8,             3, "How many hops; 8 bits, whatever the arrays count."),
     }};
-static_assert(layout_is(chan_st, {{251, 157, 272, 20}, {253, 155, 272, 22}, {384, 24, 400, 112}, {385, 23, 408, 120}}, 392, {20, 23, 29, 31}));
+static_assert(layout_is<chan_st, Manifest{.size = 392},
+    Sizes{.used = 251, .slop = 157, .body = 272, .state = 20, .bound = 20},
+    Sizes{.used = 253, .slop = 155, .body = 272, .state = 22, .bound = 23},
+    Sizes{.used = 384, .slop = 24, .body = 400, .state = 112, .bound = 29},
+    Sizes{.used = 385, .slop = 23, .body = 408, .state = 120, .bound = 31}>());
 
 inline constexpr Record chan_stats_st{
     "fwe_cl_wayfind_chan_stats_st",
@@ -134,7 +142,9 @@ inline constexpr Record chan_stats_st{
         value("ac_probes",         u_int32, 1, "Probes of kind ac."),
         value("unreach_probes",    u_int32, 1, "Probes of kind unreachable."),
     }};
-static_assert(layout_is(chan_stats_st, {{72, 32, 88, 8}, {84, 20, 104, 11}}, 88, {8, 12}));
+static_assert(layout_is<chan_stats_st, Manifest{.size = 88},
+    Sizes{.used = 72, .slop = 32, .body = 88, .state = 8, .bound = 8},
+    Sizes{.used = 84, .slop = 20, .body = 104, .state = 11, .bound = 12}>());
 
 inline constexpr Record channel_data{
     "fwe_cl_wayfind_channel_data",
@@ -155,7 +165,9 @@ inline constexpr Record channel_data{
         text  ("create_ts_msec", 32,            1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text  ("update_ts_msec", 32,            1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(channel_data, {{604, 84, 624, 152}, {668, 20, 688, 160}}, 672, {11, 14}));
+static_assert(layout_is<channel_data, Manifest{.size = 672},
+    Sizes{.used = 604, .slop = 84, .body = 624, .state = 152, .bound = 11},
+    Sizes{.used = 668, .slop = 20, .body = 688, .state = 160, .bound = 14}>());
 
 inline constexpr Record channel_state_data{
     "fwe_cl_wayfind_channel_state_data",
@@ -170,7 +182,8 @@ inline constexpr Record channel_state_data{
         value("num_channels",    u_int32,     0, "How many channels there are."),
         value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
     }};
-static_assert(layout_is(channel_state_data, {{40, 8, 48, 7}}, 40));
+static_assert(layout_is<channel_state_data, Manifest{.size = 40},
+    Sizes{.used = 40, .slop = 8, .body = 48, .state = 7, .bound = 7}>());
 
 inline constexpr Message channel_msg{
     "fwe_cl_wayfind_channel_msg",
@@ -190,6 +203,6 @@ inline constexpr Bundle show_channel{
      .abort = "c77b457aec6631ac5d99456349dc3d73",
      .commit = "c2cfbac157efbca29cfb6cec5c312ed9"},
     "Answer to a show of channels.",
-    {{&channel_state_msg, Occurs::once}, {&channel_msg, Occurs::repeatedly}}};
+    {once(channel_state_msg), repeatedly(channel_msg)}};
 
 }  // namespace model

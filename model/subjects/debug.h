@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 
 namespace model {
 
@@ -23,7 +23,8 @@ inline constexpr Record dp_debug_setting{
         value("mode_validator_enabled",   u_int32, 0, "Nonzero when the validator is debugged."),
         value("mode_collector_enabled",   u_int32, 0, "Nonzero when the collector is debugged."),
     }};
-static_assert(layout_is(dp_debug_setting, {{44, 12, 56, 9}}, 48));
+static_assert(layout_is<dp_debug_setting, Manifest{.size = 48},
+    Sizes{.used = 44, .slop = 12, .body = 56, .state = 9, .bound = 9}>());
 
 inline constexpr Record dp_debug_data_per_complex{
     "fwe_dp_wayfind_debug_data_per_complex",
@@ -33,7 +34,8 @@ inline constexpr Record dp_debug_data_per_complex{
         counter     ("num_fwes",    u_int8,           0, "Elements of dbg_setting; it keeps the low 8 bits."),
         record_array("dbg_setting", dp_debug_setting, 0, "Switches of each forwarding engine."),
     }};
-static_assert(layout_is(dp_debug_data_per_complex, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<dp_debug_data_per_complex, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record dp_debug_data{
     "fwe_dp_wayfind_debug_data",
@@ -44,7 +46,8 @@ inline constexpr Record dp_debug_data{
         record_array("dbg_per_complex", dp_debug_data_per_complex, 0, "Forwarding engines of each complex."),
         value       ("is_none",         ork_boolean,               0, "True when no setting is told."),
     }};
-static_assert(layout_is(dp_debug_data, {{28, 12, 40, 24}}, 32));
+static_assert(layout_is<dp_debug_data, Manifest{.size = 32},
+    Sizes{.used = 28, .slop = 12, .body = 40, .state = 24, .bound = 3}>());
 
 inline constexpr Record pal_debug_data{
     "fwe_pal_wayfind_debug_data",
@@ -57,7 +60,8 @@ inline constexpr Record pal_debug_data{
         value("error_enabled", u_int32,     0, "Nonzero when class error is on."),
         value("is_none",       ork_boolean, 0, "True when no setting is told."),
     }};
-static_assert(layout_is(pal_debug_data, {{32, 8, 40, 5}}, 32));
+static_assert(layout_is<pal_debug_data, Manifest{.size = 32},
+    Sizes{.used = 32, .slop = 8, .body = 40, .state = 5, .bound = 5}>());
 
 inline constexpr Record cl_debug_data{
     "fwe_cl_wayfind_debug_data",
@@ -71,7 +75,8 @@ inline constexpr Record cl_debug_data{
         value("stats_enabled", u_int32,     0, "Nonzero when class stats is on."),
         value("is_none",       ork_boolean, 0, "True when no setting is told."),
     }};
-static_assert(layout_is(cl_debug_data, {{36, 12, 48, 6}}, 40));
+static_assert(layout_is<cl_debug_data, Manifest{.size = 40},
+    Sizes{.used = 36, .slop = 12, .body = 48, .state = 6, .bound = 6}>());
 
 inline constexpr Message dp_debug_msg{
     "fwe_dp_wayfind_debug_msg",
@@ -97,7 +102,7 @@ inline constexpr Bundle pal_show_debug{
      .abort = "b511d42535c519a991b5191c6e62befa",
      .commit = "e6dc9e99c2c584ca6f4d410d4fcd46c6"},
     "Answer to a show of what the platform layer debugs.",
-    {{&pal_debug_msg, Occurs::once}}};
+    {once(pal_debug_msg)}};
 
 inline constexpr Bundle cl_show_debug{
     "fwe_cl_wayfind_show_debug_response",
@@ -105,7 +110,7 @@ inline constexpr Bundle cl_show_debug{
      .abort = "6900bffec7e3c3fcfd60fd11d587ba12",
      .commit = "e2393165d71d4205da1c784266948e77"},
     "Answer to a show of what the client layer debugs.",
-    {{&cl_debug_msg, Occurs::once}}};
+    {once(cl_debug_msg)}};
 
 inline constexpr Bundle dp_show_debug{
     "fwe_dp_wayfind_show_debug_response",
@@ -113,6 +118,6 @@ inline constexpr Bundle dp_show_debug{
      .abort = "aef2f77cb32218089835d27df4c77b2a",
      .commit = "d9c79797092fe554dc48a9ad96c9ff39"},
     "Answer to a show of what the data-plane layer debugs.",
-    {{&dp_debug_msg, Occurs::once}}};
+    {once(dp_debug_msg)}};
 
 }  // namespace model

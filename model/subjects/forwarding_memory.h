@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 
 namespace model {
 
@@ -17,6 +17,7 @@ inline constexpr Record mem_st{
         value("ppe_addr",   u_int64, 0, "Address of the entry on the ppe side."),
         value("exmem_addr", u_int64, 0, "Address of the entry in external memory."),
     }};
-static_assert(layout_is(mem_st, {{32, 8, 40, 3}}, 32));
+static_assert(layout_is<mem_st, Manifest{.size = 32},
+    Sizes{.used = 32, .slop = 8, .body = 40, .state = 3, .bound = 3}>());
 
 }  // namespace model

@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 #include "model/subjects/forwarding_memory.h"
 
 namespace model {
@@ -48,7 +48,8 @@ inline constexpr Record inst_st{
         value ("discovery_probe", u_int32,    0, "Setting of the probes of discovery."),
         value ("mml",             u_int32,    0, "Value; opaque to the library."),
     }};
-static_assert(layout_is(inst_st, {{112, 16, 128, 12}}, 112));
+static_assert(layout_is<inst_st, Manifest{.size = 112},
+    Sizes{.used = 112, .slop = 16, .body = 128, .state = 12, .bound = 12}>());
 
 inline constexpr Record color_st{
     "fwe_cl_wayfind_color_st",
@@ -60,7 +61,8 @@ inline constexpr Record color_st{
         text ("color",    20,      0, "Name of the colour; 20 bytes here, 8 in channel_data and intf_data."),
         value("tag",      u_int16, 0, "Tag of the colour; 16 bits."),
     }};
-static_assert(layout_is(color_st, {{70, 18, 88, 4}}, 72));
+static_assert(layout_is<color_st, Manifest{.size = 72},
+    Sizes{.used = 70, .slop = 18, .body = 88, .state = 4, .bound = 4}>());
 
 inline constexpr Record inst_data{
     "fwe_cl_wayfind_inst_data",
@@ -71,7 +73,8 @@ inline constexpr Record inst_data{
         object("inst",     inst_st, 0, "The instance itself."),
         object("mem",      mem_st,  0, "Locator of the entry in forwarding memory."),
     }};
-static_assert(layout_is(inst_data, {{184, 16, 200, 18}}, 184));
+static_assert(layout_is<inst_data, Manifest{.size = 184},
+    Sizes{.used = 184, .slop = 16, .body = 200, .state = 18, .bound = 3}>());
 
 inline constexpr Record color_data{
     "fwe_cl_wayfind_color_data",
@@ -81,7 +84,8 @@ inline constexpr Record color_data{
         object("color", color_st, 0, "The colour itself."),
         object("mem",   mem_st,   0, "Locator of the entry in forwarding memory."),
     }};
-static_assert(layout_is(color_data, {{144, 16, 160, 9}}, 144));
+static_assert(layout_is<color_data, Manifest{.size = 144},
+    Sizes{.used = 144, .slop = 16, .body = 160, .state = 9, .bound = 2}>());
 
 inline constexpr Record proxy_stats{
     "fwe_cl_wayfind_proxy_stats",
@@ -92,7 +96,8 @@ inline constexpr Record proxy_stats{
         value("proxy_rcvcnt",  u_int32, 0, "How often the proxy received."),
         value("proxy_errcnt",  u_int32, 0, "How often the proxy met an error."),
     }};
-static_assert(layout_is(proxy_stats, {{24, 8, 32, 3}}, 24));
+static_assert(layout_is<proxy_stats, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 3, .bound = 3}>());
 
 inline constexpr Record global_info_data{
     "fwe_cl_wayfind_global_info_data",
@@ -111,7 +116,9 @@ inline constexpr Record global_info_data{
         value ("num_sel_flow_tc", u_int32,     1, "How many traffic classes there are under flows."),
         value ("num_enf_hop",     u_int32,     1, "How many enforced hops there are."),
     }};
-static_assert(layout_is(global_info_data, {{72, 32, 88, 11}, {84, 20, 104, 14}}, 88, {8, 12}));
+static_assert(layout_is<global_info_data, Manifest{.size = 88},
+    Sizes{.used = 72, .slop = 32, .body = 88, .state = 11, .bound = 8},
+    Sizes{.used = 84, .slop = 20, .body = 104, .state = 14, .bound = 12}>());
 
 inline constexpr Record global_state_data{
     "fwe_cl_wayfind_global_state_data",
@@ -129,7 +136,10 @@ inline constexpr Record global_state_data{
         value("hash_val",                   u_int32,        1, "Hash of the entry, as the sender tells it."),
         value("unreach_interval",           u_int32,        2, "Interval until unreachable, in the sender's unit."),
     }};
-static_assert(layout_is(global_state_data, {{44, 28, 56, 4}, {56, 16, 64, 9}, {60, 12, 72, 10}}, 64, {4, 10, 12}));
+static_assert(layout_is<global_state_data, Manifest{.size = 64},
+    Sizes{.used = 44, .slop = 28, .body = 56, .state = 4, .bound = 4},
+    Sizes{.used = 56, .slop = 16, .body = 64, .state = 9, .bound = 10},
+    Sizes{.used = 60, .slop = 12, .body = 72, .state = 10, .bound = 12}>());
 
 inline constexpr Record global_param_data{
     "fwe_cl_wayfind_global_param_data",
@@ -154,7 +164,8 @@ inline constexpr Record global_param_data{
         text ("create_ts_msec",   32,          0, "When the entry was made, as text in milliseconds; opaque to the library."),
         text ("update_ts_msec",   32,          0, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(global_param_data, {{136, 16, 152, 17}}, 136));
+static_assert(layout_is<global_param_data, Manifest{.size = 136},
+    Sizes{.used = 136, .slop = 16, .body = 152, .state = 17, .bound = 17}>());
 
 inline constexpr Record global_show_type_data{
     "fwe_cl_wayfind_global_show_type_data",
@@ -163,7 +174,8 @@ inline constexpr Record global_show_type_data{
     {
         value("db_type", show_global_type_e, 0, "Block that the show is about."),
     }};
-static_assert(layout_is(global_show_type_data, {{32, 8, 40, 1}}, 32));
+static_assert(layout_is<global_show_type_data, Manifest{.size = 32},
+    Sizes{.used = 32, .slop = 8, .body = 40, .state = 1, .bound = 1}>());
 
 inline constexpr Message global_state_msg{
     "fwe_cl_wayfind_global_state_msg",
@@ -208,10 +220,10 @@ inline constexpr Bundle show_global{
      .commit = "f43a00e44f3af42ab692b65cca52ab9a"},
     "Answer to a show of instances, colours and counts.",
     {
-        {&global_state_msg, Occurs::once},
-        {&inst_msg, Occurs::repeatedly},
-        {&color_msg, Occurs::repeatedly},
-        {&global_info_msg, Occurs::once},
+        once(global_state_msg),
+        repeatedly(inst_msg),
+        repeatedly(color_msg),
+        once(global_info_msg),
     }};
 
 inline constexpr Bundle show_global_new{
@@ -220,6 +232,6 @@ inline constexpr Bundle show_global_new{
      .abort = "4286847bd783a55409ecab04a2b39b18",
      .commit = "02bdb5c0e1141c084a41e3703aa8f466"},
     "Answer to a show of parameters and counts.",
-    {{&global_show_type_msg, Occurs::once}, {&global_param_msg, Occurs::once}, {&global_info_msg, Occurs::once}}};
+    {once(global_show_type_msg), once(global_param_msg), once(global_info_msg)}};
 
 }  // namespace model

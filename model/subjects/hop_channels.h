@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 #include "model/subjects/forwarding_memory.h"
 
 namespace model {
@@ -52,7 +52,9 @@ inline constexpr Record hop_chan_st{
         text  ("update_ts_msec", 32,             1, "When the entry last changed, as text in milliseconds; opaque to the library."),
         object("flags_show",     hop_chan_flags, 1, "Flags by name, for display; neither it nor flags follows from the other."),
     }};
-static_assert(layout_is(hop_chan_st, {{48, 104, 56, 12}, {136, 16, 152, 15}}, 136, {12, 16}));
+static_assert(layout_is<hop_chan_st, Manifest{.size = 136},
+    Sizes{.used = 48, .slop = 104, .body = 56, .state = 12, .bound = 12},
+    Sizes{.used = 136, .slop = 16, .body = 152, .state = 15, .bound = 16}>());
 
 inline constexpr Record hop_chan_stats_st{
     "fwe_cl_wayfind_hop_chan_stats_st",
@@ -68,7 +70,8 @@ inline constexpr Record hop_chan_stats_st{
         value("send_sample_packets", u_int32, 0, "Sample packets that went out."),
         value("recv_sample_packets", u_int32, 0, "Sample packets that came in."),
     }};
-static_assert(layout_is(hop_chan_stats_st, {{64, 8, 72, 8}}, 64));
+static_assert(layout_is<hop_chan_stats_st, Manifest{.size = 64},
+    Sizes{.used = 64, .slop = 8, .body = 72, .state = 8, .bound = 8}>());
 
 inline constexpr Record hop_chan_probe_st{
     "fwe_cl_wayfind_hop_chan_probe_st",
@@ -83,7 +86,8 @@ inline constexpr Record hop_chan_probe_st{
         value("unreach_cd",    u_int32,          0, "Countdown to unreachable, in the sender's unit."),
         value("monitor_cd",    u_int32,          0, "Countdown of monitoring, in the sender's unit."),
     }};
-static_assert(layout_is(hop_chan_probe_st, {{92, 20, 112, 7}}, 96));
+static_assert(layout_is<hop_chan_probe_st, Manifest{.size = 96},
+    Sizes{.used = 92, .slop = 20, .body = 112, .state = 7, .bound = 7}>());
 
 inline constexpr Record hop_chan_serv_st{
     "fwe_cl_wayfind_hop_chan_serv_st",
@@ -103,7 +107,8 @@ inline constexpr Record hop_chan_serv_st{
         value("rx_u2r_cnt",          u_int16, 0, "u2r events that came in; 16 bits."),
         value("tx_u2r_cnt",          u_int16, 0, "u2r events that went out; 16 bits."),
     }};
-static_assert(layout_is(hop_chan_serv_st, {{164, 20, 184, 12}}, 168));
+static_assert(layout_is<hop_chan_serv_st, Manifest{.size = 168},
+    Sizes{.used = 164, .slop = 20, .body = 184, .state = 12, .bound = 12}>());
 
 inline constexpr Record hop_chan_data{
     "fwe_cl_wayfind_hop_chan_data",
@@ -117,7 +122,9 @@ inline constexpr Record hop_chan_data{
         object("probe",    hop_chan_probe_st, 0, "Probing of the hop channel."),
         object("serv",     hop_chan_serv_st,  1, "Last events of the hop channel."),
     }};
-static_assert(layout_is(hop_chan_data, {{400, 200, 416, 38}, {584, 16, 600, 51}}, 584, {5, 7}));
+static_assert(layout_is<hop_chan_data, Manifest{.size = 584},
+    Sizes{.used = 400, .slop = 200, .body = 416, .state = 38, .bound = 5},
+    Sizes{.used = 584, .slop = 16, .body = 600, .state = 51, .bound = 7}>());
 
 inline constexpr Record hop_chan_state_data{
     "fwe_cl_wayfind_hop_chan_state_data",
@@ -132,7 +139,8 @@ inline constexpr Record hop_chan_state_data{
         value("num_hop_chans",   u_int32,     0, "How many hop channels there are."),
         value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
     }};
-static_assert(layout_is(hop_chan_state_data, {{40, 8, 48, 7}}, 40));
+static_assert(layout_is<hop_chan_state_data, Manifest{.size = 40},
+    Sizes{.used = 40, .slop = 8, .body = 48, .state = 7, .bound = 7}>());
 
 inline constexpr Record hop_id_readable_format_st{
     "fwe_cl_wayfind_hop_id_readable_format_st",
@@ -141,7 +149,8 @@ inline constexpr Record hop_id_readable_format_st{
     {
         text("hop_id_str", 14, 0, "Identifier of the hop as text."),
     }};
-static_assert(layout_is(hop_id_readable_format_st, {{25, 15, 40, 1}}, 32));
+static_assert(layout_is<hop_id_readable_format_st, Manifest{.size = 32},
+    Sizes{.used = 25, .slop = 15, .body = 40, .state = 1, .bound = 1}>());
 
 inline constexpr Message hop_chan_msg{
     "fwe_cl_wayfind_hop_chan_msg",
@@ -161,6 +170,6 @@ inline constexpr Bundle show_hop_chan{
      .abort = "95587e492b80b1aaa9ed938fb9b539e9",
      .commit = "46ac958ee4a970c1127eed0eeef3a6a9"},
     "Answer to a show of hop channels.",
-    {{&hop_chan_state_msg, Occurs::once}, {&hop_chan_msg, Occurs::repeatedly}}};
+    {once(hop_chan_state_msg), repeatedly(hop_chan_msg)}};
 
 }  // namespace model

@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 
 namespace model {
 
@@ -35,7 +35,8 @@ inline constexpr Record intf_data{
         text ("color",               8,                0, "Name of the colour; 8 bytes here, 20 in color_st."),
         value("plr_type",            intf_plr_state_e, 0, "State of plr on the interface."),
     }};
-static_assert(layout_is(intf_data, {{88, 16, 104, 9}}, 88));
+static_assert(layout_is<intf_data, Manifest{.size = 88},
+    Sizes{.used = 88, .slop = 16, .body = 104, .state = 9, .bound = 9}>());
 
 inline constexpr Record intf_sum{
     "fwe_cl_wayfind_intf_sum",
@@ -45,7 +46,8 @@ inline constexpr Record intf_sum{
         value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of selection is on."),
         value("smp_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of smp is on."),
     }};
-static_assert(layout_is(intf_sum, {{20, 12, 32, 2}}, 24));
+static_assert(layout_is<intf_sum, Manifest{.size = 24},
+    Sizes{.used = 20, .slop = 12, .body = 32, .state = 2, .bound = 2}>());
 
 inline constexpr Message intf_data_msg{
     "fwe_cl_wayfind_intf_data_msg",
@@ -65,6 +67,6 @@ inline constexpr Bundle show_intf{
      .abort = "65682e781c19c5609798abb8ba06f918",
      .commit = "fb93228ccd25ae4fd0abba15d41c4302"},
     "Answer to a show of interfaces.",
-    {{&intf_sum_msg, Occurs::once}, {&intf_data_msg, Occurs::repeatedly}}};
+    {once(intf_sum_msg), repeatedly(intf_data_msg)}};
 
 }  // namespace model

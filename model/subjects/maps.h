@@ -5,7 +5,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 
 namespace model {
 
@@ -19,7 +19,8 @@ inline constexpr Record pal_site_prefix_data{
         value ("flags",    u_int32,    0, "Flag word; none of its bits has a name here."),
         object("pfx",      ip_address, 0, "The prefix."),
     }};
-static_assert(layout_is(pal_site_prefix_data, {{72, 16, 88, 4}}, 72));
+static_assert(layout_is<pal_site_prefix_data, Manifest{.size = 72},
+    Sizes{.used = 72, .slop = 16, .body = 88, .state = 4, .bound = 4}>());
 
 inline constexpr Record prefixtosite_stats_st{
     "fwe_cl_wayfind_prefixtosite_stats_st",
@@ -33,7 +34,8 @@ inline constexpr Record prefixtosite_stats_st{
         value("total_send_bytes",    u_int64, 0, "Bytes sent in all, as the sender adds them up."),
         value("total_send_packets",  u_int64, 0, "Packets sent in all, as the sender adds them up."),
     }};
-static_assert(layout_is(prefixtosite_stats_st, {{64, 8, 72, 6}}, 64));
+static_assert(layout_is<prefixtosite_stats_st, Manifest{.size = 64},
+    Sizes{.used = 64, .slop = 8, .body = 72, .state = 6, .bound = 6}>());
 
 inline constexpr Record prefixtosite_data{
     "fwe_cl_wayfind_prefixtosite_data",
@@ -48,7 +50,8 @@ inline constexpr Record prefixtosite_data{
         value ("backup_site_id", u_int32,               0, "Backup site, by identifier."),
         object("stats",          prefixtosite_stats_st, 0, "Counters of the prefix."),
     }};
-static_assert(layout_is(prefixtosite_data, {{160, 16, 176, 13}}, 160));
+static_assert(layout_is<prefixtosite_data, Manifest{.size = 160},
+    Sizes{.used = 160, .slop = 16, .body = 176, .state = 13, .bound = 7}>());
 
 inline constexpr Record sitetohop_stats_st{
     "fwe_cl_wayfind_sitetohop_stats_st",
@@ -62,7 +65,8 @@ inline constexpr Record sitetohop_stats_st{
         value("total_send_bytes",    u_int64, 0, "Bytes sent in all, as the sender adds them up."),
         value("total_send_packets",  u_int64, 0, "Packets sent in all, as the sender adds them up."),
     }};
-static_assert(layout_is(sitetohop_stats_st, {{64, 8, 72, 6}}, 64));
+static_assert(layout_is<sitetohop_stats_st, Manifest{.size = 64},
+    Sizes{.used = 64, .slop = 8, .body = 72, .state = 6, .bound = 6}>());
 
 inline constexpr Record sitetohop_data{
     "fwe_cl_wayfind_sitetohop_data",
@@ -75,7 +79,8 @@ inline constexpr Record sitetohop_data{
         value ("backup_hop_id", u_int32,            0, "Backup hop, by identifier."),
         object("stats",         sitetohop_stats_st, 0, "Counters of the site."),
     }};
-static_assert(layout_is(sitetohop_data, {{104, 16, 120, 11}}, 104));
+static_assert(layout_is<sitetohop_data, Manifest{.size = 104},
+    Sizes{.used = 104, .slop = 16, .body = 120, .state = 11, .bound = 5}>());
 
 inline constexpr Record enforce_hop{
     "fwe_cl_wayfind_enforce_hop",
@@ -90,7 +95,9 @@ inline constexpr Record enforce_hop{
         text ("create_ts_msec", 32,        1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text ("update_ts_msec", 32,        1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(enforce_hop, {{48, 80, 56, 5}, {112, 16, 128, 7}}, 112, {5, 8}));
+static_assert(layout_is<enforce_hop, Manifest{.size = 112},
+    Sizes{.used = 48, .slop = 80, .body = 56, .state = 5, .bound = 5},
+    Sizes{.used = 112, .slop = 16, .body = 128, .state = 7, .bound = 8}>());
 
 inline constexpr Record multi_nh_map{
     "fwe_cl_wayfind_multi_nh_map",
@@ -102,7 +109,8 @@ inline constexpr Record multi_nh_map{
         object("remote_ip",       ip_address, 0, "Remote side, by IP address."),
         value ("tag",             u_int16,    0, "Tag, 16 bits; 0 is a tag like any other."),
     }};
-static_assert(layout_is(multi_nh_map, {{114, 22, 136, 4}}, 120));
+static_assert(layout_is<multi_nh_map, Manifest{.size = 120},
+    Sizes{.used = 114, .slop = 22, .body = 136, .state = 4, .bound = 4}>());
 
 inline constexpr Record dcid_siteip_map{
     "fwe_cl_wayfind_dcid_siteip_map",
@@ -113,7 +121,8 @@ inline constexpr Record dcid_siteip_map{
         value ("dc_id",   u_int8,     0, "The dcid, 8 bits; 0 is a dcid like any other."),
         object("site_ip", ip_address, 0, "Site, by address."),
     }};
-static_assert(layout_is(dcid_siteip_map, {{72, 16, 88, 3}}, 72));
+static_assert(layout_is<dcid_siteip_map, Manifest{.size = 72},
+    Sizes{.used = 72, .slop = 16, .body = 88, .state = 3, .bound = 3}>());
 
 inline constexpr Message pal_site_prefix_msg{
     "fwe_pal_wayfind_site_prefix_msg",
@@ -157,7 +166,7 @@ inline constexpr Bundle show_site_prefix{
      .abort = "d89bcf1781434d20f3fdb9e4f27a4861",
      .commit = "1647a1b74987d5d016d94a8e5c07ab3e"},
     "Answer to a show of the platform's map from prefixes to sites.",
-    {{&pal_site_prefix_msg, Occurs::once}}};
+    {once(pal_site_prefix_msg)}};
 
 inline constexpr Bundle show_prefixtosite{
     "fwe_cl_wayfind_show_prefixtosite_response",
@@ -165,7 +174,7 @@ inline constexpr Bundle show_prefixtosite{
      .abort = "8305bab14518da98f587d9380dc35477",
      .commit = "a08b121f53e41433c698c817838d3f51"},
     "Answer to a show of the map from prefixes to sites.",
-    {{&prefixtosite_msg, Occurs::repeatedly}}};
+    {repeatedly(prefixtosite_msg)}};
 
 inline constexpr Bundle show_sitetohop{
     "fwe_cl_wayfind_show_sitetohop_response",
@@ -173,7 +182,7 @@ inline constexpr Bundle show_sitetohop{
      .abort = "a2e97a490d672eeb57544fd8c9e84d38",
      .commit = "e97f746956d87c6444700a1b2c7c3513"},
     "Answer to a show of the map from sites to hops.",
-    {{&sitetohop_msg, Occurs::repeatedly}}};
+    {repeatedly(sitetohop_msg)}};
 
 inline constexpr Bundle show_enforce_hop{
     "fwe_cl_wayfind_show_enforce_hop_resp",
@@ -181,7 +190,7 @@ inline constexpr Bundle show_enforce_hop{
      .abort = "27bf47054a967b6815b15097f3e863c6",
      .commit = "0a58024643278d6be6b75341f7aab29f"},
     "Answer to a show of enforced hops.",
-    {{&enforce_hop_msg, Occurs::repeatedly}}};
+    {repeatedly(enforce_hop_msg)}};
 
 inline constexpr Bundle show_multi_nh_map{
     "fwe_cl_wayfind_show_multi_nh_map_resp",
@@ -189,7 +198,7 @@ inline constexpr Bundle show_multi_nh_map{
      .abort = "04f66e009a57159337987ed51a64dfa1",
      .commit = "2b53803ebaa2f5b01bb7daffc2588b09"},
     "Answer to a show of the next hops of remote end points.",
-    {{&multi_nh_map_msg, Occurs::repeatedly}}};
+    {repeatedly(multi_nh_map_msg)}};
 
 inline constexpr Bundle show_dcid_siteip_map{
     "fwe_cl_wayfind_show_dcid_siteip_map_resp",
@@ -197,6 +206,6 @@ inline constexpr Bundle show_dcid_siteip_map{
      .abort = "86e392b8ef5448b9e78698dfc290b00d",
      .commit = "5a8d9a2fa9de4f4f9f762842ad81a4d8"},
     "Answer to a show of the map from dcids to site addresses.",
-    {{&dcid_siteip_map_msg, Occurs::repeatedly}}};
+    {repeatedly(dcid_siteip_map_msg)}};
 
 }  // namespace model

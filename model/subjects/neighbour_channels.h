@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 #include "model/subjects/channels.h"
 #include "model/subjects/forwarding_memory.h"
 
@@ -30,7 +30,8 @@ inline constexpr Record chan_nb_st{
         value("tx_state", chan_tx_state_e, 0, "State of the transmit side."),
         value("vrf_id",   u_int32,         0, "VRF, by identifier."),
     }};
-static_assert(layout_is(chan_nb_st, {{52, 12, 64, 4}}, 56));
+static_assert(layout_is<chan_nb_st, Manifest{.size = 56},
+    Sizes{.used = 52, .slop = 12, .body = 64, .state = 4, .bound = 4}>());
 
 inline constexpr Record nb_channel_data{
     "fwe_cl_wayfind_nb_channel_data",
@@ -40,7 +41,8 @@ inline constexpr Record nb_channel_data{
         object("chan_nb", chan_nb_st, 0, "The neighbour channel itself."),
         object("mem",     mem_st,     0, "Locator of the entry in forwarding memory."),
     }};
-static_assert(layout_is(nb_channel_data, {{120, 16, 136, 9}}, 120));
+static_assert(layout_is<nb_channel_data, Manifest{.size = 120},
+    Sizes{.used = 120, .slop = 16, .body = 136, .state = 9, .bound = 2}>());
 
 inline constexpr Record nb_channel_state_data{
     "fwe_cl_wayfind_nb_channel_state_data",
@@ -52,7 +54,8 @@ inline constexpr Record nb_channel_state_data{
         value("num_nb_channels", u_int32,     0, "How many neighbour channels there are."),
         value("new_walk",        ork_boolean, 0, "Asks for a fresh walk; false goes on with the last."),
     }};
-static_assert(layout_is(nb_channel_state_data, {{28, 12, 40, 4}}, 32));
+static_assert(layout_is<nb_channel_state_data, Manifest{.size = 32},
+    Sizes{.used = 28, .slop = 12, .body = 40, .state = 4, .bound = 4}>());
 
 inline constexpr Message nb_channel_msg{
     "fwe_cl_wayfind_nb_channel_msg",
@@ -72,6 +75,6 @@ inline constexpr Bundle show_nb_channel{
      .abort = "509901274867611b41fbfd021a210cd4",
      .commit = "1cd9f42a5e6656dc929d22c1bd795e57"},
     "Answer to a show of neighbour channels.",
-    {{&nb_channel_state_msg, Occurs::once}, {&nb_channel_msg, Occurs::repeatedly}}};
+    {once(nb_channel_state_msg), repeatedly(nb_channel_msg)}};
 
 }  // namespace model

@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 #include "model/subjects/forwarding_memory.h"
 
 namespace model {
@@ -29,7 +29,8 @@ inline constexpr Record select_policy{
         value ("blackhole_bytes",   u_int64, 0, "Bytes that the policy blackholed."),
         value ("blackhole_packets", u_int64, 0, "Packets that the policy blackholed."),
     }};
-static_assert(layout_is(select_policy, {{72, 16, 88, 7}}, 72));
+static_assert(layout_is<select_policy, Manifest{.size = 72},
+    Sizes{.used = 72, .slop = 16, .body = 88, .state = 7, .bound = 4}>());
 
 inline constexpr Record select_all_policies{
     "fwe_cl_wayfind_select_all_policies",
@@ -39,7 +40,8 @@ inline constexpr Record select_all_policies{
         counter     ("num_policies", u_int32,       0, "Elements of policy."),
         record_array("policy",       select_policy, 0, "Each policy."),
     }};
-static_assert(layout_is(select_all_policies, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<select_all_policies, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record select_state_data{
     "fwe_cl_wayfind_select_state_data",
@@ -53,7 +55,9 @@ inline constexpr Record select_state_data{
         value("count",               u_int32,          0, "How many entries there are."),
         value("show_human_readable", ork_boolean,      1, "Asks for paths in readable form too."),
     }};
-static_assert(layout_is(select_state_data, {{48, 16, 56, 5}, {52, 12, 64, 6}}, 56, {5, 7}));
+static_assert(layout_is<select_state_data, Manifest{.size = 56},
+    Sizes{.used = 48, .slop = 16, .body = 56, .state = 5, .bound = 5},
+    Sizes{.used = 52, .slop = 12, .body = 64, .state = 6, .bound = 7}>());
 
 inline constexpr Record select_flow_data{
     "fwe_cl_wayfind_select_flow_data",
@@ -72,7 +76,9 @@ inline constexpr Record select_flow_data{
         text  ("create_ts_msec",   32,                  1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text  ("update_ts_msec",   32,                  1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(select_flow_data, {{200, 80, 216, 32}, {264, 16, 280, 32}}, 264, {9, 12}));
+static_assert(layout_is<select_flow_data, Manifest{.size = 264},
+    Sizes{.used = 200, .slop = 80, .body = 216, .state = 32, .bound = 9},
+    Sizes{.used = 264, .slop = 16, .body = 280, .state = 32, .bound = 12}>());
 
 inline constexpr Message select_flow_msg{
     "fwe_cl_wayfind_select_flow_msg",

@@ -4,7 +4,7 @@
 // Tables stand in columns, by hand.
 // clang-format off
 
-#include "model/layout.h"
+#include "model/checks.h"
 #include "model/subjects/channels.h"
 #include "model/subjects/forwarding_memory.h"
 #include "model/subjects/hop_channels.h"
@@ -42,7 +42,8 @@ inline constexpr Record select_tc_stats_st{
         value("send_bytes",   u_int64, 0, "Bytes that went out."),
         value("send_packets", u_int64, 0, "Packets that went out."),
     }};
-static_assert(layout_is(select_tc_stats_st, {{32, 8, 40, 2}}, 32));
+static_assert(layout_is<select_tc_stats_st, Manifest{.size = 32},
+    Sizes{.used = 32, .slop = 8, .body = 40, .state = 2, .bound = 2}>());
 
 inline constexpr Record select_tc_ageout_st{
     "fwe_cl_wayfind_select_tc_ageout_st",
@@ -57,7 +58,8 @@ inline constexpr Record select_tc_ageout_st{
         value("fwe_ageout_phase_last", u_int32, 0, "Phase that the forwarding engine was last in."),
         value("fwe_ageout_times",      u_int32, 0, "How often the forwarding engine aged it."),
     }};
-static_assert(layout_is(select_tc_ageout_st, {{40, 8, 48, 7}}, 40));
+static_assert(layout_is<select_tc_ageout_st, Manifest{.size = 40},
+    Sizes{.used = 40, .slop = 8, .body = 48, .state = 7, .bound = 7}>());
 
 inline constexpr Record sel_lb_path_human_readable_st{
     "fwe_cl_wayfind_sel_lb_path_human_readable_st",
@@ -67,7 +69,8 @@ inline constexpr Record sel_lb_path_human_readable_st{
         counter     ("num_hops_str", u_int32,                   0, "Elements of path_id_str."),
         record_array("path_id_str",  hop_id_readable_format_st, 0, "Identifier of each hop as text."),
     }};
-static_assert(layout_is(sel_lb_path_human_readable_st, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<sel_lb_path_human_readable_st, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record select_loadbalance_channel_st{
     "fwe_cl_wayfind_select_loadbalance_channel_st",
@@ -88,7 +91,9 @@ inline constexpr Record select_loadbalance_channel_st{
         object("dst_intf",    sel_lb_dst_intf_st,            0, "Destination interfaces of the hops."),
         object("path_rf",     sel_lb_path_human_readable_st, 1, "Identifiers of the hops in readable form."),
     }};
-static_assert(layout_is(select_loadbalance_channel_st, {{216, 48, 232, 104}, {248, 16, 264, 128}}, 248, {12, 14}));
+static_assert(layout_is<select_loadbalance_channel_st, Manifest{.size = 248},
+    Sizes{.used = 216, .slop = 48, .body = 232, .state = 104, .bound = 12},
+    Sizes{.used = 248, .slop = 16, .body = 264, .state = 128, .bound = 14}>());
 
 inline constexpr Record select_tc_lb_channels_st{
     "fwe_cl_wayfind_select_tc_lb_channels_st",
@@ -98,7 +103,8 @@ inline constexpr Record select_tc_lb_channels_st{
         counter     ("num_channels", u_int32,                       0, "Elements of channels."),
         record_array("channels",     select_loadbalance_channel_st, 0, "Each channel with its weight."),
     }};
-static_assert(layout_is(select_tc_lb_channels_st, {{24, 8, 32, 16}}, 24));
+static_assert(layout_is<select_tc_lb_channels_st, Manifest{.size = 24},
+    Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record select_tc_data{
     "fwe_cl_wayfind_select_tc_data",
@@ -125,7 +131,9 @@ inline constexpr Record select_tc_data{
         text  ("create_ts_msec",   32,                       1, "When the entry was made, as text in milliseconds; opaque to the library."),
         text  ("update_ts_msec",   32,                       1, "When the entry last changed, as text in milliseconds; opaque to the library."),
     }};
-static_assert(layout_is(select_tc_data, {{310, 98, 328, 72}, {392, 16, 408, 72}}, 392, {16, 20}));
+static_assert(layout_is<select_tc_data, Manifest{.size = 392},
+    Sizes{.used = 310, .slop = 98, .body = 328, .state = 72, .bound = 16},
+    Sizes{.used = 392, .slop = 16, .body = 408, .state = 72, .bound = 20}>());
 
 inline constexpr Message select_tc_msg{
     "fwe_cl_wayfind_select_tc_msg",
@@ -140,7 +148,7 @@ inline constexpr Bundle show_selection{
      .abort = "5e6ed78b2e8be37f17a7eb4e662ff98e",
      .commit = "8d6e65ace08c9e20eb6beee60a8ccbfa"},
     "Answer to a show of traffic classes and flows.",
-    {{&select_state_msg, Occurs::once}, {&select_tc_msg, Occurs::repeatedly}, {&select_flow_msg, Occurs::repeatedly}}};
+    {once(select_state_msg), repeatedly(select_tc_msg), repeatedly(select_flow_msg)}};
 
 inline constexpr Bundle show_traffic_class{
     "fwe_cl_wayfind_show_traffic_class_response",
@@ -148,6 +156,6 @@ inline constexpr Bundle show_traffic_class{
      .abort = "e1ef7301d8d10a1a1aa78daefa178f86",
      .commit = "2e05ded5388fc1ad950ee4c2d392b267"},
     "Answer to a show of traffic classes.",
-    {{&select_state_msg, Occurs::once}, {&select_tc_msg, Occurs::repeatedly}}};
+    {once(select_state_msg), repeatedly(select_tc_msg)}};
 
 }  // namespace model

@@ -63,6 +63,7 @@ LAYERS = [
     ("tests/platform/", "tests", PUBLIC + ["platform"]),
     ("tests/abi/", "tests", PUBLIC + ["tools", "offline tools"]),
     ("tests/look/", "tests", PUBLIC + ["look"]),
+    ("tests/tree/wrong_rows/", "tests", TABLES),
     ("tests/", "tests", PUBLIC),
     ("bench/", "bench", PUBLIC),
     ("fuzz/", "fuzz", PUBLIC + ["tools", "offline tools"]),

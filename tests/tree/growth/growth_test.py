@@ -24,12 +24,15 @@ ORDER = "model/order.h"
 
 FIELD_ROW = '        value ("moves",    u_int32,           2, "How often the hop channel moved."),\n'
 # A u_int32 behind byte 584, and its state byte.
-FIELD_SIZES = "static_assert(layout_is(hop_chan_data, {{400, 208, 416, 38}, {584, 24, 600, 51}, {588, 20, 608, 52}}, 592, {5, 7, 9}));"
+FIELD_SIZES = """static_assert(layout_is<hop_chan_data, Manifest{.size = 592},
+    Sizes{.used = 400, .slop = 208, .body = 416, .state = 38, .bound = 5},
+    Sizes{.used = 584, .slop = 24, .body = 600, .state = 51, .bound = 7},
+    Sizes{.used = 588, .slop = 20, .body = 608, .state = 52, .bound = 9}>());"""
 
 RECORD = """
 inline constexpr Record grown_st{
     "fwe_cl_wayfind_grown_st",
-    {"00112233445566778899aabbccddeeff", "ffeeddccbbaa99887766554433221100"},
+    {.luid = "00112233445566778899aabbccddeeff", .definition = "ffeeddccbbaa99887766554433221100"},
     "A record that the tree has grown.",
     {
         value      ("width",      u_int16,     0, "A value."),
@@ -39,7 +42,9 @@ inline constexpr Record grown_st{
         object     ("mem",        mem_st,      0, "A record inside."),
         value      ("evergreen",  ork_boolean, 1, "A later value."),
     }};
-static_assert(layout_is(grown_st, {{80, 24, 96, 32}, {84, 20, 104, 32}}, 88, {5, 7}));
+static_assert(layout_is<grown_st, Manifest{.size = 88},
+    Sizes{.used = 80, .slop = 24, .body = 96, .state = 32, .bound = 5},
+    Sizes{.used = 84, .slop = 20, .body = 104, .state = 32, .bound = 7}>());
 """
 
 
@@ -66,7 +71,7 @@ def grow():
     start = table.index("inline constexpr Record hop_chan_data{")
     end = table.index("    }};\n", start)
     table = table[:end] + FIELD_ROW + table[end:]
-    table, count = re.subn(r"static_assert\(layout_is\(hop_chan_data, .*\);", FIELD_SIZES, table)
+    table, count = re.subn(r"static_assert\(layout_is<hop_chan_data,.*?;", FIELD_SIZES, table, flags=re.S)
     assert count == 1
     (COPY / SUBJECT).write_text(table)
     replace_once(SUBJECT, "\n}  // namespace model\n", RECORD + "\n}  // namespace model\n")
