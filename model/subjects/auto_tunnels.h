@@ -24,10 +24,10 @@ inline constexpr Record auto_tunnel{
     "One auto tunnel.",
     {
         value("table_id",             u_int32, 0, "Routing table of the tunnel, by identifier."),
-        value("tunnel_fwe_if_handle", u_int32, 0, "Handle of the tunnel interface on the forwarding engine."),
+        value("tunnel_fwe_if_handle", u_int32, 0, "Forwarding-engine interface handle."),
         value("tunnel_flow_counts",   u_int32, 0, "Flows that use the tunnel."),
-        text ("create_ts_msec",       32,      1, "When the entry was made, as text in milliseconds; opaque to the library."),
-        text ("update_ts_msec",       32,      1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+        text ("create_ts_msec",       32,      1, "Creation time in ms, as text."),
+        text ("update_ts_msec",       32,      1, "Last update in ms, as text."),
     }};
 static_assert(layout_is<auto_tunnel, Manifest{.size = 88},
     Sizes{.used = 24, .slop = 80, .body = 32, .state = 3, .bound = 3},

@@ -1,4 +1,5 @@
-// What each of the three layers debugs: the data plane by forwarding engine, the platform and the client by class.
+// What each of the three layers debugs: the data plane by forwarding engine, the platform and the
+// client by class.
 #pragma once
 
 // Tables stand in columns, by hand.
@@ -11,9 +12,9 @@ namespace model {
 inline constexpr Record dp_debug_setting{
     "fwe_dp_wayfind_debug_setting",
     {.luid = "13ce072128048fb88bc4bd55adadc345", .definition = "c3d89253f48d81e420dc6715b020e7ea"},
-    "What one forwarding engine debugs; each switch has 32 bits and is no ork_boolean.",
+    "What one forwarding engine debugs; a switch is a number, not an ork_boolean.",
     {
-        value("fwe_num",                  u_int8,  0, "Forwarding engine, by number; 8 bits here, 32 in mem_st."),
+        value("fwe_num",                  u_int8,  0, "Forwarding engine; mem_st has 32 bits."),
         value("mode_selection_enabled",   u_int32, 0, "Nonzero when selection is debugged."),
         value("mode_smart_probe_enabled", u_int32, 0, "Nonzero when smart probes are debugged."),
         value("mode_interface_enabled",   u_int32, 0, "Nonzero when interfaces are debugged."),
@@ -31,8 +32,8 @@ inline constexpr Record dp_debug_data_per_complex{
     {.luid = "3bf05a20e182ec0d3797e19dbb3e949c", .definition = "105c2fe83d26e1f2b11e1db341436502"},
     "What the forwarding engines of one complex debug.",
     {
-        counter     ("num_fwes",    u_int8,           0, "Elements of dbg_setting; it keeps the low 8 bits."),
-        record_array("dbg_setting", dp_debug_setting, 0, "Switches of each forwarding engine."),
+        counter     ("num_fwes",    u_int8,           0, "Elements of dbg_setting, low 8 bits."),
+        record_array("dbg_setting", dp_debug_setting, 0, "Settings of each forwarding engine."),
     }};
 static_assert(layout_is<dp_debug_data_per_complex, Manifest{.size = 24},
     Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
@@ -42,9 +43,10 @@ inline constexpr Record dp_debug_data{
     {.luid = "ce7af2236992c7b70229410030d617a5", .definition = "25664daad5f50959da0355f93e5327cc"},
     "What the data-plane layer debugs.",
     {
-        counter     ("num_complexes",   u_int8,                    0, "Elements of dbg_per_complex; it keeps the low 8 bits."),
-        record_array("dbg_per_complex", dp_debug_data_per_complex, 0, "Forwarding engines of each complex."),
-        value       ("is_none",         ork_boolean,               0, "True when no setting is told."),
+        counter     ("num_complexes",   u_int8,                    0,
+                     "Elements of dbg_per_complex, low 8 bits."),
+        record_array("dbg_per_complex", dp_debug_data_per_complex, 0, "Settings of each complex."),
+        value       ("is_none",         ork_boolean,               0, "Stands for no setting."),
     }};
 static_assert(layout_is<dp_debug_data, Manifest{.size = 32},
     Sizes{.used = 28, .slop = 12, .body = 40, .state = 24, .bound = 3}>());
@@ -52,13 +54,13 @@ static_assert(layout_is<dp_debug_data, Manifest{.size = 32},
 inline constexpr Record pal_debug_data{
     "fwe_pal_wayfind_debug_data",
     {.luid = "f8097734088d70eca2209a2548fa85b9", .definition = "e3d5056484e25d9299807dad8eb02f67"},
-    "What the platform layer debugs; each switch has 32 bits and is no ork_boolean.",
+    "What the platform layer debugs; a switch is a number, not an ork_boolean.",
     {
         value("info_enabled",  u_int32,     0, "Nonzero when class info is on."),
         value("trace_enabled", u_int32,     0, "Nonzero when class trace is on."),
         value("warn_enabled",  u_int32,     0, "Nonzero when class warn is on."),
         value("error_enabled", u_int32,     0, "Nonzero when class error is on."),
-        value("is_none",       ork_boolean, 0, "True when no setting is told."),
+        value("is_none",       ork_boolean, 0, "Stands for no setting."),
     }};
 static_assert(layout_is<pal_debug_data, Manifest{.size = 32},
     Sizes{.used = 32, .slop = 8, .body = 40, .state = 5, .bound = 5}>());
@@ -66,14 +68,14 @@ static_assert(layout_is<pal_debug_data, Manifest{.size = 32},
 inline constexpr Record cl_debug_data{
     "fwe_cl_wayfind_debug_data",
     {.luid = "dfb8073f9d067348365595f476b895ec", .definition = "67ac3b0b8234583d47d3102d337cb160"},
-    "What the client layer debugs; each switch has 32 bits and is no ork_boolean.",
+    "What the client layer debugs; a switch is a number, not an ork_boolean.",
     {
         value("info_enabled",  u_int32,     0, "Nonzero when class info is on."),
         value("trace_enabled", u_int32,     0, "Nonzero when class trace is on."),
         value("warn_enabled",  u_int32,     0, "Nonzero when class warn is on."),
         value("error_enabled", u_int32,     0, "Nonzero when class error is on."),
         value("stats_enabled", u_int32,     0, "Nonzero when class stats is on."),
-        value("is_none",       ork_boolean, 0, "True when no setting is told."),
+        value("is_none",       ork_boolean, 0, "Stands for no setting."),
     }};
 static_assert(layout_is<cl_debug_data, Manifest{.size = 40},
     Sizes{.used = 36, .slop = 12, .body = 48, .state = 6, .bound = 6}>());

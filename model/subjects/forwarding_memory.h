@@ -14,7 +14,7 @@ inline constexpr Record mem_st{
     "Locator of an entry in forwarding memory.",
     {
         value("fwe_num",    u_int32, 0, "Forwarding engine that holds the entry, by number."),
-        value("ppe_addr",   u_int64, 0, "Address of the entry on the ppe side."),
+        value("ppe_addr",   u_int64, 0, "The ppe address of the entry."),
         value("exmem_addr", u_int64, 0, "Address of the entry in external memory."),
     }};
 static_assert(layout_is<mem_st, Manifest{.size = 32},

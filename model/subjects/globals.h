@@ -40,13 +40,13 @@ inline constexpr Record inst_st{
         object("probe_src",       ip_address, 0, "Address that probes come from."),
         value ("unreach_time",    u_int32,    0, "Time until unreachable, in the sender's unit."),
         value ("probe_period",    u_int32,    0, "Period of probes, in the sender's unit."),
-        value ("src_port",        u_int16,    0, "Source port; 16 bits here, 32 in global_param_data."),
-        value ("dst_port",        u_int16,    0, "Destination port; 16 bits here, 32 in global_param_data."),
+        value ("src_port",        u_int16,    0, "Source port; 32 bits in global_param_data."),
+        value ("dst_port",        u_int16,    0, "Destination port; 32 bits in global_param_data."),
         value ("dscp_bitmap",     u_int64,    0, "Set of DSCP values, one bit for each of the 64."),
         value ("interval",        u_int32,    0, "Interval, in the sender's unit."),
         value ("discovery",       u_int32,    0, "Setting of discovery."),
         value ("discovery_probe", u_int32,    0, "Setting of the probes of discovery."),
-        value ("mml",             u_int32,    0, "Value; opaque to the library."),
+        value ("mml",             u_int32,    0, "The mml; not interpreted."),
     }};
 static_assert(layout_is<inst_st, Manifest{.size = 112},
     Sizes{.used = 112, .slop = 16, .body = 128, .state = 12, .bound = 12}>());
@@ -56,10 +56,10 @@ inline constexpr Record color_st{
     {.luid = "60f49645e756f62cdc67f5cabef7ca77", .definition = "57e6198a998597123248a103cddad423"},
     "A colour: its name and tag on one interface.",
     {
-        value("fwe_if_h", u_int32, 0, "Handle of the interface on the forwarding engine."),
+        value("fwe_if_h", u_int32, 0, "Forwarding-engine interface handle."),
         text ("if_name",  32,      0, "Name of the interface."),
-        text ("color",    20,      0, "Name of the colour; 20 bytes here, 8 in channel_data and intf_data."),
-        value("tag",      u_int16, 0, "Tag of the colour; 16 bits."),
+        text ("color",    20,      0, "Name of the colour; channel_data and intf_data hold 8."),
+        value("tag",      u_int16, 0, "Tag of the colour."),
     }};
 static_assert(layout_is<color_st, Manifest{.size = 72},
     Sizes{.used = 70, .slop = 18, .body = 88, .state = 4, .bound = 4}>());
@@ -69,9 +69,9 @@ inline constexpr Record inst_data{
     {.luid = "fe01ead5e4342e7a6fbdb7ca9a5d6c4b", .definition = "e99fc783c4bdd011221329471d3f309d"},
     "One instance as a show tells it.",
     {
-        value ("hash_val", u_int32, 0, "Hash of the entry, as the sender tells it."),
+        value ("hash_val", u_int32, 0, "Hash that the sender computed."),
         object("inst",     inst_st, 0, "The instance itself."),
-        object("mem",      mem_st,  0, "Locator of the entry in forwarding memory."),
+        object("mem",      mem_st,  0, "Locator in forwarding memory."),
     }};
 static_assert(layout_is<inst_data, Manifest{.size = 184},
     Sizes{.used = 184, .slop = 16, .body = 200, .state = 18, .bound = 3}>());
@@ -82,7 +82,7 @@ inline constexpr Record color_data{
     "One colour as a show tells it.",
     {
         object("color", color_st, 0, "The colour itself."),
-        object("mem",   mem_st,   0, "Locator of the entry in forwarding memory."),
+        object("mem",   mem_st,   0, "Locator in forwarding memory."),
     }};
 static_assert(layout_is<color_data, Manifest{.size = 144},
     Sizes{.used = 144, .slop = 16, .body = 160, .state = 9, .bound = 2}>());
@@ -113,7 +113,7 @@ inline constexpr Record global_info_data{
         value ("num_auto_tunnel", u_int32,     0, "How many auto tunnels there are."),
         object("proxy_stats",     proxy_stats, 0, "Counters of the proxy."),
         value ("num_hop_chan",    u_int32,     1, "How many hop channels there are."),
-        value ("num_sel_flow_tc", u_int32,     1, "How many traffic classes there are under flows."),
+        value ("num_sel_flow_tc", u_int32,     1, "How many traffic classes are under flows."),
         value ("num_enf_hop",     u_int32,     1, "How many enforced hops there are."),
     }};
 static_assert(layout_is<global_info_data, Manifest{.size = 88},
@@ -129,12 +129,12 @@ inline constexpr Record global_state_data{
         value("show_all",                   ork_boolean,    0, "Asks for every entry."),
         value("show_detail",                ork_boolean,    0, "Asks for the detailed form."),
         value("count",                      u_int32,        0, "How many entries there are."),
-        value("probe_burst",                u_int16,        1, "Probes: their burst; 16 bits."),
-        value("probe_burst_interval",       u_int16,        1, "Probes: interval of their bursts; 16 bits."),
-        value("quick_probe_burst",          u_int16,        1, "Quick probes: their burst; 16 bits."),
-        value("quick_probe_burst_interval", u_int16,        1, "Quick probes: interval of their bursts; 16 bits."),
-        value("hash_val",                   u_int32,        1, "Hash of the entry, as the sender tells it."),
-        value("unreach_interval",           u_int32,        2, "Interval until unreachable, in the sender's unit."),
+        value("probe_burst",                u_int16,        1, "Probe burst."),
+        value("probe_burst_interval",       u_int16,        1, "Interval of probe bursts."),
+        value("quick_probe_burst",          u_int16,        1, "Quick probe burst."),
+        value("quick_probe_burst_interval", u_int16,        1, "Interval of quick probe bursts."),
+        value("hash_val",                   u_int32,        1, "Hash that the sender computed."),
+        value("unreach_interval",           u_int32,        2, "Interval until unreachable."),
     }};
 static_assert(layout_is<global_state_data, Manifest{.size = 64},
     Sizes{.used = 44, .slop = 28, .body = 56, .state = 4, .bound = 4},
@@ -146,23 +146,23 @@ inline constexpr Record global_param_data{
     {.luid = "f4a13387a39ec4c67d257d469877f8a1", .definition = "3a3d3f5626a0f4066e6a7e0f1d6c72a5"},
     "Parameters of the device as a whole.",
     {
-        value("site_id",          u_int32,     0, "Own site, by identifier; 32 bits."),
+        value("site_id",          u_int32,     0, "Own site, by identifier."),
         value("unreach_time",     u_int32,     0, "Time until unreachable, in the sender's unit."),
         value("sample_period",    u_int32,     0, "Period of samples, in the sender's unit."),
         value("monitor_interval", u_int32,     0, "Interval of monitoring, in the sender's unit."),
-        value("src_port",         u_int32,     0, "Source port; 32 bits here, 16 in inst_st."),
-        value("dst_port",         u_int32,     0, "Destination port; 32 bits here, 16 in inst_st."),
+        value("src_port",         u_int32,     0, "Source port; inst_st has 16 bits."),
+        value("dst_port",         u_int32,     0, "Destination port; inst_st has 16 bits."),
         value("region_id",        u_int32,     0, "Region, by identifier."),
         value("tenant_id",        u_int32,     0, "Tenant, by identifier."),
         value("device_id",        u_int32,     0, "Device, by identifier."),
-        value("is_no_type",       ork_boolean, 0, "Role: none. The five role booleans are independent."),
+        value("is_no_type",       ork_boolean, 0, "Role: none; the five are independent."),
         value("is_pxtr",          ork_boolean, 0, "Role: pxtr."),
         value("is_rtr",           ork_boolean, 0, "Role: rtr."),
         value("is_ntr",           ork_boolean, 0, "Role: ntr."),
         value("is_xtr",           ork_boolean, 0, "Role: xtr."),
         value("ageout_max_phase", u_int32,     0, "Highest phase of ageing."),
-        text ("create_ts_msec",   32,          0, "When the entry was made, as text in milliseconds; opaque to the library."),
-        text ("update_ts_msec",   32,          0, "When the entry last changed, as text in milliseconds; opaque to the library."),
+        text ("create_ts_msec",   32,          0, "Creation time in ms, as text."),
+        text ("update_ts_msec",   32,          0, "Last update in ms, as text."),
     }};
 static_assert(layout_is<global_param_data, Manifest{.size = 136},
     Sizes{.used = 136, .slop = 16, .body = 152, .state = 17, .bound = 17}>());

@@ -1,4 +1,5 @@
-// Path monitoring between this device and one hop towards a site, for one DSCP: probe states, counters and stamps.
+// Path monitoring between this device and one hop towards a site, for one DSCP: probe states,
+// counters and stamps.
 #pragma once
 
 // Tables stand in columns, by hand.
@@ -38,19 +39,19 @@ inline constexpr Record hop_chan_st{
     {
         value ("hop_chan_id",    u_int32,        0, "The hop channel, by identifier."),
         value ("hop_id",         u_int32,        0, "The hop, by identifier."),
-        value ("src_intf_id",    u_int8,         0, "Source interface, by identifier; 8 bits, 16 in channel_data."),
-        value ("dst_intf_id",    u_int8,         0, "Destination interface, by identifier; 8 bits."),
-        value ("dst_site_id",    u_int16,        0, "Destination site, by identifier; 16 bits."),
-        value ("dscp",           u_int8,         0, "DSCP of the hop channel; 8 bits here, 32 in chan_st."),
+        value ("src_intf_id",    u_int8,         0, "Source interface, by identifier."),
+        value ("dst_intf_id",    u_int8,         0, "Destination interface, by identifier."),
+        value ("dst_site_id",    u_int16,        0, "Destination site, by identifier."),
+        value ("dscp",           u_int8,         0, "DSCP; chan_st has it in 32 bits."),
         value ("adj_id",         u_int32,        0, "Adjacency, by identifier."),
         value ("inst_id",        u_int32,        0, "Instance, by identifier."),
-        value ("flags",          u_int32,        0, "Flag word; neither it nor flags_show follows from the other."),
-        value ("tw_index",       u_int8,         0, "Index, 8 bits; opaque to the library."),
-        value ("need_sample",    u_int8,         0, "Nonzero when a sample is due; 8 bits."),
-        value ("sa_id",          u_int32,        0, "Identifier; opaque to the library."),
-        text  ("create_ts_msec", 32,             1, "When the entry was made, as text in milliseconds; opaque to the library."),
-        text  ("update_ts_msec", 32,             1, "When the entry last changed, as text in milliseconds; opaque to the library."),
-        object("flags_show",     hop_chan_flags, 1, "Flags by name, for display; neither it nor flags follows from the other."),
+        value ("flags",          u_int32,        0, "Flag word; flags_show is independent."),
+        value ("tw_index",       u_int8,         0, "The tw index; not interpreted."),
+        value ("need_sample",    u_int8,         0, "Nonzero when a sample is due."),
+        value ("sa_id",          u_int32,        0, "The sa, by identifier; not interpreted."),
+        text  ("create_ts_msec", 32,             1, "Creation time in ms, as text."),
+        text  ("update_ts_msec", 32,             1, "Last update in ms, as text."),
+        object("flags_show",     hop_chan_flags, 1, "Named flags; flags is independent."),
     }};
 static_assert(layout_is<hop_chan_st, Manifest{.size = 136},
     Sizes{.used = 48, .slop = 104, .body = 56, .state = 12, .bound = 12},
@@ -76,15 +77,15 @@ static_assert(layout_is<hop_chan_stats_st, Manifest{.size = 64},
 inline constexpr Record hop_chan_probe_st{
     "fwe_cl_wayfind_hop_chan_probe_st",
     {.luid = "4cfb0320fc3458306d81da4e85ea9a00", .definition = "27bce93f7148b2a4d010a70ec82d933e"},
-    "Where the probing of one hop channel stands.",
+    "Where the probing of one hop channel stands; countdowns are in the sender's unit.",
     {
         value("rx_ctrl_state", hop_chan_state_e, 0, "Control state of the receive side."),
         value("rx_state",      hop_chan_state_e, 0, "State of the receive side."),
         value("tx_ctrl_state", hop_chan_state_e, 0, "Control state of the transmit side."),
         value("tx_state",      hop_chan_state_e, 0, "State of the transmit side."),
-        value("sample_cd",     u_int32,          0, "Countdown of samples, in the sender's unit."),
-        value("unreach_cd",    u_int32,          0, "Countdown to unreachable, in the sender's unit."),
-        value("monitor_cd",    u_int32,          0, "Countdown of monitoring, in the sender's unit."),
+        value("sample_cd",     u_int32,          0, "Sample countdown."),
+        value("unreach_cd",    u_int32,          0, "Unreachable countdown."),
+        value("monitor_cd",    u_int32,          0, "Monitor countdown."),
     }};
 static_assert(layout_is<hop_chan_probe_st, Manifest{.size = 96},
     Sizes{.used = 92, .slop = 20, .body = 112, .state = 7, .bound = 7}>());
@@ -92,20 +93,21 @@ static_assert(layout_is<hop_chan_probe_st, Manifest{.size = 96},
 inline constexpr Record hop_chan_serv_st{
     "fwe_cl_wayfind_hop_chan_serv_st",
     {.luid = "dc0424b5bd9dab64ef57ba24d08d7ca2", .definition = "01de02a8b5d78024c4d6af01ddb4c2ac"},
-    "Last events of one hop channel; stamps of probes and samples are integers, those of r2u and u2r are text.",
+    "Last events of one hop channel. Stamps of probes and samples are numbers in the sender's "
+    "unit, those of r2u and u2r events are text.",
     {
-        value("last_probe_send_ts",  u_int32, 0, "When a probe last went out, in the sender's unit."),
-        value("last_probe_recv_ts",  u_int32, 0, "When a probe last came in, in the sender's unit."),
-        value("last_sample_send_ts", u_int32, 0, "When a sample last went out, in the sender's unit."),
-        value("last_sample_recv_ts", u_int32, 0, "When a sample last came in, in the sender's unit."),
-        text ("last_rx_r2u_ts",      32,      0, "When an r2u event last came in, as text; opaque to the library."),
-        text ("last_tx_r2u_ts",      32,      0, "When an r2u event last went out, as text; opaque to the library."),
-        text ("last_rx_u2r_ts",      32,      0, "When a u2r event last came in, as text; opaque to the library."),
-        text ("last_tx_u2r_ts",      32,      0, "When a u2r event last went out, as text; opaque to the library."),
-        value("rx_r2u_cnt",          u_int16, 0, "r2u events that came in; 16 bits."),
-        value("tx_r2u_cnt",          u_int16, 0, "r2u events that went out; 16 bits."),
-        value("rx_u2r_cnt",          u_int16, 0, "u2r events that came in; 16 bits."),
-        value("tx_u2r_cnt",          u_int16, 0, "u2r events that went out; 16 bits."),
+        value("last_probe_send_ts",  u_int32, 0, "Stamp of the last probe sent."),
+        value("last_probe_recv_ts",  u_int32, 0, "Stamp of the last probe received."),
+        value("last_sample_send_ts", u_int32, 0, "Stamp of the last sample sent."),
+        value("last_sample_recv_ts", u_int32, 0, "Stamp of the last sample received."),
+        text ("last_rx_r2u_ts",      32,      0, "Stamp of the last r2u event received."),
+        text ("last_tx_r2u_ts",      32,      0, "Stamp of the last r2u event sent."),
+        text ("last_rx_u2r_ts",      32,      0, "Stamp of the last u2r event received."),
+        text ("last_tx_u2r_ts",      32,      0, "Stamp of the last u2r event sent."),
+        value("rx_r2u_cnt",          u_int16, 0, "r2u events received."),
+        value("tx_r2u_cnt",          u_int16, 0, "r2u events sent."),
+        value("rx_u2r_cnt",          u_int16, 0, "u2r events received."),
+        value("tx_u2r_cnt",          u_int16, 0, "u2r events sent."),
     }};
 static_assert(layout_is<hop_chan_serv_st, Manifest{.size = 168},
     Sizes{.used = 164, .slop = 20, .body = 184, .state = 12, .bound = 12}>());
@@ -117,7 +119,7 @@ inline constexpr Record hop_chan_data{
     {
         object("hop_chan", hop_chan_st,       0, "The hop channel itself."),
         object("stats",    hop_chan_stats_st, 0, "Counters of the hop channel."),
-        object("mem",      mem_st,            0, "Locator of the entry in forwarding memory."),
+        object("mem",      mem_st,            0, "Locator in forwarding memory."),
         text  ("dscp_str", 8,                 0, "The DSCP as text."),
         object("probe",    hop_chan_probe_st, 0, "Probing of the hop channel."),
         object("serv",     hop_chan_serv_st,  1, "Last events of the hop channel."),
@@ -132,10 +134,10 @@ inline constexpr Record hop_chan_state_data{
     "What a show of hop channels asks for, and how many there are.",
     {
         value("show_all",        ork_boolean, 0, "Asks for every entry."),
-        value("show_for_pd",     ork_boolean, 0, "Asks for the pd form."),
+        value("show_for_pd",     ork_boolean, 0, "Asks for the pd form of the output."),
         value("show_detail",     ork_boolean, 0, "Asks for the detailed form."),
-        value("show_tbl_format", ork_boolean, 0, "Asks for the form of a table."),
-        value("new_walk",        ork_boolean, 0, "Asks for a fresh walk; false goes on with the last."),
+        value("show_tbl_format", ork_boolean, 0, "Asks for the output as a table."),
+        value("new_walk",        ork_boolean, 0, "Asks for a new walk, not the last one."),
         value("num_hop_chans",   u_int32,     0, "How many hop channels there are."),
         value("show_summary",    ork_boolean, 0, "Asks for the summary alone."),
     }};

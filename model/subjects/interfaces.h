@@ -25,14 +25,14 @@ inline constexpr Record intf_data{
     {.luid = "62b4e4a48a0afce6b4e24db734e1ab0b", .definition = "065d767213523abe2b0ad7015ed74f53"},
     "How one interface stands: what is enabled on it, and its plr.",
     {
-        value("fwe_if_h",            u_int32,          0, "Handle of the interface on the forwarding engine."),
+        value("fwe_if_h",            u_int32,          0, "Forwarding-engine interface handle."),
         text ("if_name",             32,               0, "Name of the interface."),
-        value("sel_enabled",         u_int32,          0, "Nonzero when selection is on for the interface."),
-        value("ingress_smp_enabled", u_int32,          0, "Nonzero when smp is on for what comes in."),
-        value("egress_smp_enabled",  u_int32,          0, "Nonzero when smp is on for what goes out."),
-        value("zero_sla_type",       u_int8,           0, "Type of zero SLA; 8 bits."),
-        value("zero_sla_dscp",       u_int8,           0, "DSCP of zero SLA; 8 bits."),
-        text ("color",               8,                0, "Name of the colour; 8 bytes here, 20 in color_st."),
+        value("sel_enabled",         u_int32,          0, "Nonzero when selection is on."),
+        value("ingress_smp_enabled", u_int32,          0, "Nonzero when smp is on for ingress."),
+        value("egress_smp_enabled",  u_int32,          0, "Nonzero when smp is on for egress."),
+        value("zero_sla_type",       u_int8,           0, "Type of zero SLA."),
+        value("zero_sla_dscp",       u_int8,           0, "DSCP of zero SLA."),
+        text ("color",               8,                0, "Name of the colour; color_st holds 20."),
         value("plr_type",            intf_plr_state_e, 0, "State of plr on the interface."),
     }};
 static_assert(layout_is<intf_data, Manifest{.size = 88},
@@ -43,8 +43,8 @@ inline constexpr Record intf_sum{
     {.luid = "3a63956cd7e37a9e2416e98ceef4976c", .definition = "c3ebdcacb23d1dab1c1f30328eeed6ba"},
     "Which debug paths are on, over all interfaces.",
     {
-        value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of selection is on."),
-        value("smp_dbg_path_enabled", u_int32, 0, "Nonzero when the debug path of smp is on."),
+        value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the selection debug path is on."),
+        value("smp_dbg_path_enabled", u_int32, 0, "Nonzero when the smp debug path is on."),
     }};
 static_assert(layout_is<intf_sum, Manifest{.size = 24},
     Sizes{.used = 20, .slop = 12, .body = 32, .state = 2, .bound = 2}>());

@@ -1,5 +1,5 @@
-// Where things lead: prefixes to sites, sites to hops, remote end points to next hops, dcids to site addresses;
-// and the hops that are enforced.
+// Where things lead: prefixes to sites, sites to hops, remote end points to next hops, dcids to
+// site addresses; and the hops that are enforced.
 #pragma once
 
 // Tables stand in columns, by hand.
@@ -15,8 +15,8 @@ inline constexpr Record pal_site_prefix_data{
     "From a prefix to its site, as the platform layer knows it.",
     {
         value ("table_id", u_int32,    0, "Routing table, by identifier."),
-        value ("site_id",  u_int32,    0, "Site, by identifier; 32 bits here, an address in chan_st."),
-        value ("flags",    u_int32,    0, "Flag word; none of its bits has a name here."),
+        value ("site_id",  u_int32,    0, "Site identifier; an address in chan_st."),
+        value ("flags",    u_int32,    0, "Flag word; no bit has a name."),
         object("pfx",      ip_address, 0, "The prefix."),
     }};
 static_assert(layout_is<pal_site_prefix_data, Manifest{.size = 72},
@@ -31,8 +31,8 @@ inline constexpr Record prefixtosite_stats_st{
         value("pri_send_packets",    u_int64, 0, "Packets that went by the primary."),
         value("backup_send_bytes",   u_int64, 0, "Bytes that went by the backup."),
         value("backup_send_packets", u_int64, 0, "Packets that went by the backup."),
-        value("total_send_bytes",    u_int64, 0, "Bytes sent in all, as the sender adds them up."),
-        value("total_send_packets",  u_int64, 0, "Packets sent in all, as the sender adds them up."),
+        value("total_send_bytes",    u_int64, 0, "Total bytes sent."),
+        value("total_send_packets",  u_int64, 0, "Total packets sent."),
     }};
 static_assert(layout_is<prefixtosite_stats_st, Manifest{.size = 64},
     Sizes{.used = 64, .slop = 8, .body = 72, .state = 6, .bound = 6}>());
@@ -44,7 +44,7 @@ inline constexpr Record prefixtosite_data{
     {
         object("pfx",            ip_address,            0, "The prefix."),
         value ("table_id",       u_int32,               0, "Routing table, by identifier."),
-        value ("flags",          u_int32,               0, "Flag word; none of its bits has a name here."),
+        value ("flags",          u_int32,               0, "Flag word; no bit has a name."),
         value ("instance_id",    u_int32,               0, "Instance, by identifier."),
         value ("pri_site_id",    u_int32,               0, "Primary site, by identifier."),
         value ("backup_site_id", u_int32,               0, "Backup site, by identifier."),
@@ -56,14 +56,14 @@ static_assert(layout_is<prefixtosite_data, Manifest{.size = 160},
 inline constexpr Record sitetohop_stats_st{
     "fwe_cl_wayfind_sitetohop_stats_st",
     {.luid = "400addd989ff15c04b7a77e4c8b86053", .definition = "3823ace25ec0d8fb01d8f530f18a87d7"},
-    "Counters of one site, by way of its primary and of its backup hop; the type is not prefixtosite_stats_st.",
+    "Counters of one site, by its primary and backup hop; no prefixtosite_stats_st.",
     {
         value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary."),
         value("pri_send_packets",    u_int64, 0, "Packets that went by the primary."),
         value("backup_send_bytes",   u_int64, 0, "Bytes that went by the backup."),
         value("backup_send_packets", u_int64, 0, "Packets that went by the backup."),
-        value("total_send_bytes",    u_int64, 0, "Bytes sent in all, as the sender adds them up."),
-        value("total_send_packets",  u_int64, 0, "Packets sent in all, as the sender adds them up."),
+        value("total_send_bytes",    u_int64, 0, "Total bytes sent."),
+        value("total_send_packets",  u_int64, 0, "Total packets sent."),
     }};
 static_assert(layout_is<sitetohop_stats_st, Manifest{.size = 64},
     Sizes{.used = 64, .slop = 8, .body = 72, .state = 6, .bound = 6}>());
@@ -73,8 +73,8 @@ inline constexpr Record sitetohop_data{
     {.luid = "90452fb6973ff0599b76b403ea3dc259", .definition = "a3bf4325ee810f78601eb5b74327dbd6"},
     "From a site to its primary and backup hop.",
     {
-        value ("site_id",       u_int32,            0, "Site, by identifier; 32 bits here, an address in chan_st."),
-        value ("flags",         u_int32,            0, "Flag word; none of its bits has a name here."),
+        value ("site_id",       u_int32,            0, "Site identifier; an address in chan_st."),
+        value ("flags",         u_int32,            0, "Flag word; no bit has a name."),
         value ("pri_hop_id",    u_int32,            0, "Primary hop, by identifier."),
         value ("backup_hop_id", u_int32,            0, "Backup hop, by identifier."),
         object("stats",         sitetohop_stats_st, 0, "Counters of the site."),
@@ -91,9 +91,9 @@ inline constexpr Record enforce_hop{
         value("inst_id",        u_int32,   0, "Instance, by identifier."),
         value("linktype",       link_type, 0, "Type of the link."),
         value("adj_id",         u_int32,   0, "Adjacency, by identifier."),
-        value("sa_id",          u_int32,   0, "Identifier; opaque to the library."),
-        text ("create_ts_msec", 32,        1, "When the entry was made, as text in milliseconds; opaque to the library."),
-        text ("update_ts_msec", 32,        1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+        value("sa_id",          u_int32,   0, "The sa, by identifier; not interpreted."),
+        text ("create_ts_msec", 32,        1, "Creation time in ms, as text."),
+        text ("update_ts_msec", 32,        1, "Last update in ms, as text."),
     }};
 static_assert(layout_is<enforce_hop, Manifest{.size = 112},
     Sizes{.used = 48, .slop = 80, .body = 56, .state = 5, .bound = 5},
@@ -107,7 +107,7 @@ inline constexpr Record multi_nh_map{
         value ("vrf_id",          u_int32,    0, "VRF, by identifier."),
         object("remote_endpoint", ip_address, 0, "Remote end point, by address."),
         object("remote_ip",       ip_address, 0, "Remote side, by IP address."),
-        value ("tag",             u_int16,    0, "Tag, 16 bits; 0 is a tag like any other."),
+        value ("tag",             u_int16,    0, "Tag; 0 is a tag like any other."),
     }};
 static_assert(layout_is<multi_nh_map, Manifest{.size = 120},
     Sizes{.used = 114, .slop = 22, .body = 136, .state = 4, .bound = 4}>());
@@ -118,7 +118,7 @@ inline constexpr Record dcid_siteip_map{
     "From a dcid to the address of its site.",
     {
         value ("vrf_id",  u_int32,    0, "VRF, by identifier."),
-        value ("dc_id",   u_int8,     0, "The dcid, 8 bits; 0 is a dcid like any other."),
+        value ("dc_id",   u_int8,     0, "The dcid; 0 is a dcid like any other."),
         object("site_ip", ip_address, 0, "Site, by address."),
     }};
 static_assert(layout_is<dcid_siteip_map, Manifest{.size = 72},
@@ -127,7 +127,7 @@ static_assert(layout_is<dcid_siteip_map, Manifest{.size = 72},
 inline constexpr Message pal_site_prefix_msg{
     "fwe_pal_wayfind_site_prefix_msg",
     {.luid = "8163e8975dd691b9f7b82f91d23869c7", .definition = "8ca819adb0cb73b63647ead4865398d5"},
-    "The site of a prefix, from the platform layer; not repeatable, unlike prefixtosite_msg.",
+    "The site of a prefix, from the platform layer.",
     {&pal_site_prefix_data}};
 
 inline constexpr Message prefixtosite_msg{

@@ -39,7 +39,7 @@ inline constexpr Record nb_channel_data{
     "One neighbour channel as a show tells it.",
     {
         object("chan_nb", chan_nb_st, 0, "The neighbour channel itself."),
-        object("mem",     mem_st,     0, "Locator of the entry in forwarding memory."),
+        object("mem",     mem_st,     0, "Locator in forwarding memory."),
     }};
 static_assert(layout_is<nb_channel_data, Manifest{.size = 120},
     Sizes{.used = 120, .slop = 16, .body = 136, .state = 9, .bound = 2}>());
@@ -52,7 +52,7 @@ inline constexpr Record nb_channel_state_data{
         value("show_all",        ork_boolean, 0, "Asks for every entry."),
         value("show_detail",     ork_boolean, 0, "Asks for the detailed form."),
         value("num_nb_channels", u_int32,     0, "How many neighbour channels there are."),
-        value("new_walk",        ork_boolean, 0, "Asks for a fresh walk; false goes on with the last."),
+        value("new_walk",        ork_boolean, 0, "Asks for a new walk, not the last one."),
     }};
 static_assert(layout_is<nb_channel_state_data, Manifest{.size = 32},
     Sizes{.used = 28, .slop = 12, .body = 40, .state = 4, .bound = 4}>());

@@ -1,4 +1,5 @@
-// Units of selected traffic, and the primary and backup channels over which the load of each is balanced.
+// Units of selected traffic, and the primary and backup channels over which the load of each is
+// balanced.
 #pragma once
 
 // Tables stand in columns, by hand.
@@ -50,13 +51,13 @@ inline constexpr Record select_tc_ageout_st{
     {.luid = "da663981117b4aaacfa5ede8a8eb6e3b", .definition = "959b04ecd66a0ba0df73d6bba9199c79"},
     "How far one traffic class has aged, in the sender's units.",
     {
-        value("tc_db_id",              u_int32, 0, "The traffic class, by its identifier in the table."),
+        value("tc_db_id",              u_int32, 0, "The traffic class, by its table's id."),
         value("ageout_phase",          u_int32, 0, "Phase of ageing now."),
         value("ageout_flag",           u_int32, 0, "Flag of ageing."),
         value("ageout_nr",             u_int32, 0, "Count of ageing."),
-        value("fwe_ageout_phase_init", u_int32, 0, "Phase that the forwarding engine started from."),
-        value("fwe_ageout_phase_last", u_int32, 0, "Phase that the forwarding engine was last in."),
-        value("fwe_ageout_times",      u_int32, 0, "How often the forwarding engine aged it."),
+        value("fwe_ageout_phase_init", u_int32, 0, "Phase at its start on the forwarding engine."),
+        value("fwe_ageout_phase_last", u_int32, 0, "Last phase on the forwarding engine."),
+        value("fwe_ageout_times",      u_int32, 0, "Times aged on the forwarding engine."),
     }};
 static_assert(layout_is<select_tc_ageout_st, Manifest{.size = 40},
     Sizes{.used = 40, .slop = 8, .body = 48, .state = 7, .bound = 7}>());
@@ -67,7 +68,7 @@ inline constexpr Record sel_lb_path_human_readable_st{
     "Hops of a path in readable form; its counter is named unlike those of the numeric forms.",
     {
         counter     ("num_hops_str", u_int32,                   0, "Elements of path_id_str."),
-        record_array("path_id_str",  hop_id_readable_format_st, 0, "Identifier of each hop as text."),
+        record_array("path_id_str",  hop_id_readable_format_st, 0, "Hop identifiers as text."),
     }};
 static_assert(layout_is<sel_lb_path_human_readable_st, Manifest{.size = 24},
     Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
@@ -77,19 +78,19 @@ inline constexpr Record select_loadbalance_channel_st{
     {.luid = "07ddef0cccbbc5730933c42dc108bb07", .definition = "7449bca7ef5baa0ef0869c00fc8d2b34"},
     "One channel of a load balance: its weight, its counters and the hops of its path.",
     {
-        object("mem",         mem_st,                        0, "Locator of the entry in forwarding memory."),
+        object("mem",         mem_st,                        0, "Locator in forwarding memory."),
         value ("chan_id",     u_int32,                       0, "The channel, by identifier."),
-        value ("weight",      u_int16,                       0, "Share of the load, as a weight; 16 bits."),
-        value ("dscp",        u_int8,                        0, "DSCP of the channel; 8 bits here, 32 in chan_st."),
+        value ("weight",      u_int16,                       0, "Share of the load, as a weight."),
+        value ("dscp",        u_int8,                        0, "DSCP; chan_st has it in 32 bits."),
         value ("fwd_bytes",   u_int64,                       0, "Bytes that were forwarded."),
         value ("fwd_packets", u_int64,                       0, "Packets that were forwarded."),
-        object("path",        sel_lb_path_st,                0, "Identifiers of the hops."),
-        value ("hops_cnt",    u_int8,                        0, "How many hops; 8 bits, whatever the arrays count."),
-        value ("ext_int_id",  u_int8,                        0, "External interface, by identifier; 8 bits."),
-        object("src_intf",    sel_lb_src_intf_st,            0, "Source interfaces of the hops."),
-        object("dst_site",    sel_lb_dst_site_st,            0, "Destination sites of the hops."),
-        object("dst_intf",    sel_lb_dst_intf_st,            0, "Destination interfaces of the hops."),
-        object("path_rf",     sel_lb_path_human_readable_st, 1, "Identifiers of the hops in readable form."),
+        object("path",        sel_lb_path_st,                0, "Identifier per hop."),
+        value ("hops_cnt",    u_int8,                        0, "Hops; not tied to the arrays."),
+        value ("ext_int_id",  u_int8,                        0, "External interface identifier."),
+        object("src_intf",    sel_lb_src_intf_st,            0, "Source interface per hop."),
+        object("dst_site",    sel_lb_dst_site_st,            0, "Destination site per hop."),
+        object("dst_intf",    sel_lb_dst_intf_st,            0, "Destination interface per hop."),
+        object("path_rf",     sel_lb_path_human_readable_st, 1, "The path in readable form."),
     }};
 static_assert(layout_is<select_loadbalance_channel_st, Manifest{.size = 248},
     Sizes{.used = 216, .slop = 48, .body = 232, .state = 104, .bound = 12},
@@ -101,7 +102,7 @@ inline constexpr Record select_tc_lb_channels_st{
     "The channels over which a load is balanced.",
     {
         counter     ("num_channels", u_int32,                       0, "Elements of channels."),
-        record_array("channels",     select_loadbalance_channel_st, 0, "Each channel with its weight."),
+        record_array("channels",     select_loadbalance_channel_st, 0, "Channels with weights."),
     }};
 static_assert(layout_is<select_tc_lb_channels_st, Manifest{.size = 24},
     Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
@@ -111,25 +112,25 @@ inline constexpr Record select_tc_data{
     {.luid = "f2a0d44153b58b2719c8a8a3270619e3", .definition = "9fbea448e31f89effe9fbb9ccf68352c"},
     "One traffic class: what classifies it, and the channels that its load is balanced over.",
     {
-        value ("tc_id",            u_int32,                  0, "The traffic class, by identifier."),
+        value ("tc_id",            u_int32,                  0, "Traffic class, by identifier."),
         value ("table_id",         u_int32,                  0, "Routing table, by identifier."),
         value ("instance_id",      u_int32,                  0, "Instance, by identifier."),
-        value ("spi",              u_int32,                  0, "Value; opaque to the library."),
+        value ("spi",              u_int32,                  0, "The spi; not interpreted."),
         value ("svc_index",        u_int32,                  0, "Index of the service."),
-        object("src_prefix",       ip_address,               0, "Prefix that the traffic comes from."),
-        object("dst_prefix",       ip_address,               0, "Prefix that the traffic goes to."),
-        value ("tc_type",          select_tc_type_e,         0, "What the traffic is classified by."),
+        object("src_prefix",       ip_address,               0, "Source prefix."),
+        object("dst_prefix",       ip_address,               0, "Destination prefix."),
+        value ("tc_type",          select_tc_type_e,         0, "What classifies the traffic."),
         value ("appid",            u_int32,                  0, "Application, by identifier."),
-        value ("dscp",             u_int8,                   0, "DSCP of the traffic; 8 bits here, 32 in chan_st."),
+        value ("dscp",             u_int8,                   0, "DSCP; chan_st has it in 32 bits."),
         object("stats",            select_tc_stats_st,       0, "Counters of the traffic class."),
         object("ageout",           select_tc_ageout_st,      0, "Ageing of the traffic class."),
-        object("primary_channels", select_tc_lb_channels_st, 0, "Channels that take the load; may be empty."),
-        object("backup_channels",  select_tc_lb_channels_st, 0, "Channels that stand by for the load; may be empty."),
-        value ("flags",            u_int32,                  0, "Flag word; none of its bits has a name here."),
-        value ("epoch",            u_int16,                  0, "Epoch; 16 bits here, 32 in channel_data."),
-        value ("tc_ui_status",     select_tc_ui_status_e,    1, "Status of the traffic class, for display."),
-        text  ("create_ts_msec",   32,                       1, "When the entry was made, as text in milliseconds; opaque to the library."),
-        text  ("update_ts_msec",   32,                       1, "When the entry last changed, as text in milliseconds; opaque to the library."),
+        object("primary_channels", select_tc_lb_channels_st, 0, "Primary channels; may be empty."),
+        object("backup_channels",  select_tc_lb_channels_st, 0, "Backup channels; may be empty."),
+        value ("flags",            u_int32,                  0, "Flag word; no bit has a name."),
+        value ("epoch",            u_int16,                  0, "Epoch; channel_data has 32 bits."),
+        value ("tc_ui_status",     select_tc_ui_status_e,    1, "Status for display."),
+        text  ("create_ts_msec",   32,                       1, "Creation time in ms, as text."),
+        text  ("update_ts_msec",   32,                       1, "Last update in ms, as text."),
     }};
 static_assert(layout_is<select_tc_data, Manifest{.size = 392},
     Sizes{.used = 310, .slop = 98, .body = 328, .state = 72, .bound = 16},
@@ -141,7 +142,8 @@ inline constexpr Message select_tc_msg{
     "One traffic class.",
     {&select_tc_data}};
 
-// Both shows stand here, where all their messages are known: that of selection carries flows besides traffic classes.
+// Both shows stand here, where all their messages are known: that of selection carries flows
+// besides traffic classes.
 inline constexpr Bundle show_selection{
     "fwe_cl_wayfind_show_selection_response",
     {.start = "4257db2ac747ce626bb53d109ed90e55",

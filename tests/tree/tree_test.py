@@ -158,6 +158,12 @@ class Sizes(unittest.TestCase):
         long = [f"{name}: {n}" for name in CODE if name.startswith(watched) and (n := text(name).count("\n")) > limit]
         self.assertEqual(long, [])
 
+    def test_no_line_of_a_table_is_wide(self):
+        limit = 100
+        wide = [f"{name}:{number}: {len(line)}" for name in CODE if name.startswith("model/subjects/")
+                for number, line in enumerate(text(name).split("\n"), 1) if len(line) > limit]
+        self.assertEqual(wide, [])
+
 
 class Memory(unittest.TestCase):
     # Bytes of a caller's buffer are reached through the cursor. What is left by name:
