@@ -1,7 +1,6 @@
 #include "frame/record_block.h"
 
 #include "frame/array_storage.h"
-#include "frame/initialize.h"
 #include "frame/state.h"
 #include "frame/whole_record.h"
 
@@ -51,12 +50,6 @@ void forget_old_element(const Call& call, void* object, void* element, bool trac
 }
 
 }  // namespace
-
-void initialize_element(const Call& call, const RecordBlock& block, uint64_t i,
-                        const RecordRow& record) {
-  initialize(call, block.element(i), descriptor(record), {1, 0, OBJ_NESTED, block.element_state(i)},
-             record);
-}
 
 uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first,
                              const RecordRow& record) {

@@ -2,7 +2,7 @@
 // state blocks, in the same order.
 #pragma once
 
-#include "frame/object.h"
+#include "frame/initialize.h"
 
 namespace frame {
 
@@ -35,8 +35,11 @@ inline bool states_in_reach(bool tracked, uint64_t count, const FieldRow& field)
 inline void register_states(const Call& call, const RecordBlock& block, uint64_t i) {
   orklib_update_sttr_offset(call.handle, call.instance, block.element(i), block.distance(i));
 }
-void initialize_element(const Call& call, const RecordBlock& block, uint64_t i,
-                        const RecordRow& record);
+inline void initialize_element(const Call& call, const RecordBlock& block, uint64_t i,
+                               const RecordRow& record) {
+  initialize(call, block.element(i), descriptor(record), {1, 0, OBJ_NESTED, block.element_state(i)},
+             record);
+}
 // Initializes elements from `first` on, until one fails. Returns how many are whole.
 uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_t first,
                              const RecordRow& record);

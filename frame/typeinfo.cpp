@@ -60,23 +60,9 @@ void type_variant_dump(int (*print)(const char* format, ...)) {
   }
 }
 
-const ork_type_info* manifested(const Call& call, const ork_type_info* type) {
-  if (call.handle->shared_types == 0) return type;
-  return ork_type_info_ptr_get(call.handle, call.instance, type,
-                               fwe_ui_wayfind_typeinfo_initialize);
-}
-
 void store_type(const Call& call, void* object, const ork_type_info* type) {
   const ork_type_info* shown = manifested(call, type);
   put(ork_get_manifested_type_info_ptr_mem(object), shown);
-}
-
-void* statistics(const ork_type_info* type, int variant) {
-  const auto entries = reinterpret_cast<uintptr_t>(type->varinfo->entries);
-  const auto index = static_cast<intptr_t>(variant);
-  return reinterpret_cast<void*>(entries +
-                                 static_cast<uintptr_t>(index) * sizeof(ork_variant_entry) +
-                                 offsetof(ork_variant_entry, create_count));
 }
 
 }  // namespace frame

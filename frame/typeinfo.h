@@ -18,8 +18,13 @@ const ork_type_info* descriptor(const SmallRow& type);
 
 void type_variant_dump(int (*print)(const char* format, ...));
 
-// The type that an object of this process or of the shared table points at.
-const ork_type_info* manifested(const Call& call, const ork_type_info* type);
+// The descriptor that an object points at: the type's own, or its copy when the handle keeps types
+// in a shared table.
+inline const ork_type_info* manifested(const Call& call, const ork_type_info* type) {
+  if (call.handle->shared_types == 0) return type;
+  return ork_type_info_ptr_get(call.handle, call.instance, type,
+                               fwe_ui_wayfind_typeinfo_initialize);
+}
 inline const ork_type_info* manifested_type(const void* object) {
   return ork_get_manifested_type_info(object);
 }
@@ -46,7 +51,13 @@ const ork_type_info* checked_type(const ork_type_info* type, int variant, const 
 
 // Where a type's statistics of one variant are kept. A variant in front of the entries is handed on
 // as it is: the runtime must not write there.
-void* statistics(const ork_type_info* type, int variant);
+inline void* statistics(const ork_type_info* type, int variant) {
+  const auto entries = reinterpret_cast<uintptr_t>(type->varinfo->entries);
+  const auto index = static_cast<intptr_t>(variant);
+  return reinterpret_cast<void*>(entries +
+                                 static_cast<uintptr_t>(index) * sizeof(ork_variant_entry) +
+                                 offsetof(ork_variant_entry, create_count));
+}
 // Enums, the flag set and messages raise their counters themselves. `shared` decides between a
 // plain and an atomic addition: the private descriptor is the one that threads have in common.
 inline void raise_counter(const Call& call, const ork_type_info* type, uint64_t& counter) {
