@@ -5,7 +5,7 @@ namespace {
 
 using namespace forms;
 
-TEST(Unmarshal, BehindAJumpOutOfTheBufferReadsNoMoreStates) {
+TEST(WireJumps, OutOfTheBufferReadNoMoreStates) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_cl_wayfind_color_data");
   const Object object = filled(handle, calls, 0);
@@ -24,7 +24,7 @@ TEST(Unmarshal, BehindAJumpOutOfTheBufferReadsNoMoreStates) {
 }
 
 // The jump of the record inside leads 258 bytes on from that record's begin.
-TEST(Unmarshal, BehindAJumpOutOfTheBufferCountsTheByteOfEachFieldAndTakesNone) {
+TEST(WireJumps, OutOfTheBufferCountTheByteOfEachFieldAndTakeNone) {
   struct Case {
     const char* record;
     ork_tracking writer;

@@ -178,7 +178,7 @@ TEST(FrameSetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
   EXPECT_EQ(asked, size_t{4} * 0xFFFFFFFF);
 }
 
-TEST(FrameValueArray,
+TEST(FrameValueArrayWhole,
      set_value_behind_the_end_of_an_untracked_object_gives_22_before_anything_grows) {
   Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
   Object obj(h, path_st);
@@ -200,7 +200,7 @@ TEST(FrameValueArray,
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
 }
 
-TEST(FrameValueArray, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
+TEST(FrameValueArrayWhole, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
   Handle h({.cr_instance = 11});
   Object obj(h, path_st);
   const uint32_t src[] = {3};
@@ -287,7 +287,7 @@ TEST(FrameRemove, null_and_an_empty_array_are_nothing) {
   EXPECT_CALLS(log, {});
 }
 
-TEST(FrameValueArray, destroy_gives_both_blocks_back_and_announces_the_pointer_alone) {
+TEST(FrameValueArrayWhole, destroy_gives_both_blocks_back_and_announces_the_pointer_alone) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -301,7 +301,7 @@ TEST(FrameValueArray, destroy_gives_both_blocks_back_and_announces_the_pointer_a
                 "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameValueArray,
+TEST(FrameValueArrayWhole,
      destroy_of_an_empty_one_frees_no_null_and_announces_its_pointer_all_the_same) {
   Handle h(tracked);
   Object obj(h, path_st);
@@ -313,7 +313,8 @@ TEST(FrameValueArray,
       {"write_notify_fn(obj+16,8,7,null)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameValueArray, destroy_at_a_negative_variant_keeps_the_array_but_frees_the_element_bytes) {
+TEST(FrameValueArrayWhole,
+     destroy_at_a_negative_variant_keeps_the_array_but_frees_the_element_bytes) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);

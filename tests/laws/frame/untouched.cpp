@@ -83,7 +83,7 @@ TEST(FrameLawSticky, no_function_of_the_whole_record_does_that_is_to_look_at_it)
   }
 }
 
-TEST(FrameLawState, with_tracking_off_or_untracked_every_state_accessor_refuses_with_22) {
+TEST(FrameLawUntouched, with_tracking_off_or_untracked_every_state_accessor_refuses_with_22) {
   Handle h({.tracking = ORK_TRACKING_OFF});
   for_each_field([&](const Field& f) {
     Object obj(h, f.type);
