@@ -1,8 +1,8 @@
 // The state bytes of an array's elements when there is no memory for them, and when an image
 // without any makes the array shorter.
+#include "behaviour/encoders/arrays.h"
 #include "support/fixture.h"
 #include "support/guarded_blocks.h"
-#include "tests/behaviour/encoders_arrays.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // What initialize tells the runtime of the state bytes of embedded records, and of those that are
 // embedded in these, whose headers are still zero at that time.
-#include "tests/laws/frame_fields.h"
+#include "laws/frame/fields.h"
 
 namespace frame_law {
 

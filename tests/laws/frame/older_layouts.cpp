@@ -1,8 +1,8 @@
 // Objects that an older release laid out, in blocks of exactly their size: nothing outside is
 // written, nor read. And where the runtime upgrades such an object in place although it is tracked,
 // with room for the state bytes, those are read where they are written.
+#include "laws/frame/calls.h"
 #include "support/guarded_blocks.h"
-#include "tests/laws/frame_calls.h"
 
 namespace frame_law {
 
