@@ -160,8 +160,7 @@ TEST_F(ElementStatesWithoutMemory, end_a_set_of_the_whole_array_behind_its_mark)
 
 // ---- Fewer elements ---------------------------------------------------------
 
-TEST(ElementStates,
-     of_the_elements_that_stay_are_kept_when_an_image_without_states_shrinks_the_array) {
+TEST(ElementStatesOfAShrunkArray, are_kept_where_the_image_has_no_states) {
   for (const char* const name : {path_name, readable_name}) {
     const Calls& calls = calls_of(name);
     for (const uint32_t left : {1U, 2U}) {
