@@ -50,6 +50,20 @@ class Writer {
     advance(static_cast<uint32_t>(bytes));
   }
 
+  // Writes `count` items by a function that returns the bytes of one. Place and room stay in
+  // registers: the position is brought up to date once, at the end.
+  template <class Item, class Put>
+  void put_each(const Item* item, size_t count, Put put) {
+    uint8_t* to = here();
+    int32_t left = room();
+    for (const Item* end = item + count; item != end; ++item) {
+      const uint32_t written = put(to, item, left);
+      to += written;
+      left -= static_cast<int32_t>(written);
+    }
+    advance(static_cast<uint32_t>(room() - left));
+  }
+
  private:
   uint8_t* buffer_;
   int32_t length_;
@@ -102,6 +116,19 @@ class Reader {
     advance(bytes);
   }
   void skip(uint64_t count) { advance(within(count)); }
+
+  // Reads `count` items by a function that returns the bytes of one.
+  template <class Item, class Get>
+  void get_each(Item* item, size_t count, Get get) {
+    const uint8_t* from = here();
+    int32_t left = room();
+    for (const Item* end = item + count; item != end; ++item) {
+      const uint32_t read = get(from, item, left);
+      from += read;
+      left -= static_cast<int32_t>(read);
+    }
+    advance(static_cast<uint32_t>(room() - left));
+  }
 
  private:
   const uint8_t* here_;

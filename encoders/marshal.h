@@ -30,16 +30,11 @@ const uint8_t* states_to_send(const Call& call, const void* object, const Record
 void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count,
                           const FieldRow& field);
 
-// All characters of a fixed string, one by one, whatever stands behind its end.
+// All characters of a fixed string, one by one, those past its end byte too.
 inline void marshal_text(const Call& call, Writer& out, const char* text, size_t size) {
-  uint8_t* to = out.here();
-  int32_t room = out.room();
-  for (const char* end = text + size; text != end; ++text) {
-    const uint32_t written = char_marshal(call.handle, call.instance, to, text, room, call.err);
-    to += written;
-    room -= static_cast<int32_t>(written);
-  }
-  out.advance(static_cast<uint32_t>(out.room() - room));
+  out.put_each(text, size, [&](uint8_t* to, const char* character, int32_t room) {
+    return char_marshal(call.handle, call.instance, to, character, room, call.err);
+  });
 }
 
 // A block of bytes too large for the room left is shortened.

@@ -86,15 +86,9 @@ template <const Record& R, size_t N>
 }
 
 inline void unmarshal_text(const Call& call, Reader& in, char* text, size_t size, uint32_t reuse) {
-  const uint8_t* from = in.here();
-  int32_t room = in.room();
-  for (const char* end = text + size; text != end; ++text) {
-    const uint32_t read =
-        char_unmarshal(call.handle, call.instance, from, text, room, reuse, call.err);
-    from += read;
-    room -= static_cast<int32_t>(read);
-  }
-  in.advance(static_cast<uint32_t>(in.room() - room));
+  in.get_each(text, size, [&](const uint8_t* from, char* character, int32_t room) {
+    return char_unmarshal(call.handle, call.instance, from, character, room, reuse, call.err);
+  });
 }
 
 template <const Record& R, size_t N>
