@@ -8,19 +8,19 @@ namespace encoders {
 namespace {
 
 // What becomes of a target that could not be filled.
-using GiveUp = void (*)(const Call& call, void** slot, const RecordRow& record);
+using OnFailure = void (*)(const Call& call, void** slot, const RecordRow& record);
 
 void destroy_target(const Call& call, void** slot, const RecordRow& record) {
   frame::destroy_filled(call.handle, call.instance, *slot, 1, record);
   *slot = nullptr;
 }
-void renew_target(const Call& call, void** slot, const RecordRow& record) {
-  frame::renew(call, *slot, record);
+void reinitialize_target(const Call& call, void** slot, const RecordRow& record) {
+  frame::reinitialize(call, *slot, record);
 }
 
 void clone_into(const Call& call, const void* from, void** slot, Workspace ws,
-                const RecordRow& record, WireForm form, GiveUp give_up) {
-  if (!call.begins()) return;
+                const RecordRow& record, WireForm form, OnFailure on_failure) {
+  if (!call.start()) return;
   if (slot == nullptr || ws.bytes == nullptr) return call.fail(ENOENT);
   const uint32_t n =
       form.marshal_for_clone(call.handle, call.instance, ws.bytes, from, ws.length, call.err);
@@ -31,7 +31,7 @@ void clone_into(const Call& call, const void* from, void** slot, Workspace ws,
     if (*slot == nullptr) return call.fail(ENOMEM);
   }
   form.unmarshal(call.handle, call.instance, ws.bytes, *slot, static_cast<int32_t>(n), 0, call.err);
-  if (call.failed()) give_up(call, slot, record);
+  if (call.failed()) on_failure(call, slot, record);
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ void clone_element(const Call& call, void* element, const void* from, const Reco
                    WireForm form) {
   Workspace ws{};
   orklib_get_handle_ws(call.handle, &ws.bytes, &ws.length);
-  clone_into(call, from, &element, ws, record, form, renew_target);
+  clone_into(call, from, &element, ws, record, form, reinitialize_target);
 }
 
 }  // namespace encoders

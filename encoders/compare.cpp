@@ -13,7 +13,7 @@ int32_t compare_unsigned(const void* a, const void* b) {
 }
 
 // Nulls sort first. True when that settles the order.
-bool settle_nulls(const void* a, const void* b, int32_t& order) {
+bool ordered_by_nulls(const void* a, const void* b, int32_t& order) {
   order = static_cast<int32_t>(a != nullptr) - static_cast<int32_t>(b != nullptr);
   return a == nullptr || b == nullptr;
 }
@@ -90,9 +90,9 @@ uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
 
 int32_t compare(const void* a, const void* b, const RecordRow& record) {
   int32_t order = 0;
-  if (settle_nulls(a, b, order)) return order;
-  const auto first = frame::held_fields(record, a);
-  const auto second = frame::held_fields(record, b);
+  if (ordered_by_nulls(a, b, order)) return order;
+  const auto first = frame::fields_in_body(record, a);
+  const auto second = frame::fields_in_body(record, b);
   for (const FieldRow& field : first.last < second.last ? first : second) {
     const bool array = field.array != model::no_type;
     order = array ? compare_array(a, b, field)
@@ -105,7 +105,7 @@ int32_t compare(const void* a, const void* b, const RecordRow& record) {
 uint32_t hash(const void* object, uint32_t seed, const RecordRow& record) {
   if (object == nullptr) return seed;
   uint32_t running = seed;
-  for (const FieldRow& field : frame::held_fields(record, object)) {
+  for (const FieldRow& field : frame::fields_in_body(record, object)) {
     const bool array = field.array != model::no_type;
     running = array ? hash_array(object, running, field)
                     : hash_at(frame::field_of(object, field), running, field);
@@ -115,7 +115,7 @@ uint32_t hash(const void* object, uint32_t seed, const RecordRow& record) {
 
 int32_t small_compare(const void* a, const void* b, const SmallRow& type) {
   int32_t order = 0;
-  if (settle_nulls(a, b, order)) return order;
+  if (ordered_by_nulls(a, b, order)) return order;
   if (type.is_flag_set) return frame::flag_bits(a) - frame::flag_bits(b);
   return static_cast<int32_t>(frame::enum_value(a) - frame::enum_value(b));
 }

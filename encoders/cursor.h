@@ -35,7 +35,7 @@ class Writer {
 
   // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of
   // room behind it.
-  void state_byte(uint8_t state) {
+  void put_state(uint8_t state) {
     buffer_[position_] = state;
     if (position_ != length_) ++position_;
   }
@@ -86,36 +86,36 @@ class Reader {
     return count < room ? count : room;
   }
   // Behind bytes that were there to be read.
-  void advance(uint64_t bytes) {
+  void consume(uint64_t bytes) {
     here_ += bytes;
     room_ -= static_cast<int64_t>(bytes);
   }
   // By what an image says of itself, which may lead behind the end.
-  void follow(uint64_t bytes) {
+  void jump(uint64_t bytes) {
     here_ += within(bytes);
     room_ -= static_cast<int64_t>(bytes);
   }
 
   // False at the end: there is no byte to take, and none is counted. Behind it bytes count, but
   // none is taken.
-  bool take_state_byte(uint8_t& state) {
+  bool get_state(uint8_t& state) {
     if (room_ > 0) {
       state = *here_;
-      advance(1);
+      consume(1);
       return true;
     }
-    skip_state_byte();
+    skip_state();
     return false;
   }
-  void skip_state_byte() {
-    if (room_ != 0) follow(1);
+  void skip_state() {
+    if (room_ != 0) jump(1);
   }
   void copy(void* to, uint64_t count) {
     const size_t bytes = within(count);
     if (bytes != 0) memcpy(to, here_, bytes);
-    advance(bytes);
+    consume(bytes);
   }
-  void skip(uint64_t count) { advance(within(count)); }
+  void skip(uint64_t count) { consume(within(count)); }
 
   // Reads `count` items by a function that returns the bytes of one.
   template <class Item, class Get>
@@ -127,7 +127,7 @@ class Reader {
       from += read;
       left -= static_cast<int32_t>(read);
     }
-    advance(static_cast<uint32_t>(room() - left));
+    consume(static_cast<uint32_t>(room() - left));
   }
 
  private:

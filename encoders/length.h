@@ -80,7 +80,7 @@ uint64_t length_body(const Call& call, const void* object) {
         length += field_length<R, N>(call, object);
         return true;
       });
-  if (object == nullptr || frame::tracking<Function::len>(call.handle, record) != Tracking::on)
+  if (object == nullptr || frame::checked_mode<Function::len>(call.handle, record) != Tracking::on)
     return length;
   walk<R>(
       variant, [&]<size_t N>() __attribute__((always_inline)) {
@@ -92,8 +92,7 @@ uint64_t length_body(const Call& call, const void* object) {
 
 template <const Record& R>
 uint32_t length(ork_handle* handle, uint32_t instance, const void* object) {
-  uint32_t local = 0;
-  const uint64_t bytes = length_body<R>({handle, instance, &local}, object);
+  const uint64_t bytes = length_body<R>(frame::DetachedCall(handle, instance), object);
   return bytes < UINT32_MAX ? static_cast<uint32_t>(bytes) : UINT32_MAX;
 }
 template <const Record& R>

@@ -52,7 +52,7 @@ void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count,
                           const FieldRow& field) {
   const uint8_t* entry = states != nullptr ? states + field.state : nullptr;
   const uint8_t* elements = entry != nullptr ? frame::element_states(entry) : nullptr;
-  out.state_byte(elements != nullptr ? *entry : uint8_t{0});
+  out.put_state(elements != nullptr ? *entry : uint8_t{0});
   if (elements != nullptr) {
     out.copy(elements, count);
   } else {

@@ -84,7 +84,7 @@ template <const Record& R>
 uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length,
                       bool check_domain) {
   constexpr const RecordRow& record = model::row<R>;
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   if (length < 1) {
     call.fail(EMSGSIZE);
     return 0;
@@ -93,7 +93,7 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
   Writer out(buffer, length);
   marshal_variant(call, out, variant);
   const uint8_t flags = ork_get_instance_obj_flag(object, 1, 0);
-  const bool tracked = frame::tracking<Function::marshal>(call.handle, record) == Tracking::on;
+  const bool tracked = frame::checked_mode<Function::marshal>(call.handle, record) == Tracking::on;
   const uint8_t* states = tracked ? states_to_send(call, object, record) : nullptr;
   const int32_t jump_base = marshal_base(call, out, flags, tracked);
 
@@ -110,7 +110,7 @@ uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int
         } else {
           static_assert(shape == Shape::single);
           marshal_field<R, N>(call, out, object);
-          if (tracked) out.state_byte(states != nullptr ? states[field.state] : uint8_t{0});
+          if (tracked) out.put_state(states != nullptr ? states[field.state] : uint8_t{0});
         }
         return true;
       });

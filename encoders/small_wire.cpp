@@ -7,8 +7,8 @@
 namespace encoders {
 namespace {
 
-bool begins(const Call& call, int32_t length) {
-  if (!call.begins()) return false;
+bool start(const Call& call, int32_t length) {
+  if (!call.start()) return false;
   if (length >= 1) return true;
   call.fail(EMSGSIZE);
   return false;
@@ -29,7 +29,7 @@ int8_t wire_variant(const Call& call, const void* object) {
 
 int8_t read_variant(const Call& call, Reader& in, const void* object) {
   int8_t variant = 0;
-  in.advance(_ork_instance_variant_unmarshal(call.handle, call.instance, in.here(), &variant,
+  in.consume(_ork_instance_variant_unmarshal(call.handle, call.instance, in.here(), &variant,
                                              in.room(), call.err));
   const int8_t newest = frame::variant_cap_of(object);
   return variant > newest ? newest : variant;
@@ -43,7 +43,7 @@ void store_header(const Call& call, void* object, int8_t variant, const SmallRow
 }  // namespace
 
 uint32_t enum_marshal(const Call& call, uint8_t* buffer, const void* object, int32_t length) {
-  if (!begins(call, length)) return 0;
+  if (!start(call, length)) return 0;
   Writer out(buffer, length);
   const int8_t variant = wire_variant(call, object);
   out.advance(_ork_instance_variant_marshal(call.handle, call.instance, out.here(), &variant,
@@ -55,17 +55,17 @@ uint32_t enum_marshal(const Call& call, uint8_t* buffer, const void* object, int
 
 uint32_t enum_unmarshal(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                         uint32_t reuse, const SmallRow& type) {
-  if (!begins(call, length)) return 0;
+  if (!start(call, length)) return 0;
   Reader in(buffer, length);
   store_header(call, object, read_variant(call, in, object), type);
   void* value = frame::byte_at(object, frame::at_value);
-  in.advance(Coded<Kind::u_int32>::unmarshal(call, in.here(), value, in.room(), reuse));
+  in.consume(Coded<Kind::u_int32>::unmarshal(call, in.here(), value, in.room(), reuse));
   frame::store(call, value, frame::enum_value(object), object);
   return in.consumed();
 }
 
 uint32_t flag_set_marshal(const Call& call, uint8_t* buffer, const void* object, int32_t length) {
-  if (!begins(call, length)) return 0;
+  if (!start(call, length)) return 0;
   Writer out(buffer, length);
   const int8_t variant = wire_variant(call, object);
   out.advance(_ork_instance_variant_marshal(call.handle, call.instance, out.here(), &variant,
@@ -89,21 +89,21 @@ uint32_t flag_set_marshal(const Call& call, uint8_t* buffer, const void* object,
 
 uint32_t flag_set_unmarshal(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                             uint32_t, const SmallRow& type) {
-  if (!begins(call, length)) return 0;
+  if (!start(call, length)) return 0;
   Reader in(buffer, length);
   const int8_t variant = read_variant(call, in, object);
   const int64_t base = in.position();
   uint32_t jump = 0;
-  in.advance(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &jump, in.room(),
+  in.consume(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &jump, in.room(),
                                          call.err));
   store_header(call, object, variant, type);
   *frame::byte_at(object, frame::at_flag_bits) = *in.here();
-  in.follow(1);
+  in.jump(1);
   const int64_t target = base + static_cast<int32_t>(jump);
   if (target > in.position()) {
     trace::raise<Function::flag_set_unmarshal, Form::jump>(type, in.consumed(),
                                                            static_cast<uint32_t>(base), jump);
-    in.follow(static_cast<uint64_t>(target - in.position()));
+    in.jump(static_cast<uint64_t>(target - in.position()));
   }
   return in.consumed();
 }

@@ -97,7 +97,7 @@ uint32_t flag_set_print(const Call& call, TextBuffer& out, const void* object,
 
 uint32_t print(const Call& call, char* buffer, uint32_t indent, const char* name,
                const void* object, uint32_t length, const RecordRow& record) {
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   const int variant = frame::variant_of(object);
   TextBuffer out{buffer, length};
   open(call, out, indent);
@@ -119,7 +119,7 @@ uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t
 
 uint32_t small_print(const Call& call, char* buffer, uint32_t indent, const char* name,
                      const void* object, uint32_t length, const SmallRow& type) {
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   TextBuffer out{buffer, length};
   open(call, out, indent);
   put(call, out, "%s@%s:", name, frame::descriptor(type)->name);

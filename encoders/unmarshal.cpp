@@ -6,12 +6,12 @@ namespace encoders {
 namespace {
 
 // Reader and writer may differ in whether they track.
-void settle_states(const Call& call, Image& image, void* object, const RecordRow& record) {
+void decide_states(const Call& call, Image& image, void* object, const RecordRow& record) {
   const bool sent = (image.flags & OBJ_STATE_TRACKED) != 0;
   if (frame::mode_of(call.handle) == Tracking::on && !frame::has_flag(object, OBJ_STATE_TRACKED)) {
     trace::fatal<Function::unmarshal, Form::tracking_mismatch>(record);
   }
-  image.tracked = frame::tracking<Function::unmarshal>(call.handle, record) == Tracking::on;
+  image.tracked = frame::checked_mode<Function::unmarshal>(call.handle, record) == Tracking::on;
   if (image.tracked) {
     image.states = sent ? States::copy : States::none;
     image.flags |= OBJ_STATE_TRACKED;
@@ -26,22 +26,22 @@ void settle_states(const Call& call, Image& image, void* object, const RecordRow
 
 void unmarshal_base(const Call& call, Reader& in, Image& image, void* object,
                     const RecordRow& record) {
-  in.advance(_ork_instance_variant_unmarshal(call.handle, call.instance, in.here(), &image.variant,
+  in.consume(_ork_instance_variant_unmarshal(call.handle, call.instance, in.here(), &image.variant,
                                              in.room(), call.err));
-  in.advance(_ork_instance_obj_flag_unmarshal(call.handle, call.instance, in.here(), &image.flags,
+  in.consume(_ork_instance_obj_flag_unmarshal(call.handle, call.instance, in.here(), &image.flags,
                                               in.room(), call.err));
   if ((image.flags & OBJ_RA_DATA) != 0) {
     uint64_t word = 0;
     uint8_t byte = 0;
-    in.advance(_ork_instance_ra_data_unmarshal(call.handle, call.instance, in.here(), &word, &byte,
+    in.consume(_ork_instance_ra_data_unmarshal(call.handle, call.instance, in.here(), &word, &byte,
                                                in.room(), call.err));
   }
   const int8_t newest = frame::variant_cap_of(object);
   if (image.variant > newest) image.variant = newest;
   image.jump_base = in.position();
-  in.advance(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &image.jump,
+  in.consume(_ork_variant_jump_unmarshal(call.handle, call.instance, in.here(), &image.jump,
                                          in.room(), call.err));
-  settle_states(call, image, object, record);
+  decide_states(call, image, object, record);
 }
 
 void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object,
@@ -50,7 +50,7 @@ void unmarshal_end(const Call& call, Reader& in, const Image& image, void* objec
   if (target > in.position()) {
     trace::raise<Function::unmarshal, Form::jump>(
         record, in.consumed(), static_cast<uint32_t>(image.jump_base), image.jump);
-    in.follow(static_cast<uint64_t>(target - in.position()));
+    in.jump(static_cast<uint64_t>(target - in.position()));
   }
   *frame::byte_at(object, frame::at_variant) = static_cast<uint8_t>(image.variant);
   // Other bits would free or redirect memory.
@@ -59,20 +59,20 @@ void unmarshal_end(const Call& call, Reader& in, const Image& image, void* objec
 }
 
 void take_state(Reader& in, const Image& image, const FieldRow& field) {
-  if (image.states == States::skip) return in.skip_state_byte();
-  in.take_state_byte(image.block[field.state]);
+  if (image.states == States::skip) return in.skip_state();
+  in.get_state(image.block[field.state]);
 }
 
 void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field) {
   switch (image.states) {
     case States::copy: {
       uint8_t* entry = image.block + field.state;
-      in.take_state_byte(*entry);
+      in.get_state(*entry);
       in.copy(frame::element_states(entry), count);
       break;
     }
     case States::skip:
-      in.skip_state_byte();
+      in.skip_state();
       in.skip(count);
       break;
     case States::none: break;

@@ -57,7 +57,7 @@ void unmarshal_records(const Call& call, Reader& in, const Image& image, void* o
       const auto block = frame::record_block(frame::block_of(object, field), count, field);
       return frame::keep_records(call, object, block, i, field);
     }
-    in.follow(unmarshal_body<*model::records[field.type]>(
+    in.jump(unmarshal_body<*model::records[field.type]>(
         call, in.here(), frame::element_at(object, field, i), in.room(), image.reuse));
   }
 }
@@ -77,7 +77,7 @@ template <const Record& R, size_t N>
     in.copy(frame::block_of(object, field), count);
   } else {
     for (uint32_t i = 0; i < count && !call.failed(); ++i) {
-      in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::element_at(object, field, i),
+      in.consume(Coded<field.kind>::unmarshal(call, in.here(), frame::element_at(object, field, i),
                                               in.room(), image.reuse));
     }
   }
@@ -99,16 +99,16 @@ template <const Record& R, size_t N>
   if constexpr (field.kind == Kind::character) {
     unmarshal_text(call, in, static_cast<char*>(at), field.width, image.reuse);
   } else if constexpr (field.kind == Kind::record) {
-    in.follow(
+    in.jump(
         unmarshal_body<*model::records[field.type]>(call, in.here(), at, in.room(), image.reuse));
   } else if constexpr (field.kind == Kind::enumeration) {
-    in.follow(
+    in.jump(
         enum_unmarshal(call, in.here(), at, in.room(), image.reuse, model::small_rows[field.type]));
   } else if constexpr (field.kind == Kind::flag_set) {
-    in.follow(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse,
-                                 model::small_rows[field.type]));
+    in.jump(flag_set_unmarshal(call, in.here(), at, in.room(), image.reuse,
+                               model::small_rows[field.type]));
   } else {
-    in.advance(Coded<field.kind>::unmarshal(call, in.here(), at, in.room(), image.reuse));
+    in.consume(Coded<field.kind>::unmarshal(call, in.here(), at, in.room(), image.reuse));
   }
 }
 
@@ -116,7 +116,7 @@ template <const Record& R>
 uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                         uint32_t reuse) {
   constexpr const RecordRow& record = model::row<R>;
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   if (length < 1) {
     call.fail(EMSGSIZE);
     return 0;
@@ -132,7 +132,7 @@ uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, i
         constexpr Shape shape = shape_of(field);
         if constexpr (shape == Shape::counter) {
           old_count = frame::stored_count(object, model::field_at<R, N + 1>);
-          in.advance(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field),
+          in.consume(Coded<field.kind>::unmarshal(call, in.here(), frame::field_of(object, field),
                                                   in.room(), reuse));
           return true;
         } else if constexpr (shape == Shape::array) {

@@ -75,30 +75,30 @@ void store_element(const Call& call, void* object, uint32_t index, const void* s
 
 // Whether the walk looks at the error behind a field. It does not when an array's scratch could not
 // be made: the next field is still asked for.
-enum class Then : uint8_t { test, go_on };
+enum class AfterField : uint8_t { check_error, keep_going };
 
-Then read_array(const Call& call, const char* parent, const Document& document, void* object,
-                const FieldRow& field) {
+AfterField read_array(const Call& call, const char* parent, const Document& document, void* object,
+                      const FieldRow& field) {
   for (uint32_t n = 1;; ++n) {
     void* scratch = create_scratch(call, field);
     if (scratch == nullptr) {
       call.fail(ENOMEM);
-      return Then::go_on;
+      return AfterField::keep_going;
     }
     read_at(call, Path(parent, field.name, static_cast<int>(n)), document, scratch, field);
     const bool found = !call.failed();
     if (found) store_element(call, object, n - 1, scratch, field);
     destroy_scratch(call, scratch, field);
-    if (!found) return Then::test;
+    if (!found) return AfterField::check_error;
   }
 }
 
-Then read_field(const Call& call, const char* parent, const Document& document, void* object,
-                const FieldRow& field) {
-  if (field.cls == Class::counter) return Then::test;  // follows from the elements
+AfterField read_field(const Call& call, const char* parent, const Document& document, void* object,
+                      const FieldRow& field) {
+  if (field.cls == Class::counter) return AfterField::check_error;  // follows from the elements
   if (field.array != model::no_type) return read_array(call, parent, document, object, field);
   read_at(call, Path(parent, field.name), document, frame::field_of(object, field), field);
-  return Then::test;
+  return AfterField::check_error;
 }
 
 // What the probe of one value's element says. Whatever it is but found, the handle is told of it.
@@ -107,14 +107,10 @@ enum class Probe : uint8_t { found, missing, failed };
 Probe probe(const Call& call, const char* parent, const char* name, const Document& document) {
   const Path path(parent, name);
   char scratch[128];
-  *call.err = path.fits ? xml_get_element_value(document.xml, path.text, scratch, sizeof scratch, 0)
-                        : uint32_t{ENOENT};
-  if (*call.err == 0) return Probe::found;
-  ork_store_err(call.handle, *call.err);
-  if (*call.err == ENOENT) {
-    *call.err = 0;
-    return Probe::missing;
-  }
+  call.adopt(path.fits ? xml_get_element_value(document.xml, path.text, scratch, sizeof scratch, 0)
+                       : uint32_t{ENOENT});
+  if (!call.failed()) return Probe::found;
+  if (call.forgive(ENOENT)) return Probe::missing;
   if (document.err_text != nullptr)
     snprintf(document.err_text, document.err_text_len, "Failed xpath: %s", parent);
   return Probe::failed;
@@ -140,10 +136,10 @@ void read_flags(const Call& call, const char* path, const Document& document, vo
     if (answer == Probe::missing) continue;
     if (object != nullptr) {
       frame::flag_set_value(call, object, flag, 1, type);
-    } else if (call.begins()) {
+    } else if (call.start()) {
       frame::small_adjust_variant(call, object);
     }
-    if (*call.err == ENOENT) *call.err = 0;
+    call.forgive(ENOENT);
   }
 }
 
@@ -151,20 +147,20 @@ void read_flags(const Call& call, const char* path, const Document& document, vo
 
 void from_xml(const Call& call, const char* path, const Document& document, void* object,
               const RecordRow& record) {
-  if (!call.begins()) return;
+  if (!call.start()) return;
   uint32_t nodes = 0;
   if (xml_get_element_nodecount(document.xml, path, &nodes) != 0 || nodes == 0)
     return call.fail(ENOENT);
   for (const FieldRow& field : model::fields_of(record)) {
-    if (read_field(call, path, document, object, field) == Then::go_on) continue;
-    if (*call.err == ENOENT) *call.err = 0;  // a field that is not there is no error
+    if (read_field(call, path, document, object, field) == AfterField::keep_going) continue;
+    call.forgive(ENOENT);  // a field that is not there
     if (call.failed()) return;
   }
 }
 
 void small_from_xml(const Call& call, const char* path, const Document& document, void* object,
                     const SmallRow& type) {
-  if (!call.begins()) return;
+  if (!call.start()) return;
   if (type.is_flag_set) return read_flags(call, path, document, object, type);
   read_enum(call, path, document, object, type);
 }

@@ -94,9 +94,9 @@ void write_flags(const Call& call, TextBuffer& out, const void* object, const Sm
 
 uint32_t to_xml(const Call& call, const char* tag, char* buffer, void* object, uint32_t length,
                 uint8_t state, const RecordRow& record) {
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   const int variant = frame::variant_of(object);
-  const bool tracked = frame::tracking<Function::to_xml>(call.handle, record) == Tracking::on;
+  const bool tracked = frame::checked_mode<Function::to_xml>(call.handle, record) == Tracking::on;
   TextBuffer out{buffer, length};
   open(call, out, tag, state);
   for (const FieldRow& field : model::fields_of(record, variant)) {
@@ -114,7 +114,7 @@ uint32_t to_xml_cr(ork_handle* handle, void* object, char* buffer, uint32_t leng
 
 uint32_t small_to_xml(const Call& call, const char* tag, char* buffer, const void* object,
                       uint32_t length, const SmallRow& type) {
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   TextBuffer out{buffer, length};
   open(call, out, tag, 0);
   if (type.is_flag_set) {

@@ -7,7 +7,7 @@ namespace frame {
 void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index, uint32_t* err,
                 const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return nullptr;
+  if (!call.start() || !gate(call, object, field)) return nullptr;
   if (index >= usable_count(object, field)) {
     call.fail(ENOENT);
     return nullptr;

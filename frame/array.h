@@ -73,7 +73,8 @@ void array_remove_elements(ork_handle* handle, uint32_t instance, void* object,
 // does not.
 template <Function F, size_t Nth>
 bool tracked_as_asked(const Call& call, const void* object, const FieldRow& field) {
-  if (tracking<F, Nth>(call.handle, field) != Tracking::on || has_flag(object, OBJ_STATE_TRACKED))
+  if (checked_mode<F, Nth>(call.handle, field) != Tracking::on ||
+      has_flag(object, OBJ_STATE_TRACKED))
     return true;
   call.fail(EINVAL);
   trace::raise<F, Form::not_tracked, Nth>(field);

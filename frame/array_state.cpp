@@ -7,14 +7,14 @@ namespace frame {
 uint8_t array_whole_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
                         const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!begin_state_read<Function::whole_get>(call, object, field)) return 0;
+  if (!allow_state_read<Function::whole_get>(call, object, field)) return 0;
   return *state_entry(call, object, field);
 }
 
 void array_whole_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
                      uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!state_write_allowed<Function::whole_set>(call, object, field) ||
+  if (!allow_state_write<Function::whole_set>(call, object, field) ||
       !upgrade_and_gate(call, object, field))
     return;
   store(call, state_entry(call, object, field), value, nullptr);
@@ -23,7 +23,7 @@ void array_whole_set(ork_handle* handle, uint32_t instance, void* object, uint8_
 void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8_t** out,
                       uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!begin_state_read<Function::states_get>(call, object, field)) return;
+  if (!allow_state_read<Function::states_get>(call, object, field)) return;
   *out = element_states(state_entry(call, object, field));
 }
 
@@ -31,7 +31,7 @@ void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8
 void array_states_set(ork_handle* handle, uint32_t instance, void* object, const uint8_t* from,
                       uint32_t count, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!state_write_allowed<Function::states_set>(call, object, field)) return;
+  if (!allow_state_write<Function::states_set>(call, object, field)) return;
   if (count != stored_count(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
   if (count != 0)
@@ -42,7 +42,7 @@ void array_states_set(ork_handle* handle, uint32_t instance, void* object, const
 uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
                         uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
+  if (!allow_state_read<Function::state_flag_get>(call, object, field)) return 0;
   if (index >= usable_count(object, field)) {
     call.fail(ENOENT);
     return 0;
@@ -54,7 +54,7 @@ uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uin
 void array_state_set(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
                      uint8_t value, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
+  if (!allow_state_write<Function::state_flag_set>(call, object, field)) return;
   if (index >= usable_count(object, field)) return call.fail(ENOENT);
   if (!upgrade_and_gate(call, object, field)) return;
   uint8_t* elements = element_states(state_entry(call, object, field));

@@ -61,7 +61,7 @@ bool grow_block(const Call& call, void* object, uint64_t count, size_t size, con
 template <Function F>
 bool grow_states(const Call& call, void* object, uint64_t count, uint64_t kept,
                  const FieldRow& field) {
-  if (tracking<F, 1>(call.handle, field) != Tracking::on) {
+  if (checked_mode<F, 1>(call.handle, field) != Tracking::on) {
     drop_element_states(call, object, field);
     return true;
   }
@@ -239,7 +239,7 @@ void detach_array(const Call& call, void* from, const RecordRow& record) {
 
 void detach_all_arrays(const Call& call, void* from, const RecordRow& record) {
   if (!record.holds_array) return;
-  for (const FieldRow& field : laid_out_fields(record, from)) {
+  for (const FieldRow& field : fields_in_layout(record, from)) {
     if (is_embedded_record(field))
       detach_all_arrays(call, field_of(from, field), child_record(field));
   }
@@ -286,7 +286,7 @@ void drop_element_states(const Call& call, void* object, const FieldRow& field) 
 
 void drop_all_element_states(const Call& call, void* object, const RecordRow& record) {
   if (!record.holds_array) return;
-  for (const FieldRow& field : laid_out_fields(record, object)) {
+  for (const FieldRow& field : fields_in_layout(record, object)) {
     if (is_embedded_record(field))
       drop_all_element_states(call, field_of(object, field), child_record(field));
     if (field.array != model::no_type) drop_element_states(call, object, field);

@@ -18,6 +18,8 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
+inline const char* error_text(uint32_t error) { return strerror(static_cast<int>(error)); }
+
 struct Call {
   ork_handle* handle;
   uint32_t instance;
@@ -30,9 +32,25 @@ struct Call {
   }
   // A field or value that the variant lacks. The runtime decides whether the slot is written.
   void lacks() const { ork_store_epoch_err(handle, EIDRM, err); }
-  // Nothing happens while an earlier failure stands; otherwise the handle's last error is forgotten
-  // first.
-  bool begins() const {
+  uint32_t error() const { return *err; }
+  const char* error_text() const { return frame::error_text(*err); }
+  // The slot alone: the handle does not hear of it.
+  void fail_quietly(uint32_t number) const { *err = number; }
+  void clear() const { *err = 0; }
+  // Where `number` means that something is not there, and may be missing. True when it was that.
+  bool forgive(uint32_t number) const {
+    if (*err != number) return false;
+    clear();
+    return true;
+  }
+  // The slot becomes what another call ended with, success too.
+  void adopt(uint32_t other) const {
+    *err = other;
+    if (other != 0) ork_store_err(handle, other);
+  }
+  // How an operation starts: not at all while an earlier failure stands; otherwise the handle's last
+  // error is forgotten.
+  bool start() const {
     if (failed()) return false;
     ork_clear_last_error(handle);
     return true;
@@ -47,8 +65,6 @@ class DetachedCall : public Call {
   explicit DetachedCall(const Call& caller) : DetachedCall(caller.handle, caller.instance) {}
   DetachedCall(const DetachedCall&) = delete;
   DetachedCall& operator=(const DetachedCall&) = delete;
-
-  uint32_t error() const { return error_; }
 
  private:
   mutable uint32_t error_ = 0;

@@ -22,9 +22,8 @@ void* create_internal(ork_handle* handle, uint32_t instance, const RecordRow& re
   return make<Function::create_internal, Form::create_failed>(handle, instance, record);
 }
 
-void renew(const Call& call, void* element, const RecordRow& record) {
-  uint32_t local = 0;
-  const Call own{call.handle, call.instance, &local};
+void reinitialize(const Call& call, void* element, const RecordRow& record) {
+  const DetachedCall own(call);
   const Layout& layout = record.newest_layout();
   const bool mapped = has_flag(element, OBJ_STTR_OFFSET);
   const int32_t distance =

@@ -10,8 +10,6 @@
 namespace frame {
 namespace {
 
-const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); }
-
 constexpr uint32_t max_references = 4096;  // of one field, as their list lies on the stack
 
 // False while the object must stay: its mapping cannot go, or references are left.
@@ -19,8 +17,8 @@ bool remove_oid_mapping(const Call& call, void* object, const RecordRow& record)
   const uint32_t gone =
       ork_request_oid_mapping_destroy(call.handle, call.instance, object, call.err);
   if (call.failed()) {
-    trace::raise<Function::destroy_mapping, Form::mapping_stays>(record, text_of(*call.err));
-    ork_store_err(call.handle, *call.err);
+    trace::raise<Function::destroy_mapping, Form::mapping_stays>(record, call.error_text());
+    ork_store_err(call.handle, call.error());
     return false;
   }
   if (gone == 0) {
@@ -42,7 +40,7 @@ bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow&
   auto** references = static_cast<void**>(
       alloca((count < max_references ? count : max_references) * sizeof(void*)));
   if (count > max_references) {
-    *call.err = ENOMEM;
+    call.fail_quietly(ENOMEM);
   } else if (field.kind == Kind::record) {
     get_object_references(call, at, child_record(field));
   } else {
@@ -50,15 +48,15 @@ bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow&
                                      references, count, call.err);
   }
   if (call.failed()) {
-    trace::raise<Function::destroy_field, Form::references_failed>(field, text_of(*call.err));
+    trace::raise<Function::destroy_field, Form::references_failed>(field, call.error_text());
     return false;
   }
   for (uint32_t i = 0; i < count; ++i) {
     orklib_lookup_and_update_oid_ref_count(call.handle, call.instance, references[i], 0, call.err);
     if (call.failed()) {
       trace::raise<Function::destroy_field, Form::reference_stays>(
-          field, static_cast<const void*>(references[i]), text_of(*call.err));
-      *call.err = 0;
+          field, static_cast<const void*>(references[i]), call.error_text());
+      call.clear();
     }
   }
   return true;
@@ -84,7 +82,7 @@ bool destroy_field(const Call& call, void* object, const FieldRow& field) {
 // Where the state block of a tracked object lies that is being destroyed.
 uint8_t* last_state_block(const Call& call, void* object, const RecordRow& record) {
   if (has_flag(object, OBJ_STTR_OFFSET)) return mapped_states(call, object);
-  tracking<Function::destroy_internal>(call.handle, record);
+  checked_mode<Function::destroy_internal>(call.handle, record);
   return byte_at(object, layout_of(record, object).body);
 }
 
@@ -94,7 +92,7 @@ constexpr int nothing_reached = INT8_MIN;
 // `reached`, would leave.
 void release_unreached_arrays(const Call& call, void* object, int reached,
                               const RecordRow& record) {
-  for (const FieldRow& field : laid_out_fields(record, object)) {
+  for (const FieldRow& field : fields_in_layout(record, object)) {
     const bool is_reached = field.variant <= reached;
     if (is_embedded_record(field)) {
       void* child = field_of(object, field);
@@ -117,9 +115,8 @@ void release_unreached_arrays(const Call& call, void* object, int reached,
 void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                     const RecordRow& record) {
   if (object == nullptr || object == sentinel(record)) return;
-  uint32_t local = 0;
   if (record.holds_array)
-    release_unreached_arrays({handle, instance, &local}, object, variant_of(object), record);
+    release_unreached_arrays(DetachedCall(handle, instance), object, variant_of(object), record);
   destroy_internal(handle, instance, object, free_storage, record);
 }
 
@@ -131,8 +128,7 @@ void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRo
 void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                       const RecordRow& record) {
   if (object == nullptr || object == sentinel(record)) return;
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   if (has_flag(object, OBJ_OID_MAPPED) && !remove_oid_mapping(call, object, record)) return;
 
   const int variant = variant_of(object);
@@ -143,14 +139,14 @@ void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint3
     free_element_states(call, last_state_block(call, object, record), record);
 
   const ork_type_info* type =
-      checked_type<Function::destroy_internal>(manifested_type(object), variant, record);
+      checked_type<Function::destroy_internal>(type_in_header(object), variant, record);
   orklib_type_stats_destroy_object(handle, instance, type,
-                                   statistics(type, cap(variant, record.newest())), &local);
+                                   statistics(type, cap(variant, record.newest())), call.err);
   if (has_flag(object, OBJ_STTR_OFFSET | OBJ_RA_DATA) && handle->hd_mapping != nullptr) {
-    ork_hd_mapping_destroy(handle, instance, object, &local);
-    if (local != 0) {
-      trace::raise<Function::destroy_internal, Form::mapping_stays>(record, text_of(local));
-      ork_store_err(handle, local);
+    ork_hd_mapping_destroy(handle, instance, object, call.err);
+    if (call.failed()) {
+      trace::raise<Function::destroy_internal, Form::mapping_stays>(record, call.error_text());
+      ork_store_err(handle, call.error());
       return;
     }
   }

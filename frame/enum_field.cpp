@@ -8,13 +8,13 @@ namespace frame {
 uint32_t read_enum_field(const Call& call, void* object, const FieldRow& field) {
   void* at = field_of(object, field);
   contain(call, at, object);
-  return call.begins() ? enum_value(at) : 0;
+  return call.start() ? enum_value(at) : 0;
 }
 
 uint32_t enum_field_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
                               const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return 0;
+  if (!call.start() || !gate(call, object, field)) return 0;
   return read_enum_field(call, object, field);
 }
 

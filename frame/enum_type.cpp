@@ -20,8 +20,7 @@ bool admits(const Call& call, const void* object, uint32_t value, const SmallRow
 }  // namespace
 
 void* enum_get(ork_handle* handle, uint32_t instance, void* object) {
-  uint32_t local = 0;
-  contain({handle, instance, &local}, object, nullptr);
+  contain(DetachedCall(handle, instance), object, nullptr);
   return object;
 }
 
@@ -35,7 +34,7 @@ uint32_t enum_get_value(const Call& call, const void* object) {
 }
 
 void enum_set(const Call& call, void* object, const void* from, const SmallRow& type) {
-  if (!call.begins()) return;
+  if (!call.start()) return;
   enum_adjust(call, object);
   if (!admits(call, object, enum_value(from), type)) return;
   announce(call, object, type.size, object);
@@ -43,7 +42,7 @@ void enum_set(const Call& call, void* object, const void* from, const SmallRow& 
 }
 
 void enum_set_value(const Call& call, void* object, uint32_t value, const SmallRow& type) {
-  if (!call.begins()) return;
+  if (!call.start()) return;
   enum_adjust(call, object);
   if (admits(call, object, value, type)) store(call, byte_at(object, at_value), value, object);
 }

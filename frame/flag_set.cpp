@@ -18,7 +18,7 @@ uint32_t flag_get_cr(ork_handle* handle, const void* object, uint32_t flag, cons
 }
 
 void flag_set_set(const Call& call, void* object, const void* from, const SmallRow& type) {
-  if (!call.begins()) return;
+  if (!call.start()) return;
   small_adjust_variant(call, object);
   announce(call, object, type.size, object);
   memmove(object, from, type.size);
@@ -26,7 +26,7 @@ void flag_set_set(const Call& call, void* object, const void* from, const SmallR
 
 void flag_set_value(const Call& call, void* object, uint32_t flag, uint32_t on,
                     const SmallRow& type) {
-  if (!call.begins()) return;
+  if (!call.start()) return;
   small_adjust_variant(call, object);
   const bool later = small_variant_of(object) >= 1;
   if (flag >= type.values && !later) return call.lacks();

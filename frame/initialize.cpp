@@ -37,7 +37,7 @@ inline constexpr bool is_plain = K == Kind::u_int8 || K == Kind::u_int16 || K ==
 
 // The base that embedded records take theirs from. False when a nested object was given none.
 bool find_state_base(const Call& call, void* object, uint8_t*& base, const RecordRow& record) {
-  if (tracking<Function::initialize>(call.handle, record) != Tracking::on) return true;
+  if (checked_mode<Function::initialize>(call.handle, record) != Tracking::on) return true;
   const bool nested = has_flag(object, OBJ_NESTED);
   const bool mapped = has_flag(object, OBJ_STTR_OFFSET);
   if (nested && base == nullptr) {
@@ -86,8 +86,8 @@ void set_field_embedded(const Call& call, void* object, const FieldRow& field) {
 
 }  // namespace
 
-Born write_header(const Call& call, void* object, const ork_type_info* type,
-                  const Initialization& how, int newest) {
+InitializedHeader write_header(const Call& call, void* object, const ork_type_info* type,
+                               const Initialization& how, int newest) {
   const int8_t known = static_cast<int8_t>(
       ork_domain_lookup_variant(call.handle, &call.handle->domain, type, call.err));
   const int variant = cap(known, newest);
@@ -97,7 +97,7 @@ Born write_header(const Call& call, void* object, const ork_type_info* type,
   };
   write(at_variant_cap, static_cast<uint8_t>(newest));
   write(at_variant, static_cast<uint8_t>(variant));
-  const ork_type_info* shown = manifested(call, type);
+  const ork_type_info* shown = shared_copy_of(call, type);
   const ork_type_info** slot = ork_get_manifested_type_info_ptr_mem(object);
   if (how.notify != 0) announce(call, slot, sizeof *slot, object);
   put(slot, shown);
@@ -107,16 +107,16 @@ Born write_header(const Call& call, void* object, const ork_type_info* type,
 
 void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how,
                 const RecordRow& record) {
-  if (!call.begins()) return;
-  const Born born = write_header(call, object, type, how, record.newest());
-  if (tracking<Function::initialize>(call.handle, record) == Tracking::on) {
+  if (!call.start()) return;
+  const InitializedHeader header = write_header(call, object, type, how, record.newest());
+  if (checked_mode<Function::initialize>(call.handle, record) == Tracking::on) {
     if (how.notify != 0) announce(call, byte_at(object, at_flags), 1, object);
     *byte_at(object, at_flags) |= OBJ_STATE_TRACKED;
   }
   if (how.no_stats == 0) {
-    check_variants<Function::initialize>(born.type, born.variant, record);
-    orklib_type_stats_create_object(call.handle, call.instance, born.type,
-                                    statistics(born.type, born.variant), call.err);
+    check_variants<Function::initialize>(header.type, header.variant, record);
+    orklib_type_stats_create_object(call.handle, call.instance, header.type,
+                                    statistics(header.type, header.variant), call.err);
     if (!find_state_base(call, object, how.base, record)) return;
   }
   const Initialization child{how.notify, how.no_stats, OBJ_NESTED, how.base};
@@ -130,9 +130,8 @@ void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
                            const RecordRow& record) {
   if (object == nullptr)
     return trace::raise<Function::set_instance_embedded, Form::embed_object>(record);
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
-  for (const FieldRow& field : held_fields(record, object)) {
+  const DetachedCall call(handle, instance);
+  for (const FieldRow& field : fields_in_body(record, object)) {
     if (field.cls == model::Class::value || field.cls == model::Class::object)
       set_field_embedded(call, object, field);
   }

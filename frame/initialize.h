@@ -13,14 +13,14 @@ struct Initialization {
   uint8_t* base;      // first state byte, or null
 };
 
-struct Born {
+struct InitializedHeader {
   int variant;
   const ork_type_info* type;
 };
 // Writes variant, newest variant, type and flags of a new object. Announces each of them if asked
 // to.
-Born write_header(const Call& call, void* object, const ork_type_info* type,
-                  const Initialization& how, int newest);
+InitializedHeader write_header(const Call& call, void* object, const ork_type_info* type,
+                               const Initialization& how, int newest);
 
 void initialize(const Call& call, void* object, const ork_type_info* type, Initialization how,
                 const RecordRow& record);

@@ -1,8 +1,6 @@
 // How every object is made, be it a record, an enum or a flag set.
 #pragma once
 
-#include <cstring>
-
 #include "frame/sentinel.h"
 #include "frame/size.h"
 #include "frame/small_type.h"
@@ -13,16 +11,15 @@ namespace frame {
 // use: the tracking mode may change between.
 template <Function F, Form failed, class Row>
 void* make(ork_handle* handle, uint32_t instance, const Row& type) {
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   void* object = nullptr;
   if (handle->cr_active == 0 || handle->cr_error == 0)
     object = allocate(call, size_of(handle, type));
   if (object != nullptr) {
     memset(object, 0, size_of(handle, type));
     initialize(call, object, descriptor(type), {1, 0, 0, nullptr}, type);
-    if (local != 0) {
-      trace::raise<F, failed>(type, strerror(static_cast<int>(local)));
+    if (call.failed()) {
+      trace::raise<F, failed>(type, call.error_text());
       release(call, object);
       return nullptr;
     }

@@ -41,13 +41,13 @@ inline const Layout& layout_of(const RecordRow& record, const void* object) {
 }
 
 // The fields of the object's layout: those that its storage was made for, with state bytes.
-inline model::FieldSpan laid_out_fields(const RecordRow& record, const void* object) {
+inline model::FieldSpan fields_in_layout(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).fields};
 }
 // The fields that lie inside the object's storage, with those that an older layout has mere room
 // for.
-inline model::FieldSpan held_fields(const RecordRow& record, const void* object) {
+inline model::FieldSpan fields_in_body(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).held};
 }
@@ -79,7 +79,7 @@ inline Tracking mode_of(const ork_handle* handle) {
 // The mode word is read afresh at every decision. A word that is neither of the two legal ones ends
 // the process.
 template <Function F, size_t Nth = 0, class Row>
-Tracking tracking(const ork_handle* handle, const Row& row) {
+Tracking checked_mode(const ork_handle* handle, const Row& row) {
   const Tracking mode = mode_of(handle);
   if (mode == Tracking::corrupted) trace::fatal<F, Form::corrupted_handle, Nth>(row);
   return mode;
@@ -130,7 +130,7 @@ inline bool upgrade_and_gate(const Call& call, void* object, const FieldRow& fie
 }
 // How every write to a field begins.
 inline bool begin_write(const Call& call, void* object, const FieldRow& field) {
-  return call.begins() && upgrade_and_gate(call, object, field);
+  return call.start() && upgrade_and_gate(call, object, field);
 }
 
 }  // namespace frame

@@ -10,7 +10,7 @@ namespace frame {
 void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
                  const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return nullptr;
+  if (!call.start() || !gate(call, object, field)) return nullptr;
   void* at = field_of(object, field);
   contain(call, at, nullptr);
   contain(call, at, object);

@@ -30,15 +30,15 @@ void point_at_states(const Call& call, const RecordBlock& to, uint64_t i, const 
 
 // Tracking is off, so the new block has no room for state bytes: frees the old element bytes, and
 // removes the offsets and flags that lead to state bytes.
-void leave_states_behind(const Call& call, void* from, void* to, const RecordRow& record) {
+void drop_states(const Call& call, void* from, void* to, const RecordRow& record) {
   const DetachedCall own(call);
   drop_all_element_states(own, from, record);
   offset_remove(own, from, record);
   ork_hd_mapping_destroy(own.handle, own.instance, from, own.err);
-  disclaim_states(to, record);
+  clear_tracking_flags(to, record);
 }
 
-void forget_old_element(const Call& call, void* object, void* element, bool tracked,
+void unregister_element(const Call& call, void* object, void* element, bool tracked,
                         const RecordRow& record) {
   if (tracked) {
     const DetachedCall own(call);
@@ -72,12 +72,12 @@ void move_elements(const Call& call, void* object, const RecordBlock& from, cons
     if (tracked) {
       point_at_states(call, to, i, record);
     } else if (has_flag(from.element(i), OBJ_STATE_TRACKED | OBJ_STTR_OFFSET)) {
-      leave_states_behind(call, from.element(i), to.element(i), record);
+      drop_states(call, from.element(i), to.element(i), record);
     }
   }
   for (uint64_t i = 0; i < from.count; ++i) {
     post_copyout_cleanup(call, to.element(i), from.element(i), record);
-    forget_old_element(call, object, from.element(i), tracked, record);
+    unregister_element(call, object, from.element(i), tracked, record);
   }
 }
 

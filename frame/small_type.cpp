@@ -17,20 +17,19 @@ void* small_create_cr(ork_handle* handle, const SmallRow& type) {
 
 void initialize(const Call& call, void* object, const ork_type_info* info, Initialization how,
                 const SmallRow& type) {
-  if (!call.begins()) return;
-  const Born born = write_header(call, object, info, how, 0);
+  if (!call.start()) return;
+  const InitializedHeader header = write_header(call, object, info, how, 0);
   if (how.no_stats != 0) return;
-  check_variants<Function::small_initialize>(born.type, born.variant, type);
-  if (born.variant >= 0)
-    raise_counter(call, born.type, born.type->varinfo->entries[0].create_count);
+  check_variants<Function::small_initialize>(header.type, header.variant, type);
+  if (header.variant >= 0)
+    increment(call, header.type, header.type->varinfo->entries[0].create_count);
 }
 
 void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
                            const SmallRow& type) {
   if (object == nullptr)
     return trace::raise<Function::small_set_instance_embedded, Form::small_embed_object>(type);
-  uint32_t local = 0;
-  mark_embedded({handle, instance, &local}, object);
+  mark_embedded(DetachedCall(handle, instance), object);
 }
 
 void small_destroy(ork_handle* handle, uint32_t instance, void* object, const SmallRow& type) {
@@ -41,19 +40,18 @@ void small_destroy(ork_handle* handle, uint32_t instance, void* object, const Sm
 void small_destroy_internal(ork_handle* handle, uint32_t instance, void* object,
                             uint32_t free_storage, const SmallRow& type) {
   if (object == nullptr || object == sentinel(type)) return;
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   const int variant = small_variant_of(object);
   const ork_type_info* info =
-      checked_type<Function::small_destroy_internal>(manifested_type(object), variant, type);
-  if (variant >= 0) raise_counter(call, info, info->varinfo->entries[0].destroy_count);
+      checked_type<Function::small_destroy_internal>(type_in_header(object), variant, type);
+  if (variant >= 0) increment(call, info, info->varinfo->entries[0].destroy_count);
   if (free_storage == 0) return;
   if (watched(call)) orkdb_plat_set_destroy(handle, instance, object);
   free_object(call, object);
 }
 
 uint32_t small_adjust_variant(const Call& call, void* object) {
-  const ork_type_info* type = object != nullptr ? manifested_type(object) : nullptr;
+  const ork_type_info* type = object != nullptr ? type_in_header(object) : nullptr;
   return orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
 }
 

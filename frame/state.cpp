@@ -7,7 +7,7 @@ namespace frame {
 uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,
                        const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!begin_state_read<Function::state_flag_get>(call, object, field)) return 0;
+  if (!allow_state_read<Function::state_flag_get>(call, object, field)) return 0;
   // An object that was upgraded in place has bytes for what its variant has, beyond its layout too.
   const bool there = handle->sttr_info == nullptr ||
                      field.variant <= static_cast<int8_t>(*byte_at(object, at_variant)) ||
@@ -18,7 +18,7 @@ uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint
 void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
                     uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!state_write_allowed<Function::state_flag_set>(call, object, field)) return;
+  if (!allow_state_write<Function::state_flag_set>(call, object, field)) return;
   if (!upgrade_and_gate(call, object, field)) return;
   store(call, state_block(call, object, owner(field)) + field.state, value, nullptr);
 }
@@ -29,13 +29,12 @@ void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t
 void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
                                  const RecordRow& record) {
   if (mode_of(handle) != Tracking::on || !has_flag(object, OBJ_STATE_TRACKED)) return;
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   const Layout& layout = layout_of(record, object);
   uint8_t* block = state_block(call, object, layout);
   memset(block, value, layout.state);
   if (!record.has_array) return;
-  for (const FieldRow& field : laid_out_fields(record, object)) {
+  for (const FieldRow& field : fields_in_layout(record, object)) {
     if (field.array == model::no_type) continue;
     const uint32_t count = usable_count(object, field);
     if (uint8_t* elements = element_states(block + field.state); elements != nullptr)
@@ -72,7 +71,7 @@ void update_offsets(const Call& call, void* object, uint8_t* block, const Record
 }  // namespace
 
 void offset_update(const Call& call, void* object, uint8_t* block, const RecordRow& record) {
-  update_offsets(call, object, block, record, laid_out_fields);
+  update_offsets(call, object, block, record, fields_in_layout);
 }
 
 void initialize_offsets(const Call& call, void* object, uint8_t* block, const RecordRow& record) {
@@ -81,7 +80,7 @@ void initialize_offsets(const Call& call, void* object, uint8_t* block, const Re
 
 void offset_remove(const Call& call, void* object, const RecordRow& record) {
   if (call.failed() || !record.embeds) return;
-  for (const FieldRow& field : laid_out_fields(record, object)) {
+  for (const FieldRow& field : fields_in_layout(record, object)) {
     if (!is_embedded_record(field)) continue;
     void* child = field_of(object, field);
     ork_hd_mapping_destroy(call.handle, call.instance, child, call.err);
@@ -89,11 +88,12 @@ void offset_remove(const Call& call, void* object, const RecordRow& record) {
   }
 }
 
-void disclaim_states(void* object, const RecordRow& record) {
+void clear_tracking_flags(void* object, const RecordRow& record) {
   constexpr unsigned claims = OBJ_STATE_TRACKED | OBJ_STTR_OFFSET;
   *byte_at(object, at_flags) = static_cast<uint8_t>(flags_of(object) & ~claims);
-  for (const FieldRow& field : laid_out_fields(record, object)) {
-    if (is_embedded_record(field)) disclaim_states(field_of(object, field), child_record(field));
+  for (const FieldRow& field : fields_in_layout(record, object)) {
+    if (is_embedded_record(field))
+      clear_tracking_flags(field_of(object, field), child_record(field));
   }
 }
 

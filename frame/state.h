@@ -12,7 +12,7 @@ inline constexpr uint8_t touched = 2;
 // value stays written.
 template <Function F>
 bool mark(const Call& call, void* object, const FieldRow& field) {
-  if (tracking<F>(call.handle, field) != Tracking::on) return true;
+  if (checked_mode<F>(call.handle, field) != Tracking::on) return true;
   if (!has_flag(object, OBJ_STATE_TRACKED)) {
     call.fail(EINVAL);
     trace::raise<F, Form::not_tracked>(field);
@@ -33,7 +33,7 @@ inline uint8_t* seen_state_block(const Call& call, void* object, const RecordRow
 template <Function F>
 bool tracking_allows(const Call& call, const FieldRow& field) {
   if (call.failed()) return false;
-  if (tracking<F>(call.handle, field) == Tracking::off) {
+  if (checked_mode<F>(call.handle, field) == Tracking::off) {
     call.fail(EINVAL);
     return false;
   }
@@ -41,7 +41,7 @@ bool tracking_allows(const Call& call, const FieldRow& field) {
 }
 // The two families report an object without state bytes in the reverse order and in other words.
 template <Function F>
-bool begin_state_read(const Call& call, const void* object, const FieldRow& field) {
+bool allow_state_read(const Call& call, const void* object, const FieldRow& field) {
   if (!tracking_allows<F>(call, field)) return false;
   if (has_flag(object, OBJ_STATE_TRACKED)) return true;
   call.fail(EINVAL);
@@ -49,7 +49,7 @@ bool begin_state_read(const Call& call, const void* object, const FieldRow& fiel
   return false;
 }
 template <Function F>
-bool state_write_allowed(const Call& call, const void* object, const FieldRow& field) {
+bool allow_state_write(const Call& call, const void* object, const FieldRow& field) {
   if (!tracking_allows<F>(call, field)) return false;
   if (has_flag(object, OBJ_STATE_TRACKED)) return true;
   trace::raise<F, Form::not_tracked>(field);
@@ -73,6 +73,6 @@ void offset_remove(const Call& call, void* object, const RecordRow& record);
 
 // An object never gains state bytes by a copy: what has none may not claim to, nor may the records
 // inside it.
-void disclaim_states(void* object, const RecordRow& record);
+void clear_tracking_flags(void* object, const RecordRow& record);
 
 }  // namespace frame

@@ -7,7 +7,7 @@ namespace frame {
 void text_get(ork_handle* handle, uint32_t instance, const void* object, char* to, uint32_t size,
               uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins()) return;
+  if (!call.start()) return;
   if (size == 0) return call.fail(EINVAL);
   if (!gate(call, object, field)) return;
   uint32_t length = field.width;

@@ -61,7 +61,7 @@ void type_variant_dump(int (*print)(const char* format, ...)) {
 }
 
 void store_type(const Call& call, void* object, const ork_type_info* type) {
-  const ork_type_info* shown = manifested(call, type);
+  const ork_type_info* shown = shared_copy_of(call, type);
   put(ork_get_manifested_type_info_ptr_mem(object), shown);
 }
 

@@ -20,12 +20,12 @@ void type_variant_dump(int (*print)(const char* format, ...));
 
 // The descriptor that an object points at: the type's own, or its copy when the handle keeps types
 // in a shared table.
-inline const ork_type_info* manifested(const Call& call, const ork_type_info* type) {
+inline const ork_type_info* shared_copy_of(const Call& call, const ork_type_info* type) {
   if (call.handle->shared_types == 0) return type;
   return ork_type_info_ptr_get(call.handle, call.instance, type,
                                fwe_ui_wayfind_typeinfo_initialize);
 }
-inline const ork_type_info* manifested_type(const void* object) {
+inline const ork_type_info* type_in_header(const void* object) {
   return ork_get_manifested_type_info(object);
 }
 // Points an object at its type: at the shared copy when the handle keeps types in a shared table.
@@ -60,7 +60,7 @@ inline void* statistics(const ork_type_info* type, int variant) {
 }
 // Enums, the flag set and messages raise their counters themselves. `shared` decides between a
 // plain and an atomic addition: the private descriptor is the one that threads have in common.
-inline void raise_counter(const Call& call, const ork_type_info* type, uint64_t& counter) {
+inline void increment(const Call& call, const ork_type_info* type, uint64_t& counter) {
   call.handle->counter_notify_fn(call.handle->mem_pool, &counter, 1, call.instance);
   if (type->shared != 0) {
     ++counter;

@@ -9,12 +9,11 @@ namespace {
 // The element that a value is written through, made first if need be; null when the error is set.
 void* reach_element(const Call& call, void* object, uint32_t index, const FieldRow& field) {
   if (index < stored_count(object, field)) {
-    uint32_t local = 0;
-    void* element = array_get(call.handle, call.instance, object, index, &local, field);
+    const DetachedCall own(call);
+    void* element = array_get(own.handle, own.instance, object, index, own.err, field);
     contain(call, element, object);
-    if (local != ENOENT) {
-      *call.err = local;
-      if (local != 0) ork_store_err(call.handle, local);
+    if (own.error() != ENOENT) {
+      call.adopt(own.error());
       return element;
     }
   }
@@ -29,7 +28,7 @@ void* reach_element(const Call& call, void* object, uint32_t index, const FieldR
 uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t index,
                          uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return 0;
+  if (!call.start() || !gate(call, object, field)) return 0;
   void* element = array_get(handle, instance, object, index, err, field);
   if (element == nullptr) return 0;
   return with_element(field.kind,
@@ -39,7 +38,7 @@ uint64_t array_get_value(ork_handle* handle, uint32_t instance, void* object, ui
 void array_get_mem(ork_handle* handle, uint32_t instance, void* object, void* to, uint32_t count,
                    uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return;
+  if (!call.start() || !gate(call, object, field)) return;
   if (usable_count(object, field) < count) return call.fail(EINVAL);
   if (count != 0) memcpy(to, block_of(object, field), count * width_of(call, field));
 }
@@ -52,7 +51,7 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
   const ValueBlock block = replace_values(call, object, count, field);
   if (block.start == nullptr) return call.fail(ENOMEM);
 
-  const bool on = tracking<Function::array_set_mem>(handle, field) == Tracking::on;
+  const bool on = checked_mode<Function::array_set_mem>(handle, field) == Tracking::on;
   if (!tracked_as_asked<Function::array_set_mem, 0>(call, object, field)) {
     memset(block.start, 0, block.size);
     if (old_count > count) store_count(call, object, field, count);

@@ -11,7 +11,7 @@ template <Kind K>
 typename Primitive<K>::Storage* get(ork_handle* handle, uint32_t instance, void* object,
                                     uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return nullptr;
+  if (!call.start() || !gate(call, object, field)) return nullptr;
   auto* at = Primitive<K>::get(call, field_of(object, field));
   contain(call, at, object);
   return at;
@@ -21,7 +21,7 @@ template <Kind K>
 typename Primitive<K>::Value get_value(ork_handle* handle, uint32_t instance, void* object,
                                        uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};
-  if (!call.begins() || !gate(call, object, field)) return 0;
+  if (!call.start() || !gate(call, object, field)) return 0;
   auto* at = Primitive<K>::get(call, field_of(object, field));
   if (at == nullptr) return 0;
   contain(call, at, object);

@@ -15,7 +15,7 @@ void copy_body(const Call& call, void* to, const void* from, Tracking mode,
   const uint8_t before = flags_of(to);
   announce(call, to, announced, to);
   memcpy(to, from, copied);
-  if ((before & OBJ_STATE_TRACKED) == 0) disclaim_states(to, record);
+  if ((before & OBJ_STATE_TRACKED) == 0) clear_tracking_flags(to, record);
   *byte_at(to, at_flags) =
       static_cast<uint8_t>((flags_of(to) & ~OBJ_STTR_OFFSET) | (before & OBJ_STTR_OFFSET));
 }
@@ -32,7 +32,7 @@ void copy_states(const Call& call, void* to, void* from, const RecordRow& record
 }
 
 void set_children(const Call& call, void* to, const void* from, const RecordRow& record) {
-  for (const FieldRow& field : laid_out_fields(record, to)) {
+  for (const FieldRow& field : fields_in_layout(record, to)) {
     if (is_embedded_record(field)) {
       record_set(call, field_of(to, field), field_of(from, field), child_record(field));
     } else if (field.kind == Kind::ip_address) {
@@ -45,8 +45,7 @@ void set_children(const Call& call, void* to, const void* from, const RecordRow&
 }  // namespace
 
 void* record_get(ork_handle* handle, uint32_t instance, void* object, const RecordRow&) {
-  uint32_t local = 0;
-  contain({handle, instance, &local}, object, nullptr);
+  contain(DetachedCall(handle, instance), object, nullptr);
   return object;
 }
 
@@ -56,11 +55,11 @@ void record_set(const Call& call, void* to, const void* source, const RecordRow&
   if (to == from) return;
   if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from))
     return call.lacks();
-  const Tracking mode = tracking<Function::record_set>(call.handle, record);
+  const Tracking mode = checked_mode<Function::record_set>(call.handle, record);
   if (mode != Tracking::on || !has_flag(from, OBJ_STATE_TRACKED))
     drop_all_element_states(call, to, record);
   copy_body(call, to, from, mode, record);
-  const bool on = tracking<Function::record_set>(call.handle, record) == Tracking::on;
+  const bool on = checked_mode<Function::record_set>(call.handle, record) == Tracking::on;
   if (on && !has_flag(to, OBJ_STATE_TRACKED)) {
     detach_all_arrays(call, from, record);
     call.fail(EINVAL);

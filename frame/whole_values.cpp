@@ -41,7 +41,7 @@ void write_field(const Call& call, void* object, uint64_t value, const FieldRow&
 void get_all(ork_handle* handle, uint32_t instance, void* object, void* const* out, uint32_t* err,
              const RecordRow& record) {
   const Call call{handle, instance, err};
-  if (!call.begins()) return;
+  if (!call.start()) return;
   for (const FieldRow& field : model::fields_of(record, variant_of(object))) {
     if (field.cls == model::Class::value || field.cls == model::Class::counter)
       read_field(call, object, *out++, field);
@@ -51,7 +51,7 @@ void get_all(ork_handle* handle, uint32_t instance, void* object, void* const* o
 void set_all(ork_handle* handle, uint32_t instance, void* object, const uint64_t* values,
              uint32_t* err, const RecordRow& record) {
   const Call call{handle, instance, err};
-  if (!call.begins()) return;
+  if (!call.start()) return;
   adjust(call, object, record.newest());
   for (const FieldRow& field : model::fields_of(record, variant_of(object))) {
     if (field.cls == model::Class::value) write_field(call, object, *values++, field);

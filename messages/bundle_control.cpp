@@ -23,7 +23,7 @@ const uint8_t* luid(Control kind, const Bundle& bundle) {
 uint32_t marshal_start(const Call& call, uint8_t* buffer, int32_t length, const Bundle& bundle) {
   ork_handle* handle = call.handle;
   ork_message_header header = fresh_header();
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   if (handle->bundle_ctx != 0) {
     call.fail(EEXIST);
     return 0;
@@ -43,7 +43,7 @@ uint32_t marshal_start(const Call& call, uint8_t* buffer, int32_t length, const 
 uint32_t marshal_end(const Call& call, uint8_t* buffer, int32_t length, Control kind,
                      const Bundle& bundle) {
   ork_message_header header = fresh_header();
-  if (!call.begins()) return 0;
+  if (!call.start()) return 0;
   if (call.handle->bundle_ctx == 0) {
     call.fail(ENOENT);
     return 0;

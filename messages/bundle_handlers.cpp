@@ -78,7 +78,7 @@ void handle_abort(ork_handle* handle, uint32_t instance, void* message, uint32_t
                   const Bundle& bundle) {
   const Call call{handle, instance, err};
   if (call.failed()) {
-    trace::raise<Function::abort_handler, Form::abort_error>(bundle.row, text_of(*err));
+    trace::raise<Function::abort_handler, Form::abort_error>(bundle.row, error_text(*err));
   } else if (orklib_is_accumulating_bundle(handle) == 0) {
     trace::raise<Function::abort_handler, Form::outside_bundle>(bundle.row);
     call.fail(EBADMSG);
@@ -97,7 +97,7 @@ void handle_commit(ork_handle* handle, uint32_t instance, void* ctx, void* messa
                    ork_bundle_handler linked_in, const Bundle& bundle) {
   const Call call{handle, instance, err};
   if (call.failed()) {
-    trace::raise<Function::commit_handler, Form::commit_error>(bundle.row, text_of(*err));
+    trace::raise<Function::commit_handler, Form::commit_error>(bundle.row, error_text(*err));
   } else if (orklib_is_accumulating_bundle(handle) == 0) {
     trace::raise<Function::commit_handler, Form::outside_bundle>(bundle.row);
     call.fail(EBADMSG);

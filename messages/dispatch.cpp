@@ -37,21 +37,20 @@ uint32_t render(const Call& call, char* buffer, const void* object, const Messag
 }  // namespace
 
 void record(ork_handle* handle, uint32_t instance, void* object, const Message& message) {
-  uint32_t error = 0;
-  const Call call{handle, instance, &error};
+  const DetachedCall call(handle, instance);
   auto* buffer = static_cast<char*>(orklib_malloc(nullptr, instance, recording_size));
   if (buffer == nullptr) trace::fatal<Function::message_record, Form::recorder_memory>(message.row);
   const uint32_t length = render(call, buffer, object, message);
-  if (error != 0) {
-    trace::raise<Function::message_record, Form::not_recorded>(message.row, error, length);
+  if (call.failed()) {
+    trace::raise<Function::message_record, Form::not_recorded>(message.row, call.error(), length);
   } else if (FILE* stream = orklib_msg_recorder_get_handle(); stream != nullptr) {
     (void)!fwrite(buffer, length, 1, stream);
   } else {
     trace::raise<Function::message_record, Form::recorder_stream>(message.row);
   }
   orklib_free(nullptr, instance, buffer);
-  if (error != 0)
-    trace::raise<Function::message_unmarshal, Form::recording_error>(message.row, error);
+  if (call.failed())
+    trace::raise<Function::message_unmarshal, Form::recording_error>(message.row, call.error());
 }
 
 // A message that could not be read is lost here; a caller that wants what there is of it reads
@@ -60,7 +59,7 @@ uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delive
                    const uint8_t* buffer, int32_t length, uint32_t* err, const Message& message) {
   if (*err != 0) {
     trace::raise<Function::message_unmarshal, Form::unmarshal_error>(message.row, name_of(message),
-                                                                     text_of(*err));
+                                                                     error_text(*err));
     return 0;
   }
   ork_clear_last_error(handle);

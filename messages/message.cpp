@@ -16,24 +16,15 @@ const ork_type_info* type_of(const void* object) {
   return frame::load<const ork_type_info*>(object);
 }
 
-// A message has one variant, so its count of variants can only be wrong by being negative.
-template <Function F>
-void check_variants(const ork_type_info* type, const Message& message) {
-  if (type->varinfo == nullptr) trace::fatal<F, Form::no_variants>(message.row);
-  const int present = type->varinfo->n_variants;
-  if (present < 0)
-    trace::raise<F, Form::variant_beyond>(message.row, uint32_t{0}, static_cast<uint32_t>(present));
-}
-
 template <Function F>
 void fill_header(const Call& call, void* object, const Message& message) {
-  const ork_type_info* type = frame::manifested(call, descriptor(message.row));
+  const ork_type_info* type = frame::shared_copy_of(call, descriptor(message.row));
   frame::put(object, type);
-  check_variants<F>(type, message);
-  frame::raise_counter(call, type, type->varinfo->entries[0].create_count);
+  frame::check_variants<F>(type, 0, message.row);
+  frame::increment(call, type, type->varinfo->entries[0].create_count);
   *frame::byte_at(object, frame::at_variant) = 0;
   *header_of(object) = fresh_header();
-  if (frame::tracking<F>(call.handle, message.row) == frame::Tracking::on) {
+  if (frame::checked_mode<F>(call.handle, message.row) == frame::Tracking::on) {
     *frame::byte_at(object, frame::at_flags) |= OBJ_STATE_TRACKED;
     header_of(object)->sttr_marker = 1;
   }
@@ -68,8 +59,7 @@ ork_message_header fresh_header() {
 }
 
 void* create(ork_handle* handle, uint32_t instance, const Message& message) {
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   const size_t size = object_size(message.row);
   void* object = nullptr;
   if (handle->cr_active == 0 || handle->cr_error == 0) object = frame::allocate(call, size);
@@ -96,8 +86,7 @@ void* create_cr(ork_handle* handle, const Message& message) {
 }
 
 void* create_shallow(ork_handle* handle, uint32_t instance, const Message& message) {
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   void* object = frame::allocate(call, object_size(message.row));
   if (object == nullptr) return nullptr;
   memset(object, 0, object_size(message.row));
@@ -108,8 +97,7 @@ void* create_shallow(ork_handle* handle, uint32_t instance, const Message& messa
 // The records go before the descriptor is looked at: a corrupted message loses them first.
 void destroy(ork_handle* handle, uint32_t instance, void* object, const Message& message) {
   if (object == nullptr || object == sentinel(message)) return;
-  uint32_t local = 0;
-  const Call call{handle, instance, &local};
+  const DetachedCall call(handle, instance);
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
     void* owned = record_in(object, place);
@@ -118,10 +106,8 @@ void destroy(ork_handle* handle, uint32_t instance, void* object, const Message&
     put_record(object, place, nullptr);
   }
   const ork_type_info* type = type_of(object);
-  if (type == nullptr || type->magic != ORK_TYPE_INFO_MAGIC)
-    trace::fatal<Function::message_destroy, Form::type_corrupted>(message.row);
-  check_variants<Function::message_destroy>(type, message);
-  frame::raise_counter(call, type, type->varinfo->entries[0].destroy_count);
+  frame::checked_type<Function::message_destroy>(type, 0, message.row);
+  frame::increment(call, type, type->varinfo->entries[0].destroy_count);
   frame::put(object, uint64_t{0});
   frame::release(call, object);
 }
@@ -147,13 +133,13 @@ uint32_t is_valid_cr(ork_handle* handle, const Message& message) {
 
 void* get(const void* object, const uint32_t* err, const CarriedRow& place) {
   if (object != nullptr && *err == 0) return record_in(object, place);
-  trace::raise<Function::carried_get, Form::get_error>(place, text_of(*err));
+  trace::raise<Function::carried_get, Form::get_error>(place, error_text(*err));
   return nullptr;
 }
 
 void* get_detach(void* object, const uint32_t* err, const CarriedRow& place) {
   if (object == nullptr || *err != 0) {
-    trace::raise<Function::carried_detach, Form::detach_error>(place, text_of(*err));
+    trace::raise<Function::carried_detach, Form::detach_error>(place, error_text(*err));
     return nullptr;
   }
   void* owned = record_in(object, place);
@@ -163,13 +149,13 @@ void* get_detach(void* object, const uint32_t* err, const CarriedRow& place) {
 
 void set(void* object, void* record, const uint32_t* err, const CarriedRow& place) {
   if (object != nullptr && *err == 0) return put_record(object, place, record);
-  trace::raise<Function::carried_set, Form::set_error>(place, text_of(*err));
+  trace::raise<Function::carried_set, Form::set_error>(place, error_text(*err));
 }
 
 void free_and_set(ork_handle* handle, uint32_t instance, void* object, void* record,
                   const uint32_t* err, const CarriedRow& place) {
   if (object == nullptr || *err != 0)
-    return trace::raise<Function::carried_replace, Form::replace_error>(place, text_of(*err));
+    return trace::raise<Function::carried_replace, Form::replace_error>(place, error_text(*err));
   if (void* owned = record_in(object, place); owned != nullptr)
     frame::destroy(handle, instance, owned, record_of(place));
   put_record(object, place, record);

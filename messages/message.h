@@ -14,7 +14,9 @@ namespace messages {
 
 using encoders::TextBuffer;
 using encoders::Writer;
+using frame::error_text;
 using frame::Call;
+using frame::DetachedCall;
 using frame::Form;
 using frame::Function;
 using frame::RecordRow;
@@ -60,7 +62,6 @@ inline const RecordRow& record_of(const CarriedRow& carried) {
 inline const CarriedRow& carried(const Message& message, size_t slot) {
   return model::carried_rows[message.row.carried + slot];
 }
-inline const char* text_of(uint32_t error) { return strerror(static_cast<int>(error)); }
 
 const ork_type_info* descriptor(const model::MessageRow& row);
 inline const char* name_of(const Message& message) { return descriptor(message.row)->name; }

@@ -19,7 +19,7 @@ void put_space(const Call& call, TextBuffer& out) {
 uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length,
                const Message& message) {
   if (call.failed()) {
-    trace::raise<Function::message_print, Form::print_error>(message.row, text_of(*call.err));
+    trace::raise<Function::message_print, Form::print_error>(message.row, call.error_text());
     return 0;
   }
   ork_clear_last_error(call.handle);
@@ -50,7 +50,7 @@ uint32_t print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t
 uint32_t to_xml(const Call& call, char* buffer, const void* object, uint32_t length,
                 const Message& message) {
   if (call.failed()) {
-    trace::raise<Function::message_to_xml, Form::to_xml_error>(message.row, text_of(*call.err));
+    trace::raise<Function::message_to_xml, Form::to_xml_error>(message.row, call.error_text());
     return 0;
   }
   ork_clear_last_error(call.handle);
@@ -78,7 +78,7 @@ uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_
 // read for another reason is lost to the caller.
 void* from_xml(const Call& call, const encoders::Document& document, const Message& message) {
   if (call.failed()) {
-    trace::raise<Function::message_from_xml, Form::from_xml_error>(message.row, text_of(*call.err));
+    trace::raise<Function::message_from_xml, Form::from_xml_error>(message.row, call.error_text());
     return nullptr;
   }
   ork_clear_last_error(call.handle);
@@ -91,10 +91,10 @@ void* from_xml(const Call& call, const encoders::Document& document, const Messa
     const CarriedRow& place = carried(message, slot);
     char path[2 + sizeof ork_type_info::name];
     snprintf(path, sizeof path, "//%s", name_of(place));
-    if (*call.err == 0 || *call.err == ENOENT)
+    if (!call.failed() || call.error() == ENOENT)
       encoders::from_xml(call, path, document, record_in(object, place), record_of(place));
   }
-  if (*call.err == ENOENT) *call.err = 0;
+  call.forgive(ENOENT);
   return call.failed() ? nullptr : object;
 }
 

@@ -23,7 +23,7 @@ bool bundle_allows(const Call& call, const Message& message) {
                               call.err);
   if (!call.failed()) return true;
   trace::raise<Function::message_marshal, Form::bundle_refuses>(message.row, name_of(message),
-                                                                text_of(*call.err));
+                                                                call.error_text());
   return false;
 }
 
@@ -32,7 +32,7 @@ bool counted(const Call& call, const Message& message) {
   bundle_message_increment_count(call.handle, message.luid, call.err);
   if (!call.failed()) return true;
   trace::raise<Function::message_marshal, Form::bundle_uncounted>(message.row, name_of(message),
-                                                                  text_of(*call.err));
+                                                                  call.error_text());
   return false;
 }
 
@@ -45,7 +45,7 @@ void report_failure(const Call& call, const Message& message) {
   constexpr uint16_t loud_at = model::position(Function::message_marshal, Form::marshal_failed, 1);
   const uint16_t at = quiet ? quiet_at : loud_at;
   trace::emit<form.pattern>(model::site(message.row, Function::message_marshal, at),
-                            trace::level_word(level), name_of(message), text_of(*call.err));
+                            trace::level_word(level), name_of(message), call.error_text());
 }
 
 }  // namespace
@@ -54,7 +54,7 @@ uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, void* o
                  int32_t length, uint32_t* err, const Message& message) {
   const Call call{handle, instance, err};
   if (call.failed()) {
-    trace::raise<Function::message_marshal, Form::marshal_error>(message.row, text_of(*err));
+    trace::raise<Function::message_marshal, Form::marshal_error>(message.row, error_text(*err));
     return 0;
   }
   ork_clear_last_error(handle);
@@ -87,7 +87,7 @@ uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const
   const Call call{handle, instance, err};
   if (call.failed()) {
     trace::raise<Function::message_unmarshal_only, Form::unmarshal_only_error>(
-        message.row, name_of(message), text_of(*err));
+        message.row, name_of(message), error_text(*err));
     return 0;
   }
   ork_clear_last_error(handle);
@@ -98,17 +98,16 @@ uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const
   }
   encoders::Reader in(buffer, length);
   if (!call.failed())
-    in.advance(
+    in.consume(
         _ork_message_header_unmarshal(handle, instance, buffer, header_of(object), length, err));
-  in.follow(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
+  in.jump(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
     void* record = frame::create_internal(handle, instance, record_of(place));
     put_record(object, place, record);
     if (record == nullptr) call.fail(ENOMEM);
     if (!call.failed())
-      in.follow(
-          message.wire[slot].unmarshal(handle, instance, in.here(), record, in.room(), 0, err));
+      in.jump(message.wire[slot].unmarshal(handle, instance, in.here(), record, in.room(), 0, err));
   }
   *out = object;
   return in.consumed();
