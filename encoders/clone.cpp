@@ -7,7 +7,7 @@ namespace encoders {
 
 namespace {
 
-// What becomes of a target that could not be filled.
+// What to do with a target that could not be filled.
 using OnFailure = void (*)(const Call& call, void** slot, const RecordRow& record);
 
 void destroy_target(const Call& call, void** slot, const RecordRow& record) {

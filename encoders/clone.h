@@ -1,4 +1,4 @@
-// Deep copies by way of the wire image, in a scratch buffer.
+// Deep copies: a record is marshalled to a scratch buffer and unmarshalled from it.
 #pragma once
 
 #include "encoders/marshal.h"
@@ -6,12 +6,13 @@
 
 namespace encoders {
 
+// The scratch buffer.
 struct Workspace {
   uint8_t* bytes;
   int32_t length;
 };
 
-// The two halves of a record's wire form.
+// The two wire functions of a record.
 struct WireForm {
   uint32_t (*marshal_for_clone)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
   uint32_t (*unmarshal)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*);
@@ -25,8 +26,8 @@ void clone(const Call& call, const void* from, void** slot, Workspace ws, const 
            WireForm form);
 void* clone_cr(ork_handle* handle, const void* from, const RecordRow& record, WireForm form);
 
-// Fills an element that exists already. One that fails is left as a fresh one: what lies inside a
-// block is never freed by itself.
+// Clones into an element that exists already. After a failure the element is initialized again: it
+// lies inside a block, so it cannot be freed by itself.
 void clone_element(const Call& call, void* element, const void* from, const RecordRow& record,
                    WireForm form);
 template <const Record& R>

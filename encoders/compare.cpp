@@ -12,7 +12,7 @@ int32_t compare_unsigned(const void* a, const void* b) {
   return first == second ? 0 : (first < second ? -1 : 1);
 }
 
-// Nulls sort first. True when that settles the order.
+// Nulls sort first. True when that decides the order.
 bool ordered_by_nulls(const void* a, const void* b, int32_t& order) {
   order = static_cast<int32_t>(a != nullptr) - static_cast<int32_t>(b != nullptr);
   return a == nullptr || b == nullptr;
@@ -41,7 +41,8 @@ int32_t compare_at(const void* a, const void* b, const FieldRow& field) {
   __builtin_unreachable();
 }
 
-// The counters have compared equal by now.
+// The counters are equal: they precede their arrays, and have been compared. An array without its
+// block counts as empty all the same, and then equals any other.
 int32_t compare_array(const void* a, const void* b, const FieldRow& field) {
   const uint32_t first = frame::usable_count(a, field);
   const uint32_t second = frame::usable_count(b, field);
@@ -69,7 +70,7 @@ uint32_t hash_at(const void* at, uint32_t seed, const FieldRow& field) {
                          [&]<Kind K>(Coded<K> coded) { return coded.hash(at, seed); }});
 }
 
-// The counter goes in once as a field and once more as the array's own length.
+// The counter is hashed twice: as a field, and here as the array's length.
 uint32_t hash_array(const void* object, uint32_t seed, const FieldRow& field) {
   const uint32_t count = frame::usable_count(object, field);
   const void* counter = frame::byte_at(object, field.counter);

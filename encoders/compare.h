@@ -6,7 +6,7 @@
 
 namespace encoders {
 
-// Negative when `a` sorts earlier. A caller may rely on the sign only.
+// Negative when `a` sorts first. Callers may rely on the sign only.
 int32_t compare(const void* a, const void* b, const RecordRow& record);
 uint32_t hash(const void* object, uint32_t seed, const RecordRow& record);
 

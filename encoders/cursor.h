@@ -1,5 +1,5 @@
-// The only code that walks raw bytes: a position in a caller's buffer that never leads a read or a
-// write outside it.
+// The only code that walks raw bytes: positions in a caller's buffer that never lead a read or a write
+// outside it.
 #pragma once
 
 #include "frame/call.h"
@@ -15,7 +15,7 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
-// Only moves by what has been written, so it never passes the end.
+// Advances only by what has been written, so it never passes the end.
 class Writer {
  public:
   Writer(uint8_t* buffer, int32_t length) : buffer_(buffer), length_(length) {}
@@ -26,15 +26,15 @@ class Writer {
   uint8_t* at(int32_t position) const { return buffer_ + position; }
   uint32_t produced() const { return static_cast<uint32_t>(position_); }
   bool inside() const { return position_ < length_; }
-  // How many of `count` bytes there is room for.
+  // `count`, clamped to the room that is left.
   size_t within(uint64_t count) const {
     const uint64_t room = inside() ? static_cast<uint64_t>(length_ - position_) : 0;
     return count < room ? count : room;
   }
   void advance(uint32_t bytes) { position_ += static_cast<int32_t>(bytes); }
 
-  // At the very end of the buffer the byte is stored and not counted: the caller keeps one byte of
-  // room behind it.
+  // At the end of the buffer the byte is stored but not counted: callers provide one byte past the
+  // length that they state.
   void put_state(uint8_t state) {
     buffer_[position_] = state;
     if (position_ != length_) ++position_;
@@ -50,8 +50,8 @@ class Writer {
     advance(static_cast<uint32_t>(bytes));
   }
 
-  // Writes `count` items by a function that returns the bytes of one. Place and room stay in
-  // registers: the position is brought up to date once, at the end.
+  // Writes `count` items, each by `put`, which returns its bytes. Place and room stay in registers;
+  // the position is updated once, at the end.
   template <class Item, class Put>
   void put_each(const Item* item, size_t count, Put put) {
     uint8_t* to = here();
@@ -70,8 +70,8 @@ class Writer {
   int32_t position_ = 0;
 };
 
-// A jump may lead behind the end: positions count on there, but the place stays at the end and
-// nothing is touched.
+// A jump may lead past the end. position() keeps counting there, but here() is clamped to the end, so
+// nothing out of bounds is read.
 class Reader {
  public:
   Reader(const uint8_t* buffer, int32_t length)
@@ -85,19 +85,19 @@ class Reader {
     const uint64_t room = room_ > 0 ? static_cast<uint64_t>(room_) : 0;
     return count < room ? count : room;
   }
-  // Behind bytes that were there to be read.
+  // Past bytes that have been read, and so were there.
   void consume(uint64_t bytes) {
     here_ += bytes;
     room_ -= static_cast<int64_t>(bytes);
   }
-  // By what an image says of itself, which may lead behind the end.
+  // By a length that an image states, which may lead past the end.
   void jump(uint64_t bytes) {
     here_ += within(bytes);
     room_ -= static_cast<int64_t>(bytes);
   }
 
-  // False at the end: there is no byte to take, and none is counted. Behind it bytes count, but
-  // none is taken.
+  // Reads one byte. At the end: false, and the position stays. Past the end: false, and the position
+  // advances by one.
   bool get_state(uint8_t& state) {
     if (room_ > 0) {
       state = *here_;
@@ -117,7 +117,7 @@ class Reader {
   }
   void skip(uint64_t count) { consume(within(count)); }
 
-  // Reads `count` items by a function that returns the bytes of one.
+  // Reads `count` items, each by `get`, which returns its bytes.
   template <class Item, class Get>
   void get_each(Item* item, size_t count, Get get) {
     const uint8_t* from = here();

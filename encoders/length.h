@@ -1,5 +1,5 @@
-// How many bytes to reserve for an image: an upper bound with tracking on, short when ra data is
-// present, blind to the domain.
+// How many bytes to reserve for an image. With tracking on this is an upper bound; it leaves out ra
+// data and does not ask the domain.
 #pragma once
 
 #include "encoders/primitives.h"

@@ -1,5 +1,5 @@
-// Record to wire image. Nothing is allocated; bytes are written once, front to back, but for the
-// jump.
+// Record to wire image. Allocates nothing. Bytes are written once, front to back, except for the jump,
+// which is known last.
 #pragma once
 
 #include "encoders/cursor.h"
@@ -8,25 +8,27 @@
 
 namespace encoders {
 
-// The only flag bits that travel.
+// The flag bits that are sent; others say where this process keeps the object.
 inline constexpr uint8_t wire_flags = OBJ_STATE_TRACKED | OBJ_RA_DATA;
 
 template <const Record& R>
 uint32_t marshal_body(const Call& call, uint8_t* buffer, const void* object, int32_t length,
                       bool check_domain);
 
-// The variant that goes out: not above what the peer knows, nor above what this library knows.
+// The variant to send: lowered to what the peer knows and to what this library knows. With
+// `check_domain`, EIDRM (43) when the peer does not know the object's.
 int wire_variant(const Call& call, const void* object, bool check_domain, const RecordRow& record);
 
 void marshal_variant(const Call& call, Writer& out, int variant);
-// The rest of the fixed bytes in front of the fields; gives back the place of the jump.
+// The rest of the fixed bytes before the fields. Returns the position of the jump.
 int32_t marshal_base(const Call& call, Writer& out, uint8_t flags, bool tracked);
+// Writes the jump, which is the distance from its own position to the end of the record.
 void marshal_jump(const Call& call, Writer& out, int32_t base);
 
 // The state block to send from, or null when the record has none.
 const uint8_t* states_to_send(const Call& call, const void* object, const RecordRow& record);
 
-// The bytes that follow an array: one for the whole, one per element.
+// The state bytes that follow an array: one for the whole, one per element.
 void marshal_array_states(Writer& out, const uint8_t* states, uint32_t count,
                           const FieldRow& field);
 
@@ -37,7 +39,7 @@ inline void marshal_text(const Call& call, Writer& out, const char* text, size_t
   });
 }
 
-// A block of bytes too large for the room left is shortened.
+// Bytes that there is no room for are left out, with EMSGSIZE (90).
 void marshal_byte_array(const Call& call, Writer& out, const void* block, uint32_t count);
 
 template <const Record& R, size_t N>
@@ -123,7 +125,7 @@ uint32_t marshal(ork_handle* handle, uint32_t instance, uint8_t* buffer, const v
                  int32_t length, uint32_t* err) {
   return marshal_body<R>({handle, instance, err}, buffer, object, length, true);
 }
-// The domain is still asked, but not obeyed; embedded records obey it all the same.
+// Asks the domain, but ignores the answer for the record itself; embedded records are lowered.
 template <const Record& R>
 uint32_t marshal_for_clone(ork_handle* handle, uint32_t instance, uint8_t* buffer,
                            const void* object, int32_t length, uint32_t* err) {

@@ -1,5 +1,5 @@
-// The wire, text, XML, comparison and hash functions of the runtime's primitives under one name
-// each.
+// The wire, text, XML and hash functions of the runtime's primitives, under one name each; and how
+// encoders tell fields apart.
 #pragma once
 
 #include "encoders/walk.h"
@@ -55,7 +55,7 @@ WAYFIND_CODED(link_type, ork_link_type)
 WAYFIND_CODED(ip_address, ork_ip_address)
 #undef WAYFIND_CODED
 
-// How an encoder that is unrolled over rows treats a field.
+// How an encoder that is unrolled over the rows treats a field.
 enum class Shape : uint8_t { single, counter, array };
 constexpr Shape shape_of(const FieldRow& field) {
   switch (field.cls) {

@@ -14,7 +14,7 @@ bool start(const Call& call, int32_t length) {
   return false;
 }
 
-// The one variant there is, unless the peer does not know the type at all.
+// The variant to send: 0, or a negative one when the peer does not know the type.
 int8_t wire_variant(const Call& call, const void* object) {
   int8_t variant = frame::small_variant_of(object);
   const ork_type_info* type = ork_get_manifested_type_info(object);
@@ -35,6 +35,7 @@ int8_t read_variant(const Call& call, Reader& in, const void* object) {
   return variant > newest ? newest : variant;
 }
 
+// Unannounced, like all headers that are read from the wire.
 void store_header(const Call& call, void* object, int8_t variant, const SmallRow& type) {
   *frame::byte_at(object, frame::at_variant) = static_cast<uint8_t>(variant);
   frame::store_type(call, object, frame::descriptor(type));

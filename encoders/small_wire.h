@@ -13,8 +13,8 @@ uint32_t enum_marshal(const Call& call, uint8_t* buffer, const void* object, int
 uint32_t enum_unmarshal(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                         uint32_t reuse, const SmallRow& type);
 uint32_t flag_set_marshal(const Call& call, uint8_t* buffer, const void* object, int32_t length);
-// Reads the byte of bits without a length test: one byte behind a buffer that ends in front of it
-// is touched.
+// Reads the byte of bits without checking the length: in an image that ends right before it, this
+// reads one byte past the end.
 uint32_t flag_set_unmarshal(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                             uint32_t reuse, const SmallRow& type);
 

@@ -23,7 +23,7 @@ void open(const Call& call, TextBuffer& out, uint32_t indent) {
   out.position =
       ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);
 }
-// The blanks are appended to the text that begins at the start, whatever the position.
+// The runtime appends the blanks to the text at the start of the buffer, whatever the position.
 void close(const Call& call, TextBuffer& out, uint32_t indent) {
   out.position +=
       ork_print_space(call.handle, call.instance, out.start, indent, out.room(), call.err);
@@ -65,7 +65,7 @@ void print_field(const Call& call, TextBuffer& out, uint32_t indent, const void*
   }
 }
 
-// The text of a value out of range ends in no newline: the next field goes on in the same line.
+// The text for a value out of range has no newline: the next field follows on the same line.
 uint32_t enum_print(const Call& call, TextBuffer& out, const void* object, const SmallRow& type) {
   const uint32_t value = frame::enum_value(object);
   if (value < type.values) {
@@ -105,7 +105,7 @@ uint32_t print(const Call& call, char* buffer, uint32_t indent, const char* name
   if (variant < 0) return out.position;
   for (const FieldRow& field : model::fields_of(record, variant))
     print_field(call, out, indent + step, object, field);
-  // Only an object of the newest variant gets past every gate to the closing line.
+  // An object of an older variant stops at the first gate, and so lacks the closing line.
   if (variant >= record.newest()) close(call, out, indent);
   return out.position;
 }

@@ -5,8 +5,8 @@
 
 namespace encoders {
 
-// A caller's text buffer. Positions never pass its end, so that a failed write only leaves the
-// count behind.
+// A caller's text buffer. here() is clamped to its end, so after a failed write only the position is
+// too large.
 struct TextBuffer {
   char* start;
   uint32_t length;
@@ -29,7 +29,7 @@ uint32_t small_print(const Call& call, char* buffer, uint32_t indent, const char
 uint32_t small_print_cr(ork_handle* handle, const void* object, char* buffer, uint32_t length,
                         const SmallRow& type);
 
-// All ones when an error stands.
+// All ones while the handle's cr_error is set.
 inline uint32_t cr_result(const ork_handle* handle, uint32_t result) {
   return handle->cr_error != 0 ? UINT32_MAX : result;
 }

@@ -5,7 +5,7 @@
 namespace encoders {
 namespace {
 
-// Reader and writer may differ in whether they track.
+// Decides what to do with state bytes: reader and writer may differ in whether they track.
 void decide_states(const Call& call, Image& image, void* object, const RecordRow& record) {
   const bool sent = (image.flags & OBJ_STATE_TRACKED) != 0;
   if (frame::mode_of(call.handle) == Tracking::on && !frame::has_flag(object, OBJ_STATE_TRACKED)) {
@@ -53,12 +53,12 @@ void unmarshal_end(const Call& call, Reader& in, const Image& image, void* objec
     in.jump(static_cast<uint64_t>(target - in.position()));
   }
   *frame::byte_at(object, frame::at_variant) = static_cast<uint8_t>(image.variant);
-  // Other bits would free or redirect memory.
+  // Other bits of an image would make destroy free memory, or find state bytes, elsewhere.
   *frame::byte_at(object, frame::at_flags) |= static_cast<uint8_t>(image.flags & wire_flags);
   frame::store_type(call, object, frame::descriptor(record));
 }
 
-void take_state(Reader& in, const Image& image, const FieldRow& field) {
+void read_state(Reader& in, const Image& image, const FieldRow& field) {
   if (image.states == States::skip) return in.skip_state();
   in.get_state(image.block[field.state]);
 }

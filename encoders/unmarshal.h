@@ -1,5 +1,5 @@
-// Wire image to record. The record exists already; what the image has beyond the record's layout is
-// jumped over.
+// Wire image to record. The record exists already. What a newer writer added to the image is skipped
+// by its jump.
 #pragma once
 
 #include "encoders/cursor.h"
@@ -9,11 +9,10 @@
 
 namespace encoders {
 
-// What happens to the state bytes in an image: there are none to read, they are taken, or they are
-// stepped over.
+// What happens to the state bytes in an image: there are none, they are copied, or they are skipped.
 enum class States : uint8_t { none, copy, skip };
 
-// What the fixed bytes of an image say, and what follows from them and the handle.
+// The fixed bytes of an image, and what follows from them and the handle.
 struct Image {
   int8_t variant = 0;
   uint8_t flags = 0;
@@ -21,23 +20,23 @@ struct Image {
   int64_t jump_base = 0;
   States states = States::none;
   bool tracked = false;      // the handle tracks
-  uint8_t* block = nullptr;  // the record's state block, when its bytes are taken
-  uint32_t reuse = 0;        // keep storage that fits
+  uint8_t* block = nullptr;  // the record's state block, when bytes are copied to it
+  uint32_t reuse = 0;        // nonzero keeps storage that fits
 };
 
 void unmarshal_base(const Call& call, Reader& in, Image& image, void* object,
                     const RecordRow& record);
-// Steps over what a newer writer added, then writes the header.
+// Skips what a newer writer added, then writes the header.
 void unmarshal_end(const Call& call, Reader& in, const Image& image, void* object,
                    const RecordRow& record);
 
-void take_state(Reader& in, const Image& image, const FieldRow& field);
+void read_state(Reader& in, const Image& image, const FieldRow& field);
 inline void unmarshal_state(Reader& in, const Image& image, const FieldRow& field) {
-  if (image.states != States::none) take_state(in, image, field);
+  if (image.states != States::none) read_state(in, image, field);
 }
 void unmarshal_array_states(Reader& in, const Image& image, uint32_t count, const FieldRow& field);
 
-// The state blocks of an array's elements lie behind the last of them.
+// Initializes an element before it is filled, and registers its state block.
 void begin_element(const Call& call, const Image& image, void* object, uint64_t index,
                    uint64_t count, const FieldRow& field);
 
@@ -45,8 +44,8 @@ template <const Record& R>
 uint32_t unmarshal_body(const Call& call, const uint8_t* buffer, void* object, int32_t length,
                         uint32_t reuse);
 
-// A record array never keeps elements that have no type, or whose fields have none: its count ends
-// with the last one that was initialised whole.
+// After a failure the count ends with the last element that was initialized completely: an element
+// without a type in its header, or in that of one of its fields, could not be destroyed.
 template <const Record& R, size_t N>
 void unmarshal_records(const Call& call, Reader& in, const Image& image, void* object,
                        uint32_t count) {

@@ -1,5 +1,5 @@
-// Visiting the fields of a record at compile time: straight-line code for the encoders that run
-// most.
+// Visiting the fields of a record at compile time: straight-line code for marshal, unmarshal and
+// length.
 #pragma once
 
 #include <utility>
@@ -23,8 +23,13 @@ using frame::Tracking;
 using model::Class;
 using model::Record;
 
-// Calls visit.operator()<number>() for the fields that `variant` admits, counted from 0 in
-// definition order, until one answers false.
+// The visitor is a lambda with the field's number as template argument, so that its row is a constant
+// in it. A walk is two unrolled loops: over the variants, with one comparison each, and over the
+// fields that each variant adds. `(f<I>() && ...)` is f<0>() && f<1>() && ..., which stops at the
+// first false.
+//
+// Calls visit.operator()<number>() for the fields that `variant` admits, in definition order, until
+// one answers false.
 template <const Record& R, size_t V, class Visit>
 [[gnu::always_inline]] inline bool walk_variant(int variant, Visit& visit) {
   constexpr const RecordRow& record = model::row<R>;
@@ -40,7 +45,7 @@ template <const Record& R, class Visit>
 [[gnu::always_inline]] inline bool walk(int variant, Visit&& visit) {
   bool whole = true;
   [&]<size_t... V>(std::index_sequence<V...>) __attribute__((always_inline)) {
-    // A variant that the object lacks ends the walk, but not as a failure.
+    // A variant that the object lacks ends the walk without making it a failure.
     (void)((variant >= static_cast<int>(V) && (whole = walk_variant<R, V>(variant, visit))) && ...);
   }
   (std::make_index_sequence<model::row<R>.variants>{});

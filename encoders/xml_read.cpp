@@ -13,7 +13,7 @@
 namespace encoders {
 namespace {
 
-// A path on the stack. One that does not fit is a node that is not there.
+// A path on the stack. One that does not fit is treated as that of a missing node.
 struct Path {
   static constexpr size_t size = 256;
   char text[size];
@@ -52,7 +52,7 @@ void read_at(const Call& call, const Path& path, const Document& document, void*
                   }});
 }
 
-// An array's element is read into an object of its own first.
+// An element is read into an object of its own first, and then set.
 void* create_scratch(const Call& call, const FieldRow& field) {
   if (field.cls == Class::value_array)
     return frame::with_element(field.kind, [&](auto element) { return element.create(call); });
@@ -60,7 +60,7 @@ void* create_scratch(const Call& call, const FieldRow& field) {
   return frame::create_internal(call.handle, call.instance, frame::child_record(field));
 }
 
-// With all that was read into it, unless the array took that over.
+// Also frees what was read into it, unless it has moved to the array.
 void destroy_scratch(const Call& call, void* scratch, const FieldRow& field) {
   if (field.cls == Class::value_array)
     return frame::with_element(field.kind, [&](auto element) { element.destroy(call, scratch); });
@@ -73,8 +73,8 @@ void store_element(const Call& call, void* object, uint32_t index, const void* s
   frame::array_set_record(call, object, index, scratch, frame::record_set, field);
 }
 
-// Whether the walk looks at the error behind a field. It does not when an array's scratch could not
-// be made: the next field is still asked for.
+// Whether from_xml() checks *err after a field. It does not after a failed scratch allocation: later
+// fields are still looked up.
 enum class AfterField : uint8_t { check_error, keep_going };
 
 AfterField read_array(const Call& call, const char* parent, const Document& document, void* object,
@@ -101,7 +101,8 @@ AfterField read_field(const Call& call, const char* parent, const Document& docu
   return AfterField::check_error;
 }
 
-// What the probe of one value's element says. Whatever it is but found, the handle is told of it.
+// Result of looking up one enumerator's element. Anything but `found` is also stored as the handle's
+// last error.
 enum class Probe : uint8_t { found, missing, failed };
 
 Probe probe(const Call& call, const char* parent, const char* name, const Document& document) {
@@ -116,7 +117,7 @@ Probe probe(const Call& call, const char* parent, const char* name, const Docume
   return Probe::failed;
 }
 
-// The first value found counts.
+// The first value that is found wins.
 void read_enum(const Call& call, const char* path, const Document& document, void* object,
                const SmallRow& type) {
   for (uint32_t value = 0; value < type.values; ++value) {
@@ -127,7 +128,7 @@ void read_enum(const Call& call, const char* path, const Document& document, voi
   }
 }
 
-// Bits are only ever set: a flag that the document lacks keeps its bit.
+// Bits are only set, never cleared: a flag that the document lacks keeps its bit.
 void read_flags(const Call& call, const char* path, const Document& document, void* object,
                 const SmallRow& type) {
   for (uint8_t flag = 0; flag < type.values; ++flag) {

@@ -39,8 +39,8 @@ uint32_t write_at(const Call& call, TextBuffer& out, void* at, uint8_t state,
                          }});
 }
 
-// Every element is one child of the field's plain name. An error from a state getter still lets
-// that element be written.
+// Each element is a child with the field's name. An element is written even if its state getter
+// fails.
 void write_array(const Call& call, TextBuffer& out, void* object, bool tracked,
                  const FieldRow& field) {
   const uint32_t count = frame::usable_count(object, field);

@@ -43,7 +43,7 @@ inline void* element_at(const void* object, const FieldRow& field, uint64_t inde
   return static_cast<uint8_t*>(block_of(object, field)) + index * field.width;
 }
 
-// An 8-bit counter keeps the low byte of the count.
+// Announced. An 8-bit counter keeps the low byte of the count.
 inline void store_count(const Call& call, void* object, const FieldRow& field, uint64_t count) {
   uint8_t* counter = byte_at(object, field.counter);
   with_counter(field.counter_kind, [&](auto primitive) {
@@ -55,9 +55,8 @@ inline void store_count(const Call& call, void* object, const FieldRow& field, u
 inline uint8_t* state_entry(const Call& call, void* object, const FieldRow& field) {
   return seen_state_block(call, object, owner(field)) + field.state;
 }
-// The element bytes that an entry points to, or null. set_all_state_tracking_flag() fills the
-// pointer with one byte value, which then means null: no block lies at an address of eight equal
-// bytes.
+// The element bytes that an entry points to, or null. set_all_state_tracking_flag() overwrites the
+// pointer with eight equal bytes. No block lies at such an address, so it means null.
 inline uint8_t* element_states(const uint8_t* entry) {
   const auto word = load<uint64_t>(entry + elements_offset);
   const bool filled = word == (word & 0xFF) * 0x0101010101010101;

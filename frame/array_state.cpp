@@ -27,7 +27,7 @@ void array_states_get(ork_handle* handle, uint32_t instance, void* object, uint8
   *out = element_states(state_entry(call, object, field));
 }
 
-// Never past the entry: what follows it belongs to other fields or other objects.
+// Clamped to the entry: what follows it belongs to other fields or other objects. Unannounced.
 void array_states_set(ork_handle* handle, uint32_t instance, void* object, const uint8_t* from,
                       uint32_t count, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};

@@ -1,6 +1,6 @@
-// The state functions of variable arrays. The getter of the element bytes and the setter that is
-// named alike work on different places: the one hands out the block of element bytes, the other
-// writes to the start of the array's state entry. Peers have met both.
+// State functions of variable arrays. The getter and the setter of all element bytes, though named
+// alike, work on different places: the getter returns the block of element bytes, the setter writes
+// to the start of the array's state entry. Callers exist for both.
 #pragma once
 
 #include "frame/object.h"

@@ -1,5 +1,5 @@
-// What every operation is given: the handle, the instance and the error slot; and the three things
-// that it does with them: report a failure, announce a store, tell the database hooks.
+// What every operation is given: handle, instance and error slot; and what it does with them:
+// reports failures, announces stores, allocates and frees, calls the database hooks.
 #pragma once
 
 #include <cerrno>
@@ -30,26 +30,27 @@ struct Call {
     *err = number;
     ork_store_err(handle, number);
   }
-  // A field or value that the variant lacks. The runtime decides whether the slot is written.
+  // EIDRM (43): the variant has no such field or value. The runtime decides whether the slot is
+  // written.
   void lacks() const { ork_store_epoch_err(handle, EIDRM, err); }
   uint32_t error() const { return *err; }
   const char* error_text() const { return frame::error_text(*err); }
   // The slot alone: the handle does not hear of it.
   void fail_quietly(uint32_t number) const { *err = number; }
   void clear() const { *err = 0; }
-  // Where `number` means that something is not there, and may be missing. True when it was that.
+  // Clears the slot if it has `number`, for a caller to whom that is no error. True if it had.
   bool forgive(uint32_t number) const {
     if (*err != number) return false;
     clear();
     return true;
   }
-  // The slot becomes what another call ended with, success too.
+  // Takes over what another call ended with, success too.
   void adopt(uint32_t other) const {
     *err = other;
     if (other != 0) ork_store_err(handle, other);
   }
-  // How an operation starts: not at all while an earlier failure stands; otherwise the handle's last
-  // error is forgotten.
+  // Starts an operation: false, and nothing may happen, while an earlier failure stands. Otherwise
+  // clears the handle's last error.
   bool start() const {
     if (failed()) return false;
     ork_clear_last_error(handle);
@@ -57,8 +58,8 @@ struct Call {
   }
 };
 
-// A call with an error slot of its own: what fails in it does not reach the caller's slot, or there
-// is none.
+// A call with an error slot of its own, for operations that are given none, and for steps whose
+// failure must not reach the caller's slot.
 class DetachedCall : public Call {
  public:
   DetachedCall(ork_handle* with, uint32_t at) : Call{with, at, &error_} {}
@@ -82,14 +83,14 @@ T load(const void* at) {
   return value;
 }
 
-// A store that nobody is told of: only where the object is not live yet, or where the store is
-// required to go unannounced.
+// Stores without announcing: only into memory that is not a live object yet, or where the runtime
+// must not hear of the store.
 template <class T>
 void put(void* at, T value) {
   memcpy(at, &value, sizeof value);
 }
 
-// Storage may be shared between processes: the runtime hears of every change before it happens.
+// Storage may be shared between processes, so the runtime is told of every change before it happens.
 inline void announce(const Call& call, const void* at, size_t length, const void* owner) {
   call.handle->write_notify_fn(call.handle, at, length, call.instance, owner);
 }
@@ -106,14 +107,13 @@ inline void release(const Call& call, void* block) {
   call.handle->free_fn(call.handle->mem_pool, call.instance, block);
 }
 
-// The database hook hears that `child` lies in `parent`, or with a null parent that it is an entry
-// point of its own.
+// Tells the database hook that `child` lies in `parent`. A null parent makes it an entry point.
 inline void contain(const Call& call, const void* child, const void* parent) {
   if (call.handle->db_recording != 0) {
     orkdb_record_containment2(call.handle, call.instance, child, parent, 1);
   }
 }
-// The platform's hooks watch one kind of shared storage only.
+// Whether the platform's hooks follow the object: they do for one kind of shared storage only.
 inline bool watched(const Call& call) {
   return call.handle->db_recording != 0 && call.instance != ORK_NO_INSTANCE &&
          call.handle->shared_types == 1;

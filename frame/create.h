@@ -8,7 +8,8 @@ namespace frame {
 void* create(ork_handle* handle, uint32_t instance, const RecordRow& record);
 void* create_internal(ork_handle* handle, uint32_t instance, const RecordRow& record);
 void* create_cr(ork_handle* handle, const RecordRow& record);
-// Makes an array's element that could not be filled a fresh one in place.
+// After a failed fill: destroys what the element of an array holds and initializes it again, at the
+// same place and with the same state block.
 void reinitialize(const Call& call, void* element, const RecordRow& record);
 
 }  // namespace frame

@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint32_t max_references = 4096;  // of one field, as their list lies on the stack
 
-// False while the object must stay: its mapping cannot go, or references are left.
+// False when the object must stay: its mapping cannot be removed, or references to it are left.
 bool remove_oid_mapping(const Call& call, void* object, const RecordRow& record) {
   const uint32_t gone =
       ork_request_oid_mapping_destroy(call.handle, call.instance, object, call.err);
@@ -35,7 +35,7 @@ uint32_t count_references(const Call& call, void* at, const FieldRow& field) {
                                   call.err);
 }
 
-// Gives up the references that a field holds; false when they cannot be told.
+// Releases the references that a field holds. False when they cannot be listed.
 bool drop_references(const Call& call, void* at, uint32_t count, const FieldRow& field) {
   auto** references = static_cast<void**>(
       alloca((count < max_references ? count : max_references) * sizeof(void*)));
@@ -79,7 +79,7 @@ bool destroy_field(const Call& call, void* object, const FieldRow& field) {
   return true;
 }
 
-// Where the state block of a tracked object lies that is being destroyed.
+// The state block of a tracked object that is being destroyed.
 uint8_t* last_state_block(const Call& call, void* object, const RecordRow& record) {
   if (has_flag(object, OBJ_STTR_OFFSET)) return mapped_states(call, object);
   checked_mode<Function::destroy_internal>(call.handle, record);
@@ -88,8 +88,8 @@ uint8_t* last_state_block(const Call& call, void* object, const RecordRow& recor
 
 constexpr int nothing_reached = INT8_MIN;
 
-// Gives back the arrays that a destroy of the object, which visits its fields up to the variant
-// `reached`, would leave.
+// Frees the arrays that destroying the object would leave, as it visits only fields up to the variant
+// `reached`.
 void release_unreached_arrays(const Call& call, void* object, int reached,
                               const RecordRow& record) {
   for (const FieldRow& field : fields_in_layout(record, object)) {

@@ -1,4 +1,4 @@
-// Taking records apart: mappings, references, fields, statistics, memory.
+// Destroying records: object id mapping, references, fields, statistics, memory, in this order.
 #pragma once
 
 #include "frame/object.h"
@@ -8,13 +8,12 @@ namespace frame {
 void destroy(ork_handle* handle, uint32_t instance, void* object, const RecordRow& record);
 void destroy_internal(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                       const RecordRow& record);
-// The same for an object that was filled without a gate or not to its end. Arrays in fields of
-// variants that it has not reached go too, as nobody else knows of them; where content moved on
-// there are none.
+// The same for an object that unmarshal or from_xml filled, perhaps in part: also frees arrays in
+// fields beyond its variant, which destroy_internal() never visits.
 void destroy_filled(ork_handle* handle, uint32_t instance, void* object, uint32_t free_storage,
                     const RecordRow& record);
 
-// No type holds references of its own: these two only exist so that all types can be asked alike.
+// No type of this module holds references of its own, so these two only check their arguments.
 template <class Row>
 uint32_t get_oid_count(const Call& call, const void* object, const Row& row) {
   if (call.failed()) {

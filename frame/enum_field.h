@@ -6,7 +6,7 @@
 
 namespace frame {
 
-// Reads a field that is an enum; the database hook hears of it once.
+// Without upgrade and gate: calls the containment hook, then returns the value.
 uint32_t read_enum_field(const Call& call, void* object, const FieldRow& field);
 
 uint32_t enum_field_get_value(ork_handle* handle, uint32_t instance, void* object, uint32_t* err,

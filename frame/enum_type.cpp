@@ -3,13 +3,14 @@
 namespace frame {
 namespace {
 
-// The runtime is given the raw first word of the header as the type.
+// Unlike small_adjust_variant(), passes the first word of the header to the runtime as it is.
 void enum_adjust(const Call& call, void* object) {
   const auto* type = load<const ork_type_info*>(object);
   orklib_adjust_variant(call.handle, call.instance, object, type, 0, call.err);
 }
 
-// Values beyond those of the first variant need a later one, and there is none.
+// False, with EIDRM (43), for a value that this library does not know, unless the object says that
+// it is of a later variant, which has more values.
 bool admits(const Call& call, const void* object, uint32_t value, const SmallRow& type) {
   const bool later = small_variant_of(object) > 0;
   if (value < type.values || later) return true;

@@ -5,7 +5,6 @@
 
 namespace frame {
 
-// 16 bytes: header, then the value; the flag set 24: header, then one byte of bits.
 inline uint32_t enum_value(const void* object) { return load<uint32_t>(byte_at(object, at_value)); }
 
 void* enum_get(ork_handle* handle, uint32_t instance, void* object);

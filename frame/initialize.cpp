@@ -30,12 +30,13 @@ WAYFIND_OBJECT(ork_boolean, ork_boolean)
 WAYFIND_OBJECT(link_type, ork_link_type)
 #undef WAYFIND_OBJECT
 
-// Kinds that have no header: all that they are made of is their value.
+// Kinds that have no header and need no initialization: zero is a value of theirs.
 template <Kind K>
 inline constexpr bool is_plain = K == Kind::u_int8 || K == Kind::u_int16 || K == Kind::u_int32 ||
                                  K == Kind::u_int64 || K == Kind::character;
 
-// The base that embedded records take theirs from. False when a nested object was given none.
+// Finds where the state block of the object begins, which embedded records take theirs from. False,
+// with EINVAL (22), when a nested object was given no base.
 bool find_state_base(const Call& call, void* object, uint8_t*& base, const RecordRow& record) {
   if (checked_mode<Function::initialize>(call.handle, record) != Tracking::on) return true;
   const bool nested = has_flag(object, OBJ_NESTED);
@@ -56,7 +57,7 @@ bool find_state_base(const Call& call, void* object, uint8_t*& base, const Recor
   return true;
 }
 
-// `field` has a value or an object in place.
+// For fields of the classes value and object.
 void initialize_field(const Call& call, void* object, const Initialization& how,
                       const FieldRow& field) {
   void* at = field_of(object, field);

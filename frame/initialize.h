@@ -1,5 +1,5 @@
-// What makes a zeroed block an object: the header, statistics, the place of the state bytes, and the
-// fields that are objects.
+// What makes an object of a zeroed block: header, statistics, place of the state bytes, and the fields
+// that are objects.
 #pragma once
 
 #include "frame/typeinfo.h"
@@ -17,8 +17,7 @@ struct InitializedHeader {
   int variant;
   const ork_type_info* type;
 };
-// Writes variant, newest variant, type and flags of a new object. Announces each of them if asked
-// to.
+// Writes variant, newest variant, type and flags, and announces each of them if `how` asks for it.
 InitializedHeader write_header(const Call& call, void* object, const ork_type_info* type,
                                const Initialization& how, int newest);
 
@@ -27,7 +26,7 @@ void initialize(const Call& call, void* object, const ork_type_info* type, Initi
 void set_instance_embedded(ork_handle* handle, uint32_t instance, void* object,
                            const RecordRow& record);
 
-// An object has been put inside another: the bit is announced, like every store.
+// Sets the flag of an object that lies inside another.
 inline void mark_embedded(const Call& call, void* object) {
   announce(call, byte_at(object, at_flags), 1, object);
   *byte_at(object, at_flags) |= OBJ_EMBEDDED;

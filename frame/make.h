@@ -1,4 +1,4 @@
-// How every object is made, be it a record, an enum or a flag set.
+// The one sequence that makes objects: records, enums, the flag set.
 #pragma once
 
 #include "frame/sentinel.h"
@@ -7,8 +7,8 @@
 
 namespace frame {
 
-// In cr mode a failure gives the sentinel of the type, else null. The size is worked out for each
-// use: the tracking mode may change between.
+// When there is no memory, returns the type's sentinel in cr mode, else null. size_of() is called
+// twice on purpose: it reads the tracking mode, and each decision reads that again.
 template <Function F, Form failed, class Row>
 void* make(ork_handle* handle, uint32_t instance, const Row& type) {
   const DetachedCall call(handle, instance);

@@ -21,7 +21,7 @@ uint8_t module_link_once;
   module_link_once = 1;
 }
 
-// The once-byte stays: an unlinked module is not linked again.
+// module_link_once stays set: an unlinked module is not linked again.
 [[gnu::destructor]] void unlink_module() {
   if (module_record.next == nullptr && module_record.prev_link == nullptr) return;
   ork_module_root& root = ork_module_tot_root;

@@ -34,19 +34,20 @@ inline int8_t variant_of(const void* object) {
 
 constexpr int cap(int variant, int newest) { return variant > newest ? newest : variant; }
 
-// A header variant that names no older layout, a negative one included, means the newest.
+// The layout that the object's storage was allocated for. A variant_cap that names no older layout,
+// a negative one included, means the newest.
 inline const Layout& layout_of(const RecordRow& record, const void* object) {
   const uint8_t named = *byte_at(object, at_variant_cap);
   return named < record.newest() ? record.layouts[named] : record.newest_layout();
 }
 
-// The fields of the object's layout: those that its storage was made for, with state bytes.
+// The fields that the object's storage was allocated for; these have state bytes.
 inline model::FieldSpan fields_in_layout(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).fields};
 }
-// The fields that lie inside the object's storage, with those that an older layout has mere room
-// for.
+// The fields that lie inside the object's storage: those of its layout, and later ones for which the
+// end of the body happens to have room. An object that is upgraded in place gets to use them.
 inline model::FieldSpan fields_in_body(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).held};
@@ -76,8 +77,8 @@ inline Tracking mode_of(const ork_handle* handle) {
     default: return Tracking::corrupted;
   }
 }
-// The mode word is read afresh at every decision. A word that is neither of the two legal ones ends
-// the process.
+// Reads the mode word, which may change between two decisions of one operation. A value other than
+// the two legal ones ends the process.
 template <Function F, size_t Nth = 0, class Row>
 Tracking checked_mode(const ork_handle* handle, const Row& row) {
   const Tracking mode = mode_of(handle);
@@ -85,13 +86,12 @@ Tracking checked_mode(const ork_handle* handle, const Row& row) {
   return mode;
 }
 
-// State bytes that the runtime was told of.
+// The state block at the offset that is registered with the runtime.
 inline uint8_t* mapped_states(const Call& call, void* object) {
   return static_cast<uint8_t*>(object) +
          static_cast<intptr_t>(orklib_get_sttr_offset(call.handle, call.instance, object));
 }
-// Where the state block lies: behind the body of the object's layout, or where the runtime was
-// told.
+// The state block: at the registered offset if there is one, else directly after the body.
 inline uint8_t* state_block(const Call& call, void* object, const Layout& layout) {
   return has_flag(object, OBJ_STTR_OFFSET) ? mapped_states(call, object)
                                            : byte_at(object, layout.body);
@@ -110,13 +110,13 @@ inline void free_object(const Call& call, void* object) {
   release(call, object);
 }
 
-// The in-place upgrade, asked for on every write before the gate.
+// Asks the runtime to upgrade the object in place. Every write does so before its gate.
 inline uint32_t adjust(const Call& call, void* object, int newest) {
   const ork_type_info* type = object != nullptr ? ork_get_manifested_type_info(object) : nullptr;
   return orklib_adjust_variant(call.handle, call.instance, object, type, newest, call.err);
 }
 
-// The gate: 43 when the object's variant lacks the field.
+// False, with EIDRM (43), when the object's variant lacks the field.
 inline bool gate(const Call& call, const void* object, const FieldRow& field) {
   const uint32_t enumeration = field.kind == Kind::enumeration ? 1 : 0;
   if (static_cast<int8_t>(ork_get_instance_variant(object, 1, enumeration)) >= field.variant)
@@ -128,7 +128,7 @@ inline bool upgrade_and_gate(const Call& call, void* object, const FieldRow& fie
   adjust(call, object, owner(field).newest());
   return gate(call, object, field);
 }
-// How every write to a field begins.
+// The first steps of every write to a field.
 inline bool begin_write(const Call& call, void* object, const FieldRow& field) {
   return call.start() && upgrade_and_gate(call, object, field);
 }

@@ -1,13 +1,13 @@
-// Accessors of variable arrays of records. An element keeps its index for life, but not its address:
-// growth moves all of them, and with them what points into them: the runtime's distances to state
-// bytes, the arrays of the elements themselves, the database hooks.
+// Accessors of variable arrays of records. An element keeps its index, but not its address: growth
+// moves all elements, and what refers to them: registered state offsets, their own arrays, the
+// database hooks.
 #pragma once
 
 #include "frame/object.h"
 
 namespace frame {
 
-// Fills element `at` from `source`: by its own set, or by cloning.
+// Fills element `at` from `source`: moves it by record_set(), or clones it.
 using FillElement = void (*)(const Call& call, void* at, const void* source,
                              const RecordRow& element);
 

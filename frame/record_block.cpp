@@ -38,6 +38,7 @@ void drop_states(const Call& call, void* from, void* to, const RecordRow& record
   clear_tracking_flags(to, record);
 }
 
+// The old place of an element: removes its registrations, tells the hooks that it is gone.
 void unregister_element(const Call& call, void* object, void* element, bool tracked,
                         const RecordRow& record) {
   if (tracked) {

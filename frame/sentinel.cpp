@@ -3,6 +3,7 @@
 namespace frame {
 namespace {
 
+// One block for all records, so that no table of pointers needs relocation.
 constexpr size_t sentinel_offset(size_t record) {
   size_t offset = 0;
   for (size_t r = 0; r < record; ++r) offset += model::record_rows[r].newest_layout().body;

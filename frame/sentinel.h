@@ -1,5 +1,5 @@
-// The block that stands for an object which could not be made: create_cr hands it out, destroy passes
-// it by. Its address is all that protects it.
+// What create_cr returns instead of an object when there is no memory. destroy ignores it, by its
+// address. Nothing else tells it from an object.
 #pragma once
 
 #include "frame/object.h"

@@ -1,5 +1,5 @@
-// Enums and the flag set as objects: a header and one value, no state bytes of their own, one
-// variant.
+// What enums and the flag set have in common as objects: a header and one value, one variant, no
+// state bytes of their own.
 #pragma once
 
 #include "frame/initialize.h"

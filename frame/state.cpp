@@ -8,7 +8,8 @@ uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint
                        const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!allow_state_read<Function::state_flag_get>(call, object, field)) return 0;
-  // An object that was upgraded in place has bytes for what its variant has, beyond its layout too.
+  // An object that was upgraded in place uses bytes for all fields of its variant, even past the end
+  // of its layout's block.
   const bool there = handle->sttr_info == nullptr ||
                      field.variant <= static_cast<int8_t>(*byte_at(object, at_variant)) ||
                      field.state < layout_of(owner(field), object).state;
@@ -23,9 +24,8 @@ void state_flag_set(ork_handle* handle, uint32_t instance, void* object, uint8_t
   store(call, state_block(call, object, owner(field)) + field.state, value, nullptr);
 }
 
-// One fill over the whole block, unannounced. It knows nothing of the pointers that array entries
-// in the block hold: they are overwritten, and the element bytes of an array are then looked for
-// where the filled entry points, which is nowhere.
+// One unannounced fill of the whole block. It overwrites the pointers in the entries of arrays too:
+// peers rely on the bytes, so element_states() takes a filled pointer for null.
 void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* object, uint8_t value,
                                  const RecordRow& record) {
   if (mode_of(handle) != Tracking::on || !has_flag(object, OBJ_STATE_TRACKED)) return;

@@ -19,8 +19,7 @@ void text_get(ork_handle* handle, uint32_t instance, const void* object, char* t
   to[length] = '\0';
 }
 
-// The end byte comes last, behind the mark, and nobody is told of it; a text of full width has
-// none.
+// The end byte is written last, after the mark, and unannounced. A text of full width has none.
 void text_set(ork_handle* handle, uint32_t instance, void* object, const char* from,
               uint32_t length, uint32_t* err, const FieldRow& field) {
   const Call call{handle, instance, err};

@@ -1,4 +1,4 @@
-// Raising a trace: a form of text and the row that raises it give the section and the index; the
+// Traces: the form of a text and the row that raises it give section and index of the entry. The
 // text itself is in no loaded segment.
 #pragma once
 
@@ -19,7 +19,7 @@ using model::Function;
 using model::Level;
 using model::Pattern;
 
-// The loaded index sections; each id stands behind the version and the section number.
+// The id of a loaded index section, which follows the section's version and number.
 inline constexpr size_t section_id_offset = 4;
 const void* section_id(uint8_t section);
 
@@ -29,18 +29,30 @@ template <Pattern P, class... Args>
 void emit(model::Site site, uint32_t level, Args... args) {
   const void* id = section_id(site.section);
   const uint32_t module = __atomic_load_n(&g_ork_fwe_ui_wayfind_trace_module_id, __ATOMIC_RELAXED);
-  if constexpr (P == Pattern::p0) __FLf_0(id, site.index, module, level);
-  if constexpr (P == Pattern::p1) __FLf_1(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p4) __FLf_4(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p11) __FLf_11(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p15) __FLf_15(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p44) __FLf_44(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p51) __FLf_51(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p111) __FLf_111(id, site.index, module, level, args...);
-  if constexpr (P == Pattern::p444) __FLf_444(id, site.index, module, level, args...);
+  if constexpr (P == Pattern::p0) {
+    __FLf_0(id, site.index, module, level);
+  } else if constexpr (P == Pattern::p1) {
+    __FLf_1(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p4) {
+    __FLf_4(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p11) {
+    __FLf_11(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p15) {
+    __FLf_15(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p44) {
+    __FLf_44(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p51) {
+    __FLf_51(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p111) {
+    __FLf_111(id, site.index, module, level, args...);
+  } else if constexpr (P == Pattern::p444) {
+    __FLf_444(id, site.index, module, level, args...);
+  } else {
+    static_assert(P == Pattern::p0, "a pattern without a function of the trace channel");
+  }
 }
 
-// `Nth` tells entries of one form within one function apart, in the order of the function's steps.
+// `Nth` distinguishes entries of one form within one function, in the order of the function's steps.
 template <Function F, Form M, size_t Nth = 0, class Row, class... Args>
 [[gnu::cold]] void raise(const Row& row, Args... args) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(M)];
@@ -50,7 +62,7 @@ template <Function F, Form M, size_t Nth = 0, class Row, class... Args>
   emit<form.pattern>(model::site(row, F, at), level_word(form.level), args...);
 }
 
-// Every fatal end: the trace, then the end of the process.
+// Traces, then ends the process. There is no other way in which the library does that.
 template <Function F, Form M, size_t Nth = 0, class Row>
 [[noreturn, gnu::cold]] void fatal(const Row& row) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(M)];

@@ -9,7 +9,7 @@ struct SharedCopy {
 };
 static_assert(sizeof(SharedCopy) == ORK_SHARED_TYPE_INFO_SIZE);
 
-// Null when the shared pool is exhausted.
+// Copies a descriptor to the shared pool. Null when that is exhausted.
 ork_type_info* share(ork_handle* handle, const ork_type_info& type) {
   auto* copy = static_cast<SharedCopy*>(
       handle->shared_alloc_fn(handle->shared_pool, ORK_NO_INSTANCE, sizeof(SharedCopy)));

@@ -1,25 +1,25 @@
-// Type descriptors at run time: the list of all of them, their shared copies, the word in an
-// object's header that names one, the variant block with its statistics.
+// Type descriptors at run time: the list of all of them, their shared copies, the pointer in an
+// object's header, the variant block with its statistics. frame/descriptor.h has their contents.
 #pragma once
 
 #include "frame/object.h"
 
-// Enters every type into the handle's shared table, or brings its entry up to date. Exported under
-// this name, as the runtime is given its address.
+// Enters every type into the handle's shared table, or updates its entry. Declared under its exported
+// name, because the runtime is given the address of that.
 extern "C" void fwe_ui_wayfind_typeinfo_initialize(ork_handle* handle, uint32_t instance,
                                                    uint32_t* err);
 
 namespace frame {
 
-// In the order of registration, ended by a null: records, enums, the flag set, messages.
+// In the order of registration: records, enums, the flag set, messages, then a null.
 extern const ork_type_info* const descriptors[];
 const ork_type_info* descriptor(const RecordRow& record);
 const ork_type_info* descriptor(const SmallRow& type);
 
 void type_variant_dump(int (*print)(const char* format, ...));
 
-// The descriptor that an object points at: the type's own, or its copy when the handle keeps types
-// in a shared table.
+// The descriptor that a new object must point to: the type's own, or its copy when the handle keeps
+// types in a shared table.
 inline const ork_type_info* shared_copy_of(const Call& call, const ork_type_info* type) {
   if (call.handle->shared_types == 0) return type;
   return ork_type_info_ptr_get(call.handle, call.instance, type,
@@ -28,10 +28,10 @@ inline const ork_type_info* shared_copy_of(const Call& call, const ork_type_info
 inline const ork_type_info* type_in_header(const void* object) {
   return ork_get_manifested_type_info(object);
 }
-// Points an object at its type: at the shared copy when the handle keeps types in a shared table.
+// Writes it into the object's header, unannounced.
 void store_type(const Call& call, void* object, const ork_type_info* type);
 
-// The variant block must be there; fewer variants than asked for are only traced.
+// A missing variant block ends the process; one with fewer variants than `variant` is only traced.
 template <Function F, class Row>
 void check_variants(const ork_type_info* type, int variant, const Row& row) {
   if (type->varinfo == nullptr) trace::fatal<F, Form::no_variants>(row);
@@ -49,8 +49,8 @@ const ork_type_info* checked_type(const ork_type_info* type, int variant, const 
   return type;
 }
 
-// Where a type's statistics of one variant are kept. A variant in front of the entries is handed on
-// as it is: the runtime must not write there.
+// Address of the statistics of one variant. A negative variant gives an address before the entries,
+// to which the runtime must not write.
 inline void* statistics(const ork_type_info* type, int variant) {
   const auto entries = reinterpret_cast<uintptr_t>(type->varinfo->entries);
   const auto index = static_cast<intptr_t>(variant);
@@ -58,8 +58,8 @@ inline void* statistics(const ork_type_info* type, int variant) {
                                  static_cast<uintptr_t>(index) * sizeof(ork_variant_entry) +
                                  offsetof(ork_variant_entry, create_count));
 }
-// Enums, the flag set and messages raise their counters themselves. `shared` decides between a
-// plain and an atomic addition: the private descriptor is the one that threads have in common.
+// Enums, the flag set and messages count for themselves, without the runtime's statistics. A private
+// descriptor is used by all threads of the process, so its counters are incremented atomically.
 inline void increment(const Call& call, const ork_type_info* type, uint64_t& counter) {
   call.handle->counter_notify_fn(call.handle->mem_pool, &counter, 1, call.instance);
   if (type->shared != 0) {

@@ -1,5 +1,5 @@
-// Accessors of fields that are values: the same straight path for every primitive, with the field as
-// a row.
+// Accessors of fields that are values of a primitive: one path for all of them, with the field as a
+// row.
 #pragma once
 
 #include "frame/primitives.h"
@@ -28,7 +28,7 @@ typename Primitive<K>::Value get_value(ork_handle* handle, uint32_t instance, vo
   return Primitive<K>::get_value(call, at);
 }
 
-// The source is what the database hook hears of here, not the field.
+// The containment hook is given the source here, not the field.
 template <Kind K>
 void set(ork_handle* handle, uint32_t instance, void* object, const void* from, uint32_t* err,
          const FieldRow& field) {
@@ -38,8 +38,9 @@ void set(ork_handle* handle, uint32_t instance, void* object, const void* from, 
   if (mark<Function::set>(call, object, field)) contain(call, from, object);
 }
 
-// The way to a field that is written by value: asked for like a getter's, and told to the database
-// hook twice. Null with the error set when there is nothing to write to.
+// Upgrades and gates the object, then returns the field's address for a write by value, which `reach`
+// finds. Calls the containment hook twice; observers rely on both calls. Null, with *err set, when
+// there is nothing to write to.
 template <class Reach>
 void* reach_field(const Call& call, void* object, const FieldRow& field, Reach reach) {
   if (!begin_write(call, object, field)) return nullptr;

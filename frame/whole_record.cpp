@@ -7,6 +7,7 @@
 namespace frame {
 namespace {
 
+// The target keeps its own flags on state bytes: a copy never gains any.
 void copy_body(const Call& call, void* to, const void* from, Tracking mode,
                const RecordRow& record) {
   const size_t announced =
@@ -20,8 +21,8 @@ void copy_body(const Call& call, void* to, const void* from, Tracking mode,
       static_cast<uint8_t>((flags_of(to) & ~OBJ_STTR_OFFSET) | (before & OBJ_STTR_OFFSET));
 }
 
-// State blocks of both tracked: the target's embedded records are pointed at their part of its
-// block before it is filled.
+// Both objects are tracked. Registers the parts of the target's state block that belong to its
+// embedded records, then copies the block.
 void copy_states(const Call& call, void* to, void* from, const RecordRow& record) {
   uint8_t* target = state_block(call, to, record);
   const uint8_t* source = state_block(call, from, record);
@@ -31,6 +32,7 @@ void copy_states(const Call& call, void* to, void* from, const RecordRow& record
   memcpy(target, source, size);
 }
 
+// Moves fields that own more than their bytes.
 void set_children(const Call& call, void* to, const void* from, const RecordRow& record) {
   for (const FieldRow& field : fields_in_layout(record, to)) {
     if (is_embedded_record(field)) {

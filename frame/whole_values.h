@@ -5,7 +5,7 @@
 
 namespace frame {
 
-// The arguments of a call for all fields, as arrays.
+// The arguments of an exported function that has one for each field.
 struct Outs {
   void* at[model::max_fields];
 };

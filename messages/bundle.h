@@ -1,5 +1,4 @@
-// Bundles: a start message, members, then a commit or an abort. The three control messages carry
-// nothing but their frame.
+// Bundles: a start message, member messages, then a commit or an abort.
 #pragma once
 
 #include "messages/message.h"
@@ -8,14 +7,14 @@ namespace messages {
 
 enum class Control : uint8_t { start, abort, commit };
 
-// What the engines need to know of one bundle.
+// What the engines know of one bundle.
 struct Bundle {
   const model::BundleRow& row;
   const char* name;
   const char* full_name;                // with the module's name in front
   const char* start_name;               // of the start message, in full
   const uint8_t* luids[3];              // of start, abort, commit
-  const ork_bundle_message_row* table;  // messages allowed inside, ended by a row of zeros
+  const ork_bundle_message_row* table;  // the messages allowed inside; a row of zeros ends it
   ork_bundle_handler* registered;       // the bundle's own handler slot
 };
 

@@ -39,7 +39,7 @@ uint32_t marshal_start(const Call& call, uint8_t* buffer, int32_t length, const 
   return out.produced();
 }
 
-// Closes it, even when the buffer has no room for the frame.
+// Closes the bundle on the handle, even when the buffer has no room for the frame.
 uint32_t marshal_end(const Call& call, uint8_t* buffer, int32_t length, Control kind,
                      const Bundle& bundle) {
   ork_message_header header = fresh_header();
@@ -57,7 +57,7 @@ uint32_t marshal_end(const Call& call, uint8_t* buffer, int32_t length, Control 
 
 }  // namespace
 
-// An allocation of no bytes: its only use is to exist.
+// Control messages have no contents: an allocation of 0 bytes, so that there is something to destroy.
 void* control_create(ork_handle* handle, uint32_t instance) {
   return handle->alloc_fn(handle->mem_pool, instance, 0);
 }
@@ -91,7 +91,7 @@ uint32_t control_marshal_cr(ork_handle* handle, uint8_t* buffer, int32_t length,
   return encoders::cr_result(handle, written);
 }
 
-// Neither header nor LUID is read: what they say is known by now.
+// Reads neither header nor LUID: the dispatcher has, to find this function.
 uint32_t control_unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery,
                            uint32_t* err) {
   if (*err != 0) return frame_length;

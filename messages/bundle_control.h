@@ -1,4 +1,4 @@
-// The three control messages of a bundle, which carry nothing but their frame.
+// The three control messages of a bundle. They consist of a frame alone.
 #pragma once
 
 #include "messages/bundle.h"

@@ -1,6 +1,6 @@
 #include "messages/bundle_handlers.h"
 
-extern "C" ork_bundle_handler fwe_ui_wayfind_bundle_registered_handler;
+#include "messages/registration.h"
 
 namespace messages {
 namespace {
@@ -34,7 +34,7 @@ void open_bundle(const Call& call, const Bundle& bundle) {
   }
 }
 
-// A place of the chain is read once: another thread may register or unregister at any moment.
+// `handler` is a copy: another thread may change the registration between test and call.
 template <Form F, size_t Nth = 0>
 bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const char* name,
                  const Bundle& bundle) {
@@ -44,7 +44,7 @@ bool try_handler(const Call& call, void* ctx, ork_bundle_handler handler, const 
   return true;
 }
 
-// The chain of five places; the first handler that exists wins.
+// Five places may have a handler. The first one that has is called, and no other.
 void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& info,
                   ork_bundle_handler linked_in, const Bundle& bundle) {
   using enum Form;
@@ -61,7 +61,7 @@ void call_handler(const Call& call, void* ctx, const ork_bundle_dispatch_info& i
 
 }  // namespace
 
-// An error that stands is not looked at.
+// Unlike the other two, runs even if *err is set.
 void handle_start(ork_handle* handle, uint32_t instance, void* message, uint32_t* err,
                   const Bundle& bundle) {
   const Call call{handle, instance, err};

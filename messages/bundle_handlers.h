@@ -1,5 +1,5 @@
-// What the library itself does when a control message arrives. A handle is idle, or accumulates
-// between start and commit or abort.
+// What the library itself does when a control message arrives. A handle is idle, or it accumulates
+// messages from a start until the commit or abort.
 #pragma once
 
 #include "messages/bundle.h"

@@ -21,8 +21,8 @@ void deliver(ork_handle* handle, uint32_t instance, const Delivery& delivery, vo
   trace::raise<Function::message_default_handler, Form::default_handler>(message.row);
 }
 
-// The message inside the module's element. Gives back the characters so far; `err` tells whether
-// they are whole.
+// Writes the message inside the module's element. Returns the characters written, which are not all
+// if *err is set.
 uint32_t render(const Call& call, char* buffer, const void* object, const Message& message) {
   TextBuffer out{buffer, recording_size};
   out.position = start_tag_timestamp(call.handle, call.instance, out.here(), outer_element,
@@ -53,8 +53,8 @@ void record(ork_handle* handle, uint32_t instance, void* object, const Message& 
     trace::raise<Function::message_unmarshal, Form::recording_error>(message.row, call.error());
 }
 
-// A message that could not be read is lost here; a caller that wants what there is of it reads
-// without dispatch.
+// A message that could not be read completely is not handed out, and stays allocated. Callers that
+// want what there is of it call unmarshal_only().
 uint32_t unmarshal(ork_handle* handle, uint32_t instance, const Delivery& delivery,
                    const uint8_t* buffer, int32_t length, uint32_t* err, const Message& message) {
   if (*err != 0) {

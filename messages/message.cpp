@@ -30,8 +30,8 @@ void fill_header(const Call& call, void* object, const Message& message) {
   }
 }
 
-// False when a record could not be made; those made before it are destroyed again. A later record
-// is made only after an earlier one.
+// False when a record could not be made. Those before it are destroyed again, and later ones are not
+// tried.
 bool create_records(const Call& call, void* object, const Message& message) {
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
@@ -94,7 +94,8 @@ void* create_shallow(ork_handle* handle, uint32_t instance, const Message& messa
   return object;
 }
 
-// The records go before the descriptor is looked at: a corrupted message loses them first.
+// Destroys the records before it checks the descriptor: those of a corrupted message are freed before
+// the process ends.
 void destroy(ork_handle* handle, uint32_t instance, void* object, const Message& message) {
   if (object == nullptr || object == sentinel(message)) return;
   const DetachedCall call(handle, instance);
@@ -129,7 +130,7 @@ uint32_t is_valid_cr(ork_handle* handle, const Message& message) {
                                       &handle->cr_error);
 }
 
-// A null message is only traced, with the text of whatever error stands. ------
+// A null message, or an error that is set, is only traced. --------------------
 
 void* get(const void* object, const uint32_t* err, const CarriedRow& place) {
   if (object != nullptr && *err == 0) return record_in(object, place);

@@ -1,5 +1,5 @@
-// Message objects: a header, a message header and one or two records, which the message owns unless
-// they are taken out.
+// Message objects: a header, a message header and one or two records, which the message owns until they
+// are detached.
 #pragma once
 
 #include "encoders/length.h"
@@ -48,7 +48,7 @@ constexpr RecordWire record_wire() {
   return {encoders::length<R>, encoders::marshal<R>, encoders::unmarshal<R>};
 }
 
-// What the engines need to know of one message.
+// What the engines know of one message.
 struct Message {
   const model::MessageRow& row;
   const uint8_t* luid;
@@ -78,7 +78,7 @@ inline void put_record(void* object, const CarriedRow& carried, void* record) {
 inline ork_message_header* header_of(void* object) {
   return reinterpret_cast<ork_message_header*>(frame::byte_at(object, at_message_header));
 }
-// As every message starts out, and every control message goes out.
+// The message header of a new message, and of every control message.
 ork_message_header fresh_header();
 
 // Objects.
@@ -90,7 +90,7 @@ uint32_t length(ork_handle* handle, uint32_t instance, const void* object, const
 uint32_t length_cr(ork_handle* handle, const void* object, const Message& message);
 uint32_t is_valid_cr(ork_handle* handle, const Message& message);
 
-// Records in them.
+// The records in them.
 void* get(const void* object, const uint32_t* err, const CarriedRow& carried);
 void* get_detach(void* object, const uint32_t* err, const CarriedRow& carried);
 void set(void* object, void* record, const uint32_t* err, const CarriedRow& carried);

@@ -15,7 +15,7 @@ void put_space(const Call& call, TextBuffer& out) {
 
 }  // namespace
 
-// Whatever fails in front of a record counts as a text that is too long.
+// Any failure before a record is reported as EMSGSIZE (90), a text that is too long.
 uint32_t print(const Call& call, char* buffer, const void* object, uint32_t length,
                const Message& message) {
   if (call.failed()) {
@@ -73,9 +73,9 @@ uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_
                                             buffer, object, length, message));
 }
 
-// A record that the document lacks keeps its defaults. The error is looked at once, behind the last
-// record: with the first one missing the second is not read either. A message that could not be
-// read for another reason is lost to the caller.
+// A record that the document lacks keeps its defaults. *err is examined only after the last record, so
+// a missing first record also keeps the second from being read. After any other error the message is
+// not returned, and stays allocated.
 void* from_xml(const Call& call, const encoders::Document& document, const Message& message) {
   if (call.failed()) {
     trace::raise<Function::message_from_xml, Form::from_xml_error>(message.row, call.error_text());

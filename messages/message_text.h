@@ -1,4 +1,4 @@
-// Messages as text and as XML: the record or records inside an envelope of the message's name.
+// Messages as text and as XML: the records inside an envelope with the message's name.
 #pragma once
 
 #include "encoders/xml_read.h"

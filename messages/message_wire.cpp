@@ -100,7 +100,7 @@ uint32_t unmarshal_only(ork_handle* handle, uint32_t instance, void** out, const
   if (!call.failed())
     in.consume(
         _ork_message_header_unmarshal(handle, instance, buffer, header_of(object), length, err));
-  in.jump(ORK_LUID_SIZE);  // the LUID has done its work: it chose this function
+  in.jump(ORK_LUID_SIZE);  // the dispatcher has read it, to find this function
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
     void* record = frame::create_internal(handle, instance, record_of(place));

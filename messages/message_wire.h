@@ -1,4 +1,4 @@
-// Messages as frames: 27 bytes of header, written last, 16 of LUID, then the record or records.
+// Messages as frames: 27 bytes of header, which are written last, 16 of LUID, then the records.
 #pragma once
 
 #include "messages/message.h"

@@ -1,8 +1,11 @@
-// One handler for all bundles of the module, told to the seven modules that this one is built on.
-// Their order is that of the dependencies.
+// One handler for all bundles of the module. It is registered as well with the seven modules that this
+// one is built on, in the order of their dependencies.
 #pragma once
 
 #include "messages/bundle.h"
+
+// The slot of this module, exported.
+extern "C" ork_bundle_handler fwe_ui_wayfind_bundle_registered_handler;
 
 namespace messages {
 
