@@ -23,10 +23,10 @@ using frame::Tracking;
 using model::Class;
 using model::Record;
 
-// The visitor is a lambda with the field's number as template argument, so that its row is a constant
-// in it. A walk is two unrolled loops: over the variants, with one comparison each, and over the
-// fields that each variant adds. `(f<I>() && ...)` is f<0>() && f<1>() && ..., which stops at the
-// first false.
+// The visitor is a lambda with the field's number as template argument, so that its row is a
+// constant in it. A walk is two unrolled loops: over the variants, with one comparison each, and
+// over the fields that each variant adds. `(f<I>() && ...)` is f<0>() && f<1>() && ..., which stops
+// at the first false.
 //
 // Calls visit.operator()<number>() for the fields that `variant` admits, in definition order, until
 // one answers false.
