@@ -1,23 +1,68 @@
-// Preloaded into an agent it stands in front of the runtime and refuses one message of a bundle for
-// want of memory: the one whose number WAYFIND_REFUSED_MESSAGE tells, counted from 1 over all that
-// the process sends.
+// Preloaded into the command it stands in front of the runtime and refuses what a variable of the
+// environment tells, for want of memory: WAYFIND_REFUSED_MESSAGE one message of a bundle, counted
+// from 1 over all that the process sends, WAYFIND_REFUSED_LIST one text of a type list. Others tell
+// it to count: WAYFIND_COUNTED_TAG names an element, and how often that was begun is written to the
+// file WAYFIND_COUNT when the process ends.
 #include <dlfcn.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "ork/orklib.h"
+#include "ork/platform.h"
+
+namespace {
+
+template <class Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+// Whether this is the call whose number the variable tells.
+bool is_refused(const char* variable, unsigned long& seen) {
+  const char* const refused = std::getenv(variable);
+  return refused != nullptr && ++seen == std::strtoul(refused, nullptr, 10);
+}
+
+// Of elements with the name that is looked for.
+struct Count {
+  const char* tag = std::getenv("WAYFIND_COUNTED_TAG");
+  unsigned long begun = 0;
+  ~Count() {
+    const char* const path = std::getenv("WAYFIND_COUNT");
+    std::FILE* const file = path != nullptr ? std::fopen(path, "we") : nullptr;
+    if (file == nullptr) return;
+    std::fprintf(file, "%lu", begun);
+    std::fclose(file);
+  }
+};
+Count count;
+
+}  // namespace
+
+extern "C" uint32_t start_tag(ork_handle* handle, uint32_t instance, char* buffer, const char* tag,
+                              int32_t remaining, uint8_t state, uint32_t* err) {
+  if (count.tag != nullptr && std::strcmp(tag, count.tag) == 0) ++count.begun;
+  static const auto write = next<decltype(start_tag)>("start_tag");
+  return write(handle, instance, buffer, tag, remaining, state, err);
+}
+
+extern "C" size_t ork_type_list_text(const ork_type_list* list, char* buffer, size_t size) {
+  static unsigned long seen = 0;
+  if (is_refused("WAYFIND_REFUSED_LIST", seen)) return 0;
+  return next<decltype(ork_type_list_text)>("ork_type_list_text")(list, buffer, size);
+}
 
 extern "C" void bundle_message_validate_add(ork_handle* handle, uint32_t instance,
                                             const uint8_t* luid, const char* name, uint32_t* err) {
   static unsigned long seen = 0;
-  const char* refused = std::getenv("WAYFIND_REFUSED_MESSAGE");
-  if (refused != nullptr && ++seen == std::strtoul(refused, nullptr, 10)) {
+  if (is_refused("WAYFIND_REFUSED_MESSAGE", seen)) {
     *err = ENOMEM;
     ork_store_err(handle, ENOMEM);
     return;
   }
-  static const auto next = reinterpret_cast<decltype(&bundle_message_validate_add)>(
-      dlsym(RTLD_NEXT, "bundle_message_validate_add"));
-  next(handle, instance, luid, name, err);
+  next<decltype(bundle_message_validate_add)>("bundle_message_validate_add")(handle, instance, luid,
+                                                                             name, err);
 }

@@ -15,6 +15,19 @@ TREE = pathlib.Path(__file__).resolve().parents[2]
 OLD_RELEASE = TREE / "data/releases/variant-0"
 PATIENCE = 180
 CONTROL_LENGTH = 43
+DRIP = 0.2  # seconds between two bytes
+
+
+def environment_with(*variables):
+    """That of the test, and these pairs. Under a sanitizer freed memory would otherwise be kept, and no measure of memory would say anything;
+    and nothing could be preloaded."""
+    options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:verify_asan_link_order=0"
+    return {**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(variables)}
+
+
+def preloaded(**variables):
+    """Pairs for a process that the failing platform is preloaded into."""
+    return [("LD_PRELOAD", os.environ["WAYFIND_FAILING_PLATFORM"]), *((f"WAYFIND_{name.upper()}", str(value)) for name, value in variables.items())]
 
 
 class Agent:
@@ -23,10 +36,8 @@ class Agent:
     def __init__(self, socket_path, *options, environment=()):
         self.path = str(socket_path)
         self.log_file = tempfile.TemporaryFile("w+")
-        # Under a sanitizer freed memory would otherwise be kept, and no measure of memory would say anything; and nothing could be preloaded.
-        options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:verify_asan_link_order=0"
         self.process = subprocess.Popen([WAYFIND, "agent", "--listen", self.path, *map(str, options)], stderr=self.log_file,
-                                        env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(environment)})
+                                        env=environment_with(*environment))
         end = time.monotonic() + PATIENCE
         while "listening at" not in self.log():
             if self.process.poll() is not None or time.monotonic() > end:
@@ -51,11 +62,12 @@ class Agent:
         raise RuntimeError("no VmRSS")
 
 
-def run(*arguments, environment=()):
+def run(*arguments, environment=(), **how):
     # Under a sanitizer nothing could be preloaded otherwise.
     options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
-    return subprocess.run([WAYFIND, *map(str, arguments)], capture_output=True, text=True, timeout=PATIENCE, check=False,
-                          env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(environment)})
+    how = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **how}
+    return subprocess.run([WAYFIND, *map(str, arguments)], text=True, timeout=PATIENCE, check=False,
+                          env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(environment)}, **how)
 
 
 class Case(unittest.TestCase):
@@ -73,8 +85,8 @@ class Case(unittest.TestCase):
         self.addCleanup(agent.stop)
         return agent
 
-    def show(self, subject, *options):
-        return run("show", subject, "--connect", self.socket, *options)
+    def show(self, subject, *options, **how):
+        return run("show", subject, "--connect", self.socket, *options, **how)
 
     def assert_fails(self, result, *words):
         """One line on stderr with all these words, and a status that says so."""
@@ -138,14 +150,15 @@ def greeting(types):
 
 
 class FakeAgent:
-    """Takes one client, reads what it says, and says these bytes; then hangs up, or waits for the client to."""
+    """Takes one client, reads what it says, and says these bytes, the last ones drop by drop; then hangs up, or waits for the client to."""
 
-    def __init__(self, path, said, hang_up=True):
+    def __init__(self, path, said, hang_up=True, dripped=b""):
         self.listener = socket.socket(socket.AF_UNIX)
         self.listener.bind(str(path))
         self.listener.listen()
         self.said = said
         self.hang_up = hang_up
+        self.dripped = dripped
         self.thread = threading.Thread(target=self.serve)
         self.thread.start()
 
@@ -154,6 +167,9 @@ class FakeAgent:
         with peer:
             try:
                 peer.sendall(self.said)
+                for drop in self.dripped:
+                    time.sleep(DRIP)
+                    peer.sendall(bytes([drop]))
                 if self.hang_up:
                     peer.shutdown(socket.SHUT_WR)
                 while peer.recv(65536):

@@ -1,6 +1,7 @@
 #include "tools/common/release.h"
 
 #include "tools/common/failure.h"
+#include "tools/common/file.h"
 
 namespace wayfind {
 namespace {
@@ -20,10 +21,7 @@ TypeList newest_release() {
 }
 
 TypeList read_release(const std::string& path) {
-  uint32_t err = 0;
-  char reason[256] = "";
-  ork_type_list* list = ork_type_list_read(path.c_str(), &err, reason, sizeof reason);
-  return checked(list, err, path, reason);
+  return parse_release(read_file_or_input(path, largest_release), path);
 }
 
 TypeList parse_release(const std::string& text, const std::string& origin) {
@@ -34,8 +32,12 @@ TypeList parse_release(const std::string& text, const std::string& origin) {
 }
 
 std::string text_of(const ork_type_list& list) {
+  const bool has_text = ork_type_list_size(&list) != 0;
   std::string text(ork_type_list_text(&list, nullptr, 0), '\0');
-  ork_type_list_text(&list, text.data(), text.size() + 1);
+  // Without memory the length is 0, be it asked for or be the text written.
+  const size_t written = ork_type_list_text(&list, text.data(), text.size() + 1);
+  if ((text.empty() && has_text) || written != text.size())
+    throw Failure("no memory for the list of this release's types");
   return text;
 }
 

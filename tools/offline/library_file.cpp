@@ -4,20 +4,18 @@
 #include <libelf.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 
 #include "ork/handle.h"
 #include "tools/common/failure.h"
+#include "tools/common/file.h"
 
 namespace wayfind {
 namespace {
 
 struct Closed {
   void operator()(Elf* elf) const { elf_end(elf); }
-  void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using ElfImage = std::unique_ptr<Elf, Closed>;
 
@@ -124,19 +122,6 @@ TypeNames names_in(const std::vector<Section>& sections) {
 
 }  // namespace
 
-std::vector<uint8_t> read_file(const std::string& path) {
-  const std::unique_ptr<std::FILE, Closed> file(std::fopen(path.c_str(), "rbe"));
-  if (file == nullptr) throw Failure(path + ": " + words_for(errno));
-  std::vector<uint8_t> bytes;
-  uint8_t block[1 << 16];
-  while (const size_t got = std::fread(block, 1, sizeof block, file.get())) {
-    if (got > max_file_size - bytes.size()) throw Failure(path + ": larger than 1 GiB");
-    bytes.insert(bytes.end(), block, block + got);
-  }
-  if (std::ferror(file.get()) != 0) throw Failure(path + ": " + words_for(errno));
-  return bytes;
-}
-
 uint16_t u16_at(Bytes bytes, size_t at) {
   return static_cast<uint16_t>(bytes[at] | bytes[at + 1] << 8);
 }
@@ -145,6 +130,10 @@ uint32_t u32_at(Bytes bytes, size_t at) {
 }
 uint64_t u64_at(Bytes bytes, size_t at) {
   return u32_at(bytes, at) | static_cast<uint64_t>(u32_at(bytes, at + 4)) << 32;
+}
+
+Bytes bytes_of(const std::string& text) {
+  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
 std::string hex(Bytes bytes) {
@@ -157,9 +146,10 @@ std::string hex(Bytes bytes) {
   return text;
 }
 
-LibraryFile::LibraryFile(const std::string& path) : LibraryFile(read_file(path), path) {}
+LibraryFile::LibraryFile(const std::string& path)
+    : LibraryFile(read_file_or_input(path, largest_input), path) {}
 
-LibraryFile::LibraryFile(std::vector<uint8_t> bytes, const std::string& name)
+LibraryFile::LibraryFile(std::string bytes, const std::string& name)
     : bytes_(std::move(bytes)), name_(name) {
   read();
 }
@@ -170,11 +160,11 @@ void LibraryFile::read() {
     throw Failure(name_ + ": not a 64-bit little-endian library");
   }
   elf_version(EV_CURRENT);
-  const ElfImage elf(elf_memory(reinterpret_cast<char*>(bytes_.data()), bytes_.size()));
+  const ElfImage elf(elf_memory(bytes_.data(), bytes_.size()));
   if (elf == nullptr) throw Failure(name_ + ": " + elf_errmsg(-1));
   if (elf_kind(elf.get()) != ELF_K_ELF)
     throw Failure(name_ + ": not an ELF file of the known version");
-  const std::vector<Section> sections = sections_of(elf.get(), bytes_);
+  const std::vector<Section> sections = sections_of(elf.get(), bytes_of(bytes_));
   for (const Section& section : sections) sections_.emplace(section.name, section.bytes);
   if (const auto notes = sections_.find(".note.gnu.build-id"); notes != sections_.end())
     build_id_ = build_id_in(notes->second);

@@ -12,16 +12,15 @@ namespace wayfind {
 
 using Bytes = std::span<const uint8_t>;
 
-// The whole of a file, at most this many bytes.
-inline constexpr size_t max_file_size = size_t{1} << 30;
-std::vector<uint8_t> read_file(const std::string& path);
-
 // Little-endian numbers; the caller has seen to it that the bytes are there.
 uint16_t u16_at(Bytes bytes, size_t at);
 uint32_t u32_at(Bytes bytes, size_t at);
 uint64_t u64_at(Bytes bytes, size_t at);
 
 std::string hex(Bytes bytes);
+
+// Of a text that outlives them.
+Bytes bytes_of(const std::string& text);
 
 // What the descriptors of a library call its types, by LUID as text.
 using TypeNames = std::map<std::string_view, std::string_view>;
@@ -30,7 +29,7 @@ using TypeNames = std::map<std::string_view, std::string_view>;
 class LibraryFile {
  public:
   explicit LibraryFile(const std::string& path);
-  LibraryFile(std::vector<uint8_t> bytes, const std::string& name);
+  LibraryFile(std::string bytes, const std::string& name);
   LibraryFile(const LibraryFile&) = delete;
   LibraryFile& operator=(const LibraryFile&) = delete;
 
@@ -50,7 +49,7 @@ class LibraryFile {
  private:
   void read();
 
-  std::vector<uint8_t> bytes_;
+  std::string bytes_;
   std::string name_;
   std::map<std::string_view, Bytes> sections_;
   std::string build_id_;

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/common/failure.h"
+#include "tools/common/file.h"
 #include "tools/common/printable.h"
 #include "tools/offline/commands.h"
 #include "tools/offline/trace_decode.h"
@@ -70,8 +71,8 @@ void print_line(const DecodedTrace& decoded) {
 void decode(const Options& options) {
   const LibraryFile library(options.library);
   const TraceTexts texts(library);
-  const std::vector<uint8_t> bytes = read_file(options.traces);
-  TraceFile file(bytes, options.traces);
+  const std::string bytes = read_file_or_input(options.traces, largest_input);
+  TraceFile file(bytes_of(bytes), options.traces);
   DecodeCount count;
   try {
     count = decode_traces(texts, library.build_id(), file, options.forced,

@@ -14,6 +14,7 @@
 #include "fwe_ui_wayfind/module.h"
 #include "ork/flight.h"
 #include "tools/common/failure.h"
+#include "tools/common/file.h"
 #include "tools/offline/trace_decode.h"
 
 namespace trace_sites {
@@ -87,8 +88,8 @@ int run(const Action& action) {
 }
 
 std::vector<Heard> read_traces() {
-  const std::vector<uint8_t> bytes = wayfind::read_file(trace_path());
-  wayfind::TraceFile file(bytes, "trace");
+  const std::string bytes = wayfind::read_file(trace_path(), wayfind::largest_input);
+  wayfind::TraceFile file(wayfind::bytes_of(bytes), "trace");
   std::vector<Heard> heard;
   const wayfind::DecodeCount count = wayfind::decode_traces(
       texts(), library().build_id(), file, false, [&](const wayfind::DecodedTrace& decoded) {

@@ -4,10 +4,10 @@
 #include <memory>
 
 #include "tools/common/failure.h"
+#include "tools/common/file.h"
 #include "tools/wayfind/client/message_printer.h"
 #include "tools/wayfind/commands.h"
 #include "tools/wayfind/data/data_check.h"
-#include "tools/wayfind/data/data_file.h"
 #include "tools/wayfind/link/session.h"
 
 namespace wayfind {
@@ -37,7 +37,10 @@ uint32_t find_messages(void* ctx, const ork_xml_element* element) {
 class RecordingReader {
  public:
   RecordingReader(const std::string& path, ork_handle* handle, MessagePrinter& printer)
-      : path_(path), text_(file_content(path)), handle_(handle), printer_(printer) {}
+      : path_(path),
+        text_(read_file_or_input(path, largest_input)),
+        handle_(handle),
+        printer_(printer) {}
 
   void print_all() {
     while (begin_ < text_.size()) {

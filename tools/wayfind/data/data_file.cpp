@@ -1,12 +1,9 @@
 #include "tools/wayfind/data/data_file.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <filesystem>
-#include <memory>
-#include <system_error>
 
 #include "tools/common/failure.h"
+#include "tools/common/file.h"
 #include "tools/wayfind/data/data_check.h"
 
 namespace wayfind {
@@ -25,10 +22,7 @@ std::string located(const std::string& path, std::string_view reason) {
 }
 
 Xml parse(const std::string& path) {
-  std::error_code error;
-  if (std::filesystem::is_other(path, error))
-    throw Failure(path + ": no regular file");  // a pipe would be waited for
-  const std::string text = file_content(path);
+  const std::string text = read_file(path, largest_data);
   uint32_t err = 0;
   char reason[256] = "";
   Xml xml(ork_xml_parse(text.data(), text.size(), &err, reason, sizeof reason));
@@ -45,17 +39,6 @@ std::string reason_of(uint32_t err) {
 }
 
 }  // namespace
-
-std::string file_content(const std::string& path) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
-  if (!file) throw Failure(path + ": " + words_for(errno));
-  std::string text;
-  char buffer[size_t{64} << 10];
-  while (const size_t got = std::fread(buffer, 1, sizeof buffer, file.get()))
-    text.append(buffer, got);
-  if (std::ferror(file.get()) != 0) throw Failure(path + ": " + words_for(errno));
-  return text;
-}
 
 DataFile::DataFile(const std::string& path) : path_(path), xml_(parse(path)) {
   check_elements(*xml_, path);

@@ -28,7 +28,4 @@ class DataFile {
   Xml xml_;
 };
 
-// The whole of a file.
-std::string file_content(const std::string& path);
-
 }  // namespace wayfind
