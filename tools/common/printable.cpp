@@ -1,9 +1,27 @@
 #include "tools/common/printable.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 namespace wayfind {
 namespace {
+
+// Characters that no one sees, or that reorder what one does see: they could make a line read as
+// another one.
+struct Range {
+  uint32_t first;
+  uint32_t last;
+};
+constexpr Range invisible[] = {{0xad, 0xad},     {0x61c, 0x61c},   {0x180e, 0x180e},
+                               {0x200b, 0x200f}, {0x2028, 0x202e}, {0x2060, 0x206f},
+                               {0xfeff, 0xfeff}, {0xfff9, 0xfffb}, {0xe0000, 0xe007f}};
+
+bool is_visible(uint32_t code) {
+  return std::none_of(std::begin(invisible), std::end(invisible), [&](const Range& range) {
+    return code >= range.first && code <= range.last;
+  });
+}
 
 // Of the printable character in front, in bytes; 0 when there is none.
 size_t character_length(std::string_view text) {
@@ -21,29 +39,40 @@ size_t character_length(std::string_view text) {
   constexpr uint32_t least[] = {
       0xa0, 0x800, 0x10000};  // of two bytes, three and four; below 0xa0 stand controls
   const bool is_surrogate = code >= 0xd800 && code <= 0xdfff;
-  return code >= least[length - 2] && code <= 0x10ffff && !is_surrogate ? length : 0;
+  const bool valid = code >= least[length - 2] && code <= 0x10ffff && !is_surrogate;
+  return valid && is_visible(code) ? length : 0;
 }
 
+// All bytes of a character that is not shown are escaped, so that none is left to be taken for one
+// of its own.
 std::string escaped(std::string_view text, bool line_ends_stay) {
   constexpr char digits[] = "0123456789abcdef";
   std::string shown;
-  while (!text.empty()) {
-    const bool stays = line_ends_stay && text[0] == '\n';
-    const size_t length = stays ? 1 : character_length(text);
-    if (length != 0) {
-      shown += text.substr(0, length);
-    } else {
-      const auto byte = static_cast<uint8_t>(text[0]);
-      shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+  size_t plain = 0;  // characters in front that stay
+  while (plain < text.size()) {
+    const bool stays = line_ends_stay && text[plain] == '\n';
+    if (const size_t length = stays ? 1 : character_length(text.substr(plain)); length != 0) {
+      plain += length;
+      continue;
     }
-    text.remove_prefix(length != 0 ? length : 1);
+    const auto byte = static_cast<uint8_t>(text[plain]);
+    shown += text.substr(0, plain);
+    shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+    text.remove_prefix(plain + 1);
+    plain = 0;
   }
-  return shown;
+  return shown += text;
 }
 
 }  // namespace
 
 std::string printable(std::string_view text) { return escaped(text, false); }
+
+std::string quoted(std::string_view text) {
+  constexpr size_t longest = 80;
+  if (text.size() <= longest) return printable(text);
+  return printable(text.substr(0, longest)) + "...";
+}
 
 std::string printable_lines(std::string_view text) { return escaped(text, true); }
 
