@@ -165,8 +165,12 @@ class ClientErrors(Case):
         self.assert_fails(result, "holds a fwe_cl_wayfind_channel_msg, which does not belong in it")
         self.assertEqual(result.stdout, "")
 
-    def test_second_message_of_a_kind_that_stands_once(self):
-        self.assert_fails(self.given(*self.hop_chan[:2], self.hop_chan[1], self.hop_chan[-1]), "more than one " + CL + "hop_chan_state_msg")
+    def test_second_message_of_a_kind_that_stands_once_is_told_behind_the_show(self):
+        result = self.given(*self.hop_chan[:2], self.hop_chan[1], *self.hop_chan[2:])
+        self.assert_fails(result, "more than one " + CL + "hop_chan_state_msg")
+        self.assertEqual(result.stdout.count(f"message@{CL}hop_chan_state_msg"), 2)
+        self.assertEqual(result.stdout.count(f"message@{CL}hop_chan_msg"), 126)
+        self.assertTrue(result.stdout.endswith("}\n"))
 
     def test_answer_to_another_question(self):
         self.assert_fails(self.given(*self.channel), "show_channel_response instead of", "show_hop_chan_response")

@@ -1,4 +1,5 @@
 """Recordings: what a client records of a show is read back into the same messages."""
+import os
 import re
 import subprocess
 
@@ -55,17 +56,35 @@ class Recordings(Case):
         shown = self.show("hop-chan", "--record", self.file, "--release", OLD_RELEASE).stdout
         self.assertEqual(run("recording", self.file, "--release", OLD_RELEASE).stdout, shown)
 
-    def test_message_too_large_to_record_is_still_shown(self):
+    def record_policies(self, *counts):
+        """Shows selection flows of so many policies; one of 1,000 is longer than a recording takes, one of 250 is not."""
         folder = self.folder / "data"
         folder.mkdir()
-        policies = "".join(f"<policy><policy_seq>{n}</policy_seq></policy>" for n in range(1000))
-        (folder / "flow.xml").write_text(f"<{CL}select_flow_data><sel_all_policies>{policies}</sel_all_policies></{CL}select_flow_data>")
+        flows = "".join(f"<{CL}select_flow_data><sel_all_policies>" + "".join(f"<policy><policy_seq>{n}</policy_seq></policy>" for n in range(count)) +
+                        f"</sel_all_policies></{CL}select_flow_data>" for count in counts)
+        (folder / "flow.xml").write_text(f"<fwe_ui_wayfind>{flows}</fwe_ui_wayfind>")
         self.start_agent(data=folder)
-        shown = self.show("selection", "--record", self.file, "--format", "xml").stdout
-        self.assertEqual(shown.count("<policy_seq>"), 1000)
+        shown = self.show("selection", "--record", self.file, "--format", "xml")
+        self.assertEqual(shown.stdout.count("<policy_seq>"), sum(counts))
+        self.assertTrue(shown.stdout.endswith("_show_selection_response>\n"))
         read = run("recording", self.file, "--format", "xml").stdout
+        return shown, read
+
+    def test_message_too_large_to_record_is_shown_and_then_told(self):
+        shown, read = self.record_policies(1000)
+        self.assert_fails(shown, self.file, f"too long to be recorded: 1 {CL}select_flow_msg")
         self.assertIn("select_state_msg", read)
         self.assertNotIn("select_flow_msg", read)
+
+    def test_each_message_too_large_to_record_is_counted(self):
+        shown, read = self.record_policies(*[1000, 2, 200] * 5)
+        self.assert_fails(shown, f"too long to be recorded: 5 {CL}select_flow_msg")
+        self.assertEqual(read.count(f"<{CL}select_flow_msg>"), 10)
+
+    def test_messages_that_fill_the_buffer_many_times_are_all_there(self):
+        shown, read = self.record_policies(*[100, 250, 1, 200] * 10)
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        self.assertEqual(without_root(read), without_root(shown.stdout))
 
     def test_that_cannot_be_written(self):
         self.start_agent()
@@ -107,11 +126,19 @@ class Recordings(Case):
 
     def test_recorded_to_a_full_disk(self):
         self.start_agent()
-        # Of what was lost before the end the number is not known any more.
-        for subject, words in (("intf", "No space left on device"), ("hop-chan", "Input/output error")):
+        for subject in ("intf", "hop-chan"):
             shown = self.show(subject, "--record", "/dev/full")
-            self.assertEqual((shown.returncode, shown.stderr), (1, f"wayfind: cannot record to /dev/full: {words}\n"))
+            self.assertEqual((shown.returncode, shown.stderr), (1, "wayfind: cannot record to /dev/full: No space left on device\n"))
             self.assertEqual(shown.stdout, self.show(subject).stdout)
 
     def test_missing_file(self):
         self.assert_fails(run("recording", self.file), self.file, "No such file")
+
+    def test_of_a_pipe_lacks_nothing(self):
+        self.start_agent()
+        os.mkfifo(self.file)
+        copy = self.folder / "copy"
+        with open(copy, "wb") as target, subprocess.Popen(["cat", str(self.file)], stdout=target):
+            shown = self.show("hop-chan", "--record", self.file)
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        self.assertEqual(copy.read_text().count("<fwe_ui_wayfind time="), 127)

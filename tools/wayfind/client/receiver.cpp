@@ -1,5 +1,6 @@
 #include "tools/wayfind/client/receiver.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "ork/orklib.h"
@@ -38,8 +39,9 @@ std::string reason_of(uint32_t err) {
 
 }  // namespace
 
-Receiver::Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer)
-    : handle_(handle), subject_(subject), printer_(printer) {
+Receiver::Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer,
+                   Recorder& recorder)
+    : handle_(handle), subject_(subject), printer_(printer), recorder_(recorder) {
   uint32_t err = 0;
   dispatcher_.reset(ork_dispatcher_create(&err));
   expect_done(err, "no dispatcher");
@@ -74,16 +76,20 @@ void Receiver::add(const ork_dispatch_entry& entry, const Known& known) {
 void Receiver::take(std::span<const uint8_t> frame) {
   ++frames_;
   const std::string luid = luid_at(frame.data() + ORK_MESSAGE_HEADER_WIRE_SIZE);
-  if (!known_.contains(luid)) {
+  const auto found = known_.find(luid);
+  if (found == known_.end()) {
     throw Failure("frame " + std::to_string(frames_) + " has LUID " + hexadecimal(luid) +
                   ", which this release does not know; ask with the release of the agent");
   }
+  const Known& known = found->second;
+  recorder_.before_message();
   uint32_t err = 0;
   ork_dispatch(dispatcher_.get(), handle_, ORK_NO_INSTANCE, this, frame.data(),
                static_cast<uint32_t>(frame.size()), &err);
   if (failure_) std::rethrow_exception(failure_);
   if (err == ENOMEM) throw Failure(described(frame) + " asks for more memory than a show may have");
   if (err != 0) throw Failure(described(frame) + " " + reason_of(err));
+  if (known.type != nullptr) recorder_.after_message(known.name);
   if (luid == luid_at(subject_.bundle->luids[abort_])) {
     throw Failure("the agent gave up show " + subject_.name +
                   " in the middle; see what it reported");
@@ -111,35 +117,39 @@ void Receiver::print_bundle() {
   const std::string name = orklib_in_dispatch_message_info(handle_, nullptr)->name;
   if (name != subject_.bundle->name)
     throw Failure("the agent answers with " + name + " instead of " + subject_.bundle->name);
-  std::map<const MessageType*, size_t> seen;
-  for (const ork_bundle_member* member = nullptr;
-       (member = ork_bundle_next(handle_, member)) != nullptr;)
-    allowed(*member, seen);
+  check_members();
   printer_.open(name);
   for (const ork_bundle_member* member = nullptr;
-       (member = ork_bundle_next(handle_, member)) != nullptr;) {
-    printer_.print(*known_.at(luid_at(ork_bundle_member_info(member)->luid)).type,
-                   ork_bundle_member_message(member));
-  }
+       (member = ork_bundle_next(handle_, member)) != nullptr;)
+    printer_.print(type_of(*member), ork_bundle_member_message(member));
   printer_.close(name);
 }
 
 // The library keeps what comes between start and commit; what the bundle's table allows is looked
-// at here.
-const MessageType& Receiver::allowed(const ork_bundle_member& member,
-                                     std::map<const MessageType*, size_t>& seen) const {
-  const MessageType& type = *known_.at(luid_at(ork_bundle_member_info(&member)->luid)).type;
-  const wayfind_bundle& bundle = *subject_.bundle;
-  for (unsigned i = 0; i < bundle.member_count; ++i) {
-    if (bundle.members[i].message != type.schema) continue;
-    if (++seen[&type] > 1 && bundle.members[i].repeatable == 0) {
-      throw Failure("the agent's show " + subject_.name + " holds more than one " +
-                    type.schema->name);
-    }
-    return type;
+// at here. What does not belong in it ends the show; what came too often is printed first.
+void Receiver::check_members() {
+  std::map<const MessageType*, size_t> seen;
+  for (const ork_bundle_member* member = nullptr;
+       (member = ork_bundle_next(handle_, member)) != nullptr;) {
+    const MessageType& type = type_of(*member);
+    if (row_of(type).repeatable == 0 && ++seen[&type] == 2)
+      objection_ = "the agent's show " + subject_.name + " holds more than one " +
+                   type.schema->name + "; see what it reported";
   }
+}
+
+const wayfind_member& Receiver::row_of(const MessageType& type) const {
+  const wayfind_member* const begin = subject_.bundle->members;
+  const wayfind_member* const end = begin + subject_.bundle->member_count;
+  const auto* found = std::find_if(
+      begin, end, [&](const wayfind_member& row) { return row.message == type.schema; });
+  if (found != end) return *found;
   throw Failure("the agent's show " + subject_.name + " holds a " + type.schema->name +
                 ", which does not belong in it");
+}
+
+const MessageType& Receiver::type_of(const ork_bundle_member& member) const {
+  return *known_.at(luid_at(ork_bundle_member_info(&member)->luid)).type;
 }
 
 }  // namespace wayfind

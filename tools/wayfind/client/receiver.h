@@ -8,18 +8,22 @@
 
 #include "tools/common/owned.h"
 #include "tools/wayfind/client/message_printer.h"
+#include "tools/wayfind/client/recorder.h"
 #include "tools/wayfind/data/subject.h"
 
 namespace wayfind {
 
 class Receiver {
  public:
-  Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer);
+  Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer, Recorder& recorder);
 
   // Anything but the frames of the show that was asked for is a Failure.
   void take(std::span<const uint8_t> frame);
 
   bool committed() const { return committed_; }
+
+  // What is wrong with the show that was printed all the same; empty when nothing is.
+  const std::string& objection() const { return objection_; }
 
  private:
   struct Known {
@@ -32,17 +36,20 @@ class Receiver {
   void add(const ork_dispatch_entry& entry, const Known& known);
   static void on_commit(ork_handle* handle, uint32_t instance, void* ctx, uint32_t* err);
   void print_bundle();
-  const MessageType& allowed(const ork_bundle_member& member,
-                             std::map<const MessageType*, size_t>& seen) const;
+  void check_members();
+  const wayfind_member& row_of(const MessageType& type) const;
+  const MessageType& type_of(const ork_bundle_member& member) const;
   std::string described(std::span<const uint8_t> frame) const;
 
   ork_handle* handle_;
   const Subject& subject_;
   MessagePrinter& printer_;
+  Recorder& recorder_;
   Dispatcher dispatcher_;
   std::map<std::string, Known> known_;  // by LUID
   size_t frames_ = 0;
   bool committed_ = false;
+  std::string objection_;
   std::exception_ptr failure_;
 };
 

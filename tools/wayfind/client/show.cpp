@@ -6,6 +6,7 @@
 #include "tools/common/log.h"
 #include "tools/wayfind/client/agent_link.h"
 #include "tools/wayfind/client/receiver.h"
+#include "tools/wayfind/client/recorder.h"
 #include "tools/wayfind/commands.h"
 #include "tools/wayfind/data/subject.h"
 #include "tools/wayfind/link/lowering.h"
@@ -23,36 +24,6 @@ struct ShowOptions {
   Session session;
 };
 
-// Messages that come in while it lives are recorded.
-class Recording {
- public:
-  explicit Recording(const std::string& path) : path_(path) {
-    if (path_.empty()) return;
-    uint32_t err = 0;
-    ork_recorder_open(path_.c_str(), &err);
-    expect(err);
-    ork_recorder_switch(1);
-  }
-  ~Recording() {
-    uint32_t lost = 0;
-    ork_recorder_close(&lost);
-  }
-  Recording(const Recording&) = delete;
-  Recording& operator=(const Recording&) = delete;
-
-  // Throws unless all of it is in the file.
-  void finish() const {
-    uint32_t err = 0;
-    ork_recorder_close(&err);
-    expect(err);
-  }
-
- private:
-  void expect(uint32_t err) const { expect_done(err, "cannot record to " + path_); }
-
-  const std::string& path_;
-};
-
 void note(const char* what, const std::string& list) {
   if (!list.empty()) report(what + list);
 }
@@ -67,11 +38,14 @@ void run(ShowOptions& options) {
   note("lowered for this release: ", lowered(*subject.bundle, *agents, *own));
   note("the agent's release is older: ", lowered(*subject.bundle, *own, *agents));
   link.ask(subject.name);
-  const Recording recording(options.recording);
+  Recorder recorder(options.recording);
   MessagePrinter printer(handle.get(), format_named(options.format));
-  for (Receiver receiver(handle.get(), subject, printer); !receiver.committed();)
-    receiver.take(link.next_frame());
-  recording.finish();
+  Receiver receiver(handle.get(), subject, printer, recorder);
+  while (!receiver.committed()) receiver.take(link.next_frame());
+  std::string wrong = receiver.objection();
+  if (const std::string lost = recorder.finish(); !lost.empty())
+    wrong += (wrong.empty() ? "" : "; ") + lost;
+  if (!wrong.empty()) throw Failure(wrong);
 }
 
 std::string subject_lines() {
