@@ -8,7 +8,7 @@ import threading
 import time
 from concurrent import futures
 
-from product import OLD_RELEASE, PATIENCE, WAYFIND, Agent, Case, RawClient, TREE, greeting, run
+from product import OLD_RELEASE, PATIENCE, WAYFIND, Agent, Case, RawClient, TREE, greeting, preloaded, run
 from schema import CL, SUBJECTS, Data, schema
 
 
@@ -263,8 +263,8 @@ class AgentOutOfMemory(Case):
 
     def setUp(self):
         super().setUp()
-        self.agent = self.start_agent(environment={"LD_PRELOAD": os.environ["WAYFIND_FAILING_PLATFORM"], "WAYFIND_REFUSED_MESSAGE": "5"})
-        self.aborted = "client 1: show hop-chan aborted: message 5, fwe_cl_wayfind_hop_chan_msg, cannot be sent: Cannot allocate memory"
+        self.agent = self.start_agent(environment=preloaded(refused_message=5))
+        self.aborted = "): show hop-chan aborted: message 5, fwe_cl_wayfind_hop_chan_msg, cannot be sent: Cannot allocate memory"
 
     def test_gives_up_its_show_and_serves_the_next_client(self):
         result = self.show("hop-chan")
@@ -273,7 +273,7 @@ class AgentOutOfMemory(Case):
         self.assertIn(self.aborted, self.agent.log())
         result = self.show("hop-chan")
         self.assertEqual((result.returncode, result.stdout.count("hop_chan_id:")), (0, 126))
-        self.assertIn("client 2: show hop-chan, 127 messages\n", self.agent.log())
+        self.assertRegex(self.agent.log(), r"client 2 \(uid \d+, pid \d+\): show hop-chan, 127 messages\n")
 
     def test_gives_up_its_show_and_goes_on_with_the_connection(self):
         abort, commit = (bytes.fromhex(luid) for luid in schema()["bundles"][SUBJECTS["hop-chan"]]["luids"][1:])

@@ -20,6 +20,7 @@ namespace {
 
 void prepare_output() {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   int place = -1;
   do
     place =

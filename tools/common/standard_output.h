@@ -5,9 +5,9 @@
 
 namespace wayfind {
 
-// To be called before anything is opened. A reader that goes leaves an error behind instead of
-// ending the process, and what is opened later never takes the place of a descriptor that was
-// closed from the start.
+// To be called before anything is opened. A reader that goes, and a file that grows past the limit
+// of the process, leave an error behind instead of ending the process, and what is opened later
+// never takes the place of a descriptor that was closed from the start.
 void prepare_output();
 
 // Fails when the text cannot be written.

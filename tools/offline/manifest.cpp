@@ -3,8 +3,8 @@
 #include <cstdio>
 
 #include "tools/common/failure.h"
-#include "tools/common/log.h"
 #include "tools/common/printable.h"
+#include "tools/common/report.h"
 #include "tools/common/standard_output.h"
 #include "tools/offline/commands.h"
 #include "tools/offline/manifest_diff.h"
@@ -62,7 +62,7 @@ int diff(const Options& options) {
     expect_written();  // a verdict that nobody could read is none
     return status;
   } catch (const std::exception& exception) {  // files too large for the memory end here too
-    report(exception.what());
+    report(words_for(exception));
     return no_answer;
   }
 }

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/common/log.h"
 #include "tools/common/printable.h"
+#include "tools/common/report.h"
 #include "tools/common/standard_output.h"
 #include "tools/offline/commands.h"
 #include "tools/wayfind/commands.h"
@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
     if (status == 0) wayfind::expect_written();
     return status;
   } catch (const std::exception& exception) {
-    wayfind::report(exception.what());
+    wayfind::report(wayfind::words_for(exception));
     return 1;
   }
 }

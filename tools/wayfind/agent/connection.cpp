@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "tools/common/failure.h"
-#include "tools/common/log.h"
+#include "tools/common/printable.h"
 #include "tools/common/release.h"
 #include "tools/wayfind/link/lowering.h"
 #include "tools/wayfind/link/protocol.h"
@@ -24,13 +24,15 @@ bool would_wait() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == E
 }  // namespace
 
 Connection::Connection(Descriptor socket, Handle handle, DataFolder& data, Refresh refresh,
-                       const std::string& name)
+                       const Patience& patience, Log& log, const std::string& name)
     : socket_(std::move(socket)),
       handle_(std::move(handle)),
       data_(data),
       refresh_(refresh),
-      name_(name),
-      own_(announcement(*handle_)) {
+      patience_(patience),
+      log_(log, name),
+      own_(announcement(*handle_)),
+      pace_(patience.deadline) {
   put(announcement_text(*own_));
 }
 
@@ -46,11 +48,26 @@ bool Connection::serve(short events) {
   do {
     const bool was_held_back = is_full();
     const bool took = take_input();
+    watch_input(took);
     make_frames();
     if (!flush()) return false;
     goes_on = was_held_back || took || answer_;
   } while (!has_output() && goes_on);
   return has_output() || !(closing_ || input_ended_);
+}
+
+std::string Connection::overdue() const {
+  const auto now = Clock::now();
+  const auto seconds = [](std::chrono::seconds limit) {
+    return std::to_string(limit.count()) + " s";
+  };
+  if (!showing_ && last_progress_ + patience_.silence < now)
+    return "silent for " + seconds(patience_.silence);
+  if (!began_ || *began_ + patience_.deadline > now) return "";
+  const char* const what = closing_                       ? "does not take its last answer"
+                           : expects_ == Expects::request ? "has begun a request"
+                                                          : "has not announced its release";
+  return what + (" for " + seconds(patience_.deadline));
 }
 
 bool Connection::is_full() const { return outbox_.size() >= outbox_enough; }
@@ -61,6 +78,7 @@ bool Connection::receive() {
   input_ended_ = got == 0;
   if (got > 0) has_spoken_ = true;
   last_progress_ = Clock::now();
+  pace_.moved(static_cast<size_t>(got));
   return true;
 }
 
@@ -71,10 +89,23 @@ bool Connection::flush() {
     if (sent < 0) return would_wait();
     sent_ += static_cast<size_t>(sent);
     last_progress_ = Clock::now();
+    pace_.moved(static_cast<size_t>(sent));
   }
   outbox_.clear();
   sent_ = 0;
+  showing_ = showing_ && answer_;
   return true;
+}
+
+// Starts the clock with the first byte of a request. While the agent holds the client back, it is
+// not the client that takes its time.
+void Connection::watch_input(bool took) {
+  if (closing_ || expects_ != Expects::request) return;
+  if (answer_ || is_full() || inbox_.bytes().empty()) {
+    began_.reset();
+  } else if (took || !began_) {
+    began_ = Clock::now();
+  }
 }
 
 // Takes what has come, up to a request. False when there was nothing to take.
@@ -85,6 +116,7 @@ bool Connection::take_input() {
   } catch (const Failure& failure) {
     refuse(failure.what());
     closing_ = true;
+    began_ = Clock::now();
   }
   return took;
 }
@@ -104,7 +136,7 @@ bool Connection::take_item() {
       if (!text) return false;
       peer_ = parse_release(*text, "the announcement");
       uint32_t err = 0;
-      ork_handle_set_peer(handle_.get(), name_.c_str(), peer_.get(), &err);
+      ork_handle_set_peer(handle_.get(), log_.client().c_str(), peer_.get(), &err);
       expect_done(err, "the announcement");
       expects_ = Expects::request;
       return true;
@@ -121,18 +153,20 @@ bool Connection::take_item() {
 
 void Connection::begin_answer(const std::string& name) {
   const Subject* subject = find_subject(name);
-  if (subject == nullptr) return refuse("there is no show " + name);
+  if (subject == nullptr) return refuse("there is no show " + quoted(name));
   try {
     refresh_(data_, *subject);
     answer_.emplace(*subject, data_, handle_.get());
     put(acceptance());
+    showing_ = true;
+    pace_.begin();
   } catch (const Failure& failure) {
     refuse(failure.what());
   }
 }
 
 void Connection::refuse(const std::string& reason) {
-  log(name_ + ": " + reason);
+  log_.line(reason);
   put(refusal(reason));
 }
 
@@ -142,11 +176,10 @@ void Connection::make_frames() {
     while (!answer_->done() && !is_full()) answer_->append_next(outbox_);
     if (!answer_->done()) return;
     const std::string less = lowered(*answer_->subject().bundle, *own_, *peer_);
-    log(name_ + ": show " + answer_->subject().name + ", " +
-        std::to_string(answer_->messages_sent()) + " messages" +
-        (less.empty() ? "" : "; lowered: " + less));
+    log_.line("show " + answer_->subject().name + ", " + std::to_string(answer_->messages_sent()) +
+              " messages" + (less.empty() ? "" : "; lowered: " + less));
   } catch (const Failure& failure) {
-    log(name_ + ": " + failure.what());
+    log_.line(failure.what());
   }
   answer_.reset();
 }

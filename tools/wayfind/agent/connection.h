@@ -8,20 +8,28 @@
 
 #include "tools/common/owned.h"
 #include "tools/wayfind/agent/answer.h"
+#include "tools/wayfind/agent/log.h"
 #include "tools/wayfind/data/data_folder.h"
 #include "tools/wayfind/link/inbox.h"
+#include "tools/wayfind/link/pace.h"
 
 namespace wayfind {
 
+// How long a client may take.
+struct Patience {
+  std::chrono::seconds silence;   // between requests
+  std::chrono::seconds deadline;  // for its greeting, for a request, and to fall behind the rate
+};
+
 class Connection {
  public:
-  using Clock = std::chrono::steady_clock;
+  using Clock = Pace::Clock;
   // Called before a show is answered from the data.
   using Refresh = void (*)(DataFolder&, const Subject&);
 
-  // The handle is the connection's; the data outlives it.
+  // The handle is the connection's; data and log outlive it.
   Connection(Descriptor socket, Handle handle, DataFolder& data, Refresh refresh,
-             const std::string& name);
+             const Patience& patience, Log& log, const std::string& name);
 
   int socket() const { return socket_.get(); }
 
@@ -34,16 +42,20 @@ class Connection {
   // Whether it has said anything: who only looks whether somebody listens has not.
   bool has_spoken() const { return has_spoken_; }
 
-  // When a byte last came or went.
-  Clock::time_point last_progress() const { return last_progress_; }
+  // Why it has had its time; empty while it may go on. A show has no end of its time.
+  std::string overdue() const;
 
-  const std::string& name() const { return name_; }
+  // Until when it keeps to the least rate. One that does not gives its place to those who wait.
+  Clock::time_point due() const { return pace_.due(); }
+
+  ClientLog& log() { return log_; }
 
  private:
   enum class Expects { greeting, announcement, request };
 
   bool receive();
   bool flush();
+  void watch_input(bool took);
   bool take_input();
   bool take_item();
   void begin_answer(const std::string& subject);
@@ -58,7 +70,8 @@ class Connection {
   Handle handle_;
   DataFolder& data_;
   Refresh refresh_;
-  std::string name_;
+  const Patience& patience_;
+  ClientLog log_;
   Inbox inbox_;
   Expects expects_ = Expects::greeting;
   size_t announced_ = 0;
@@ -70,7 +83,11 @@ class Connection {
   bool has_spoken_ = false;
   bool input_ended_ = false;
   bool closing_ = false;  // nothing more is read; over when the outbox is empty
-  Clock::time_point last_progress_ = Clock::now();
+  bool showing_ = false;  // the client has not taken all of a show
+  Pace pace_;
+  Clock::time_point last_progress_ = Clock::now();  // when a byte last came or went
+  // Since when the client is at its greeting or a request, or has to take what ends its connection.
+  std::optional<Clock::time_point> began_ = Clock::now();
 };
 
 }  // namespace wayfind

@@ -3,12 +3,14 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 
 #include "tools/common/failure.h"
-#include "tools/common/log.h"
+#include "tools/common/report.h"
 
 namespace wayfind {
 namespace {
@@ -18,25 +20,50 @@ constexpr int tick_ms = 500;
 
 // SIGINT and SIGTERM as something to read, so that the loop ends between two clients and the
 // socket's file goes.
-Descriptor end_signals() {
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, SIGINT);
-  sigaddset(&set, SIGTERM);
-  sigprocmask(SIG_BLOCK, &set, nullptr);
-  Descriptor made(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-  if (made.get() < 0) throw Failure("no signals: " + words_for(errno));
-  return made;
-}
+class EndSignals {
+ public:
+  EndSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    sigprocmask(SIG_BLOCK, &set, &before_);
+    place_ = Descriptor(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (place_.get() < 0) throw Failure("no signals: " + words_for(errno));
+  }
+  // What is told behind the loop may have to be waited for, and another signal has to end that.
+  ~EndSignals() {
+    signalfd_siginfo taken{};
+    while (read(place_.get(), &taken, sizeof taken) > 0) continue;
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+  }
+  EndSignals(const EndSignals&) = delete;
+  EndSignals& operator=(const EndSignals&) = delete;
+
+  int get() const { return place_.get(); }
+
+ private:
+  sigset_t before_{};
+  Descriptor place_;
+};
 
 // Whatever happens to one client, the others are served on.
 bool serve_client(Connection& client, short events) {
   try {
     return client.serve(events);
   } catch (const std::exception& exception) {
-    log(client.name() + ": let go: " + exception.what());
+    client.log().line("let go: " + words_for(exception));
     return false;
   }
+}
+
+// The process that connected, as the kernel tells it.
+std::string name_of(unsigned number, int socket) {
+  const std::string name = "client " + std::to_string(number);
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return name;
+  return name + " (uid " + std::to_string(peer.uid) + ", pid " + std::to_string(peer.pid) + ")";
 }
 
 }  // namespace
@@ -47,15 +74,15 @@ Server::Server(const ServerOptions& options, const Session& session, ork_storage
       session_(session),
       storage_(storage),
       data_(data),
-      listener_(options.path) {}
+      listener_(options.path, options.mode) {}
 
 void Server::run() {
-  const Descriptor signals = end_signals();
-  log("listening at " + options_.path);
+  const EndSignals signals;
+  log_.line("listening at " + options_.path);
   for (;;) {
-    // At the limit new clients wait in the socket's queue.
+    // With all places taken new clients wait in the socket's queue, and are looked for at each tick.
     std::vector<pollfd> places{{signals.get(), POLLIN, 0},
-                               {clients_.size() < most_clients ? listener_.get() : -1, POLLIN, 0}};
+                               {is_full() ? -1 : listener_.get(), POLLIN, 0}};
     for (const Connection& client : clients_)
       places.push_back({client.socket(), client.wanted_events(), 0});
     if (poll(places.data(), places.size(), tick_ms) < 0 && errno != EINTR)
@@ -64,11 +91,21 @@ void Server::run() {
     std::vector<short> events;
     for (size_t i = 2; i < places.size(); ++i) events.push_back(places[i].revents);
     serve_clients(events);
-    let_idle_clients_go();
+    let_overdue_clients_go();
+    if (is_full() && somebody_waits()) make_place();
     if (served_ && options_.once) break;
-    if (places[1].revents != 0) accept_client();
+    if (!is_full() && somebody_waits()) accept_client();
+    log_.catch_up();
   }
-  log("ended");
+  clients_.clear();
+  log_.line("ended");
+}
+
+bool Server::is_full() const { return clients_.size() >= most_clients; }
+
+bool Server::somebody_waits() const {
+  pollfd place{listener_.get(), POLLIN, 0};
+  return poll(&place, 1, 0) == 1;
 }
 
 template <class Ends>
@@ -89,7 +126,6 @@ void Server::serve_clients(const std::vector<short>& events) {
 }
 
 void Server::accept_client() {
-  const std::string name = "client " + std::to_string(accepted_ + 1);
   Descriptor socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (socket.get() < 0) {
     // Without descriptors the client stays in the queue; a pause keeps the loop from spinning on
@@ -98,23 +134,32 @@ void Server::accept_client() {
       poll(nullptr, 0, tick_ms);
     return;
   }
-  ++accepted_;
+  const std::string name = name_of(++accepted_, socket.get());
   try {
     clients_.emplace_back(std::move(socket), session_.make_handle(storage_), data_,
-                          options_.refresh, name);
+                          options_.refresh, options_.patience, log_, name);
   } catch (const std::exception& exception) {
-    log(name + ": turned away: " + exception.what());
+    log_.line(name + ": turned away: " + words_for(exception));
   }
 }
 
-void Server::let_idle_clients_go() {
-  const auto limit = Connection::Clock::now() - std::chrono::seconds(options_.idle_limit);
-  remove_clients([&](const Connection& client) {
-    const bool idle = client.last_progress() < limit;
-    if (idle)
-      log(client.name() + ": let go, silent for " + std::to_string(options_.idle_limit) + " s");
-    return idle;
+void Server::let_overdue_clients_go() {
+  remove_clients([](Connection& client) {
+    const std::string reason = client.overdue();
+    if (!reason.empty()) client.log().line("let go, " + reason);
+    return !reason.empty();
   });
+}
+
+// Of those who do not keep to the least rate the one that is furthest behind goes.
+void Server::make_place() {
+  const auto last =
+      std::min_element(clients_.begin(), clients_.end(),
+                       [](const Connection& a, const Connection& b) { return a.due() < b.due(); });
+  if (last->due() >= Connection::Clock::now()) return;
+  last->log().line("let go for one who waits, slower than " + std::to_string(least_rate) +
+                   " bytes a second");
+  remove_clients([&](const Connection& client) { return &client == &*last; });
 }
 
 }  // namespace wayfind

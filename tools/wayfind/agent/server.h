@@ -1,6 +1,8 @@
 // The agent's loop: takes clients and serves all of them at once until a signal ends it.
 #pragma once
 
+#include <sys/types.h>
+
 #include <list>
 
 #include "tools/wayfind/agent/connection.h"
@@ -11,9 +13,10 @@ namespace wayfind {
 
 struct ServerOptions {
   std::string path;
+  mode_t mode = 0600;  // of the socket
   Connection::Refresh refresh;
-  unsigned idle_limit;  // seconds without a byte after which a client is let go
-  bool once;            // end with the first client that has said something
+  Patience patience;
+  bool once;  // end with the first client that has said something
 };
 
 class Server {
@@ -26,9 +29,12 @@ class Server {
   void run();
 
  private:
+  bool is_full() const;
+  bool somebody_waits() const;
   void accept_client();
   void serve_clients(const std::vector<short>& events);
-  void let_idle_clients_go();
+  void let_overdue_clients_go();
+  void make_place();
   template <class Ends>
   void remove_clients(Ends ends);
 
@@ -37,6 +43,7 @@ class Server {
   ork_storage* storage_;
   DataFolder& data_;
   Listener listener_;
+  Log log_;
   std::list<Connection> clients_;
   unsigned accepted_ = 0;
   bool served_ = false;  // a client that has said something has gone

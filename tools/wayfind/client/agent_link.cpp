@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "tools/common/failure.h"
@@ -18,7 +19,11 @@ constexpr uint32_t longest_frame = uint32_t{64} << 20;
 }  // namespace
 
 AgentLink::AgentLink(const std::string& path, unsigned patience)
-    : path_(path), patience_(patience), socket_(connect_to_agent(path, patience)) {}
+    : path_(path),
+      patience_(patience),
+      socket_(connect_to_agent(path, patience)),
+      pace_(std::chrono::seconds(patience)),
+      until_(pace_.due()) {}
 
 TypeList AgentLink::exchange(const ork_type_list& own) {
   say(announcement_text(own));
@@ -31,8 +36,11 @@ TypeList AgentLink::exchange(const ork_type_list& own) {
 }
 
 void AgentLink::ask(const std::string& subject) {
+  pace_.begin();
+  until_ = pace_.due();
   say(request(subject));
   expect_acceptance(line("its answer"));
+  pace_.begin();
 }
 
 std::span<const uint8_t> AgentLink::next_frame() {
@@ -55,6 +63,7 @@ std::span<const uint8_t> AgentLink::next_frame() {
     if (length != 0)
       meanwhile +=
           " (" + std::to_string(have) + " of " + std::to_string(length) + " bytes have come)";
+    until_ = pace_.due();
     wait_for_more(meanwhile);
   }
 }
@@ -68,18 +77,31 @@ void AgentLink::say(const std::string& text) {
 }
 
 void AgentLink::wait_for_more(const std::string& meanwhile) {
+  using std::chrono::milliseconds;
   pollfd place{socket_.get(), POLLIN, 0};
   int ready = 0;
-  do ready = poll(&place, 1, static_cast<int>(patience_) * 1000);
-  while (ready < 0 && errno == EINTR);
-  if (ready == 0)
-    throw Failure("the agent is silent for " + std::to_string(patience_) + " s before " +
-                  meanwhile + "; see what it does, or ask with a longer --timeout");
+  do {
+    const auto left = std::chrono::ceil<milliseconds>(until_ - Pace::Clock::now());
+    ready = poll(&place, 1, static_cast<int>(std::max(left, milliseconds(0)).count()));
+    if (ready == 0 && left <= milliseconds(0)) fail_late(meanwhile);
+  } while (ready <= 0 && (ready == 0 || errno == EINTR));
   const ssize_t got = inbox_.fill(socket_.get());
+  if (got > 0) {
+    pace_.moved(static_cast<size_t>(got));
+    last_byte_ = Pace::Clock::now();
+  }
   if (got > 0 || (got < 0 && errno == EINTR)) return;
   const std::string how = got < 0 ? " (" + words_for(errno) + ")" : "";
   throw Failure("the agent hung up before " + meanwhile + how +
                 "; see what it reported, then ask again");
+}
+
+void AgentLink::fail_late(const std::string& meanwhile) const {
+  const std::chrono::seconds patience(patience_);
+  const bool is_silent = Pace::Clock::now() - last_byte_ >= patience;
+  throw Failure("the agent is " + std::string(is_silent ? "silent" : "too slow") + " for " +
+                std::to_string(patience_) + " s before " + meanwhile +
+                "; see what it does, or ask with a longer --timeout");
 }
 
 std::string AgentLink::line(const std::string& what) {

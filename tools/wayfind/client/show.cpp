@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "tools/common/failure.h"
-#include "tools/common/log.h"
+#include "tools/common/report.h"
 #include "tools/wayfind/client/agent_link.h"
 #include "tools/wayfind/client/receiver.h"
 #include "tools/wayfind/client/recorder.h"

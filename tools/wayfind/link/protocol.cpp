@@ -28,7 +28,7 @@ size_t announced_length(const std::string& line) {
   const auto result = greets ? std::from_chars(line.data() + greeting.size(), end, length)
                              : std::from_chars_result{end, std::errc::invalid_argument};
   if (result.ec != std::errc() || result.ptr != end || length > longest_announcement) {
-    throw Failure("the first line is no greeting of wayfind: " + line);
+    throw Failure("the first line is no greeting of wayfind: " + quoted(line));
   }
   return length;
 }
@@ -36,7 +36,7 @@ size_t announced_length(const std::string& line) {
 std::string request(const std::string& subject) { return std::string(show) + subject + "\n"; }
 
 std::string requested_subject(const std::string& line) {
-  if (!line.starts_with(show)) throw Failure("no request: " + line);
+  if (!line.starts_with(show)) throw Failure("no request: " + quoted(line));
   return line.substr(show.size());
 }
 
@@ -49,7 +49,7 @@ std::string refusal(const std::string& reason) {
 void expect_acceptance(const std::string& line) {
   if (line == ok) return;
   if (line.starts_with(error)) throw Failure("the agent refuses: " + line.substr(error.size()));
-  throw Failure("the agent answers a request with what is no answer: " + line);
+  throw Failure("the agent answers a request with what is no answer: " + quoted(line));
 }
 
 }  // namespace wayfind

@@ -87,10 +87,13 @@ Descriptor connect_to_agent(const std::string& path, unsigned patience) {
   return made;
 }
 
-Listener::Listener(const std::string& path) : path_(path), socket_(new_socket(SOCK_NONBLOCK)) {
+Listener::Listener(const std::string& path, mode_t mode)
+    : path_(path), socket_(new_socket(SOCK_NONBLOCK)) {
   const Descriptor lock = lock_folder_of(path);
   remove_stale_socket(path);
+  const mode_t mask = umask(~mode & 0777);
   const int number = with_address<bind>(socket_, path);
+  umask(mask);
   if (number != 0) throw Failure("cannot listen at " + path + ": " + words_for(number));
   struct stat status {};
   if (lstat(path.c_str(), &status) == 0) {

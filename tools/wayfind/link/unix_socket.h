@@ -1,6 +1,8 @@
 // Stream sockets with a path in the file system.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 #include "tools/common/owned.h"
@@ -14,8 +16,9 @@ Descriptor connect_to_agent(const std::string& path, unsigned patience);
 // another one there.
 class Listener {
  public:
-  // Takes over the path of an agent that is gone; one that still answers is left alone.
-  explicit Listener(const std::string& path);
+  // Takes over the path of an agent that is gone; one that still answers is left alone. The file has
+  // this mode from the start, whatever the process's mask.
+  Listener(const std::string& path, mode_t mode);
   ~Listener();
   Listener(const Listener&) = delete;
   Listener& operator=(const Listener&) = delete;
