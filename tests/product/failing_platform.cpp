@@ -1,8 +1,8 @@
 // Preloaded into the command it stands in front of the runtime and refuses what a variable of the
 // environment tells, for want of memory: WAYFIND_REFUSED_MESSAGE one message of a bundle, counted
 // from 1 over all that the process sends, WAYFIND_REFUSED_LIST one text of a type list. Others tell
-// it to count: WAYFIND_COUNTED_TAG names an element, and how often that was begun is written to the
-// file WAYFIND_COUNT when the process ends.
+// it to count: WAYFIND_COUNTED_TAG names an element, or is "message" for the text of any, and how
+// often one was begun, a text at both its ends, is written to the file WAYFIND_COUNT at the end.
 #include <dlfcn.h>
 
 #include <cerrno>
@@ -47,6 +47,14 @@ extern "C" uint32_t start_tag(ork_handle* handle, uint32_t instance, char* buffe
   if (count.tag != nullptr && std::strcmp(tag, count.tag) == 0) ++count.begun;
   static const auto write = next<decltype(start_tag)>("start_tag");
   return write(handle, instance, buffer, tag, remaining, state, err);
+}
+
+// The text of a message begins and ends with one of no blanks.
+extern "C" uint32_t ork_print_space(ork_handle* handle, uint32_t instance, char* buffer,
+                                    uint32_t indent, int32_t remaining, uint32_t* err) {
+  if (count.tag != nullptr && std::strcmp(count.tag, "message") == 0 && indent == 0) ++count.begun;
+  static const auto write = next<decltype(ork_print_space)>("ork_print_space");
+  return write(handle, instance, buffer, indent, remaining, err);
 }
 
 extern "C" size_t ork_type_list_text(const ork_type_list* list, char* buffer, size_t size) {

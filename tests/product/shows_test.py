@@ -6,7 +6,7 @@ import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from product import OLD_RELEASE, WAYFIND, Case
+from product import OLD_RELEASE, WAYFIND, Case, environment_with, preloaded, run
 from schema import CL, SUBJECTS, Data, schema
 from shown_xml import Comparison
 
@@ -159,6 +159,66 @@ class Output(ShowCase):
         self.start_agent("--tracking", "on")
         xml = self.show("hop-chan", "--tracking", "on", "--format", "xml").stdout
         self.assertRegex(xml, r'<num_hop_chans state="\d+">126</num_hop_chans>')
+
+    def passes(self, subject, counted, *options):
+        """How often a show begins to write an element, or begins or ends the text of a message; and the show."""
+        count = self.folder / "count"
+        variables = preloaded(counted_tag=counted, count=count)
+        shown = self.show(subject, *options, env=environment_with(*variables))
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        return int(count.read_text()), shown.stdout
+
+    def test_each_message_is_printed_in_one_pass(self):
+        for tracking in ("off", "on"):
+            agent = self.start_with(Data(10, seed=tracking), "--tracking", tracking)
+            for subject, bundle in SUBJECTS.items():
+                for message, _ in schema()["bundles"][bundle]["members"]:
+                    passes, xml = self.passes(subject, message, "--format", "xml", "--tracking", tracking)
+                    self.assertEqual(passes, xml.count(f"<{message}>"), (subject, message))
+                passes, text = self.passes(subject, "message", "--tracking", tracking)
+                self.assertEqual(passes, 2 * text.count("message@"), subject)
+            agent.stop()
+            self.doCleanups()
+            self.setUp()
+
+    def test_long_arrays_are_printed_in_one_pass(self):
+        many = 200_000
+        for subject, record, path, element in (
+                ("channel", "channel_data", "chan/src_intf", "<src_intf_id>255</src_intf_id>"),
+                ("selection", "select_flow_data", "sel_all_policies", "<policy/>")):
+            folder = self.folder / subject
+            folder.mkdir()
+            opened = "".join(f"<{name}>" for name in path.split("/"))
+            closed = "".join(f"</{name}>" for name in reversed(path.split("/")))
+            (folder / "data.xml").write_text(f"<{CL}{record}>{opened}{element * (many // (1 if subject == 'channel' else 20))}{closed}</{CL}{record}>")
+            self.start_agent(data=folder)
+            message = CL + record.removesuffix("_data") + "_msg"
+            self.assertEqual(self.passes(subject, message, "--format", "xml")[0], 1)
+            passes, text = self.passes(subject, "message")
+            self.assertEqual(passes, 2 * text.count("message@"))
+            self.doCleanups()
+            self.setUp()
+
+    def test_characters_that_are_not_seen_are_escaped(self):
+        folder = self.folder / "data"
+        folder.mkdir()
+        (folder / "intf.xml").write_text(f"<{CL}intf_data><if_name>a\u202eb\u200bc\u00e9</if_name></{CL}intf_data>", encoding="utf-8")
+        self.start_agent(data=folder)
+        recording = self.folder / "recording"
+        for shown in (self.show("intf"), self.show("intf", "--format", "xml", "--record", recording), run("recording", recording)):
+            self.assertIn("a\\xe2\\x80\\xaeb\\xe2\\x80\\x8bc\u00e9", shown.stdout)
+
+    def test_escaped_characters_read_back(self):
+        folder = self.folder / "data"
+        folder.mkdir()
+        (folder / "intf.xml").write_text(f"<{CL}intf_data><if_name>a\u202eb</if_name></{CL}intf_data>", encoding="utf-8")
+        self.start_agent(data=folder)
+        shown = self.show("intf", "--format", "xml").stdout
+        self.doCleanups()
+        self.setUp()
+        (self.folder / "again.xml").write_text(shown)
+        self.start_agent(data=self.folder)
+        self.assertEqual(self.show("intf", "--format", "xml").stdout, shown)
 
     def show_into(self, output):
         return subprocess.run([WAYFIND, "show", "hop-chan", "--connect", str(self.socket)], stdout=output, stderr=subprocess.PIPE,
