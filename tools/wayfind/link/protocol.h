@@ -4,6 +4,8 @@
 // platform's type list. Then the client asks with lines "show SUBJECT", and the agent answers each
 // with a line "ok" and the frames of one bundle, or with a line "error REASON".
 //
+// Whoever takes too long for his part is let go: docs/reliability.md has the deadlines.
+//
 // Requests are lines because no message of the library asks for anything: a frame would need an
 // identifier that is nobody's to invent. A line can be read in a dump and typed by hand, and a peer
 // of another kind is found out at its first line.
