@@ -143,17 +143,27 @@ struct ork_options {
   enum ork_tracking tracking;  /* ORK_TRACKING_ABSENT */
   struct ork_storage* storage; /* null: private */
   const struct ork_type_list*
-      release;                /* what this process pretends to be; copied. null: all that it is */
-  uint32_t cr_instance;       /* ORK_NO_INSTANCE */
-  size_t memory_budget;       /* what private storage may take from the process; 0: no limit. 0 */
-  size_t workspace_size;      /* bytes, at most INT32_MAX. 1 MiB */
-  uint32_t strict_epoch;      /* nonzero: error 43 is written to the caller's slot as well. 0 */
-  uint32_t db_recording;      /* nonzero: the database hooks are told. 0 */
-  uint32_t suppress_messages; /* nonzero: failed marshals are reported at level debug. 0 */
+      release;           /* what this process pretends to be; copied. null: all that it is */
+  uint32_t cr_instance;  /* ORK_NO_INSTANCE */
+  size_t memory_budget;  /* what private storage may take from the process; 0: no limit. 0 */
+  size_t workspace_size; /* bytes, at most INT32_MAX. 1 MiB */
+  /* Reading one frame of n bytes may allocate at most frame_base + frame_factor * n, each block at
+     what ork_block_cost gives; more is refused. It holds for messages that ork_dispatch reads, until
+     their handler is called; what a module finds as linked-in handler runs within it. Both 0: no
+     bound. 0 */
+  size_t frame_base;
+  size_t frame_factor;
+  uint32_t strict_epoch;          /* nonzero: error 43 is written to the caller's slot as well. 0 */
+  uint32_t db_recording;          /* nonzero: the database hooks are told. 0 */
+  uint32_t suppress_messages;     /* nonzero: failed marshals are reported at level debug. 0 */
   struct ork_observers observers; /* all null */
 };
 
 void ork_options_init(struct ork_options* options);
+
+/* Returns the most that a block of size bytes takes of a budget or of a frame's bound: with its head
+   and, while states are tracked, the distances that objects in it may ask for. At most SIZE_MAX. */
+size_t ork_block_cost(size_t size, enum ork_tracking tracking);
 
 /* Creates a handle with no error, no peer and no bundle. Returns null on an error. Errors: ENOMEM
    (12), EINVAL (22) for wrong options. */

@@ -58,6 +58,54 @@ class InDispatch {
   const ork_dispatcher* outer_dispatcher_;
 };
 
+// Changes what may be allocated, until it goes. A handler may dispatch in its turn.
+class Allowed {
+ public:
+  Allowed(ork_storage& storage, FrameAllowance allowance)
+      : storage_(storage), outer_(storage.allowance) {
+    storage.allowance = allowance;
+  }
+  ~Allowed() { storage_.allowance = outer_; }
+  Allowed(const Allowed&) = delete;
+  Allowed& operator=(const Allowed&) = delete;
+
+ private:
+  ork_storage& storage_;
+  FrameAllowance outer_;
+};
+
+bool bounds_frames(const Runtime& runtime) {
+  return runtime.frame_base != 0 || runtime.frame_factor != 0;
+}
+
+// For a control frame, which has no content, and without a bound: all there is.
+FrameAllowance allowance_for(const Runtime& runtime, const ork_dispatch_entry& entry,
+                             uint32_t length) {
+  size_t bytes = 0;
+  if (!bounds_frames(runtime) || is_control(entry) ||
+      __builtin_mul_overflow(runtime.frame_factor, size_t{length}, &bytes) ||
+      __builtin_add_overflow(bytes, runtime.frame_base, &bytes)) {
+    return {};
+  }
+  return {bytes, runtime.sttr_info != nullptr && runtime.sttr_info->sttr_mode == ORK_STTR_ON};
+}
+
+// The frame has been read: what its handler allocates is the handler's.
+void hand_over(ork_handle* handle, uint32_t instance, void* ctx, void* message, uint32_t* err) {
+  const Allowed all(*runtime(handle).storage, {});
+  entry_of(runtime(handle).dispatching).info.handler(handle, instance, ctx, message, err);
+}
+
+// What the message is to call when it has been read.
+ork_message_handler handler_for(const Runtime& runtime, const ork_dispatch_entry& entry,
+                                bool kept) {
+  if (kept) {
+    return keep;
+  }
+  const bool wrapped = entry.info.handler != nullptr && bounds_frames(runtime);
+  return wrapped ? hand_over : entry.info.handler;
+}
+
 // A message that failed while it was read is lost to everybody: all that was allocated since goes
 // back. A whole message that found no one to take it is destroyed. One that a handler saw is the
 // handler's, whatever it reported.
@@ -75,10 +123,11 @@ uint32_t deliver(const ork_dispatcher* dispatcher, Runtime& runtime,
                  const uint8_t* frame, uint32_t length, uint32_t* err) {
   const InDispatch scope(runtime, dispatcher, entry);
   const bool kept = !is_control(entry) && orklib_is_accumulating_bundle(&runtime) != 0;
+  const Allowed allowed(*runtime.storage, allowance_for(runtime, entry, length));
   const uint64_t frame_memory = runtime.storage->begin_frame();
   void* message = nullptr;
   entry.info.unmarshal(&runtime, instance, ctx, &message, frame, static_cast<int32_t>(length),
-                       kept ? keep : entry.info.handler, err);
+                       handler_for(runtime, entry, kept), err);
   clean_up(runtime, instance, entry, frame_memory, kept, message, *err);
   return length;
 }

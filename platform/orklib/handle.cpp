@@ -58,6 +58,8 @@ ork_handle* create(const ork_options& options, uint32_t* err) {
   handle->db_recording = options.db_recording;
   handle->strict_epoch = options.strict_epoch != 0;
   handle->suppress_messages = options.suppress_messages != 0;
+  handle->frame_base = options.frame_base;
+  handle->frame_factor = options.frame_factor;
   // A marshal may store one state byte right behind the buffer that it is given.
   handle->workspace = std::make_unique_for_overwrite<uint8_t[]>(options.workspace_size + 1);
   handle->workspace_size = static_cast<int32_t>(options.workspace_size);
@@ -80,6 +82,10 @@ ORK_EXPORT void ork_options_init(struct ork_options* options) {
   options->tracking = ORK_TRACKING_ABSENT;
   options->cr_instance = ORK_NO_INSTANCE;
   options->workspace_size = size_t{1} << 20;
+}
+
+ORK_EXPORT size_t ork_block_cost(size_t size, enum ork_tracking tracking) {
+  return size <= ork::largest_block ? ork::full_cost(size, tracking == ORK_TRACKING_ON) : SIZE_MAX;
 }
 
 ORK_EXPORT struct ork_handle* ork_handle_create(const struct ork_options* options, uint32_t* err) {

@@ -66,11 +66,11 @@ void Heap::release(void*, uint32_t, void* ptr) {
   std::free(block);
 }
 
-void* Heap::allocate(size_t size) {
+void* Heap::allocate(size_t size, bool allowed) {
   const uint32_t tag = tawny_take_callsite_tag();
   const bool told_to_fail = fail_in_ != 0 && --fail_in_ == 0;
   const bool fits =
-      !told_to_fail && size <= PTRDIFF_MAX / 8 && has_room_for(block_cost(size), size);
+      allowed && !told_to_fail && size <= largest_block && has_room_for(block_cost(size), size);
   void* memory = fits ? std::malloc(sizeof(Block) + size) : nullptr;
   if (memory == nullptr) {
     report_.refusals += 1;

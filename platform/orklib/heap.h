@@ -25,7 +25,8 @@ class Heap {
   Heap(const Heap&) = delete;
   Heap& operator=(const Heap&) = delete;
 
-  void* allocate(size_t size);
+  // allowed: false makes it fail.
+  void* allocate(size_t size, bool allowed);
 
   // From now on objects in blocks may be told distances.
   void expect_distances() { expects_distances_ = true; }

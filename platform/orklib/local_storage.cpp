@@ -3,7 +3,8 @@
 namespace ork {
 
 void* LocalStorage::alloc(void* pool, uint32_t, size_t size) {
-  return static_cast<LocalStorage*>(static_cast<ork_storage*>(pool))->heap_.allocate(size);
+  auto& self = *static_cast<LocalStorage*>(static_cast<ork_storage*>(pool));
+  return self.heap_.allocate(size, self.allowance.spend(size));
 }
 
 void LocalStorage::serve(ork_handle& handle) {

@@ -2,8 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace ork {
+
+// No block is larger, so that no cost overflows.
+constexpr size_t largest_block = PTRDIFF_MAX / 8;
 
 // In front of each block.
 constexpr size_t block_head = 64;
@@ -21,5 +25,10 @@ constexpr size_t smallest_object = 24;
 
 // The distances that the objects in so many bytes could ask for.
 constexpr size_t possible_distances(size_t bytes) { return bytes / smallest_object; }
+
+// A block and all the distances that it could come to.
+constexpr size_t full_cost(size_t size, bool tracked) {
+  return block_cost(size) + (tracked ? possible_distances(size) * distance_cost : 0);
+}
 
 }  // namespace ork

@@ -18,6 +18,8 @@ struct Runtime : ork_handle {
   uint32_t last_error = 0;
   bool strict_epoch = false;
   bool suppress_messages = false;
+  size_t frame_base = 0;
+  size_t frame_factor = 0;
   ork_sttr_info sttr{ORK_STTR_OFF};
   ork_observers observers{};
   std::string domain_name_text;

@@ -6,7 +6,30 @@
 #include <functional>
 #include <optional>
 
+#include "memory_cost.h"
 #include "ork/platform.h"
+
+namespace ork {
+
+// What may still be allocated while a frame is read.
+struct FrameAllowance {
+  size_t left = SIZE_MAX;  // SIZE_MAX: all there is
+  bool tracked = false;
+
+  // False: the block would pass it.
+  bool spend(size_t size) {
+    if (left == SIZE_MAX) {
+      return true;
+    }
+    if (size > largest_block || full_cost(size, tracked) > left) {
+      return false;
+    }
+    left -= full_cost(size, tracked);
+    return true;
+  }
+};
+
+}  // namespace ork
 
 struct ork_storage {
   ork_storage() = default;
@@ -39,6 +62,8 @@ struct ork_storage {
   virtual ork_memory_report report() const = 0;
   virtual void fail_allocation(uint64_t nth) = 0;
   virtual void each_type(const std::function<void(const ork_type_info&)>& visit) const = 0;
+
+  ork::FrameAllowance allowance;
 
   // A counter is announced by pool, so the one who hears of counters belongs to the storage.
   ork_observers counter_observers{};

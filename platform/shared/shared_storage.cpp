@@ -94,10 +94,11 @@ void SharedStorage::note_held() const {
 void* SharedStorage::allocate(size_t size) {
   const uint32_t tag = tawny_take_callsite_tag();
   const bool told_to_fail = fail_in_ != 0 && --fail_in_ == 0;
+  const bool allowed = allowance.spend(size);
   ork_memory_report& report = segment_.head().report;
   return locked(segment_.head(), static_cast<void*>(nullptr), [&]() -> void* {
-    const bool fits =
-        !told_to_fail && size < segment_.head().size && leaves_reserve(sizeof(Block) + size);
+    const bool fits = allowed && !told_to_fail && size < segment_.head().size &&
+                      leaves_reserve(sizeof(Block) + size);
     const uint64_t serial = report.allocations + 1;
     if (fits && open_frames_ != 0) {
       frame_blocks_.emplace(serial, nullptr);

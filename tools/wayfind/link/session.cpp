@@ -4,6 +4,7 @@
 
 #include "tools/common/failure.h"
 #include "tools/common/release.h"
+#include "tools/schema/frame_bound.h"
 
 namespace wayfind {
 namespace {
@@ -32,6 +33,9 @@ Handle Session::make_handle(ork_storage* storage) const {
   options.release = release_.get();
   options.storage = storage;
   options.memory_budget = memory_budget;
+  const FrameBound bound = frame_bound(options.tracking);
+  options.frame_base = bound.base;
+  options.frame_factor = bound.factor;
   options.workspace_size = 0;
   uint32_t err = 0;
   Handle handle(ork_handle_create(&options, &err));
