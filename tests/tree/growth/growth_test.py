@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Growth costs rows: a field is one row and its size check, a record its table and one line in the order.
+"""Growth costs rows: a field is one row, its size check and a new definition hash, a record its table and one line in the order.
 
-Copies the tree, adds both, touches nothing else, builds the library, and looks for what was added in the headers and
-among the exports; probe.cpp, compiled against the new headers, finds it on the wire, in text and in XML.
+Copies the tree, adds both, touches nothing else, builds the library, and looks for what was added in the headers, among the
+exports and in the ledger of definitions; probe.cpp, compiled against the new headers, finds it on the wire, in text and in XML.
 
 Usage: growth_test.py BUILD_FOLDER C_COMPILER CXX_COMPILER
 """
@@ -15,6 +15,9 @@ import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(ROOT / "tests/abi"))
+import definitions  # noqa: E402
+
 BUILD, C_COMPILER, CXX_COMPILER = Path(sys.argv[1]).resolve(), sys.argv[2], sys.argv[3]
 COPY = BUILD / "tree"
 OUT = BUILD / "out"
@@ -28,6 +31,8 @@ FIELD_SIZES = """static_assert(layout_is<hop_chan_data, Manifest{.size = 592},
     Sizes{.used = 400, .slop = 208, .body = 416, .state = 38, .bound = 5},
     Sizes{.used = 584, .slop = 24, .body = 600, .state = 51, .bound = 7},
     Sizes{.used = 588, .slop = 20, .body = 608, .state = 52, .bound = 9}>());"""
+
+OLD_HASH, NEW_HASH = "6f75ed8552a07a4a954d9a318dc27c0b", "0123456789abcdef0123456789abcdef"
 
 RECORD = """
 inline constexpr Record grown_st{
@@ -74,6 +79,7 @@ def grow():
     table, count = re.subn(r"static_assert\(layout_is<hop_chan_data,.*?;", FIELD_SIZES, table, flags=re.S)
     assert count == 1
     (COPY / SUBJECT).write_text(table)
+    replace_once(SUBJECT, OLD_HASH, NEW_HASH)
     replace_once(SUBJECT, "\n}  // namespace model\n", RECORD + "\n}  // namespace model\n")
     # At the end of the records.
     order = (COPY / ORDER).read_text()
@@ -95,7 +101,16 @@ def build():
     grow()
     run("cmake", "-S", COPY, "-B", OUT, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=", "-DBUILD_TESTING=OFF",
         f"-DCMAKE_C_COMPILER={C_COMPILER}", f"-DCMAKE_CXX_COMPILER={CXX_COMPILER}")
-    run("cmake", "--build", OUT, "--parallel", "2", "--target", "fwe_ui_wayfind")
+    run("cmake", "--build", OUT, "--parallel", "2", "--target", "fwe_ui_wayfind", "wayfind_schema")
+
+
+def program(name, source, *options):
+    """One of this tree's sources, compiled against the grown library."""
+    libraries = OUT / "model", OUT / "platform"
+    run(CXX_COMPILER, "-std=c++20", "-Wall", "-Wextra", "-Werror", f"-I{COPY}", f"-I{COPY}/include", f"-I{OUT}/generated/include",
+        ROOT / source, "-o", BUILD / name, *[f"-L{folder}" for folder in libraries], *options, "-lfwe_ui_wayfind", "-lorklib",
+        "-Wl,-rpath," + ":".join(map(str, libraries)), f"-Wl,-rpath-link,{OUT / 'platform'}")
+    return BUILD / name
 
 
 class Growth(unittest.TestCase):
@@ -130,13 +145,25 @@ class Growth(unittest.TestCase):
             lines = re.findall(luid.encode() + rb":[0-9a-f]{32}(.*)\n", manifest)
             self.assertEqual(lines, [rest.encode()])
 
+    def test_the_ledger_of_definitions_takes_one_row_for_each(self):
+        schema_json = program("schema_json", "tests/product/schema_json.cpp", "-lwayfind_schema")
+        types = list(definitions.built_types(OUT / "model/libfwe_ui_wayfind.so", schema_json))
+        ledger = definitions.read_ledger()
+        self.assertEqual(list(definitions.refusals(ledger, types)), [])
+        field = next(type_ for type_ in types if type_.name == "fwe_cl_wayfind_hop_chan_data")
+        record = next(type_ for type_ in types if type_.name == "fwe_cl_wayfind_grown_st")
+        self.assertEqual(definitions.problems(ledger, types),
+                         [f"{type_.name}: the ledger is behind; {definitions.UPDATE}" for type_ in (field, record)])
+        rows = definitions.updated("", types).splitlines()
+        self.assertEqual([row for row in rows if row not in ledger.values()], [field.row(), record.row()])
+        listed = ledger[field.name].split()
+        self.assertEqual(field.row().split()[:-1], [*listed[:2], NEW_HASH, *listed[3:]])
+        field.definition = OLD_HASH
+        self.assertEqual(list(definitions.refusals(ledger, types)),
+                         [f"{field.name}: has changed and its definition hash has not; give it a new one in its table"])
+
     def test_wire_text_and_xml_carry_both(self):
-        probe = BUILD / "probe"
-        libraries = OUT / "model", OUT / "platform"
-        run(CXX_COMPILER, "-std=c++20", "-Wall", "-Wextra", "-Werror", f"-I{COPY}/include", f"-I{OUT}/generated/include",
-            ROOT / "tests/tree/growth/probe.cpp", "-o", probe, *[f"-L{folder}" for folder in libraries], "-lfwe_ui_wayfind", "-lorklib",
-            "-Wl,-rpath," + ":".join(map(str, libraries)), f"-Wl,-rpath-link,{OUT / 'platform'}")
-        self.assertEqual(run(probe), "grown\n")
+        self.assertEqual(run(program("probe", "tests/tree/growth/probe.cpp")), "grown\n")
 
 
 if __name__ == "__main__":
