@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What holds for the source tree itself: who may include whom, who may name a type, who may touch raw memory.
+"""What holds for the source tree itself: who may include whom, who may name a type.
 
 Run from anywhere; one unittest method per rule.
 """
@@ -30,13 +30,6 @@ ENGINES = ("frame/", "encoders/", "messages/")
 
 def text(name):
     return FILES[name].read_text(encoding="utf-8")
-
-
-def code_lines(name):
-    """Lines with comments and the insides of string literals taken out."""
-    bare = re.sub(r'"(?:\\.|[^"\\\n])*"', '""', text(name))
-    bare = re.sub(r"/\*.*?\*/", lambda m: "\n" * m.group().count("\n"), bare, flags=re.S)
-    return [re.sub(r"//.*", "", line) for line in bare.split("\n")]
 
 
 # Layers. A file belongs to the first prefix that fits, and may include its own layer and those named behind it.
@@ -163,60 +156,6 @@ class Sizes(unittest.TestCase):
         wide = [f"{name}:{number}: {len(line)}" for name in CODE if name.startswith("model/subjects/")
                 for number, line in enumerate(text(name).split("\n"), 1) if len(line) > limit]
         self.assertEqual(wide, [])
-
-
-class Memory(unittest.TestCase):
-    # Bytes of a caller's buffer are reached through the cursor. What is left by name:
-    BUFFER_LINES = {
-        # the one byte that the flag set's image is read without a test of its length
-        "encoders/small_wire.cpp": ["*frame::byte_at(object, frame::at_flag_bits) = *in.here();"],
-    }
-
-    def test_caller_buffers_are_walked_by_the_cursor_alone(self):
-        raw = re.compile(r"\b(?:buffer|bytes|here\(\))\s*(?:\[|[+-](?![+>-]))|\*\s*\w+\.here\(\)|\+\+\s*buffer|buffer\s*\+\+")
-        wrong = []
-        for name in CODE:
-            if not name.startswith(("encoders/", "messages/")) or name == "encoders/cursor.h":
-                continue
-            for number, line in enumerate(code_lines(name), 1):
-                if raw.search(line) and line.strip() not in self.BUFFER_LINES.get(name, []):
-                    wrong.append(f"{name}:{number}: {line.strip()}")
-        self.assertEqual(wrong, [])
-
-    # Stores that go past frame/call.h's announcing store. A file stands here with what makes its stores right: the
-    # memory is no live object yet, was announced in the line before, or is required to be written in silence.
-    RAW_STORES = {
-        "frame/call.h": "store and put themselves",
-        "frame/array_storage.cpp": "fresh blocks, pointers announced in front of the allocation, entries of an object that is going",
-        "frame/array_state.cpp": "a caller's bytes into a state entry, in silence as required",
-        "frame/create.cpp": "elements announced in front",
-        "frame/enum_type.cpp": "whole copies announced in front",
-        "frame/flag_set.cpp": "whole copies announced in front",
-        "frame/initialize.cpp": "the header of an object that is being made",
-        "frame/initialize.h": "the embedded flag, announced in front",
-        "frame/make.h": "blocks that are no object yet",
-        "frame/record_block.cpp": "a fresh block, filled before it replaces the old one, and state blocks announced in front",
-        "frame/state.cpp": "the whole state block, in silence as required",
-        "frame/text_field.cpp": "texts announced in front",
-        "frame/typeinfo.cpp": "the type slot, and a descriptor's copy in the shared table",
-        "frame/value_array.cpp": "blocks announced in front of the allocation",
-        "frame/whole_record.cpp": "whole copies announced in front",
-        "frame/whole_values.cpp": "a caller's own variables",
-        "encoders/cursor.h": "a caller's buffer",
-        "encoders/small_wire.cpp": "the header of an object read from the wire goes unannounced",
-        "encoders/unmarshal.cpp": "the header, unannounced as required",
-        "encoders/xml_read.cpp": "an enum's value read from a document goes unannounced",
-        "messages/message.cpp": "nothing of a message object is announced",
-        "messages/message.h": "nothing of a message object is announced",
-    }
-
-    def test_raw_stores_stand_where_a_reason_is_written(self):
-        raw = re.compile(r"\b(?:memcpy|memset|memmove|strncpy)\s*\(|\b(?:frame::)?put(?:<[^>]*>)?\((?!call, out)|"
-                         r"\*(?:frame::)?byte_at\([^)]*\)\s*[|&^+-]?=[^=]")
-        found = {name for name in CODE if name.startswith(ENGINES) and any(raw.search(line) for line in code_lines(name))}
-        found.discard("encoders/text.cpp")  # its put is a line of text
-        self.assertEqual(found - set(self.RAW_STORES), set(), "raw stores without a reason")
-        self.assertEqual(set(self.RAW_STORES) - found, set(), "reasons without a raw store")
 
 
 class Scripts(unittest.TestCase):
