@@ -172,7 +172,7 @@ constexpr Member once(const Message& message) { return {message.name, &message, 
 constexpr Member repeatedly(const Message& message) {
   return {message.name, &message, Occurs::repeatedly};
 }
-// A type that is no message; checks.h names it.
+// A type that is no message; order_checks.h refuses it by its name.
 template <class Type>
 constexpr Member once(const Type& type) {
   return {type.name, nullptr, Occurs::once};

@@ -22,9 +22,8 @@ inline constexpr Record camp_st{
     {
         value("altitude", u_int32, 0, "A value."),
     }};
-static_assert(
-    layout_is<camp_st, Manifest{.size = 16},
-              Sizes{.used = 16, .slop = 8, .body = 24, .state = 1, .bound = 1}>());
+static_assert(layout_is<camp_st, Manifest{.size = 16},
+                        Sizes{.used = 16, .slop = 8, .body = 24, .state = 1, .bound = 1}>());
 
 inline constexpr Record stages_st{
     "stages_st",
@@ -34,9 +33,8 @@ inline constexpr Record stages_st{
         counter("num_stages", u_int8, 0, "A counter."),
         record_array("stages", camp_st, 0, "An array."),
     }};
-static_assert(
-    layout_is<stages_st, Manifest{.size = 24},
-              Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
+static_assert(layout_is<stages_st, Manifest{.size = 24},
+                        Sizes{.used = 24, .slop = 8, .body = 32, .state = 16, .bound = 2}>());
 
 inline constexpr Record trail_st{
     "trail_st",
@@ -52,10 +50,9 @@ inline constexpr Record trail_st{
         object("address", ip_address, 0, "An object of the runtime's."),
         text("name", 12, 1, "A text."),
     }};
-static_assert(
-    layout_is<trail_st, Manifest{.size = 160},
-              Sizes{.used = 144, .slop = 32, .body = 160, .state = 24, .bound = 7},
-              Sizes{.used = 156, .slop = 20, .body = 176, .state = 24, .bound = 9}>());
+static_assert(layout_is<trail_st, Manifest{.size = 160},
+                        Sizes{.used = 144, .slop = 32, .body = 160, .state = 24, .bound = 7},
+                        Sizes{.used = 156, .slop = 20, .body = 176, .state = 24, .bound = 9}>());
 
 inline constexpr Message trail_msg{
     "trail_msg",
@@ -69,13 +66,12 @@ inline constexpr Message camp_msg{
     "Another message.",
     {&camp_st}};
 
-inline constexpr Bundle trail_response{
-    "trail_response",
-    {.start = "00000000000000000000000000000008",
-     .abort = "00000000000000000000000000000009",
-     .commit = "0000000000000000000000000000000a"},
-    "A bundle.",
-    {once(trail_msg), repeatedly(camp_msg)}};
+inline constexpr Bundle trail_response{"trail_response",
+                                       {.start = "00000000000000000000000000000008",
+                                        .abort = "00000000000000000000000000000009",
+                                        .commit = "0000000000000000000000000000000a"},
+                                       "A bundle.",
+                                       {once(trail_msg), repeatedly(camp_msg)}};
 
 inline constexpr const Record* records[] = {&camp_st, &stages_st, &trail_st};
 inline constexpr const Enum* enums[] = {&weather_e};
