@@ -57,10 +57,10 @@ void expect_same_work(const char* name) {
   EXPECT_EQ(left.live_blocks, 0u);
 }
 
-TEST(BenchPeers, DoTheWorkOfTheLibraryOnTheLocator) {
+TEST(BenchPeers, do_the_work_of_the_library_on_the_locator) {
   expect_same_work<bare::Mem>("fwe_cl_wayfind_mem_st");
 }
-TEST(BenchPeers, DoTheWorkOfTheLibraryOnAHopChannel) {
+TEST(BenchPeers, do_the_work_of_the_library_on_a_hop_channel) {
   expect_same_work<bare::HopChanData>("fwe_cl_wayfind_hop_chan_data");
 }
 

@@ -65,7 +65,7 @@ void remove_last(ork_module& module) {
   --ork_module_tot_root.count;
 }
 
-TEST(ModuleLink, LoadAppendsTheModuleAndUnloadTakesItOut) {
+TEST(ModuleLink, load_appends_the_module_and_unload_takes_it_out) {
   const Before before;
   Library library;
   ASSERT_TRUE(library.loaded()) << dlerror();
@@ -82,7 +82,7 @@ TEST(ModuleLink, LoadAppendsTheModuleAndUnloadTakesItOut) {
   EXPECT_EQ(ork_module_tot_root.count, before.count);
 }
 
-TEST(ModuleLink, ListHolds96Descriptors) {
+TEST(ModuleLink, list_holds_96_descriptors) {
   const Before before;
   const Library library;
   ASSERT_TRUE(library.loaded()) << dlerror();
@@ -95,7 +95,7 @@ TEST(ModuleLink, ListHolds96Descriptors) {
   EXPECT_EQ(descriptor[96], nullptr);
 }
 
-TEST(ModuleLink, ASecondConstructorLinksNothing) {
+TEST(ModuleLink, a_second_constructor_links_nothing) {
   const Before before;
   const Library library;
   ASSERT_TRUE(library.loaded()) << dlerror();
@@ -106,7 +106,7 @@ TEST(ModuleLink, ASecondConstructorLinksNothing) {
   EXPECT_EQ((*before.tail)->next, nullptr);
 }
 
-TEST(ModuleLink, ASecondDestructorUnlinksNothingAndAConstructorBehindItLinksNothing) {
+TEST(ModuleLink, a_second_destructor_unlinks_nothing_and_a_constructor_behind_it_links_nothing) {
   const Before before;
   const Library library;
   ASSERT_TRUE(library.loaded()) << dlerror();
@@ -121,7 +121,7 @@ TEST(ModuleLink, ASecondDestructorUnlinksNothingAndAConstructorBehindItLinksNoth
   EXPECT_EQ(*before.tail, nullptr);
 }
 
-TEST(ModuleLink, UnloadJoinsTheModulesAroundIt) {
+TEST(ModuleLink, unload_joins_the_modules_around_it) {
   const Before before;
   ork_module first{"first", nullptr, nullptr, nullptr};
   ork_module last{"last", nullptr, nullptr, nullptr};
@@ -141,7 +141,7 @@ TEST(ModuleLink, UnloadJoinsTheModulesAroundIt) {
   remove_last(first);
 }
 
-TEST(ModuleLink, EachLoadLinksAgain) {
+TEST(ModuleLink, each_load_links_again) {
   const Before before;
   for (int i = 0; i < 3; ++i) {
     const Library library;

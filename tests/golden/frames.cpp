@@ -7,9 +7,9 @@
 
 namespace {
 
-using family::Bundle;
-using family::Handle;
-using family::Message;
+using messages::Bundle;
+using messages::Handle;
+using messages::Message;
 
 constexpr uint32_t sequence = 0x01020304;
 
@@ -41,16 +41,16 @@ class GoldenMessage : public testing::TestWithParam<Message> {
   const Message message = GetParam();
 };
 
-TEST_P(GoldenMessage, MarshalsToTheFrame) {
+TEST_P(GoldenMessage, marshals_to_the_frame) {
   const std::vector<Section> sections = golden(message.name());
   ASSERT_EQ(sections.size(), 2u);
   for (const Section& section : sections) {
-    const Handle handle = family::tracking_handle(
+    const Handle handle = messages::tracking_handle(
         section.title == "tracking on" ? ORK_TRACKING_ON : ORK_TRACKING_OFF);
     handle->send_sequence = sequence;
     void* msg = message.create(handle.get(), 0);
     for (size_t i = 0; i < message.record_count(); ++i) {
-      forms::Filler(handle.get(), 2)
+      encoders::Filler(handle.get(), 2)
           .fill(message.record(i), message.slots(msg)[i], message.record(i).name);
     }
     std::vector<uint8_t> buffer(message.len(handle.get(), 0, msg) + 1);
@@ -63,9 +63,9 @@ TEST_P(GoldenMessage, MarshalsToTheFrame) {
   }
 }
 
-TEST_P(GoldenMessage, UnmarshalsAndMarshalsBackTheSame) {
+TEST_P(GoldenMessage, unmarshals_and_marshals_back_the_same) {
   for (const Section& section : golden(message.name())) {
-    const Handle handle = family::tracking_handle(
+    const Handle handle = messages::tracking_handle(
         section.title == "tracking on" ? ORK_TRACKING_ON : ORK_TRACKING_OFF);
     handle->send_sequence = sequence;
     void* msg = nullptr;
@@ -83,19 +83,19 @@ TEST_P(GoldenMessage, UnmarshalsAndMarshalsBackTheSame) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, GoldenMessage, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, GoldenMessage, testing::ValuesIn(messages::all()),
+                         messages::ByName());
 
 class GoldenBundle : public testing::TestWithParam<Bundle> {};
 
-TEST_P(GoldenBundle, ControlMessagesMarshalToTheirFrames) {
+TEST_P(GoldenBundle, control_messages_marshal_to_their_frames) {
   const Bundle bundle = GetParam();
   const std::vector<Section> sections = golden(bundle.name());
   ASSERT_EQ(sections.size(), 3u);
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle handle = family::tracking_handle(tracking);
+    const Handle handle = messages::tracking_handle(tracking);
     handle->send_sequence = sequence;
-    const auto frame = [&](family::Kind kind) {
+    const auto frame = [&](messages::Kind kind) {
       std::vector<uint8_t> bytes(43);
       uint32_t err = 0;
       EXPECT_EQ(bundle.control(kind).marshal(handle.get(), 0, bytes.data(), 43, &err), 43u);
@@ -103,13 +103,14 @@ TEST_P(GoldenBundle, ControlMessagesMarshalToTheirFrames) {
       return bytes;
     };
     EXPECT_EQ(sections[0].title, "start");
-    EXPECT_EQ(frame(family::start), sections[0].bytes);
-    EXPECT_EQ(frame(family::abort), sections[1].bytes);
-    frame(family::start);
-    EXPECT_EQ(frame(family::commit), sections[2].bytes);
+    EXPECT_EQ(frame(messages::start), sections[0].bytes);
+    EXPECT_EQ(frame(messages::abort), sections[1].bytes);
+    frame(messages::start);
+    EXPECT_EQ(frame(messages::commit), sections[2].bytes);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, GoldenBundle, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, GoldenBundle, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 std::string hex_lines(const Bytes& bytes) {
   std::string text;
@@ -65,9 +65,9 @@ std::string document(const Calls& calls) {
   return text;
 }
 
-class GoldenForms : public testing::TestWithParam<unsigned> {};
+class GoldenRecords : public testing::TestWithParam<unsigned> {};
 
-TEST_P(GoldenForms, AreWhatTheIndependentEncoderWrote) {
+TEST_P(GoldenRecords, are_what_the_independent_encoder_wrote) {
   const Calls& calls = all_records()[GetParam()];
   std::ifstream file(std::string(WAYFIND_GOLDEN_RECORDS) + "/" + calls.name() + ".golden",
                      std::ios::binary);
@@ -88,7 +88,7 @@ TEST_P(GoldenForms, AreWhatTheIndependentEncoderWrote) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, GoldenForms, testing::Range(0U, wayfind_record_count),
+INSTANTIATE_TEST_SUITE_P(Records, GoldenRecords, testing::Range(0U, wayfind_record_count),
                          short_name);
 
 }  // namespace

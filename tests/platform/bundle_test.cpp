@@ -29,7 +29,7 @@ uint32_t count(const Handle& handle, const uint8_t* luid) {
   return err;
 }
 
-TEST(Bundle, TableDecidesWhatIsTaken) {
+TEST(Bundle, table_decides_what_is_taken) {
   const Handle handle = open_bundle();
   EXPECT_EQ(add(handle, other_luid), 2u);
   EXPECT_EQ(count(handle, other_luid), 2u);
@@ -37,7 +37,7 @@ TEST(Bundle, TableDecidesWhatIsTaken) {
   EXPECT_EQ(count(handle, state_luid), 0u);
 }
 
-TEST(Bundle, OnlyARepeatableMessageComesTwice) {
+TEST(Bundle, only_a_repeatable_message_comes_twice) {
   const Handle handle = open_bundle();
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(add(handle, item_luid), 0u);
@@ -49,7 +49,7 @@ TEST(Bundle, OnlyARepeatableMessageComesTwice) {
   EXPECT_EQ(add(handle, state_luid), 17u);
 }
 
-TEST(Bundle, DestroyClosesAndForgets) {
+TEST(Bundle, destroy_closes_and_forgets) {
   const Handle handle = open_bundle();
   add(handle, state_luid);
   count(handle, state_luid);
@@ -62,7 +62,7 @@ TEST(Bundle, DestroyClosesAndForgets) {
   EXPECT_EQ(add(handle, state_luid), 0u);
 }
 
-TEST(Recorder, SwitchAndStreamAreTheProcess) {
+TEST(Recorder, switch_and_stream_are_the_process) {
   EXPECT_EQ(orklib_msg_recorder_get_state(), 0u);
   ork_recorder_switch(7);
   EXPECT_NE(orklib_msg_recorder_get_state(), 0u);
@@ -80,7 +80,7 @@ TEST(Recorder, SwitchAndStreamAreTheProcess) {
   EXPECT_EQ(err, 2u);
 }
 
-TEST(Recorder, TellsAtTheEndThatTheFileTookNotAll) {
+TEST(Recorder, tells_at_the_end_that_the_file_took_not_all) {
   uint32_t err = 0;
   ork_recorder_open("/dev/full", &err);
   std::fputs("a message", orklib_msg_recorder_get_handle());
@@ -99,7 +99,7 @@ TEST(Recorder, TellsAtTheEndThatTheFileTookNotAll) {
   EXPECT_EQ(orklib_msg_recorder_get_handle(), nullptr);
 }
 
-TEST(Suppress, IsAnOption) {
+TEST(Suppress, is_an_option) {
   EXPECT_EQ(orklib_suppress_messages_enabled(make_handle().get()), 0u);
   const Handle quiet = make_handle([](ork_options& options) { options.suppress_messages = 1; });
   EXPECT_NE(orklib_suppress_messages_enabled(quiet.get()), 0u);

@@ -34,7 +34,7 @@ void work(TestType& type) {
   }
 }
 
-TEST(Concurrency, TwoThreadsWithTwoHandles) {
+TEST(Concurrency, two_threads_with_two_handles) {
   TestType type(1, "shared", {20});
   std::thread a([&] { work(type); });
   std::thread b([&] { work(type); });

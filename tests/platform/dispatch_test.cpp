@@ -131,7 +131,7 @@ class Dispatch : public testing::Test {
   Received received_;
 };
 
-TEST_F(Dispatch, MessageOutsideABundleGoesToItsHandler) {
+TEST_F(Dispatch, message_outside_a_bundle_goes_to_its_handler) {
   add_rows(take_item);
   EXPECT_EQ(dispatch(frame(item_luid, "x")), 0u);
   EXPECT_EQ(dispatch(frame(item_luid, "e")), 5u);
@@ -139,7 +139,7 @@ TEST_F(Dispatch, MessageOutsideABundleGoesToItsHandler) {
   EXPECT_EQ(memory_of(handle_).live_blocks, 0u);
 }
 
-TEST_F(Dispatch, BundleKeepsItsMembersUntilCommit) {
+TEST_F(Dispatch, bundle_keeps_its_members_until_commit) {
   add_rows(take_item);
   EXPECT_EQ(dispatch(frame(start_luid, "")), 0u);
   EXPECT_EQ(handle_->bundle_rx_lut, dispatcher_);
@@ -172,7 +172,7 @@ TEST_F(Dispatch, members_of_an_open_bundle_count_against_the_budget) {
   destroy_item(handle_.get(), 0, received_.kept.at(0));
 }
 
-TEST_F(Dispatch, NothingIsInDispatchBeforeOneNorAfterIt) {
+TEST_F(Dispatch, nothing_is_in_dispatch_before_one_nor_after_it) {
   add_rows(take_item);
   const auto expect_nothing = [&] {
     void* lut = this;
@@ -190,7 +190,7 @@ TEST_F(Dispatch, NothingIsInDispatchBeforeOneNorAfterIt) {
   }
 }
 
-TEST_F(Dispatch, HandleDestroyTakesTheMembersOfAnOpenBundle) {
+TEST_F(Dispatch, handle_destroy_takes_the_members_of_an_open_bundle) {
   add_rows(take_item);
   dispatch(frame(start_luid, ""));
   dispatch(frame(item_luid, "1"));
@@ -199,7 +199,7 @@ TEST_F(Dispatch, HandleDestroyTakesTheMembersOfAnOpenBundle) {
   EXPECT_EQ(report.live_blocks, 0u);
 }
 
-TEST_F(Dispatch, FramesThatAreNoneAreRefused) {
+TEST_F(Dispatch, frames_that_are_none_are_refused) {
   add_rows(take_item);
   const uint8_t unknown[16] = {9};
   EXPECT_EQ(dispatch(frame(unknown, "x")), 2u);
@@ -218,7 +218,7 @@ TEST_F(Dispatch, FramesThatAreNoneAreRefused) {
   EXPECT_EQ(received_.payloads, "");
 }
 
-TEST_F(Dispatch, MemoryStaysFlatOverAMillionBadFrames) {
+TEST_F(Dispatch, memory_stays_flat_over_a_million_bad_frames) {
   add_rows(nullptr);
   const auto unreadable = frame(item_luid, "b");
   const auto unwanted = frame(item_luid, "n");
@@ -230,7 +230,7 @@ TEST_F(Dispatch, MemoryStaysFlatOverAMillionBadFrames) {
   EXPECT_EQ(memory_of(handle_).allocations, 1'000'000u);
 }
 
-TEST_F(Dispatch, BadMemberLeavesTheOthersAlone) {
+TEST_F(Dispatch, bad_member_leaves_the_others_alone) {
   add_rows(nullptr);
   dispatch(frame(start_luid, ""));
   EXPECT_EQ(dispatch(frame(item_luid, "1")), 0u);
@@ -240,7 +240,7 @@ TEST_F(Dispatch, BadMemberLeavesTheOthersAlone) {
   EXPECT_EQ(memory_of(handle_).live_blocks, 1u);
 }
 
-TEST(FrameLength, CutsAStream) {
+TEST(FrameLength, cuts_a_stream) {
   const std::vector<uint8_t> bytes = frame(item_luid, "abc");
   uint32_t err = 0;
   EXPECT_EQ(ork_frame_length(bytes.data(), 42, 100, &err), 0u);
@@ -250,7 +250,7 @@ TEST(FrameLength, CutsAStream) {
   EXPECT_EQ(err, 74u);
 }
 
-TEST(Send, AdvancesTheSequenceBehindEachFrame) {
+TEST(Send, advances_the_sequence_behind_each_frame) {
   const Handle handle = make_handle();
   int ends[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);

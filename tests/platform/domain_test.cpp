@@ -25,7 +25,7 @@ std::string parse_error(std::string_view text) {
   return reason;
 }
 
-TEST(TypeList, TextRoundTrips) {
+TEST(TypeList, text_round_trips) {
   const std::string text = line("one", luid_1, 4) + line("two", luid_2, 1);
   const List list = parse_list("# a comment\n\n" + text + "   \t\r\n");
   EXPECT_EQ(ork_type_list_size(list.get()), 2u);
@@ -37,7 +37,7 @@ TEST(TypeList, TextRoundTrips) {
   EXPECT_STREQ(out.c_str(), text.c_str());
 }
 
-TEST(TypeList, WrongLinesAreNamed) {
+TEST(TypeList, wrong_lines_are_named) {
   EXPECT_EQ(parse_error("\none 01 1\n"),
             "line 2: the second word is no LUID of 32 hexadecimal digits");
   EXPECT_EQ(parse_error(line("one", luid_1, 0)),
@@ -52,7 +52,7 @@ TEST(TypeList, WrongLinesAreNamed) {
             "line 1: the second word is no LUID of 32 hexadecimal digits");
 }
 
-TEST(TypeList, UnreadableFileGivesItsReason) {
+TEST(TypeList, unreadable_file_gives_its_reason) {
   uint32_t err = 0;
   char reason[128] = "";
   EXPECT_EQ(ork_type_list_read("/nonexistent/list", &err, reason, sizeof reason), nullptr);
@@ -63,12 +63,12 @@ TEST(TypeList, UnreadableFileGivesItsReason) {
   EXPECT_EQ(err, 21u);
 }
 
-TEST(Domain, WithoutAPeerEveryTypeIsAtItsNewest) {
+TEST(Domain, without_a_peer_every_type_is_at_its_newest) {
   const Handle handle = make_handle();
   EXPECT_EQ(look_up(handle, TestType(1, "one", {20, 30, 40})), 2);
 }
 
-TEST(Domain, PeerDecidesAndMayBeNewer) {
+TEST(Domain, peer_decides_and_may_be_newer) {
   const Handle handle = make_handle();
   const TestType one(1, "one", {20, 30});
   const TestType two(2, "two", {20, 30});
@@ -85,7 +85,7 @@ TEST(Domain, PeerDecidesAndMayBeNewer) {
   EXPECT_EQ(ork_domain_lookup_variant(handle.get(), &handle->domain, nullptr, &err), 0);
 }
 
-TEST(Domain, OwnReleaseHoldsBackBeforeAndAfterThePeerIsKnown) {
+TEST(Domain, own_release_holds_back_before_and_after_the_peer_is_known) {
   const List release = parse_list(line("one", luid_1, 1));
   const Handle handle = make_handle([&](ork_options& options) { options.release = release.get(); });
   const TestType one(1, "one", {20, 30});
@@ -99,7 +99,7 @@ TEST(Domain, OwnReleaseHoldsBackBeforeAndAfterThePeerIsKnown) {
   EXPECT_EQ(look_up(handle, two), -1);
 }
 
-TEST(Domain, AnnouncementIsWhatTheModulesAndTheReleaseBothKnow) {
+TEST(Domain, announcement_is_what_the_modules_and_the_release_both_know) {
   const TestType one(1, "one", {20, 30});
   const TestType two(2, "two", {20});
   const TestModule module({one.get(), two.get()});

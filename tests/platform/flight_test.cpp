@@ -22,7 +22,7 @@ std::vector<flight_trace> ring() {
   return traces;
 }
 
-TEST(Flight, ModuleIdIsGivenOnce) {
+TEST(Flight, module_id_is_given_once) {
   uint16_t id = 0;
   uint32_t once = 0;
   EXPECT_EQ(flight_module_init_fn("module", &id, &once), 0);
@@ -33,7 +33,7 @@ TEST(Flight, ModuleIdIsGivenOnce) {
   EXPECT_EQ(id, first);
 }
 
-TEST(Flight, EveryPatternKeepsItsArguments) {
+TEST(Flight, every_pattern_keeps_its_arguments) {
   flight_ring_clear();
   __FLf_0(section, 0, 3, ORK_LEVEL_FATAL);
   __FLf_1(section, 1, 3, ORK_LEVEL_ERROR, "a");
@@ -60,14 +60,14 @@ TEST(Flight, EveryPatternKeepsItsArguments) {
   EXPECT_EQ(traces[8].number[2], 6u);
 }
 
-TEST(Flight, LongTextsAreCut) {
+TEST(Flight, long_texts_are_cut) {
   flight_ring_clear();
   const std::string text(1000, 'x');
   __FLf_1(section, 0, 0, ORK_LEVEL_ERROR, text.c_str());
   EXPECT_EQ(std::strlen(ring().at(0).text[0]), 255u);
 }
 
-TEST(Flight, RingKeepsTheNewest) {
+TEST(Flight, ring_keeps_the_newest) {
   flight_ring_clear();
   for (uint32_t i = 0; i < 5000; ++i) {
     __FLf_4(section, i, 0, ORK_LEVEL_DEBUG, i);
@@ -96,13 +96,13 @@ std::string untouched_file() {
   return content;
 }
 
-TEST(FlightDeathTest, FileBeforeAnyModuleOrTraceHasAHeadWithoutBuildId) {
+TEST(FlightDeathTest, file_before_any_module_or_trace_has_a_head_without_build_id) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process in which nobody registered
   EXPECT_EXIT(std::exit(untouched_file() == std::string("FLIGHT1\n\0", 9) ? 0 : 1),
               testing::ExitedWithCode(0), "");
 }
 
-TEST(Flight, HeadNamesTheFileOfAKnownModule) {
+TEST(Flight, head_names_the_file_of_a_known_module) {
   static uint16_t id = 0;
   static uint32_t once = 0;
   flight_module_init_fn("known", &id, &once);
@@ -112,7 +112,7 @@ TEST(Flight, HeadNamesTheFileOfAKnownModule) {
   EXPECT_EQ(bytes.substr(29, 4), "FLFT");
 }
 
-TEST(Flight, FileHoldsHeadModulesTheTracedFileAndTheTrace) {
+TEST(Flight, file_holds_head_modules_the_traced_file_and_the_trace) {
   const std::string path = testing::TempDir() + "flight_test.trace";
   uint16_t id = 0;
   uint32_t once = 0;
@@ -153,7 +153,7 @@ const void* trace_from(const char* file) {
   return info.dli_fbase;
 }
 
-TEST(Flight, AFileLoadedWhereAnotherWasIsATracedFileOfItsOwn) {
+TEST(Flight, a_file_loaded_where_another_was_is_a_traced_file_of_its_own) {
   const std::string path = testing::TempDir() + "flight_test.reloaded";
   uint32_t err = 0;
   flight_open(path.c_str(), &err);

@@ -3,7 +3,7 @@
 namespace platform_test {
 namespace {
 
-TEST(Handle, FreshOneHasNoErrorNoBundleNoPeer) {
+TEST(Handle, fresh_one_has_no_error_no_bundle_no_peer) {
   const Handle handle = make_handle();
   EXPECT_EQ(ork_handle_last_error(handle.get()), 0u);
   EXPECT_EQ(handle->bundle_ctx, 0u);
@@ -15,7 +15,7 @@ TEST(Handle, FreshOneHasNoErrorNoBundleNoPeer) {
   EXPECT_EQ(handle->cr_instance, ORK_NO_INSTANCE);
 }
 
-TEST(Handle, TrackingIsAbsentOffOrOn) {
+TEST(Handle, tracking_is_absent_off_or_on) {
   const Handle handle =
       make_handle([](ork_options& options) { options.tracking = ORK_TRACKING_OFF; });
   EXPECT_EQ(handle->sttr_info->sttr_mode, 0xDDDDu);
@@ -25,7 +25,7 @@ TEST(Handle, TrackingIsAbsentOffOrOn) {
   EXPECT_EQ(handle->sttr_info, nullptr);
 }
 
-TEST(Handle, SharedStorageSetsSharedTypes) {
+TEST(Handle, shared_storage_sets_shared_types) {
   uint32_t err = 0;
   ork_storage* storage = ork_storage_create(0, &err);
   {
@@ -39,7 +39,7 @@ TEST(Handle, SharedStorageSetsSharedTypes) {
   ork_storage_destroy(storage);
 }
 
-TEST(Errors, StoreReachesTheCrSlotOnlyWhileCrModeRuns) {
+TEST(Errors, store_reaches_the_cr_slot_only_while_cr_mode_runs) {
   const Handle handle = make_handle();
   ork_store_err(handle.get(), 22);
   EXPECT_EQ(ork_handle_last_error(handle.get()), 22u);
@@ -53,7 +53,7 @@ TEST(Errors, StoreReachesTheCrSlotOnlyWhileCrModeRuns) {
   EXPECT_EQ(handle->cr_error, 12u);
 }
 
-TEST(Errors, EpochErrorLeavesTheSlotAloneExceptForARefusedMessage) {
+TEST(Errors, epoch_error_leaves_the_slot_alone_except_for_a_refused_message) {
   const Handle handle = make_handle();
   uint32_t err = 0;
   ork_store_epoch_err(handle.get(), 43, &err);
@@ -64,7 +64,7 @@ TEST(Errors, EpochErrorLeavesTheSlotAloneExceptForARefusedMessage) {
   ork_store_epoch_err(handle.get(), 43, nullptr);
 }
 
-TEST(Errors, StrictHandleWritesTheSlotForBoth) {
+TEST(Errors, strict_handle_writes_the_slot_for_both) {
   const Handle handle = make_handle([](ork_options& options) { options.strict_epoch = 1; });
   uint32_t err = 0;
   ork_store_epoch_err(handle.get(), 43, &err);
@@ -73,7 +73,7 @@ TEST(Errors, StrictHandleWritesTheSlotForBoth) {
   EXPECT_EQ(err, 43u) << "the first error stays";
 }
 
-TEST(Handle, WorkspaceHasTheSizeAskedFor) {
+TEST(Handle, workspace_has_the_size_asked_for) {
   const Handle handle = make_handle([](ork_options& options) { options.workspace_size = 777; });
   uint8_t* ws = nullptr;
   int32_t ws_len = 0;
@@ -86,7 +86,7 @@ struct Seen {
   std::vector<std::string> calls;
 };
 
-TEST(Observers, AreToldOfWritesAndOfTheDatabaseHooks) {
+TEST(Observers, are_told_of_writes_and_of_the_database_hooks) {
   Seen seen;
   const Handle handle = make_handle([&](ork_options& options) {
     options.observers.ctx = &seen;
@@ -119,7 +119,7 @@ TEST(Observers, AreToldOfWritesAndOfTheDatabaseHooks) {
             (std::vector<std::string>{"write 8", "containment", "dirty", "destroy", "detach 3"}));
 }
 
-TEST(Modules, RootIsCountReservedTail) {
+TEST(Modules, root_is_count_reserved_tail) {
   EXPECT_EQ(ork_module_tot_root.count, 0u);
   EXPECT_EQ(ork_module_tot_root.tail, &ork_module_tot_root.head);
   EXPECT_EQ(offsetof(ork_module_root, tail), 16u);

@@ -9,7 +9,7 @@
 namespace platform_test {
 namespace {
 
-TEST(Memory, BudgetRefusesWhatWouldPassIt) {
+TEST(Memory, budget_refuses_what_would_pass_it) {
   const Handle handle = make_handle([](ork_options& options) { options.memory_budget = 1000; });
   void* first = allocate(handle, 500);
   ASSERT_NE(first, nullptr);
@@ -86,14 +86,14 @@ TEST(Memory, distances_count_and_find_room_kept_for_them) {
   EXPECT_EQ(memory_of(handle).held_bytes, 0u);
 }
 
-TEST(Memory, HostileSizesAreRefused) {
+TEST(Memory, hostile_sizes_are_refused) {
   const Handle handle = make_handle();
   EXPECT_EQ(allocate(handle, SIZE_MAX), nullptr);
   EXPECT_EQ(allocate(handle, SIZE_MAX - 16), nullptr);
   EXPECT_EQ(allocate(handle, PTRDIFF_MAX), nullptr);
 }
 
-TEST(Memory, SizeZeroGivesBlocksOfTheirOwn) {
+TEST(Memory, size_zero_gives_blocks_of_their_own) {
   const Handle handle = make_handle();
   void* a = allocate(handle, 0);
   void* b = allocate(handle, 0);
@@ -104,7 +104,7 @@ TEST(Memory, SizeZeroGivesBlocksOfTheirOwn) {
   EXPECT_EQ(memory_of(handle).live_blocks, 0u);
 }
 
-TEST(Memory, LeaksAreCounted) {
+TEST(Memory, leaks_are_counted) {
   Handle handle = make_handle();
   allocate(handle, 10);
   allocate(handle, 20);
@@ -115,7 +115,7 @@ TEST(Memory, LeaksAreCounted) {
   EXPECT_EQ(report.peak_bytes, 30u);
 }
 
-TEST(Memory, NthAllocationFailsOnce) {
+TEST(Memory, nth_allocation_fails_once) {
   const Handle handle = make_handle();
   ork_handle_fail_allocation(handle.get(), 2);
   void* a = allocate(handle, 1);
@@ -126,7 +126,7 @@ TEST(Memory, NthAllocationFailsOnce) {
   release(handle, b);
 }
 
-TEST(Memory, BlockFreedThroughAnotherHandleGoesBackToItsOwnAccount) {
+TEST(Memory, block_freed_through_another_handle_goes_back_to_its_own_account) {
   const Handle a = make_handle();
   const Handle b = make_handle();
   release(b, allocate(a, 100));
@@ -138,7 +138,7 @@ struct alignas(8) Block {
   unsigned char bytes[64];
 };
 
-TEST(Mapping, DistanceIsKeptAndTheFlagSet) {
+TEST(Mapping, distance_is_kept_and_the_flag_set) {
   const Handle handle = make_handle();
   Block block{};
   orklib_update_sttr_offset(handle.get(), 0, &block, 48);
@@ -149,7 +149,7 @@ TEST(Mapping, DistanceIsKeptAndTheFlagSet) {
   EXPECT_EQ(memory_of(handle).live_distances, 1u);
 }
 
-TEST(Mapping, DestroyOfNothingIsNoError) {
+TEST(Mapping, destroy_of_nothing_is_no_error) {
   const Handle handle = make_handle();
   Block block{};
   uint32_t err = 0;
@@ -157,7 +157,7 @@ TEST(Mapping, DestroyOfNothingIsNoError) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(Mapping, FreeingABlockDropsEveryDistanceInsideItAndNoOther) {
+TEST(Mapping, freeing_a_block_drops_every_distance_inside_it_and_no_other) {
   const Handle handle = make_handle();
   auto* a = static_cast<unsigned char*>(allocate(handle, 128));
   auto* b = static_cast<unsigned char*>(allocate(handle, 128));
@@ -174,7 +174,7 @@ TEST(Mapping, FreeingABlockDropsEveryDistanceInsideItAndNoOther) {
   EXPECT_EQ(memory_of(handle).live_distances, 0u);
 }
 
-TEST(Mapping, UntoldDistanceOfAnArrayRecordLeadsToAnEmptyEntryInItsOwnBody) {
+TEST(Mapping, untold_distance_of_an_array_record_leads_to_an_empty_entry_in_its_own_body) {
   const Handle handle = make_handle();
   const TestType type(1, "array", {24});
   alignas(8) unsigned char object[32] = {};
@@ -182,7 +182,7 @@ TEST(Mapping, UntoldDistanceOfAnArrayRecordLeadsToAnEmptyEntryInItsOwnBody) {
   EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, object), 16);
 }
 
-TEST(Tawny, TagBelongsToTheNextAllocation) {
+TEST(Tawny, tag_belongs_to_the_next_allocation) {
   const Handle handle = make_handle();
   struct Account {
     int64_t bytes = 0;
@@ -211,7 +211,7 @@ TEST(Tawny, TagBelongsToTheNextAllocation) {
   EXPECT_EQ(account.blocks, 0);
 }
 
-TEST(Tawny, PrintsALineForEachTag) {
+TEST(Tawny, prints_a_line_for_each_tag) {
   const Handle handle = make_handle();
   const auto printed = [] {
     char* text = nullptr;

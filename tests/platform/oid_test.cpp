@@ -10,7 +10,7 @@ struct alignas(8) Object {
 
 void destroy(ork_handle*, uint32_t, void* obj) { static_cast<Object*>(obj)->destroyed += 1; }
 
-TEST(Oid, WithoutReferencesTheMappingGoesAtOnce) {
+TEST(Oid, without_references_the_mapping_goes_at_once) {
   const Handle handle = make_handle();
   Object object;
   uint32_t err = 0;
@@ -23,7 +23,7 @@ TEST(Oid, WithoutReferencesTheMappingGoesAtOnce) {
   EXPECT_EQ(object.destroyed, 0) << "the caller does that";
 }
 
-TEST(Oid, ReferencedObjectIsDestroyedWhenTheLastOneGoes) {
+TEST(Oid, referenced_object_is_destroyed_when_the_last_one_goes) {
   const Handle handle = make_handle();
   Object object;
   uint32_t err = 0;
@@ -40,7 +40,7 @@ TEST(Oid, ReferencedObjectIsDestroyedWhenTheLastOneGoes) {
   EXPECT_EQ(err, 2u);
 }
 
-TEST(Oid, WrongCallsAreRefused) {
+TEST(Oid, wrong_calls_are_refused) {
   const Handle handle = make_handle();
   Object object;
   uint32_t err = 0;

@@ -55,7 +55,7 @@ ork_ip_address ip(uint8_t family, uint8_t prefix, const Bytes& address) {
   return result;
 }
 
-TEST(Primitives, WireImagesAndShortRoom) {
+TEST(Primitives, wire_images_and_short_room) {
   expect_wire<uint8_t>({1, u_int8_len, u_int8_marshal, u_int8_unmarshal}, 0xAB, {0xAB});
   expect_wire<uint16_t>({2, u_int16_len, u_int16_marshal, u_int16_unmarshal}, 0x0102, {1, 2});
   expect_wire<uint32_t>({4, u_int32_len, u_int32_marshal, u_int32_unmarshal}, 0x01020304,
@@ -74,7 +74,7 @@ TEST(Primitives, WireImagesAndShortRoom) {
                               {4, 24, 10, 1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
 }
 
-TEST(Primitives, BooleanIsNormalisedFromTheWire) {
+TEST(Primitives, boolean_is_normalised_from_the_wire) {
   const Handle handle = make_handle();
   const uint8_t byte = 0xFF;
   ork_boolean value = 0;
@@ -83,7 +83,7 @@ TEST(Primitives, BooleanIsNormalisedFromTheWire) {
   EXPECT_EQ(value, 1u);
 }
 
-TEST(Primitives, SetAnnouncesAndRefusesNull) {
+TEST(Primitives, set_announces_and_refuses_null) {
   const Handle handle = make_handle();
   uint32_t err = 0;
   uint16_t value = 0;
@@ -98,7 +98,7 @@ TEST(Primitives, SetAnnouncesAndRefusesNull) {
   EXPECT_EQ(u_int16_get(handle.get(), 0, &value, &err), nullptr);
 }
 
-TEST(Primitives, ScratchValuesComeZeroedFromTheHandle) {
+TEST(Primitives, scratch_values_come_zeroed_from_the_handle) {
   const Handle handle = make_handle();
   uint32_t* value = u_int32_create(handle.get(), 0);
   ASSERT_NE(value, nullptr);
@@ -111,7 +111,7 @@ TEST(Primitives, ScratchValuesComeZeroedFromTheHandle) {
   EXPECT_EQ(u_int8_create(handle.get(), 0), nullptr);
 }
 
-TEST(Primitives, AddressesInitializeSetAndCompare) {
+TEST(Primitives, addresses_initialize_set_and_compare) {
   const Handle handle = make_handle();
   uint32_t err = 0;
   ork_ip_address object{};
@@ -131,7 +131,7 @@ TEST(Primitives, AddressesInitializeSetAndCompare) {
   EXPECT_EQ(object.obj_flags, OBJ_NESTED | OBJ_EMBEDDED);
 }
 
-TEST(Primitives, LinkTypesSetTheirValueAlone) {
+TEST(Primitives, link_types_set_their_value_alone) {
   const Handle handle = make_handle();
   uint32_t err = 0;
   ork_link_type object{};

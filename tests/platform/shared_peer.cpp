@@ -19,7 +19,7 @@ using shared_test::Process;
 int read_all(Process& process, char** addresses) {
   std::printf("library %p\n", reinterpret_cast<void*>(wayfind_records[0].functions[0].address));
   for (unsigned i = 0; i < wayfind_record_count; ++i) {
-    const forms::Calls& calls = forms::all_records()[i];
+    const encoders::Calls& calls = encoders::all_records()[i];
     void* object = reinterpret_cast<void*>(std::strtoull(addresses[i], nullptr, 16));
     shared_test::Reader reader(process.handle, 2);
     reader.read(*calls.schema, object, calls.name());
@@ -27,9 +27,9 @@ int read_all(Process& process, char** addresses) {
       std::printf("strange %s\n", path.c_str());
     }
     const std::string wire =
-        shared_test::hexadecimal(forms::marshalled(process.handle, calls, object));
+        shared_test::hexadecimal(encoders::marshalled(process.handle, calls, object));
     process.destroyed.clear();
-    calls.destroy(process.handle, forms::instance, object);
+    calls.destroy(process.handle, encoders::instance, object);
     const bool told = process.destroyed == std::vector<const void*>{object};
     std::printf("%s %" PRIu32 " %s %s\n", calls.name(), reader.fields, wire.c_str(),
                 told ? "told" : "not told");
@@ -38,9 +38,9 @@ int read_all(Process& process, char** addresses) {
 }
 
 int leave(Process& process) {
-  const forms::Calls& calls = forms::calls_of("fwe_cl_wayfind_hop_chan_data");
-  void* object = calls.create(process.handle, forms::instance);
-  forms::Filler(process.handle, 2).fill(*calls.schema, object, calls.name());
+  const encoders::Calls& calls = encoders::calls_of("fwe_cl_wayfind_hop_chan_data");
+  void* object = calls.create(process.handle, encoders::instance);
+  encoders::Filler(process.handle, 2).fill(*calls.schema, object, calls.name());
   std::printf("%p\n", object);
   std::fflush(stdout);
   _exit(0);
@@ -48,8 +48,8 @@ int leave(Process& process) {
 
 int work(Process& process, long rounds) {
   for (long round = 0; round < rounds; ++round) {
-    for (const forms::Calls& calls : forms::all_records()) {
-      const forms::Object object = forms::filled(process.handle, calls, 2);
+    for (const encoders::Calls& calls : encoders::all_records()) {
+      const encoders::Object object = encoders::filled(process.handle, calls, 2);
       shared_test::Reader reader(process.handle, 2);
       reader.read(*calls.schema, object.get(), calls.name());
       for (const std::string& path : reader.strange) {

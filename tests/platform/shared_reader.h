@@ -34,8 +34,8 @@ class Reader {
   template <class Result, class... Arguments>
   Result call(const wayfind_function* functions, const char* suffix, void* object,
               Arguments... arguments) {
-    return forms::find<Result(ork_handle*, uint32_t, void*, Arguments..., uint32_t*)>(
-        functions, suffix)(handle_, forms::instance, object, arguments..., &err_);
+    return encoders::find<Result(ork_handle*, uint32_t, void*, Arguments..., uint32_t*)>(
+        functions, suffix)(handle_, encoders::instance, object, arguments..., &err_);
   }
 
   void read_field(const wayfind_field& field, void* object, const std::string& path) {
@@ -49,7 +49,7 @@ class Reader {
         char text[256] = "";
         call<void>(field.functions, "_get", object, static_cast<char*>(text),
                    uint32_t{sizeof text});
-        expect(forms::text_of(path, field.width) == text, path);
+        expect(encoders::text_of(path, field.width) == text, path);
         break;
       }
       case WAYFIND_COUNTER:
@@ -60,7 +60,7 @@ class Reader {
       case WAYFIND_RECORD_ARRAY: read_array(field, object, path); return;
     }
     if (tracking()) {
-      expect(call<uint8_t>(field.functions, "_state_flag_get", object) == forms::state_of(path),
+      expect(call<uint8_t>(field.functions, "_state_flag_get", object) == encoders::state_of(path),
              path + "#state");
     }
   }
@@ -75,7 +75,7 @@ class Reader {
       }
       if (tracking()) {
         expect(call<uint8_t>(field.functions, "_state_flag_get", object, i) ==
-                   forms::state_of(element),
+                   encoders::state_of(element),
                element + "#state");
       }
     }
@@ -86,7 +86,7 @@ class Reader {
       return read(*field.record, child, path);
     }
     if (field.kind == WAYFIND_IP_ADDRESS) {
-      const ork_ip_address wanted = forms::address_of(path);
+      const ork_ip_address wanted = encoders::address_of(path);
       const auto* found = static_cast<const ork_ip_address*>(child);
       return expect(found->family == wanted.family &&
                         found->prefix_length == wanted.prefix_length &&
@@ -94,7 +94,7 @@ class Reader {
                     path);
     }
     for (uint32_t flag = 0; flag < field.type->values; ++flag) {
-      const uint32_t wanted = static_cast<uint32_t>(forms::hash_of(path) >> flag & 1);
+      const uint32_t wanted = static_cast<uint32_t>(encoders::hash_of(path) >> flag & 1);
       expect(call<uint32_t>(field.type->functions, "_get_value", child, flag) == wanted, path);
     }
   }
@@ -113,7 +113,7 @@ class Reader {
   template <class... Where>
   void expect_value(const wayfind_field& field, const std::string& path, void* object,
                     Where... where) {
-    const uint64_t value = forms::hash_of(path);
+    const uint64_t value = encoders::hash_of(path);
     uint64_t wanted = static_cast<uint32_t>(value);
     switch (field.kind) {
       case WAYFIND_U_INT8: wanted = static_cast<uint8_t>(value); break;
@@ -135,7 +135,7 @@ class Reader {
   uint32_t err_ = 0;
 };
 
-inline std::string hexadecimal(const forms::Bytes& bytes) {
+inline std::string hexadecimal(const encoders::Bytes& bytes) {
   static constexpr char digits[] = "0123456789abcdef";
   std::string text;
   for (const uint8_t byte : bytes) {

@@ -82,23 +82,23 @@ void expect_records_balance(const ork_storage* storage) {
 
 class SharedTracking : public Shared, public testing::WithParamInterface<ork_tracking> {};
 
-TEST_P(SharedTracking, ObjectsOfEveryRecordAreReadAndDestroyedByAnotherProcess) {
+TEST_P(SharedTracking, objects_of_every_record_are_read_and_destroyed_by_another_process) {
   Process process(name(), room, GetParam());
   ASSERT_EQ(process.err, 0u);
   std::string arguments =
       std::string("read ") + name() + (GetParam() == ORK_TRACKING_ON ? " on" : " off");
   std::vector<std::string> wires;
-  for (const forms::Calls& calls : forms::all_records()) {
+  for (const encoders::Calls& calls : encoders::all_records()) {
     process.contained.clear();
     process.dirty.clear();
-    void* object = calls.create(process.handle, forms::instance);
+    void* object = calls.create(process.handle, encoders::instance);
     ASSERT_NE(object, nullptr);
     EXPECT_EQ(process.contained, (decltype(process.contained){{object, nullptr}})) << calls.name();
     EXPECT_EQ(process.dirty, std::vector<const void*>{object}) << calls.name();
-    forms::Filler filler(process.handle, 2);
+    encoders::Filler filler(process.handle, 2);
     filler.fill(*calls.schema, object, calls.name());
     EXPECT_EQ(filler.err, 0u);
-    wires.push_back(hexadecimal(forms::marshalled(process.handle, calls, object)));
+    wires.push_back(hexadecimal(encoders::marshalled(process.handle, calls, object)));
     std::ostringstream address;
     address << " " << object;
     arguments += address.str();
@@ -134,20 +134,20 @@ INSTANTIATE_TEST_SUITE_P(Modes, SharedTracking, testing::Values(ORK_TRACKING_OFF
                            return mode.param == ORK_TRACKING_ON ? "tracked" : "untracked";
                          });
 
-TEST_F(Shared, ObjectOutlivesItsProcess) {
+TEST_F(Shared, object_outlives_its_process) {
   Process process(name(), room, ORK_TRACKING_ON);
   const auto lines = finish(start(std::string("leave ") + name()));
   ASSERT_EQ(lines.size(), 1u);
   void* object = reinterpret_cast<void*>(std::strtoull(lines[0].c_str(), nullptr, 16));
-  const forms::Calls& calls = forms::calls_of("fwe_cl_wayfind_hop_chan_data");
+  const encoders::Calls& calls = encoders::calls_of("fwe_cl_wayfind_hop_chan_data");
   Reader reader(process.handle, 2);
   reader.read(*calls.schema, object, calls.name());
   EXPECT_EQ(reader.strange, std::vector<std::string>{});
-  calls.destroy(process.handle, forms::instance, object);
+  calls.destroy(process.handle, encoders::instance, object);
   EXPECT_EQ(process.memory().live_blocks, 0u);
 }
 
-TEST_F(Shared, ProcessesFillAndWorkInOneStorageAtTheSameTime) {
+TEST_F(Shared, processes_fill_and_work_in_one_storage_at_the_same_time) {
   Process process(name(), room, ORK_TRACKING_ON);
   FILE* first = start(std::string("work ") + name() + " 20");
   FILE* second = start(std::string("work ") + name() + " 20");
@@ -158,11 +158,12 @@ TEST_F(Shared, ProcessesFillAndWorkInOneStorageAtTheSameTime) {
   expect_records_balance(process.storage);
 }
 
-TEST_F(Shared, HooksWantRecordingAndAnInstance) {
-  const forms::Calls& calls = forms::calls_of("fwe_cl_wayfind_mem_st");
+TEST_F(Shared, hooks_want_recording_and_an_instance) {
+  const encoders::Calls& calls = encoders::calls_of("fwe_cl_wayfind_mem_st");
   {
     Process silent(name(), room, ORK_TRACKING_OFF, 0);
-    calls.destroy(silent.handle, forms::instance, calls.create(silent.handle, forms::instance));
+    calls.destroy(silent.handle, encoders::instance,
+                  calls.create(silent.handle, encoders::instance));
     EXPECT_TRUE(silent.contained.empty() && silent.dirty.empty() && silent.destroyed.empty());
   }
   Process process(name(), 0, ORK_TRACKING_OFF);
@@ -171,9 +172,9 @@ TEST_F(Shared, HooksWantRecordingAndAnInstance) {
   EXPECT_TRUE(process.dirty.empty() && process.destroyed.empty());
 }
 
-TEST_F(Shared, DescriptorsAndTheirVariantsLieInTheStorage) {
+TEST_F(Shared, descriptors_and_their_variants_lie_in_the_storage) {
   Process process(name(), room, ORK_TRACKING_OFF);
-  const forms::Object object(process.handle, forms::calls_of("fwe_cl_wayfind_chan_st"));
+  const encoders::Object object(process.handle, encoders::calls_of("fwe_cl_wayfind_chan_st"));
   const auto* type = ork_get_manifested_type_info(object.get());
   const auto distance = [&](const void* address) {
     return static_cast<size_t>(
@@ -186,7 +187,7 @@ TEST_F(Shared, DescriptorsAndTheirVariantsLieInTheStorage) {
   EXPECT_EQ(type->varinfo->entries[3].create_count, 1u);
 }
 
-TEST_F(Shared, AddressThatIsTakenIsRefused) {
+TEST_F(Shared, address_that_is_taken_is_refused) {
   void* taken = mmap(nullptr, room, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(taken, MAP_FAILED);
   EXPECT_EQ(error_of(name(), room, taken), 98u);
@@ -196,7 +197,7 @@ TEST_F(Shared, AddressThatIsTakenIsRefused) {
   EXPECT_EQ(error_of(name(), 0), 98u) << "by this process itself";
 }
 
-TEST_F(Shared, NamesSizesAndAddressesAreChecked) {
+TEST_F(Shared, names_sizes_and_addresses_are_checked) {
   EXPECT_EQ(error_of(name(), 0), 2u);
   EXPECT_EQ(error_of(name(), (size_t{1} << 20) - 1), 22u);
   EXPECT_EQ(error_of("", room), 22u);
@@ -210,7 +211,7 @@ TEST_F(Shared, NamesSizesAndAddressesAreChecked) {
   process.handle->free_fn(process.handle->mem_pool, 0, block);
 }
 
-TEST_F(Shared, ExhaustedStorageRefusesObjectsAndStillKeepsTheirDistances) {
+TEST_F(Shared, exhausted_storage_refuses_objects_and_still_keeps_their_distances) {
   Process process(name(), size_t{1} << 20, ORK_TRACKING_ON);
   ork_handle* handle = process.handle;
   EXPECT_EQ(handle->alloc_fn(handle->mem_pool, 0, SIZE_MAX), nullptr);
@@ -234,9 +235,9 @@ TEST_F(Shared, ExhaustedStorageRefusesObjectsAndStillKeepsTheirDistances) {
   EXPECT_EQ(process.memory().live_distances, 0u);
 }
 
-TEST_F(Shared, BlockOfTheProcessGoesBackToIt) {
+TEST_F(Shared, block_of_the_process_goes_back_to_it) {
   Process process(name(), room, ORK_TRACKING_OFF);
-  const forms::Handle own(ORK_TRACKING_OFF);
+  const encoders::Handle own(ORK_TRACKING_OFF);
   void* block = own->alloc_fn(own->mem_pool, 0, 10);
   process.handle->free_fn(process.handle->mem_pool, 0, block);
   EXPECT_EQ(own.memory().live_blocks, 0u);
@@ -253,7 +254,7 @@ uint32_t unmarshal_and_fail(ork_handle* handle, uint32_t, void*, void**, const u
   return 43;
 }
 
-TEST_F(Shared, FailedFrameGivesBackWhatItTookAndNothingElse) {
+TEST_F(Shared, failed_frame_gives_back_what_it_took_and_nothing_else) {
   Process process(name(), room, ORK_TRACKING_OFF);
   ork_handle* handle = process.handle;
   uint32_t err = 0;
@@ -315,7 +316,7 @@ TEST_F(Shared, full_storage_is_not_broken) {
   EXPECT_EQ(report.refusals, 1u);
 }
 
-TEST(RobustLock, IsRefusedForGoodAfterItsHolderDied) {
+TEST(RobustLock, is_refused_for_good_after_its_holder_died) {
   void* memory = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(memory, MAP_FAILED);
   auto* lock = new (memory) ork::RobustLock;

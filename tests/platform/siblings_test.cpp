@@ -12,7 +12,7 @@ namespace {
 
 void handler(ork_handle*, uint32_t, void*, uint32_t*) {}
 
-TEST(Siblings, EachKeepsAHandlerOfItsOwn) {
+TEST(Siblings, each_keeps_a_handler_of_its_own) {
   const std::pair<ork_bundle_handler (*)(ork_bundle_handler), ork_bundle_handler (*)()> siblings[] =
       {
           {ctl_link_bundle_handler_register, ctl_link_bundle_handler_unregister},
@@ -33,7 +33,7 @@ TEST(Siblings, EachKeepsAHandlerOfItsOwn) {
   }
 }
 
-TEST(Siblings, ShowCoreNamesTheRequestMessage) {
+TEST(Siblings, show_core_names_the_request_message) {
   EXPECT_STREQ(message_ui_req_msg_name, "message ui_req_msg");
   EXPECT_NE(message_ui_req_msg_luid[0], 0);
 }

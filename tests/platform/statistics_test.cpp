@@ -3,7 +3,7 @@
 namespace platform_test {
 namespace {
 
-TEST(Statistics, CountByVariant) {
+TEST(Statistics, count_by_variant) {
   const Handle handle = make_handle();
   TestType type(1, "counted", {20, 30});
   const TestModule module({type.get()});
@@ -24,7 +24,7 @@ TEST(Statistics, CountByVariant) {
   std::free(text);
 }
 
-TEST(Statistics, NothingIsWrittenInFrontOfTheEntries) {
+TEST(Statistics, nothing_is_written_in_front_of_the_entries) {
   const Handle handle = make_handle();
   ork_variant_entry entries[2]{};
   ork_variant_info variants{1, {}, &entries[1]};
@@ -37,7 +37,7 @@ TEST(Statistics, NothingIsWrittenInFrontOfTheEntries) {
   EXPECT_EQ(entries[0].destroy_count, 0u);
 }
 
-TEST(Statistics, CountersAreAnnounced) {
+TEST(Statistics, counters_are_announced) {
   struct Seen {
     void* counter = nullptr;
   } seen;

@@ -15,7 +15,7 @@ struct Exact {
   std::unique_ptr<char[]> bytes;
 };
 
-TEST(Text, LinesNameTheFieldAtItsIndent) {
+TEST(Text, lines_name_the_field_at_its_indent) {
   const Handle handle = make_handle();
   char buffer[256] = "";
   uint32_t err = 0;
@@ -39,7 +39,7 @@ TEST(Text, LinesNameTheFieldAtItsIndent) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(Text, FixedStringsStopAtTheirEndAndShowNoControlByte) {
+TEST(Text, fixed_strings_stop_at_their_end_and_show_no_control_byte) {
   const Handle handle = make_handle();
   char buffer[256] = "";
   uint32_t err = 0;
@@ -52,7 +52,7 @@ TEST(Text, FixedStringsStopAtTheirEndAndShowNoControlByte) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(Text, ShortRoomCutsTheLineAndSaysSo) {
+TEST(Text, short_room_cuts_the_line_and_says_so) {
   const Handle handle = make_handle();
   const uint32_t value = 12345;
   for (int32_t room = 1; room < 12; ++room) {
@@ -74,7 +74,7 @@ TEST(Text, ShortRoomCutsTheLineAndSaysSo) {
   }
 }
 
-TEST(Text, FixedStringWithShortRoomStaysTerminated) {
+TEST(Text, fixed_string_with_short_room_stays_terminated) {
   const Handle handle = make_handle();
   for (int32_t room = 1; room < 14; ++room) {
     const Exact exact(static_cast<size_t>(room));
@@ -86,7 +86,7 @@ TEST(Text, FixedStringWithShortRoomStaysTerminated) {
   }
 }
 
-TEST(Text, HugeIndentIsCutNotFollowed) {
+TEST(Text, huge_indent_is_cut_not_followed) {
   const Handle handle = make_handle();
   char buffer[16] = "";
   uint32_t err = 0;
@@ -176,7 +176,7 @@ TEST(Text, xml_writers_without_room_look_at_neither_value_nor_name) {
   });
 }
 
-TEST(PrintSpace, AppendsToTheTextThatBeginsAtTheBuffer) {
+TEST(PrintSpace, appends_to_the_text_that_begins_at_the_buffer) {
   const Handle handle = make_handle();
   char buffer[16] = "ab";
   uint32_t err = 0;
@@ -188,7 +188,7 @@ TEST(PrintSpace, AppendsToTheTextThatBeginsAtTheBuffer) {
   EXPECT_EQ(err, 90u);
 }
 
-TEST(Snprintf, CutsCountsAndClosesAfterAnError) {
+TEST(Snprintf, cuts_counts_and_closes_after_an_error) {
   const Handle handle = make_handle();
   char buffer[5] = "";
   uint32_t err = 0;

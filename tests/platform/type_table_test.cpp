@@ -33,7 +33,7 @@ class TypeTable : public testing::Test {
   Handle handle_;
 };
 
-TEST_F(TypeTable, FirstAskFillsTheTable) {
+TEST_F(TypeTable, first_ask_fills_the_table) {
   EXPECT_EQ(handle_->type_table_find_fn(handle_->type_table, 0, type_.get()->luid_text), nullptr);
   const ork_type_info* copy = ork_type_info_ptr_get(handle_.get(), 0, type_.get(), enter);
   ASSERT_NE(copy, type_.get());
@@ -43,7 +43,7 @@ TEST_F(TypeTable, FirstAskFillsTheTable) {
   EXPECT_EQ(ork_type_info_ptr_get(handle_.get(), 0, type_.get(), nullptr), copy);
 }
 
-TEST_F(TypeTable, NewerModuleBringsItsVariantsAndKeepsTheCounts) {
+TEST_F(TypeTable, newer_module_brings_its_variants_and_keeps_the_counts) {
   const ork_type_info* entered = ork_type_info_ptr_get(handle_.get(), 0, type_.get(), enter);
   auto* copy = const_cast<ork_type_info*>(entered);
   copy->varinfo->entries[1].create_count = 5;
@@ -56,7 +56,7 @@ TEST_F(TypeTable, NewerModuleBringsItsVariantsAndKeepsTheCounts) {
   EXPECT_EQ(copy->varinfo->n_variants, 3) << "an older module takes nothing away";
 }
 
-TEST_F(TypeTable, OwnTypesEnterThemselves) {
+TEST_F(TypeTable, own_types_enter_themselves) {
   alignas(8) ork_ip_address address{};
   uint32_t err = 0;
   ip_address_initialize(handle_.get(), 0, &address, &_ip_address_type_info_internal, 0, 0,

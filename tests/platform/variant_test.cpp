@@ -26,13 +26,13 @@ int risen_from(std::vector<uint32_t> used_lengths, uint8_t cap, int8_t variant, 
   return object.header.variant;
 }
 
-TEST(Variant, StorageOfTheNewestLayoutTakesAnyVariant) {
+TEST(Variant, storage_of_the_newest_layout_takes_any_variant) {
   EXPECT_EQ(risen_from({251, 253, 384, 385}, 3, 0), 3);
   EXPECT_EQ(risen_from({251, 253, 384, 385}, 3, -1), 3);
   EXPECT_EQ(risen_from({400, 584}, 0xFF, 0), 1) << "a cap outside the table is the newest layout";
 }
 
-TEST(Variant, OlderLayoutsRiseAsFarAsTheirRoomGoes) {
+TEST(Variant, older_layouts_rise_as_far_as_their_room_goes) {
   EXPECT_EQ(risen_from({251, 253, 384, 385}, 0, 0), 1) << "253 in 272";
   EXPECT_EQ(risen_from({251, 253, 384, 385}, 1, 0), 1);
   EXPECT_EQ(risen_from({251, 253, 384, 385}, 2, 0), 3) << "385 in 400";
@@ -44,12 +44,12 @@ TEST(Variant, OlderLayoutsRiseAsFarAsTheirRoomGoes) {
   EXPECT_EQ(risen_from({200, 264}, 0, 0), 0);
 }
 
-TEST(Variant, TrackedObjectOfAnOlderLayoutStaysInIt) {
+TEST(Variant, tracked_object_of_an_older_layout_stays_in_it) {
   EXPECT_EQ(risen_from({72, 84}, 0, 0, OBJ_STATE_TRACKED), 0);
   EXPECT_EQ(risen_from({251, 253, 384, 385}, 2, 0, OBJ_STATE_TRACKED), 2);
 }
 
-TEST(Variant, DomainSetsTheLimit) {
+TEST(Variant, domain_sets_the_limit) {
   const Handle handle = make_handle();
   const TestType type(1, "type", {20, 30, 40});
   uint32_t err = 0;
@@ -62,7 +62,7 @@ TEST(Variant, DomainSetsTheLimit) {
   EXPECT_EQ(adjust(handle, object, type), 0u) << "nothing is lowered and nothing rises twice";
 }
 
-TEST(Variant, NullObjectOrDescriptorIsLeftAlone) {
+TEST(Variant, null_object_or_descriptor_is_left_alone) {
   const Handle handle = make_handle();
   const TestType type(1, "type", {20, 30});
   uint32_t err = 0;
@@ -71,7 +71,7 @@ TEST(Variant, NullObjectOrDescriptorIsLeftAlone) {
   EXPECT_EQ(orklib_adjust_variant(handle.get(), 0, &object, nullptr, 1, &err), 0u);
 }
 
-TEST(Object, HeaderIsReadAndNullIsAnswered) {
+TEST(Object, header_is_read_and_null_is_answered) {
   Object object;
   object.header.variant = -3;
   object.header.obj_flags = 0x28;
@@ -91,7 +91,7 @@ TEST(Object, HeaderIsReadAndNullIsAnswered) {
   EXPECT_EQ(err, 22u);
 }
 
-TEST(Object, SlotBlockLeadsToTheDescriptor) {
+TEST(Object, slot_block_leads_to_the_descriptor) {
   const TestType type(7, "type", {20});
   const ork_type_info* block = type.get();
   Object object;

@@ -5,7 +5,7 @@
 namespace platform_test {
 namespace {
 
-TEST(Wire, HeaderIsTwentySevenBytesInNetworkOrder) {
+TEST(Wire, header_is_twenty_seven_bytes_in_network_order) {
   const Handle handle = make_handle();
   const ork_message_header header{
       0xBC, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 1, 0x01020304, 0x0A0B0C0D};
@@ -23,7 +23,7 @@ TEST(Wire, HeaderIsTwentySevenBytesInNetworkOrder) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(Wire, BaseOfARecordImage) {
+TEST(Wire, base_of_a_record_image) {
   const Handle handle = make_handle();
   std::array<uint8_t, 15> bytes{};
   uint32_t err = 0;
@@ -57,7 +57,7 @@ TEST(Wire, BaseOfARecordImage) {
 }
 
 // Null buffers: a touch would not survive.
-TEST(Wire, ShortAndNegativeRoomTouchesNothing) {
+TEST(Wire, short_and_negative_room_touches_nothing) {
   const Handle handle = make_handle();
   const ork_message_header header{};
   const uint64_t word = 0;

@@ -43,7 +43,7 @@ class XmlArrays : public testing::Test {
   Xml xpath_ = parse_xml(text());
 };
 
-TEST_F(XmlArrays, ElementsAreFoundInAnyOrder) {
+TEST_F(XmlArrays, elements_are_found_in_any_order) {
   for (uint32_t before = 1; before <= size + 1; ++before) {
     for (uint32_t index = 1; index <= size + 2; ++index) {
       expect_read(1, 'a', before);
@@ -52,7 +52,7 @@ TEST_F(XmlArrays, ElementsAreFoundInAnyOrder) {
   }
 }
 
-TEST_F(XmlArrays, ArraysOfTwoNamesMayBeReadInTurn) {
+TEST_F(XmlArrays, arrays_of_two_names_may_be_read_in_turn) {
   for (uint32_t index = 1; index <= size + 1; ++index) {
     expect_read(1, 'a', index);
     expect_read(1, 'b', index);
@@ -60,7 +60,7 @@ TEST_F(XmlArrays, ArraysOfTwoNamesMayBeReadInTurn) {
   }
 }
 
-TEST_F(XmlArrays, ArraysOfTwoParentsMayBeReadInTurn) {
+TEST_F(XmlArrays, arrays_of_two_parents_may_be_read_in_turn) {
   for (uint32_t index = 1; index <= size + 1; ++index) {
     expect_read(1, 'a', index);
     expect_read(2, 'a', index);
@@ -68,7 +68,7 @@ TEST_F(XmlArrays, ArraysOfTwoParentsMayBeReadInTurn) {
 }
 
 // A walk from the front for each of them would take minutes.
-TEST_F(XmlArrays, LongOnesAreReadInOnePass) {
+TEST_F(XmlArrays, long_ones_are_read_in_one_pass) {
   constexpr uint32_t many = 200'000;
   std::string text = "<m>";
   for (uint32_t i = 1; i <= many; ++i) {

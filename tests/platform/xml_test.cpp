@@ -13,7 +13,7 @@ std::string refusal(std::string_view text) {
   return reason;
 }
 
-TEST(XmlWrite, ElementsCarryAStateThatIsNotZero) {
+TEST(XmlWrite, elements_carry_a_state_that_is_not_zero) {
   const Handle handle = make_handle();
   char buffer[128];
   uint32_t err = 0;
@@ -31,7 +31,7 @@ TEST(XmlWrite, ElementsCarryAStateThatIsNotZero) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(XmlWrite, ElementsAreWholeOrNotThere) {
+TEST(XmlWrite, elements_are_whole_or_not_there) {
   const Handle handle = make_handle();
   const uint32_t value = 7;
   for (int32_t room = -1; room < 10; ++room) {
@@ -42,7 +42,7 @@ TEST(XmlWrite, ElementsAreWholeOrNotThere) {
   }
 }
 
-TEST(XmlWrite, EndTagIsWrittenAfterAnErrorToo) {
+TEST(XmlWrite, end_tag_is_written_after_an_error_too) {
   const Handle handle = make_handle();
   char buffer[16];
   uint32_t err = 12;
@@ -51,7 +51,7 @@ TEST(XmlWrite, EndTagIsWrittenAfterAnErrorToo) {
   EXPECT_EQ(err, 12u);
 }
 
-TEST(XmlWrite, TimestampIsInUtc) {
+TEST(XmlWrite, timestamp_is_in_utc) {
   const Handle handle = make_handle();
   char buffer[128];
   uint32_t err = 0;
@@ -60,7 +60,7 @@ TEST(XmlWrite, TimestampIsInUtc) {
   EXPECT_EQ(std::string_view(buffer).substr(0, 9), "<m time=\"");
 }
 
-TEST(XmlRead, DocumentTypesAreRefused) {
+TEST(XmlRead, document_types_are_refused) {
   EXPECT_EQ(refusal("<!DOCTYPE a [<!ENTITY x \"y\">]>\n<a>&x;</a>"),
             "line 1: a document type is not accepted");
   EXPECT_EQ(refusal("<?xml version='1.0'?>\n<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>"),
@@ -68,14 +68,14 @@ TEST(XmlRead, DocumentTypesAreRefused) {
   refusal("<!DOCTYPE a><a/>");
 }
 
-TEST(XmlRead, MalformedTextsNameTheLine) {
+TEST(XmlRead, malformed_texts_name_the_line) {
   EXPECT_EQ(refusal("<a>\n<b></a>").substr(0, 7), "line 2:");
   refusal("");
   refusal("<a>&undeclared;</a>");
   refusal(std::string(3000, '<'));
 }
 
-TEST(XmlRead, DeepNestingIsRefusedNotFollowed) {
+TEST(XmlRead, deep_nesting_is_refused_not_followed) {
   std::string deep;
   for (int i = 0; i < 5000; ++i) {
     deep += "<a>";
@@ -83,7 +83,7 @@ TEST(XmlRead, DeepNestingIsRefusedNotFollowed) {
   refusal(deep);
 }
 
-TEST(XmlRead, ValueOutOfRangeIsAnEmptyElement) {
+TEST(XmlRead, value_out_of_range_is_an_empty_element) {
   const Xml xml = parse_xml("<s>\n<my_type_e value out of range/></s>");
   uint32_t count = 0;
   EXPECT_EQ(xml_get_element_nodecount(xml.get(), "//s/my_type_e", &count), 0u);
@@ -91,7 +91,7 @@ TEST(XmlRead, ValueOutOfRangeIsAnEmptyElement) {
   refusal("<s>< value out of range/></s>");
 }
 
-TEST(XmlRead, PathsSelectAsXPathDoes) {
+TEST(XmlRead, paths_select_as_x_path_does) {
   const Xml xml = parse_xml("<m><r><n>1</n><n>2</n><c><v>x</v></c></r><r><n>3</n></r></m>");
   const auto count = [&](const char* path) {
     uint32_t nodes = 99;
@@ -126,7 +126,7 @@ TEST(XmlRead, PathsSelectAsXPathDoes) {
   EXPECT_STREQ(cut, "ab");
 }
 
-TEST(XmlRead, NumbersAreReadWholeOrRefused) {
+TEST(XmlRead, numbers_are_read_whole_or_refused) {
   const Handle handle = make_handle();
   const Xml xml = parse_xml("<r><a> 255 </a><b>256</b><c>0xFf</c><d>-1</d><e></e><f>1x</f></r>");
   const auto read = [&](const char* path) {
@@ -152,7 +152,7 @@ TEST(XmlRead, NumbersAreReadWholeOrRefused) {
   EXPECT_EQ(err, 22u);
 }
 
-TEST(XmlRead, AddressesAndBooleansRoundTrip) {
+TEST(XmlRead, addresses_and_booleans_round_trip) {
   const Handle handle = make_handle();
   for (const char* text : {"10.1.2.3/24", "2001:db8::1/64", "none", "0.0.0.0/0"}) {
     const Xml xml = parse_xml("<r><a>" + std::string(text) + "</a></r>");
@@ -325,7 +325,7 @@ std::string through_xml(const Handle& handle, const std::string& bytes) {
   return back;
 }
 
-TEST(XmlText, EveryByteAndEveryPairRoundTrips) {
+TEST(XmlText, every_byte_and_every_pair_round_trips) {
   const Handle handle = make_handle();
   for (int a = 1; a < 256; ++a) {
     for (const int b :
@@ -336,7 +336,7 @@ TEST(XmlText, EveryByteAndEveryPairRoundTrips) {
   }
 }
 
-TEST(XmlText, HardOnesRoundTrip) {
+TEST(XmlText, hard_ones_round_trip) {
   const Handle handle = make_handle();
   for (const std::string& bytes :
        {std::string("]]>&amp;\"'"), std::string("\xef\xbf\xbe"), std::string("\xed\xa0\x80"),
@@ -349,7 +349,7 @@ TEST(XmlText, HardOnesRoundTrip) {
       << "what is behind the end stays";
 }
 
-TEST(XmlText, TooLongAndBadEscapesAreRefused) {
+TEST(XmlText, too_long_and_bad_escapes_are_refused) {
   const Handle handle = make_handle();
   const Xml xml = parse_xml("<r><a>abcd</a><b>\\q</b><c>\\x4</c></r>");
   char target[4] = {'k', 'e', 'e', 'p'};
@@ -384,27 +384,27 @@ std::string elements_of(const std::string& text) {
   return seen;
 }
 
-TEST(XmlTools, ElementsAreToldInDocumentOrder) {
+TEST(XmlTools, elements_are_told_in_document_order) {
   EXPECT_EQ(elements_of("<m>\n<r>\n<n>1</n>\n</r>\n<o/></m>"),
             "0,m,-,1,-,-, 1,r,m,2,-,-, 2,n,r,3,-,1, 1,o,m,5,-,-, ");
 }
 
-TEST(XmlTools, ElementsInANamespaceSaySo) {
+TEST(XmlTools, elements_in_a_namespace_say_so) {
   EXPECT_EQ(elements_of("<m><a xmlns='urn:a'/><p:b xmlns:p='urn:b'/></m>"),
             "0,m,-,1,-,-, 1,a,m,1,urn:a,-, 1,b,m,1,urn:b,-, ");
 }
 
-TEST(XmlTools, TextOfAnElementIsTheFirstThatIsNotBlank) {
+TEST(XmlTools, text_of_an_element_is_the_first_that_is_not_blank) {
   EXPECT_EQ(elements_of("<m> <a>x</a> <!-- no -->y <a/>z</m>"),
             "0,m,-,1,-,y , 1,a,m,1,-,x, 1,a,m,1,-,-, ");
 }
 
-TEST(XmlTools, AttributeThatNoWriterWritesIsTold) {
+TEST(XmlTools, attribute_that_no_writer_writes_is_told) {
   EXPECT_EQ(elements_of("<m time='t'><a state='2'/><b state='2' x='1' y='2'/></m>"),
             "0,m,-,1,-,-, 1,a,m,1,-,-, 1,b,m,1,-,-,x ");
 }
 
-TEST(XmlTools, PathsLinesAndRecordings) {
+TEST(XmlTools, paths_lines_and_recordings) {
   const Xml xml = parse_xml("<m>\n<r>\n<n>1</n>\n</r>\n</m>");
   char path[32];
   EXPECT_EQ(ork_xml_nth_path(path, sizeof path, "r", 1), 0u);
@@ -436,7 +436,7 @@ std::string lines_of(const std::string& text) {
   return seen.lines;
 }
 
-TEST(XmlTools, LinesBeyond65535AreTrue) {
+TEST(XmlTools, lines_beyond_65535_are_true) {
   const auto behind = [](const std::string& inside) {
     return lines_of("<m>" + std::string(70'000, '\n') + inside + "</m>");
   };
@@ -448,13 +448,13 @@ TEST(XmlTools, LinesBeyond65535AreTrue) {
   EXPECT_EQ(refusal("<m>" + std::string(70'000, '\n') + "</r>").substr(0, 11), "line 70001:");
 }
 
-TEST(XmlTools, StartTagOfSeveralLinesIsToldByItsFirst) {
+TEST(XmlTools, start_tag_of_several_lines_is_told_by_its_first) {
   EXPECT_EQ(lines_of("<!-- <\n --><m\n state='2'\n time='\n&lt;>'\r\n>\n<n\n/></m>"), "m 2, n 7, ");
   const std::string long_tag = "<n\n state='" + std::string(100'000, ' ') + "\n'/>";
   EXPECT_EQ(lines_of("<m>\n" + long_tag + "<o/></m>"), "m 1, n 2, o 4, ");
 }
 
-TEST(XmlTools, LineOfWhatIsNoElementIsThatOfTheElementAroundIt) {
+TEST(XmlTools, line_of_what_is_no_element_is_that_of_the_element_around_it) {
   const Xml xml = parse_xml("<m>\n<n\n state='2'>\n\ntext<!-- --></n></m>");
   for (const char* path : {"//n/@state", "//n/text()", "//n/comment()"}) {
     EXPECT_EQ(ork_xml_line(xml.get(), path), 2u) << path;

@@ -10,7 +10,7 @@ namespace {
 
 void handler(ork_handle*, uint32_t, void*, uint32_t*) {}
 
-TEST(BundleSites, Start) {
+TEST(BundleSites, start) {
   for (const Bundle& bundle : bundles()) {
     expect_trace({bundle.name("_start"),
                   text::start_inside,
@@ -37,7 +37,7 @@ TEST(BundleSites, Start) {
   }
 }
 
-TEST(BundleSites, Abort) {
+TEST(BundleSites, abort) {
   for (const Bundle& bundle : bundles()) {
     const auto abort = [&](uint32_t error, bool open, const ork_bundle_dispatch_info* info) {
       const auto accumulating = spy::answer(orklib_is_accumulating_bundle, open ? 1 : 0);
@@ -57,7 +57,7 @@ TEST(BundleSites, Abort) {
   }
 }
 
-TEST(BundleSites, Commit) {
+TEST(BundleSites, commit) {
   for (const Bundle& bundle : bundles()) {
     const auto commit = [&](uint32_t error, bool open, ork_bundle_handler dispatched,
                             ork_bundle_handler of_handle) {

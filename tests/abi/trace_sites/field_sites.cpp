@@ -85,7 +85,7 @@ void expect_refusals(const Field& field, const char* suffix, const std::string& 
 
 void nothing(const Handle&, void*) {}
 
-TEST(FieldSites, Set) {
+TEST(FieldSites, set) {
   for (const Field& field : fields_with("_set")) {
     expect_refusals(field, "_set", text::not_tracked, nothing,
                     [&](const Handle& handle, void* object) {
@@ -95,7 +95,7 @@ TEST(FieldSites, Set) {
   }
 }
 
-TEST(FieldSites, SetValue) {
+TEST(FieldSites, set_value) {
   for (const Field& field : fields_with("_set_value")) {
     const auto first_element = [&](const Handle& handle, void* object) {
       if (field.is_array()) field.set_element(handle, object, 0, handle);
@@ -109,7 +109,7 @@ TEST(FieldSites, SetValue) {
   }
 }
 
-TEST(FieldSites, SetMem) {
+TEST(FieldSites, set_mem) {
   for (const Field& field : fields_with("_set_mem")) {
     expect_refusals(field, "_set_mem", text::not_tracked, nothing,
                     [&](const Handle& handle, void* object) {
@@ -119,7 +119,7 @@ TEST(FieldSites, SetMem) {
   }
 }
 
-TEST(FieldSites, StateFlag) {
+TEST(FieldSites, state_flag) {
   for (const Field& field : fields_with("_state_flag_get")) {
     expect_refusals(field, "_state_flag_get", text::non_tracked, nothing,
                     [&](const Handle& handle, void* object) {
@@ -136,7 +136,7 @@ TEST(FieldSites, StateFlag) {
   }
 }
 
-TEST(FieldSites, StateOfAnArray) {
+TEST(FieldSites, state_of_an_array) {
   for (const Field& field : fields_with("_state_flag_whole_get")) {
     uint8_t bytes[16] = {};
     uint8_t* out = nullptr;
@@ -153,7 +153,7 @@ TEST(FieldSites, StateOfAnArray) {
   }
 }
 
-TEST(FieldSites, GrowthOfAnArray) {
+TEST(FieldSites, growth_of_an_array) {
   for (const Field& field : fields_with("_state_flag_whole_get")) {
     expect_trace({field.name("_set"), text::reallocating(field.record.name), "error", {}}, [&] {
       const Handle handle;
@@ -171,7 +171,7 @@ TEST(FieldSites, GrowthOfAnArray) {
 
 // The mode is asked for again when an array has grown and when an element has been written; by then
 // it can be another.
-TEST(FieldSites, SetOfAnArrayWhoseHandleOrObjectChangesUnderWay) {
+TEST(FieldSites, set_of_an_array_whose_handle_or_object_changes_under_way) {
   for (const Field& field : fields_with("_state_flag_whole_get")) {
     const Handle* handle = nullptr;
     void* object = nullptr;
@@ -204,7 +204,7 @@ TEST(FieldSites, SetOfAnArrayWhoseHandleOrObjectChangesUnderWay) {
 
 // An element is measured when the count has been read; by then the mode can be another. Here the
 // count is the image's first field.
-TEST(FieldSites, UnmarshalOfARecordArrayWhoseHandleChangesUnderWay) {
+TEST(FieldSites, unmarshal_of_a_record_array_whose_handle_changes_under_way) {
   static const uint8_t image[32] = {0, 0, 0, 0, 0, 0, 1, 1, 1, 1};
   for (const Field& field : fields_with("_state_flag_whole_get")) {
     if (field.schema.cls != WAYFIND_RECORD_ARRAY) continue;

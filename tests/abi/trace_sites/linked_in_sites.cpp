@@ -29,7 +29,7 @@ DEFINE_HANDLER(fwe_cl_wayfind_show_intf_response)
 namespace trace_sites {
 namespace {
 
-TEST(LinkedInSites, Commit) {
+TEST(LinkedInSites, commit) {
   for (const Bundle& bundle : bundles()) {
     expect_trace({bundle.name("_commit"), text::calling_linked_handler, "debug", {"the bundle"}},
                  [&] {

@@ -10,8 +10,8 @@
 namespace trace_sites {
 namespace {
 
-struct Message : family::Message {
-  using family::Message::Message;
+struct Message : messages::Message {
+  using messages::Message::Message;
   std::string full(const char* suffix) const { return std::string(name()) + "_message" + suffix; }
 
   // A frame as a peer would send it.
@@ -42,7 +42,7 @@ spy::Replacement shared_copy(const Handle& handle, const Message& message,
   });
 }
 
-TEST(MessageSites, Create) {
+TEST(MessageSites, create) {
   for (const Message& message : messages()) {
     const ork_type_info& type = *message.schema().type;
     const auto create = [&](bool shallow, const ork_type_info* copy) {
@@ -79,7 +79,7 @@ TEST(MessageSites, Create) {
   }
 }
 
-TEST(MessageSites, Destroy) {
+TEST(MessageSites, destroy) {
   for (const Message& message : messages()) {
     const auto destroy = [&](const ork_type_info* type) {
       const Handle handle;
@@ -96,7 +96,7 @@ TEST(MessageSites, Destroy) {
   }
 }
 
-TEST(MessageSites, Accessors) {
+TEST(MessageSites, accessors) {
   for (const Message& message : messages()) {
     for (size_t i = 0; i < message.record_count(); ++i) {
       const std::string record = message.record(i).name;
@@ -123,7 +123,7 @@ TEST(MessageSites, Accessors) {
   }
 }
 
-TEST(MessageSites, Marshal) {
+TEST(MessageSites, marshal) {
   for (const Message& message : messages()) {
     const std::string name = message.full("_marshal");
     const auto marshal = [&](uint32_t error, bool in_bundle, int32_t length) {
@@ -173,7 +173,7 @@ TEST(MessageSites, Marshal) {
   }
 }
 
-TEST(MessageSites, Unmarshal) {
+TEST(MessageSites, unmarshal) {
   for (const Message& message : messages()) {
     const auto unmarshal = [&](uint32_t error, bool only) {
       const Handle handle;
@@ -222,7 +222,7 @@ TEST(MessageSites, Unmarshal) {
   }
 }
 
-TEST(MessageSites, OtherForms) {
+TEST(MessageSites, other_forms) {
   for (const Message& message : messages()) {
     const std::string name = message.name();
     uint32_t err = EIO;

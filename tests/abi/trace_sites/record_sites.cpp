@@ -62,7 +62,7 @@ std::vector<Record> records() {
 // behind it.
 constexpr uint8_t image[32] = {0xFF, 0, 0, 0, 0, 10};
 
-TEST(RecordSites, Create) {
+TEST(RecordSites, create) {
   for (const Record& record : records()) {
     expect_trace({record.name("_create_internal"),
                   "error in " + record.name(" create: %s"),
@@ -92,7 +92,7 @@ TEST(RecordSites, Create) {
 
 // The mode is read again behind an allocation, behind the count of a new object and behind the
 // announcement of a copy.
-TEST(RecordSites, HandleThatChangesUnderWay) {
+TEST(RecordSites, handle_that_changes_under_way) {
   static const Handle* handle;
   for (const Record& record : records()) {
     const auto expect_corrupted = [&](const char* function, const Action& action) {
@@ -124,7 +124,7 @@ TEST(RecordSites, HandleThatChangesUnderWay) {
   }
 }
 
-TEST(RecordSites, Initialize) {
+TEST(RecordSites, initialize) {
   for (const Record& record : records()) {
     const ork_type_info& type = *record.schema.type;
     const std::string name = record.name("_initialize");
@@ -159,7 +159,7 @@ TEST(RecordSites, Initialize) {
   }
 }
 
-TEST(RecordSites, References) {
+TEST(RecordSites, references) {
   for (const Record& record : records()) {
     const auto count = [&](int error) {
       const Handle handle;
@@ -184,7 +184,7 @@ TEST(RecordSites, References) {
   }
 }
 
-TEST(RecordSites, DestroyOfAMappedObject) {
+TEST(RecordSites, destroy_of_a_mapped_object) {
   for (const Record& record : records()) {
     const std::string type = record.schema.name;
     const auto destroy_mapped = [&] {
@@ -224,7 +224,7 @@ TEST(RecordSites, DestroyOfAMappedObject) {
   }
 }
 
-TEST(RecordSites, DestroyOfAnAddressWithReferences) {
+TEST(RecordSites, destroy_of_an_address_with_references) {
   for (const Record& record : records()) {
     for (const wayfind_field& field : std::span(record.schema.fields, record.schema.field_count)) {
       if (field.kind != WAYFIND_IP_ADDRESS) continue;
@@ -259,7 +259,7 @@ TEST(RecordSites, DestroyOfAnAddressWithReferences) {
   }
 }
 
-TEST(RecordSites, DestroyOfABrokenObject) {
+TEST(RecordSites, destroy_of_a_broken_object) {
   for (const Record& record : records()) {
     const std::string name = record.name("_destroy_internal");
     const auto destroy_typed = [&](const ork_type_info* type) {
@@ -285,7 +285,7 @@ TEST(RecordSites, DestroyOfABrokenObject) {
   }
 }
 
-TEST(RecordSites, Set) {
+TEST(RecordSites, set) {
   for (const Record& record : records()) {
     const auto set = [&](bool corrupt) {
       const Handle without;
@@ -302,7 +302,7 @@ TEST(RecordSites, Set) {
 
 // A variant in front of the first has no fields, so that no embedded record is asked before the
 // record itself.
-TEST(RecordSites, OtherForms) {
+TEST(RecordSites, other_forms) {
   for (const Record& record : records()) {
     const auto object_of = [&](const Handle& handle) {
       void* object = record.create(handle);
@@ -333,7 +333,7 @@ TEST(RecordSites, OtherForms) {
   }
 }
 
-TEST(RecordSites, Unmarshal) {
+TEST(RecordSites, unmarshal) {
   for (const Record& record : records()) {
     const std::string name = record.name("_unmarshal");
     expect_trace({name, text::tracking_mismatch, "fatal", {}}, [&] {
@@ -357,7 +357,7 @@ TEST(RecordSites, Unmarshal) {
 
 int print_nothing(const char*, ...) { return 0; }
 
-TEST(RecordSites, VariantDump) {
+TEST(RecordSites, variant_dump) {
   expect_trace({"fwe_ui_wayfind_type_variant_dump", text::dump_without_variants, "error", {}}, [] {
     auto* type = const_cast<ork_type_info*>(wayfind_records[3].type);
     const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));

@@ -25,7 +25,7 @@ class SmallTypeSites : public testing::Test {
   }
 };
 
-TEST_F(SmallTypeSites, Create) {
+TEST_F(SmallTypeSites, create) {
   each([](const wayfind_small_type& type, const std::string& name) {
     expect_trace(
         {name + "_create_internal", "error in " + name + " create %s", "error", {words_of(EIO)}},
@@ -42,7 +42,7 @@ TEST_F(SmallTypeSites, Create) {
   });
 }
 
-TEST_F(SmallTypeSites, Initialize) {
+TEST_F(SmallTypeSites, initialize) {
   each([](const wayfind_small_type& type, const std::string& name) {
     const auto initialize = [&](const ork_type_info* info) {
       const Handle handle;
@@ -59,7 +59,7 @@ TEST_F(SmallTypeSites, Initialize) {
   });
 }
 
-TEST_F(SmallTypeSites, References) {
+TEST_F(SmallTypeSites, references) {
   each([](const wayfind_small_type& type, const std::string& name) {
     const auto count = [&](int error) {
       const Handle handle;
@@ -83,7 +83,7 @@ TEST_F(SmallTypeSites, References) {
   });
 }
 
-TEST_F(SmallTypeSites, Destroy) {
+TEST_F(SmallTypeSites, destroy) {
   each([](const wayfind_small_type& type, const std::string& name) {
     const auto destroy = [&](const ork_type_info* info) {
       const Handle handle;
@@ -101,7 +101,7 @@ TEST_F(SmallTypeSites, Destroy) {
   });
 }
 
-TEST_F(SmallTypeSites, JumpOfTheFlagSet) {
+TEST_F(SmallTypeSites, jump_of_the_flag_set) {
   each([](const wayfind_small_type& type, const std::string& name) {
     if (!type.is_flag_set) return;
     // Variant, four bytes of jump, bits: the jump starts behind the first of six bytes.

@@ -214,7 +214,7 @@ uint32_t print(const Bundle& bundle, Kind kind, ork_handle* handle, uint32_t ins
   const uint32_t at =
       ork_print_space(handle, instance, buffer, 0, static_cast<int32_t>(length), err);
   return at + ork_snprintf(handle, instance, buffer + at, static_cast<int32_t>(length - at), err,
-                           "bundle %s@%s: <<<<<<<<\n", family::kind_names[kind], bundle.name());
+                           "bundle %s@%s: <<<<<<<<\n", messages::kind_names[kind], bundle.name());
 }
 
 uint32_t to_xml(const Bundle& bundle, Kind kind, ork_handle* handle, uint32_t instance,
@@ -222,7 +222,7 @@ uint32_t to_xml(const Bundle& bundle, Kind kind, ork_handle* handle, uint32_t in
   if (*err != 0) {
     return 0;
   }
-  const std::string word = std::string("bundle_") + family::kind_names[kind];
+  const std::string word = std::string("bundle_") + messages::kind_names[kind];
   const std::string tag = word + " name=\"" + bundle.name() + "\"";
   const uint32_t at =
       start_tag(handle, instance, buffer, tag.c_str(), static_cast<int32_t>(length), 0, err);

@@ -6,9 +6,9 @@
 
 namespace by_hand {
 
-using family::Bundle;
-using family::Control;
-using family::Kind;
+using messages::Bundle;
+using messages::Control;
+using messages::Kind;
 
 uint32_t marshal(const Bundle& bundle, Kind kind, ork_handle* handle, uint32_t instance,
                  uint8_t* buffer, int32_t length, uint32_t* err);

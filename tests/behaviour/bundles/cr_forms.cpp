@@ -8,10 +8,10 @@
 
 namespace {
 
-using family::Bundle;
-using family::Control;
-using family::Handle;
-using family::Kind;
+using messages::Bundle;
+using messages::Control;
+using messages::Handle;
+using messages::Kind;
 
 constexpr uint32_t instance = 9;
 constexpr uint32_t room = 256;
@@ -48,7 +48,7 @@ const Form forms_in_common[] = {
      }},
 };
 
-class BundleCrForms : public testing::TestWithParam<Bundle> {
+class CrForms : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
 
@@ -59,9 +59,9 @@ class BundleCrForms : public testing::TestWithParam<Bundle> {
   };
   Done run(const Form& form, Kind kind, bool library) const {
     const Handle handle =
-        family::make_handle([](ork_options& options) { options.cr_instance = instance; });
-    if (kind != family::start) {
-      spied::open(bundle, handle.get());
+        messages::make_handle([](ork_options& options) { options.cr_instance = instance; });
+    if (kind != messages::start) {
+      messages::open(bundle, handle.get());
     }
     std::string buffer(room, '\0');
     uint32_t err = 0;
@@ -76,13 +76,13 @@ class BundleCrForms : public testing::TestWithParam<Bundle> {
       done.calls = log.calls();
     }
     done.buffer = buffer;
-    spied::close(handle.get());
+    messages::close(handle.get());
     return done;
   }
 };
 
-TEST_P(BundleCrForms, DoTheSameWithTheHandlesInstanceAndError) {
-  for (const Kind kind : {family::start, family::abort, family::commit}) {
+TEST_P(CrForms, do_the_same_with_the_handles_instance_and_error) {
+  for (const Kind kind : {messages::start, messages::abort, messages::commit}) {
     for (const Form& form : forms_in_common) {
       const Done made = run(form, kind, true);
       const Done hand = run(form, kind, false);
@@ -92,20 +92,19 @@ TEST_P(BundleCrForms, DoTheSameWithTheHandlesInstanceAndError) {
     }
     std::vector<std::string> sent = {"ork_clear_last_error()",
                                      "_ork_message_header_marshal(9,buffer,?,27,cr_error)"};
-    if (kind != family::start) {
+    if (kind != messages::start) {
       sent.emplace_back("bundle_send_message_list_destroy(9,cr_error)");
     }
     EXPECT_CALLS(run(forms_in_common[0], kind, true).calls, sent);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleCrForms, testing::ValuesIn(family::bundles()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, CrForms, testing::ValuesIn(messages::bundles()), messages::ByName());
 
 class ControlCreateCr : public testing::TestWithParam<Control> {
  protected:
   const Control control = GetParam();
-  const Handle handle = family::make_handle();
+  const Handle handle = messages::make_handle();
 
   void* sentinel() const {
     const uint32_t before = std::exchange(handle->cr_error, 5);
@@ -115,7 +114,7 @@ class ControlCreateCr : public testing::TestWithParam<Control> {
   }
 };
 
-TEST_P(ControlCreateCr, LeavesCrActiveAlone) {
+TEST_P(ControlCreateCr, leaves_cr_active_alone) {
   for (const uint32_t active : {0u, 1u, 256u}) {
     handle->cr_active = active;
     const auto look = spy::replace(
@@ -131,7 +130,7 @@ TEST_P(ControlCreateCr, LeavesCrActiveAlone) {
 }
 
 // An allocator may report for itself.
-TEST_P(ControlCreateCr, ErrorThatTheAllocatorLeftStands) {
+TEST_P(ControlCreateCr, error_that_the_allocator_left_stands) {
   static ork_handle* failing;
   failing = handle.get();
   const ork_alloc_fn before = std::exchange(handle->alloc_fn, [](void*, uint32_t, size_t) -> void* {
@@ -147,7 +146,7 @@ TEST_P(ControlCreateCr, ErrorThatTheAllocatorLeftStands) {
 }
 
 // Only the cr form knows the sentinel.
-TEST_P(ControlCreateCr, PlainDestroyGivesWhateverIsNotNullToFree) {
+TEST_P(ControlCreateCr, plain_destroy_gives_whatever_is_not_null_to_free) {
   static std::vector<const void*> freed;
   freed.clear();
   const ork_free_fn before =
@@ -160,14 +159,14 @@ TEST_P(ControlCreateCr, PlainDestroyGivesWhateverIsNotNullToFree) {
   handle->free_fn = before;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ControlCreateCr, testing::ValuesIn(family::controls()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, ControlCreateCr, testing::ValuesIn(messages::controls()),
+                         messages::ByName());
 
-TEST(ControlSentinels, EachControlMessageHasOneOfItsOwnInTheLibrary) {
-  const Handle handles[] = {family::make_handle(), family::make_handle()};
+TEST(ControlSentinels, each_control_message_has_one_of_its_own_in_the_library) {
+  const Handle handles[] = {messages::make_handle(), messages::make_handle()};
   handles[0]->cr_error = handles[1]->cr_error = 5;
   std::set<const void*> found;
-  for (const Control& control : family::controls()) {
+  for (const Control& control : messages::controls()) {
     const void* const sentinel = control.create_cr(handles[0].get());
     EXPECT_EQ(control.create_cr(handles[1].get()), sentinel) << control.name();
     Dl_info place{};

@@ -4,7 +4,7 @@
 
 #include "behaviour/messages/family.h"
 
-namespace family {
+namespace messages {
 
 enum Kind { start, abort, commit };
 inline constexpr const char* kind_names[] = {"start", "abort", "commit"};
@@ -159,4 +159,4 @@ inline Bundle bundle(std::string_view name) {
 inline void PrintTo(const Bundle& each, std::ostream* out) { *out << each.name(); }
 inline void PrintTo(const Control& each, std::ostream* out) { *out << each.name(); }
 
-}  // namespace family
+}  // namespace messages

@@ -4,13 +4,13 @@
 
 namespace {
 
-using family::Bundle;
-using family::Control;
-using family::Handle;
-using family::Kind;
+using messages::Bundle;
+using messages::Control;
+using messages::Handle;
+using messages::Kind;
 
 constexpr uint32_t instance = 7;
-constexpr Kind kinds[] = {family::start, family::abort, family::commit};
+constexpr Kind kinds[] = {messages::start, messages::abort, messages::commit};
 
 struct Sent {
   std::vector<std::string> calls;
@@ -33,12 +33,12 @@ struct Case {
   ork_tracking tracking = ORK_TRACKING_OFF;
 };
 
-class BundleSend : public testing::TestWithParam<Bundle> {
+class MarshalCalls : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
 
   Sent send(Kind kind, const Case& each, bool library) const {
-    const Handle handle = family::tracking_handle(each.tracking);
+    const Handle handle = messages::tracking_handle(each.tracking);
     handle->send_sequence = 0x01020304;
     if (each.open) {
       uint8_t buffer[43];
@@ -49,7 +49,7 @@ class BundleSend : public testing::TestWithParam<Bundle> {
     }
     ork_list_head& list = handle->bundle_send_list;
     ork_list_head stale_entry;
-    if (!each.open && kind == family::start) {  // the others walk the list
+    if (!each.open && kind == messages::start) {  // the others walk the list
       list = {&stale_entry, &stale_entry};
     }
     const ork_list_head list_before = list;
@@ -77,7 +77,7 @@ class BundleSend : public testing::TestWithParam<Bundle> {
     if (list.next == &stale_entry) {
       list = {&list, &list};
     }
-    spied::close(handle.get());
+    messages::close(handle.get());
     return sent;
   }
   Sent same(Kind kind, const Case& each) const {
@@ -89,7 +89,7 @@ class BundleSend : public testing::TestWithParam<Bundle> {
   }
 };
 
-TEST_P(BundleSend, EveryStateLengthAndPendingErrorGoesTheSameWay) {
+TEST_P(MarshalCalls, every_state_length_and_pending_error_goes_the_same_way) {
   for (const Kind kind : kinds) {
     for (const bool open : {false, true}) {
       for (const uint32_t err : {0u, 5u}) {
@@ -101,9 +101,9 @@ TEST_P(BundleSend, EveryStateLengthAndPendingErrorGoesTheSameWay) {
   }
 }
 
-TEST_P(BundleSend, StartOpensAndWritesFortyThreeBytes) {
-  for (const ork_tracking tracking : spied::trackings) {
-    const Sent sent = same(family::start, {false, 43, 0, tracking});
+TEST_P(MarshalCalls, start_opens_and_writes_forty_three_bytes) {
+  for (const ork_tracking tracking : messages::trackings) {
+    const Sent sent = same(messages::start, {false, 43, 0, tracking});
     EXPECT_EQ(sent.result, 43u);
     EXPECT_EQ(sent.bundle_ctx, 1u);
     EXPECT_TRUE(sent.list_empty);
@@ -114,8 +114,8 @@ TEST_P(BundleSend, StartOpensAndWritesFortyThreeBytes) {
   }
 }
 
-TEST_P(BundleSend, SecondStartLeavesTheOpenBundle) {
-  const Sent sent = same(family::start, {true, 43});
+TEST_P(MarshalCalls, second_start_leaves_the_open_bundle) {
+  const Sent sent = same(messages::start, {true, 43});
   EXPECT_EQ(sent.result, 0u);
   EXPECT_EQ(sent.err, 17u);
   EXPECT_EQ(sent.last_error, 17u);
@@ -126,9 +126,9 @@ TEST_P(BundleSend, SecondStartLeavesTheOpenBundle) {
   EXPECT_CALLS(sent.calls, {"ork_clear_last_error()", "ork_store_err(17)"});
 }
 
-TEST_P(BundleSend, ShortBuffersOfAStart) {
+TEST_P(MarshalCalls, short_buffers_of_a_start) {
   for (const int32_t length : {0, 26, 27, 42}) {
-    const Sent sent = same(family::start, {false, length});
+    const Sent sent = same(messages::start, {false, length});
     EXPECT_EQ(sent.result, length < 27 ? 0u : 27u);
     EXPECT_EQ(sent.err, 90u);
     EXPECT_EQ(sent.bundle_ctx, 0u) << "stays idle";
@@ -138,9 +138,9 @@ TEST_P(BundleSend, ShortBuffersOfAStart) {
   }
 }
 
-TEST_P(BundleSend, EndWritesFortyThreeBytesAndCloses) {
-  for (const Kind kind : {family::abort, family::commit}) {
-    for (const ork_tracking tracking : spied::trackings) {
+TEST_P(MarshalCalls, end_writes_forty_three_bytes_and_closes) {
+  for (const Kind kind : {messages::abort, messages::commit}) {
+    for (const ork_tracking tracking : messages::trackings) {
       const Sent sent = same(kind, {true, 43, 0, tracking});
       EXPECT_EQ(sent.result, 43u);
       EXPECT_EQ(sent.err, 0u);
@@ -155,8 +155,8 @@ TEST_P(BundleSend, EndWritesFortyThreeBytesAndCloses) {
   }
 }
 
-TEST_P(BundleSend, EndWithoutABundleGivesTwo) {
-  for (const Kind kind : {family::abort, family::commit}) {
+TEST_P(MarshalCalls, end_without_a_bundle_gives_two) {
+  for (const Kind kind : {messages::abort, messages::commit}) {
     const Sent sent = same(kind, {false, 43});
     EXPECT_EQ(sent.result, 0u);
     EXPECT_EQ(sent.err, 2u);
@@ -166,8 +166,8 @@ TEST_P(BundleSend, EndWithoutABundleGivesTwo) {
   }
 }
 
-TEST_P(BundleSend, EndInAShortBufferStillCloses) {
-  for (const Kind kind : {family::abort, family::commit}) {
+TEST_P(MarshalCalls, end_in_a_short_buffer_still_closes) {
+  for (const Kind kind : {messages::abort, messages::commit}) {
     for (const int32_t length : {10, 26, 27, 30, 42}) {
       const Sent sent = same(kind, {true, length});
       EXPECT_EQ(sent.result, length < 27 ? 0u : 27u);
@@ -183,18 +183,18 @@ TEST_P(BundleSend, EndInAShortBufferStillCloses) {
   }
 }
 
-TEST_P(BundleSend, ErrorOfTheHeaderIsNotLookedAt) {
+TEST_P(MarshalCalls, error_of_the_header_is_not_looked_at) {
   const auto odd = spy::replace(
       _ork_message_header_marshal,
       [](ork_handle*, uint32_t, uint8_t*, const ork_message_header*, int32_t, uint32_t* err) {
         *err = 5;
         return 0u;
       });
-  EXPECT_EQ(same(family::start, {false, 43}).result, 43u);
-  EXPECT_EQ(same(family::commit, {true, 43}).result, 43u);
+  EXPECT_EQ(same(messages::start, {false, 43}).result, 43u);
+  EXPECT_EQ(same(messages::commit, {true, 43}).result, 43u);
 }
 
-TEST_P(BundleSend, HeaderCarriesSequenceAndLength) {
+TEST_P(MarshalCalls, header_carries_sequence_and_length) {
   const auto look = spy::replace(
       _ork_message_header_marshal,
       [](ork_handle* handle, uint32_t each, uint8_t* buffer, const ork_message_header* header,
@@ -207,12 +207,12 @@ TEST_P(BundleSend, HeaderCarriesSequenceAndLength) {
         return spy::next(_ork_message_header_marshal)(handle, each, buffer, header, length, err);
       });
   for (const Kind kind : kinds) {
-    EXPECT_EQ(same(kind, {kind != family::start, 43, 0, ORK_TRACKING_ON}).result, 43u);
+    EXPECT_EQ(same(kind, {kind != messages::start, 43, 0, ORK_TRACKING_ON}).result, 43u);
   }
 }
 
-TEST_P(BundleSend, StartHasOpenedTheBundleWhenTheHeaderIsWritten) {
-  const Handle handle = family::make_handle();
+TEST_P(MarshalCalls, start_has_opened_the_bundle_when_the_header_is_written) {
+  const Handle handle = messages::make_handle();
   ork_list_head& list = handle->bundle_send_list;
   ork_list_head stale_entry;
   list = {&stale_entry, &stale_entry};
@@ -234,11 +234,11 @@ TEST_P(BundleSend, StartHasOpenedTheBundleWhenTheHeaderIsWritten) {
 }
 
 // The member is a word of 32 bits: any value but 0 means an open bundle.
-TEST_P(BundleSend, AnyValueButZeroMeansAnOpenBundle) {
-  const Handle handle = family::make_handle();
+TEST_P(MarshalCalls, any_value_but_zero_means_an_open_bundle) {
+  const Handle handle = messages::make_handle();
   uint8_t buffer[43];
   for (const auto& [kind, expected] :
-       {std::pair(family::start, 17u), {family::abort, 0u}, {family::commit, 0u}}) {
+       {std::pair(messages::start, 17u), {messages::abort, 0u}, {messages::commit, 0u}}) {
     handle->bundle_ctx = 256;
     uint32_t err = 0;
     EXPECT_EQ(bundle.control(kind).marshal(handle.get(), instance, buffer, 43, &err),
@@ -248,11 +248,11 @@ TEST_P(BundleSend, AnyValueButZeroMeansAnOpenBundle) {
   }
 }
 
-TEST_P(BundleSend, AsksNeitherDomainNorTable) {
-  const Handle handle = family::make_handle();
-  family::set_peer_without(handle, {});
+TEST_P(MarshalCalls, asks_neither_domain_nor_table) {
+  const Handle handle = messages::make_handle();
+  messages::set_peer_without(handle, {});
   for (const Kind kind : kinds) {
-    const Case each{kind != family::start, 43};
+    const Case each{kind != messages::start, 43};
     for (const std::string& call : send(kind, each, true).calls) {
       EXPECT_EQ(call.find("domain"), std::string::npos);
       EXPECT_EQ(call.find("validate"), std::string::npos);
@@ -261,8 +261,8 @@ TEST_P(BundleSend, AsksNeitherDomainNorTable) {
   }
 }
 
-TEST_P(BundleSend, CrFormsUseTheHandlesSlot) {
-  const Handle handle = family::make_handle();
+TEST_P(MarshalCalls, cr_forms_use_the_handles_slot) {
+  const Handle handle = messages::make_handle();
   uint8_t buffer[43];
   EXPECT_EQ(bundle.commit().marshal_cr(handle.get(), buffer, 43), 0xFFFFFFFFu) << "no bundle";
   EXPECT_EQ(handle->cr_error, 2u);
@@ -277,7 +277,8 @@ TEST_P(BundleSend, CrFormsUseTheHandlesSlot) {
   EXPECT_EQ(handle->cr_error, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleSend, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, MarshalCalls, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 // ---- The simple functions of a control message ------------------------------
 
@@ -286,8 +287,9 @@ class ControlMessage : public testing::TestWithParam<Control> {
   const Control control = GetParam();
 };
 
-TEST_P(ControlMessage, CreateIsAnAllocationOfNoBytes) {
-  const Handle handle = family::make_handle([](ork_options& options) { options.cr_instance = 9; });
+TEST_P(ControlMessage, create_is_an_allocation_of_no_bytes) {
+  const Handle handle =
+      messages::make_handle([](ork_options& options) { options.cr_instance = 9; });
   spy::forget_names();
   spy::observe(handle.get());
   {
@@ -311,8 +313,9 @@ TEST_P(ControlMessage, CreateIsAnAllocationOfNoBytes) {
   spy::forget(handle.get());
 }
 
-TEST_P(ControlMessage, CrCreateGivesTheSentinel) {
-  const Handle handle = family::make_handle([](ork_options& options) { options.cr_instance = 9; });
+TEST_P(ControlMessage, cr_create_gives_the_sentinel) {
+  const Handle handle =
+      messages::make_handle([](ork_options& options) { options.cr_instance = 9; });
   spy::forget_names();
   spy::observe(handle.get());
   void* sentinel;
@@ -338,8 +341,8 @@ TEST_P(ControlMessage, CrCreateGivesTheSentinel) {
   spy::forget(handle.get());
 }
 
-TEST_P(ControlMessage, LengthIsFortyThree) {
-  const Handle handle = family::make_handle();
+TEST_P(ControlMessage, length_is_forty_three) {
+  const Handle handle = messages::make_handle();
   EXPECT_EQ(control.len(), 43u);
   EXPECT_EQ(control.len_cr(handle.get()), 43u);
   handle->cr_error = 5;
@@ -349,8 +352,8 @@ TEST_P(ControlMessage, LengthIsFortyThree) {
   EXPECT_EQ(control.valid_cr(), 1u);
 }
 
-TEST_P(ControlMessage, FromXmlLooksAtNoDocument) {
-  const Handle handle = family::make_handle();
+TEST_P(ControlMessage, from_xml_looks_at_no_document) {
+  const Handle handle = messages::make_handle();
   spy::forget_names();
   spy::observe(handle.get());
   uint32_t err = 0;
@@ -363,8 +366,8 @@ TEST_P(ControlMessage, FromXmlLooksAtNoDocument) {
   spy::forget(handle.get());
 }
 
-TEST_P(ControlMessage, FromXmlMayGiveNullWithoutAnError) {
-  const Handle handle = family::make_handle();
+TEST_P(ControlMessage, from_xml_may_give_null_without_an_error) {
+  const Handle handle = messages::make_handle();
   spy::forget_names();
   spy::observe(handle.get());
   uint32_t err = 0;
@@ -377,7 +380,7 @@ TEST_P(ControlMessage, FromXmlMayGiveNullWithoutAnError) {
   spy::forget(handle.get());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ControlMessage, testing::ValuesIn(family::controls()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, ControlMessage, testing::ValuesIn(messages::controls()),
+                         messages::ByName());
 
 }  // namespace

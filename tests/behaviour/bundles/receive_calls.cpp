@@ -6,13 +6,13 @@
 
 namespace {
 
-using family::Bundle;
-using family::Control;
-using family::Handle;
-using family::Kind;
+using messages::Bundle;
+using messages::Control;
+using messages::Handle;
+using messages::Kind;
 
 constexpr uint32_t instance = 7;
-constexpr Kind kinds[] = {family::start, family::abort, family::commit};
+constexpr Kind kinds[] = {messages::start, messages::abort, messages::commit};
 
 // Each writes its name down, so that the log shows who ran and when.
 template <char Name>
@@ -59,7 +59,7 @@ ork_bundle_dispatch_info stale_start;
 ork_bundle_dispatch_info stale_commit;
 ork_list_head stale_entry;
 
-class BundleReceive : public testing::TestWithParam<Bundle> {
+class ReceiveCalls : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
   ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
@@ -71,7 +71,7 @@ class BundleReceive : public testing::TestWithParam<Bundle> {
   }
 
   Received receive(Kind kind, const Case& each, bool library) {
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     spy::forget_names();
     spy::observe(handle.get());
     uint32_t err = each.err;
@@ -88,7 +88,7 @@ class BundleReceive : public testing::TestWithParam<Bundle> {
     handle->bundle_rx_lut = &stale_lut;
     handle->bundle_commit_dispatch = &stale_commit;
     ork_list_head& list = handle->bundle_receive_list;
-    if (kind == family::start) {  // the others walk the list
+    if (kind == messages::start) {  // the others walk the list
       list = {&stale_entry, &stale_entry};
     }
     const ork_list_head list_before = list;
@@ -147,7 +147,7 @@ class BundleReceive : public testing::TestWithParam<Bundle> {
   }
 };
 
-TEST_P(BundleReceive, EveryCombinationGoesTheSameWay) {
+TEST_P(ReceiveCalls, every_combination_goes_the_same_way) {
   for (const Kind kind : kinds) {
     for (unsigned bits = 0; bits < 256; ++bits) {
       const auto bit = [&](unsigned i) { return (bits >> i & 1) != 0; };
@@ -156,29 +156,29 @@ TEST_P(BundleReceive, EveryCombinationGoesTheSameWay) {
   }
 }
 
-TEST_P(BundleReceive, StartOpensAndKeepsTheDispatch) {
-  const Received in = same(family::start, {0, false, true});
+TEST_P(ReceiveCalls, start_opens_and_keeps_the_dispatch) {
+  const Received in = same(messages::start, {0, false, true});
   EXPECT_EQ(in.active, 1u);
   EXPECT_TRUE(in.list_empty);
   EXPECT_EQ(in.rx_dispatch, &info);
   EXPECT_EQ(in.rx_lut, &lut_object);
   EXPECT_EQ(in.commit_dispatch, nullptr);
   EXPECT_EQ(in.calls.back(), "trace(debug,Bundle starting for the row with LUT lut)");
-  const Received out = same(family::start, {0, false, false});
+  const Received out = same(messages::start, {0, false, false});
   EXPECT_EQ(out.rx_dispatch, nullptr);
   EXPECT_EQ(out.rx_lut, &lut_object) << "also without a result";
   EXPECT_EQ(out.calls.back(),
             "trace(debug,Bundle fwe_ui_wayfind_" + name + " start message handler with LUT lut)");
 }
 
-TEST_P(BundleReceive, StartDoesNotLookAtAPendingError) {
-  const Received received = same(family::start, {5, false, true});
+TEST_P(ReceiveCalls, start_does_not_look_at_a_pending_error) {
+  const Received received = same(messages::start, {5, false, true});
   EXPECT_EQ(received.err, 5u);
   EXPECT_EQ(received.active, 1u);
 }
 
-TEST_P(BundleReceive, SecondStartIsSeventeenAndChangesNothingElse) {
-  const Received received = same(family::start, {0, true, true, true});
+TEST_P(ReceiveCalls, second_start_is_seventeen_and_changes_nothing_else) {
+  const Received received = same(messages::start, {0, true, true, true});
   EXPECT_EQ(received.err, 17u);
   EXPECT_EQ(received.last_error, 17u);
   EXPECT_EQ(received.active, 1u);
@@ -194,8 +194,8 @@ TEST_P(BundleReceive, SecondStartIsSeventeenAndChangesNothingElse) {
                                "free_fn(7,msg)"});
 }
 
-TEST_P(BundleReceive, AbortDropsTheListAndThenTheDispatch) {
-  const Received received = same(family::abort, {0, true, true, true});
+TEST_P(ReceiveCalls, abort_drops_the_list_and_then_the_dispatch) {
+  const Received received = same(messages::abort, {0, true, true, true});
   EXPECT_EQ(received.err, 0u);
   EXPECT_EQ(received.active, 0u);
   expect_dispatch_forgotten(received);
@@ -204,8 +204,8 @@ TEST_P(BundleReceive, AbortDropsTheListAndThenTheDispatch) {
                 "trace(debug,Bundle aborting for the row with LUT lut)", "free_fn(7,msg)"});
 }
 
-TEST_P(BundleReceive, AbortOutsideABundle) {
-  const Received received = same(family::abort, {0, false, true});
+TEST_P(ReceiveCalls, abort_outside_a_bundle) {
+  const Received received = same(messages::abort, {0, false, true});
   EXPECT_EQ(received.err, 74u);
   EXPECT_EQ(received.last_error, 74u);
   expect_dispatch_forgotten(received);
@@ -215,8 +215,9 @@ TEST_P(BundleReceive, AbortOutsideABundle) {
                                  "trace(debug,Bundle aborting for the row with LUT lut)"});
 }
 
-TEST_P(BundleReceive, CommitOutsideABundleSaysAbortToo) {
-  const Received received = same(family::commit, {0, false, true, false, {true, true, true, true}});
+TEST_P(ReceiveCalls, commit_outside_a_bundle_says_abort_too) {
+  const Received received =
+      same(messages::commit, {0, false, true, false, {true, true, true, true}});
   EXPECT_EQ(received.err, 74u);
   expect_dispatch_forgotten(received);
   EXPECT_CALLS(received.calls, {"orklib_is_accumulating_bundle()",
@@ -225,16 +226,16 @@ TEST_P(BundleReceive, CommitOutsideABundleSaysAbortToo) {
       << "no handler";
 }
 
-TEST_P(BundleReceive, PendingErrorStillDropsTheList) {
+TEST_P(ReceiveCalls, pending_error_still_drops_the_list) {
   for (const bool accumulating : {false, true}) {
-    const Received aborted = same(family::abort, {5, accumulating, true});
+    const Received aborted = same(messages::abort, {5, accumulating, true});
     EXPECT_EQ(aborted.calls[0], "trace(error,Error set in aborting bundle: Input/output error)");
     EXPECT_EQ(aborted.calls[1], "bundle_receive_message_list_destroy(7,err)");
     EXPECT_EQ(aborted.active, 0u);
     EXPECT_EQ(aborted.err, 5u);
     expect_dispatch_forgotten(aborted);
     const Received committed =
-        same(family::commit, {5, accumulating, true, true, {true, true, true, true}});
+        same(messages::commit, {5, accumulating, true, true, {true, true, true, true}});
     EXPECT_CALLS(committed.calls,
                  {"trace(error,Error set in committing bundle: Input/output error)",
                   "bundle_receive_message_list_destroy(7,err)", "free_fn(7,msg)"});
@@ -244,8 +245,9 @@ TEST_P(BundleReceive, PendingErrorStillDropsTheList) {
   }
 }
 
-TEST_P(BundleReceive, CommitWithoutADispatchRunsNoHandler) {
-  const Received received = same(family::commit, {0, true, false, false, {true, true, true, true}});
+TEST_P(ReceiveCalls, commit_without_a_dispatch_runs_no_handler) {
+  const Received received =
+      same(messages::commit, {0, true, false, false, {true, true, true, true}});
   EXPECT_EQ(received.err, 0u);
   expect_dispatch_forgotten(received);
   EXPECT_CALLS(received.calls,
@@ -254,7 +256,7 @@ TEST_P(BundleReceive, CommitWithoutADispatchRunsNoHandler) {
 }
 
 // The first of the chain that exists runs, alone, after its trace and before the list goes.
-TEST_P(BundleReceive, ChainOfHandlers) {
+TEST_P(ReceiveCalls, chain_of_handlers) {
   struct Place {
     const char* words;
     char who;
@@ -267,7 +269,7 @@ TEST_P(BundleReceive, ChainOfHandlers) {
       {"Invoking registered bundle handler for the row", 'b', {false, false, false, true}},
   };
   for (const Place& place : places) {
-    const Received received = same(family::commit, {0, true, true, true, place.chain});
+    const Received received = same(messages::commit, {0, true, true, true, place.chain});
     EXPECT_CALLS(
         steps(received),
         std::vector<std::string>{"orklib_is_accumulating_bundle()",
@@ -279,8 +281,8 @@ TEST_P(BundleReceive, ChainOfHandlers) {
   }
 }
 
-TEST_P(BundleReceive, CommitWithNoHandlerAnywhereIsTracedAndNoError) {
-  const Received received = same(family::commit, {});
+TEST_P(ReceiveCalls, commit_with_no_handler_anywhere_is_traced_and_no_error) {
+  const Received received = same(messages::commit, {});
   EXPECT_EQ(received.err, 0u);
   EXPECT_EQ(received.last_error, 0u);
   EXPECT_CALLS(steps(received), {"orklib_is_accumulating_bundle()",
@@ -289,9 +291,9 @@ TEST_P(BundleReceive, CommitWithNoHandlerAnywhereIsTracedAndNoError) {
 }
 
 // What the handle shows while the handler runs, and when the message is freed.
-TEST_P(BundleReceive, LastStepsOfAbortAndCommitComeInOppositeOrder) {
-  for (const Kind kind : {family::abort, family::commit}) {
-    const Handle handle = family::make_handle();
+TEST_P(ReceiveCalls, last_steps_of_abort_and_commit_come_in_opposite_order) {
+  for (const Kind kind : {messages::abort, messages::commit}) {
+    const Handle handle = messages::make_handle();
     static const ork_handle* watched;
     static std::vector<bool> cleared_at_free;
     static ork_free_fn platform_free;
@@ -307,13 +309,13 @@ TEST_P(BundleReceive, LastStepsOfAbortAndCommitComeInOppositeOrder) {
     uint32_t err = 0;
     bundle.control(kind).handle_message(handle.get(), instance, nullptr,
                                         handle->alloc_fn(handle->mem_pool, instance, 0), &err);
-    EXPECT_EQ(cleared_at_free, std::vector<bool>{kind == family::abort});
+    EXPECT_EQ(cleared_at_free, std::vector<bool>{kind == messages::abort});
     handle->free_fn = platform_free;
   }
 }
 
-TEST_P(BundleReceive, HandlerSeesTheDispatchOfTheCommit) {
-  const Handle handle = family::make_handle();
+TEST_P(ReceiveCalls, handler_sees_the_dispatch_of_the_commit) {
+  const Handle handle = messages::make_handle();
   handle->bundle_rx_active = 1;
   const auto dispatching = spy::replace(orklib_in_dispatch_message_info, [&](ork_handle*, void**) {
     return static_cast<const ork_bundle_dispatch_info*>(&info);
@@ -332,7 +334,7 @@ TEST_P(BundleReceive, HandlerSeesTheDispatchOfTheCommit) {
   EXPECT_EQ(handle->bundle_rx_active, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleReceive, testing::ValuesIn(family::bundles()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, ReceiveCalls, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

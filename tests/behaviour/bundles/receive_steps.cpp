@@ -4,9 +4,9 @@
 
 namespace {
 
-using family::Bundle;
-using family::Handle;
-using family::Kind;
+using messages::Bundle;
+using messages::Handle;
+using messages::Kind;
 
 constexpr uint32_t instance = 7;
 
@@ -43,14 +43,14 @@ void look(const std::string& where, const ork_handle* handle) {
                    list.next == &list && list.prev == &list});
 }
 
-class BundleSteps : public testing::TestWithParam<Bundle> {
+class ReceiveSteps : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
 
   // What is seen at each stop on the way, from a handle that holds something else in each member.
   std::vector<Look> seen(Kind kind, uint32_t err, bool active, bool in_dispatch,
                          bool empty = true) const {
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     looks.clear();
     spy::forget_names();
     spy::name_at(&new_lut, "new lut");
@@ -101,21 +101,21 @@ class BundleSteps : public testing::TestWithParam<Bundle> {
   static Look cleared(const char* where) { return {where, nullptr, nullptr, nullptr, false, true}; }
 };
 
-TEST_P(BundleSteps, StartIsActiveWithAnEmptyListBeforeItAsksForTheDispatch) {
+TEST_P(ReceiveSteps, start_is_active_with_an_empty_list_before_it_asks_for_the_dispatch) {
   for (const bool in_dispatch : {true, false}) {
     const void* const dispatch = in_dispatch ? &found : nullptr;
-    EXPECT_EQ(seen(family::start, 0, false, in_dispatch, false),
+    EXPECT_EQ(seen(messages::start, 0, false, in_dispatch, false),
               (std::vector<Look>{as_before("info"),
                                  {"free", dispatch, &new_lut, nullptr, true, true},
                                  {"end", dispatch, &new_lut, nullptr, true, true}}));
   }
 }
 
-TEST_P(BundleSteps, AbortForgetsTheDispatchBehindTheListAndTheQuestionAndBeforeTheMessage) {
+TEST_P(ReceiveSteps, abort_forgets_the_dispatch_after_list_and_question_and_before_the_message) {
   for (const uint32_t err : {0u, 5u}) {
     for (const bool active : {true, false}) {
       for (const bool in_dispatch : {true, false}) {
-        EXPECT_EQ(seen(family::abort, err, active, in_dispatch),
+        EXPECT_EQ(seen(messages::abort, err, active, in_dispatch),
                   (std::vector<Look>{as_before("list", active), as_before("info", false),
                                      cleared("free"), cleared("end")}));
       }
@@ -123,33 +123,33 @@ TEST_P(BundleSteps, AbortForgetsTheDispatchBehindTheListAndTheQuestionAndBeforeT
   }
 }
 
-TEST_P(BundleSteps, CommitKeepsItsDispatchBesideThatOfTheStartUntilTheMessageIsFreed) {
-  EXPECT_EQ(seen(family::commit, 0, true, true),
+TEST_P(ReceiveSteps, commit_keeps_its_dispatch_beside_the_starts_until_the_message_is_freed) {
+  EXPECT_EQ(seen(messages::commit, 0, true, true),
             (std::vector<Look>{as_before("info"), as_before("handler", true, &found),
                                as_before("list", true, &found), as_before("free", false, &found),
                                cleared("end")}));
 }
 
-TEST_P(BundleSteps, CommitThatFindsNoDispatchLeavesTheMembersUntilItsEnd) {
-  EXPECT_EQ(seen(family::commit, 0, true, false),
+TEST_P(ReceiveSteps, commit_that_finds_no_dispatch_leaves_the_members_until_its_end) {
+  EXPECT_EQ(seen(messages::commit, 0, true, false),
             (std::vector<Look>{as_before("info"), as_before("list"), as_before("free", false),
                                cleared("end")}));
   for (const bool active : {true, false}) {
     EXPECT_EQ(
-        seen(family::commit, 5, active, true),
+        seen(messages::commit, 5, active, true),
         (std::vector<Look>{as_before("list", active), as_before("free", false), cleared("end")}));
   }
   EXPECT_EQ(
-      seen(family::commit, 0, false, true),
+      seen(messages::commit, 0, false, true),
       (std::vector<Look>{as_before("list", false), as_before("free", false), cleared("end")}));
 }
 
 // The answer is a word of 32 bits: any but 0 means an open bundle.
-TEST_P(BundleSteps, AnyAnswerButZeroMeansAnOpenBundle) {
+TEST_P(ReceiveSteps, any_answer_but_zero_means_an_open_bundle) {
   const auto accumulating = spy::answer(orklib_is_accumulating_bundle, 256);
-  const Handle handle = family::make_handle();
+  const Handle handle = messages::make_handle();
   for (const auto& [kind, expected] :
-       {std::pair(family::start, 17u), {family::abort, 0u}, {family::commit, 0u}}) {
+       {std::pair(messages::start, 17u), {messages::abort, 0u}, {messages::commit, 0u}}) {
     uint32_t err = 0;
     bundle.control(kind).handle_message(handle.get(), instance, nullptr, nullptr, &err);
     EXPECT_EQ(err, expected) << bundle.control(kind).name();
@@ -157,6 +157,7 @@ TEST_P(BundleSteps, AnyAnswerButZeroMeansAnOpenBundle) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleSteps, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, ReceiveSteps, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

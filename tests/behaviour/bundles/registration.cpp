@@ -8,7 +8,7 @@
 
 namespace {
 
-using family::Bundle;
+using messages::Bundle;
 
 void first(ork_handle*, uint32_t, void*, uint32_t*) {}
 void second(ork_handle*, uint32_t, void*, uint32_t*) {}
@@ -34,20 +34,20 @@ class Registration : public testing::Test {
   }
   void TearDown() override {
     fwe_ui_wayfind_bundle_handler_unregister();
-    for (const Bundle& bundle : family::bundles()) {
+    for (const Bundle& bundle : messages::bundles()) {
       bundle.unregister();
     }
   }
 };
 
-TEST_F(Registration, ModuleTellsTheSevenInOrder) {
+TEST_F(Registration, module_tells_the_seven_in_order) {
   const spy::Log log;
   EXPECT_EQ(fwe_ui_wayfind_bundle_handler_register(first), nullptr);
   EXPECT_CALLS(log, told("register", "first"));
   EXPECT_EQ(fwe_ui_wayfind_bundle_registered_handler, first);
 }
 
-TEST_F(Registration, SecondRegistrationGivesTheFirstBack) {
+TEST_F(Registration, second_registration_gives_the_first_back) {
   fwe_ui_wayfind_bundle_handler_register(first);
   const spy::Log log;
   EXPECT_EQ(fwe_ui_wayfind_bundle_handler_register(second), first);
@@ -55,7 +55,7 @@ TEST_F(Registration, SecondRegistrationGivesTheFirstBack) {
   EXPECT_EQ(fwe_ui_wayfind_bundle_registered_handler, second);
 }
 
-TEST_F(Registration, UnregisterTellsTheSevenInTheSameOrder) {
+TEST_F(Registration, unregister_tells_the_seven_in_the_same_order) {
   fwe_ui_wayfind_bundle_handler_register(first);
   const spy::Log log;
   EXPECT_EQ(fwe_ui_wayfind_bundle_handler_unregister(), first);
@@ -63,13 +63,13 @@ TEST_F(Registration, UnregisterTellsTheSevenInTheSameOrder) {
   EXPECT_EQ(fwe_ui_wayfind_bundle_registered_handler, nullptr);
 }
 
-TEST_F(Registration, UnregisterWithNothingThereStillTellsTheSeven) {
+TEST_F(Registration, unregister_with_nothing_there_still_tells_the_seven) {
   const spy::Log log;
   EXPECT_EQ(fwe_ui_wayfind_bundle_handler_unregister(), nullptr);
   EXPECT_CALLS(log, told("unregister", ""));
 }
 
-TEST_F(Registration, NullTakesTheHandlerAwayAndIsPassedOn) {
+TEST_F(Registration, null_takes_the_handler_away_and_is_passed_on) {
   fwe_ui_wayfind_bundle_handler_register(first);
   const spy::Log log;
   EXPECT_EQ(fwe_ui_wayfind_bundle_handler_register(nullptr), first);
@@ -77,7 +77,7 @@ TEST_F(Registration, NullTakesTheHandlerAwayAndIsPassedOn) {
   EXPECT_EQ(fwe_ui_wayfind_bundle_registered_handler, nullptr);
 }
 
-TEST_F(Registration, ModulesOwnSlotIsWrittenBeforeAnySiblingIsTold) {
+TEST_F(Registration, modules_own_slot_is_written_before_any_sibling_is_told) {
   std::vector<ork_bundle_handler> seen;
   const auto at_register = spy::replace(ctl_link_bundle_handler_register, [&](ork_bundle_handler) {
     seen.push_back(fwe_ui_wayfind_bundle_registered_handler);
@@ -92,35 +92,35 @@ TEST_F(Registration, ModulesOwnSlotIsWrittenBeforeAnySiblingIsTold) {
   EXPECT_EQ(seen, (std::vector<ork_bundle_handler>{first, nullptr}));
 }
 
-TEST_F(Registration, ResultsOfTheSiblingsAreNotUsed) {
+TEST_F(Registration, results_of_the_siblings_are_not_used) {
   const auto odd = spy::answer(show_core_bundle_handler_register, second);
   EXPECT_EQ(fwe_ui_wayfind_bundle_handler_register(first), nullptr);
   EXPECT_EQ(fwe_ui_wayfind_bundle_registered_handler, first);
 }
 
-TEST_F(Registration, ModuleLeavesTheSlotsOfTheBundlesAlone) {
-  for (const Bundle& bundle : family::bundles()) {
+TEST_F(Registration, module_leaves_the_slots_of_the_bundles_alone) {
+  for (const Bundle& bundle : messages::bundles()) {
     bundle.do_register(second);
   }
   fwe_ui_wayfind_bundle_handler_register(first);
-  for (const Bundle& bundle : family::bundles()) {
+  for (const Bundle& bundle : messages::bundles()) {
     EXPECT_EQ(*bundle.schema().registered, second) << bundle.name();
   }
   fwe_ui_wayfind_bundle_handler_unregister();
-  for (const Bundle& bundle : family::bundles()) {
+  for (const Bundle& bundle : messages::bundles()) {
     EXPECT_EQ(*bundle.schema().registered, second) << bundle.name();
   }
 }
 
-TEST_F(Registration, BundleSlotsArePlainStoresOfTheirOwn) {
+TEST_F(Registration, bundle_slots_are_plain_stores_of_their_own) {
   const spy::Log log;
-  for (const Bundle& bundle : family::bundles()) {
+  for (const Bundle& bundle : messages::bundles()) {
     EXPECT_EQ(*bundle.schema().registered, nullptr);
     EXPECT_EQ(bundle.do_register(first), nullptr);
     EXPECT_EQ(*bundle.schema().registered, first);
     EXPECT_EQ(bundle.do_register(second), first);
     EXPECT_EQ(*bundle.schema().registered, second);
-    for (const Bundle& other : family::bundles()) {
+    for (const Bundle& other : messages::bundles()) {
       EXPECT_TRUE(other.schema().registered == bundle.schema().registered ||
                   *other.schema().registered == nullptr);
     }

@@ -3,7 +3,7 @@
 
 #include "behaviour/bundles/family.h"
 
-namespace family {
+namespace messages {
 
 inline std::vector<uint8_t> control_frame(ork_handle* handle, const Control& control) {
   std::vector<uint8_t> frame(43);
@@ -19,7 +19,7 @@ class Rows {
   explicit Rows(ork_bundle_handler on_commit = nullptr, ork_message_handler on_message = nullptr) {
     uint32_t err = 0;
     dispatcher_ = ork_dispatcher_create(&err);
-    for (const Message& message : messages()) {
+    for (const Message& message : all()) {
       const ork_dispatch_entry entry{{message.schema().luid, message.name(),
                                       message.unmarshal_function(), on_message, nullptr},
                                      message.destroy_function()};
@@ -67,4 +67,4 @@ inline void look(ork_handle* handle, uint32_t, void* ctx, uint32_t*) {
   }
 }
 
-}  // namespace family
+}  // namespace messages

@@ -3,14 +3,14 @@
 
 namespace {
 
-using family::Bundle;
-using family::Handle;
-using family::Kind;
+using messages::Bundle;
+using messages::Handle;
+using messages::Kind;
 
 constexpr uint32_t instance = 7;
-constexpr Kind kinds[] = {family::start, family::abort, family::commit};
+constexpr Kind kinds[] = {messages::start, messages::abort, messages::commit};
 
-class BundleText : public testing::TestWithParam<Bundle> {
+class TextCalls : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
 
@@ -24,7 +24,7 @@ class BundleText : public testing::TestWithParam<Bundle> {
     bool operator==(const Text&) const = default;
   };
   Text render(Kind kind, bool xml, bool library, uint32_t length, uint32_t pending) const {
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     std::string buffer(256, '\xA5');
     buffer[0] = '\0';
     spy::forget_names();
@@ -58,13 +58,13 @@ class BundleText : public testing::TestWithParam<Bundle> {
     return made;
   }
   std::string expected(Kind kind, bool xml) const {
-    const std::string word = family::kind_names[kind];
+    const std::string word = messages::kind_names[kind];
     return xml ? "<bundle_" + word + " name=\"" + bundle.name() + "\">\n</bundle_" + word + ">\n"
                : "bundle " + word + "@" + bundle.name() + ": <<<<<<<<\n";
   }
 };
 
-TEST_P(BundleText, FormOfBoth) {
+TEST_P(TextCalls, form_of_both) {
   for (const Kind kind : kinds) {
     for (const bool xml : {false, true}) {
       const Text text = same(kind, xml, 200);
@@ -74,7 +74,7 @@ TEST_P(BundleText, FormOfBoth) {
   }
 }
 
-TEST_P(BundleText, EveryShortBuffer) {
+TEST_P(TextCalls, every_short_buffer) {
   for (const Kind kind : kinds) {
     for (const bool xml : {false, true}) {
       const size_t full = expected(kind, xml).size();
@@ -85,7 +85,7 @@ TEST_P(BundleText, EveryShortBuffer) {
   }
 }
 
-TEST_P(BundleText, PendingErrorCallsNothing) {
+TEST_P(TextCalls, pending_error_calls_nothing) {
   for (const Kind kind : kinds) {
     for (const bool xml : {false, true}) {
       const Text text = same(kind, xml, 200, 5);
@@ -96,10 +96,10 @@ TEST_P(BundleText, PendingErrorCallsNothing) {
   }
 }
 
-TEST_P(BundleText, CrFormsTestBeforeAndAfter) {
-  const Handle handle = family::make_handle();
+TEST_P(TextCalls, cr_forms_test_before_and_after) {
+  const Handle handle = messages::make_handle();
   for (const Kind kind : kinds) {
-    const family::Control control = bundle.control(kind);
+    const messages::Control control = bundle.control(kind);
     char buffer[256] = "";
     EXPECT_EQ(control.print_cr(handle.get(), buffer, sizeof buffer), expected(kind, false).size());
     EXPECT_EQ(buffer, expected(kind, false));
@@ -117,6 +117,7 @@ TEST_P(BundleText, CrFormsTestBeforeAndAfter) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleText, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, TextCalls, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

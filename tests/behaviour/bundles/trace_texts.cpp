@@ -25,14 +25,14 @@ HEAR(15, (CALL_SITE, const char* text, const void* address), text, address)
 
 namespace {
 
-using family::Bundle;
+using messages::Bundle;
 
-class BundleTraceTexts : public testing::TestWithParam<Bundle> {
+class TraceTexts : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
 
   const char* text_of_a_start(bool inside_another) const {
-    const family::Handle handle = family::make_handle();
+    const messages::Handle handle = messages::make_handle();
     handle->bundle_rx_active = inside_another ? 1 : 0;
     uint32_t err = 0;
     heard = nullptr;
@@ -41,7 +41,7 @@ class BundleTraceTexts : public testing::TestWithParam<Bundle> {
   }
 };
 
-TEST_P(BundleTraceTexts, StandReadyInTheLibrary) {
+TEST_P(TraceTexts, stand_ready_in_the_library) {
   for (const bool inside_another : {false, true}) {
     const char* const text = text_of_a_start(inside_another);
     EXPECT_EQ(text_of_a_start(inside_another), text);
@@ -55,7 +55,7 @@ TEST_P(BundleTraceTexts, StandReadyInTheLibrary) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleTraceTexts, testing::ValuesIn(family::bundles()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, TraceTexts, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

@@ -10,11 +10,11 @@
 
 namespace {
 
-using family::Bundle;
-using family::Handle;
-using family::Made;
-using family::Message;
-using family::Rows;
+using messages::Bundle;
+using messages::Handle;
+using messages::Made;
+using messages::Message;
+using messages::Rows;
 
 constexpr uint32_t entries = 60;
 constexpr uint32_t longest_frame = 1 << 16;
@@ -41,8 +41,8 @@ class Socket {
 class Show {
  public:
   Show(const char* bundle, uint32_t seed, ork_tracking tracking, Socket socket)
-      : bundle_(family::bundle(bundle)),
-        handle_(family::tracking_handle(tracking)),
+      : bundle_(messages::bundle(bundle)),
+        handle_(messages::tracking_handle(tracking)),
         socket_(std::move(socket)) {
     for (const wayfind_member& member :
          std::span(bundle_.schema().members, bundle_.schema().member_count)) {
@@ -58,9 +58,9 @@ class Show {
   const Message& type(size_t i) const { return types_[i]; }
   const Made& message(size_t i) const { return *messages_[i]; }
 
-  void start() { send(family::control_frame(handle_.get(), bundle_.start())); }
+  void start() { send(messages::control_frame(handle_.get(), bundle_.start())); }
   void send_message(size_t i) { send(messages_[i]->frame()); }
-  void commit() { send(family::control_frame(handle_.get(), bundle_.commit())); }
+  void commit() { send(messages::control_frame(handle_.get(), bundle_.commit())); }
 
  private:
   void send(const std::vector<uint8_t>& frame) {
@@ -88,8 +88,8 @@ struct Received {
 
 bool are_same(const Message& type, const Made& sent, void* received) {
   for (size_t slot = 0; slot < type.record_count(); ++slot) {
-    if (family::Record(type.record(slot)).compare(type.slots(received)[slot], sent.record(slot)) !=
-        0) {
+    if (messages::Record(type.record(slot))
+            .compare(type.slots(received)[slot], sent.record(slot)) != 0) {
       return false;
     }
   }
@@ -136,7 +136,7 @@ void receive(const Rows& rows, const Handle& handle, const Socket& socket, Recei
 
 class TwoConnections : public testing::TestWithParam<ork_tracking> {};
 
-TEST_P(TwoConnections, EachThreadGetsTheShowOfItsOwn) {
+TEST_P(TwoConnections, each_thread_gets_the_show_of_its_own) {
   constexpr std::array bundles = {"fwe_cl_wayfind_show_hop_chan_response",
                                   "fwe_cl_wayfind_show_channel_response"};
   std::vector<Show> shows;
@@ -152,7 +152,7 @@ TEST_P(TwoConnections, EachThreadGetsTheShowOfItsOwn) {
                        Socket(ends[0]));
     received.push_back({&shows.back()});
     clients.emplace_back([&rows, &result = received.back(), socket = Socket(ends[1])] {
-      const Handle handle = family::tracking_handle(GetParam());
+      const Handle handle = messages::tracking_handle(GetParam());
       receive(rows, handle, socket, result);
     });
   }

@@ -5,15 +5,15 @@
 
 namespace {
 
-using family::Bundle;
-using family::Control;
-using family::Handle;
-using family::Kind;
+using messages::Bundle;
+using messages::Control;
+using messages::Handle;
+using messages::Kind;
 
 constexpr uint32_t instance = 7;
-constexpr Kind kinds[] = {family::start, family::abort, family::commit};
+constexpr Kind kinds[] = {messages::start, messages::abort, messages::commit};
 
-class BundleUnmarshal : public testing::TestWithParam<Bundle> {
+class UnmarshalCalls : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
   const ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
@@ -39,7 +39,7 @@ void tell(ork_handle* handle, uint32_t each, void* ctx, void* msg, uint32_t* err
                       spy::symbol(ctx) + " " + spy::symbol(msg) + " " + spy::symbol(err));
 }
 
-TEST_P(BundleUnmarshal, HandsHandleInstanceAndContextToTheHandlerAndDoesNothingElse) {
+TEST_P(UnmarshalCalls, hands_handle_instance_and_context_to_the_handler_and_does_nothing_else) {
   const auto dispatching =
       spy::replace(orklib_in_dispatch_message_info, [&](ork_handle*, void** lut) {
         if (lut != nullptr) {
@@ -52,8 +52,8 @@ TEST_P(BundleUnmarshal, HandsHandleInstanceAndContextToTheHandlerAndDoesNothingE
          {ork_message_handler{tell}, ork_message_handler{nullptr}}) {
       std::vector<std::vector<std::string>> calls;
       for (const bool library : {false, true}) {
-        const Handle handle = family::make_handle();
-        handle->bundle_rx_active = kind == family::start ? 0 : 1;
+        const Handle handle = messages::make_handle();
+        handle->bundle_rx_active = kind == messages::start ? 0 : 1;
         handle->bundle_handler = handle_bundle;
         uint32_t err = 0;
         int ctx;
@@ -70,13 +70,13 @@ TEST_P(BundleUnmarshal, HandsHandleInstanceAndContextToTheHandlerAndDoesNothingE
                   43u);
         EXPECT_EQ(out, nullptr);
         EXPECT_EQ(handle->bundle_rx_active != 0,
-                  given == nullptr ? kind == family::start : kind != family::start);
+                  given == nullptr ? kind == messages::start : kind != messages::start);
         calls.push_back(log.calls());
       }
       EXPECT_CALLS(calls[1], calls[0]) << bundle.control(kind).name();
       if (given != nullptr) {
         EXPECT_CALLS(calls[1], {"given handler handle 7 ctx null err"});
-      } else if (kind == family::commit) {
+      } else if (kind == messages::commit) {
         EXPECT_NE(std::find(calls[1].begin(), calls[1].end(), "bundle handler 7 ctx err"),
                   calls[1].end());
       }
@@ -84,10 +84,10 @@ TEST_P(BundleUnmarshal, HandsHandleInstanceAndContextToTheHandlerAndDoesNothingE
   }
 }
 
-TEST_P(BundleUnmarshal, GivesFortyThreeWithoutALookAtTheBuffer) {
+TEST_P(UnmarshalCalls, gives_forty_three_without_a_look_at_the_buffer) {
   for (const Kind kind : kinds) {
     const Control control = bundle.control(kind);
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     Taken taken;
     uint32_t err = 0;
     void* out = &taken;
@@ -104,9 +104,9 @@ TEST_P(BundleUnmarshal, GivesFortyThreeWithoutALookAtTheBuffer) {
   }
 }
 
-TEST_P(BundleUnmarshal, OutMsgIsNullBeforeAnyHandlerRuns) {
+TEST_P(UnmarshalCalls, out_msg_is_null_before_any_handler_runs) {
   for (const Kind kind : kinds) {
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     uint32_t err = 0;
     void* out = &err;
     // The first that the library's own handlers do.
@@ -130,9 +130,9 @@ TEST_P(BundleUnmarshal, OutMsgIsNullBeforeAnyHandlerRuns) {
   }
 }
 
-TEST_P(BundleUnmarshal, WithAPendingErrorCallsNoHandler) {
+TEST_P(UnmarshalCalls, with_a_pending_error_calls_no_handler) {
   for (const Kind kind : kinds) {
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     Taken taken;
     uint32_t err = 5;
     void* out = &taken;
@@ -149,8 +149,8 @@ TEST_P(BundleUnmarshal, WithAPendingErrorCallsNoHandler) {
   }
 }
 
-TEST_P(BundleUnmarshal, WithoutAHandlerRunsTheLibrarysOwn) {
-  const Handle handle = family::make_handle();
+TEST_P(UnmarshalCalls, without_a_handler_runs_the_librarys_own) {
+  const Handle handle = messages::make_handle();
   uint32_t err = 0;
   EXPECT_EQ(
       bundle.start().unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr, &err),
@@ -167,10 +167,10 @@ TEST_P(BundleUnmarshal, WithoutAHandlerRunsTheLibrarysOwn) {
   EXPECT_EQ(err, 74u);
 }
 
-TEST_P(BundleUnmarshal, NoControlMessageIsRecorded) {
+TEST_P(UnmarshalCalls, no_control_message_is_recorded) {
   const auto on = spy::answer(orklib_msg_recorder_get_state, 1);
   for (const Kind kind : kinds) {
-    const Handle handle = family::make_handle();
+    const Handle handle = messages::make_handle();
     uint32_t err = 0;
     const spy::Log log;
     bundle.control(kind).unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr,
@@ -179,7 +179,7 @@ TEST_P(BundleUnmarshal, NoControlMessageIsRecorded) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleUnmarshal, testing::ValuesIn(family::bundles()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, UnmarshalCalls, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

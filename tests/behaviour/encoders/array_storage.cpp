@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr const char* path_name = "fwe_cl_wayfind_sel_lb_path_st";
 constexpr const char* readable_name = "fwe_cl_wayfind_sel_lb_path_human_readable_st";
@@ -56,7 +56,7 @@ class ElementStatesOfATrackedPath : public testing::Test {
   const Object object = filled(handle, path(), 1);
 };
 
-TEST_F(ElementStatesOfATrackedPath, AreGivenBackWhenTheBlockCannotBeHad) {
+TEST_F(ElementStatesOfATrackedPath, are_given_back_when_the_block_cannot_be_had) {
   for (const ork_tracking writer : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     ASSERT_EQ(read(handle, path(), image_of(path(), ORK_TRACKING_ON, 1), object, 0), 0u);
     ASSERT_NE(entry_of(object).elements, nullptr);
@@ -71,7 +71,7 @@ TEST_F(ElementStatesOfATrackedPath, AreGivenBackWhenTheBlockCannotBeHad) {
   }
 }
 
-TEST_F(ElementStatesOfATrackedPath, AreNotTooFewAfterAReadWithoutTracking) {
+TEST_F(ElementStatesOfATrackedPath, are_not_too_few_after_a_read_without_tracking) {
   read_without_tracking(handle, path(), object, 5);
   expect_states_for_each_element();
 }
@@ -86,7 +86,7 @@ struct Without {
 class ArrayReadWithoutTracking : public testing::TestWithParam<Without> {};
 
 // An element of the second record has a body of 40 bytes and one state byte.
-TEST_P(ArrayReadWithoutTracking, GetsRoomForItsStatesOnceTheyAreSentEvenWithReuse) {
+TEST_P(ArrayReadWithoutTracking, gets_room_for_its_states_once_they_are_sent_even_with_reuse) {
   const Calls& calls = calls_of(GetParam().record);
   fixture::Handle handle(fixture::tracked);
   const Object object(handle, calls);
@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Records, ArrayReadWithoutTracking,
 
 // The record, its array and those of its two elements; with tracking each array has a block of
 // state bytes as well.
-TEST(ArrayStorage, GoesWithAllThatItsElementsOwnWhenTheImageIsEmpty) {
+TEST(ArrayStorage, goes_with_all_that_its_elements_own_when_the_image_is_empty) {
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data");
   for (const auto& [tracking, before, after] :
        {std::tuple{ORK_TRACKING_OFF, 4u, 1u}, {ORK_TRACKING_ON, 7u, 2u}}) {
@@ -142,7 +142,7 @@ std::vector<std::string> storage_calls(const spy::Log& log) {
   return log.calls_of({"free_fn", "write_notify_fn", "alloc_fn"});
 }
 
-TEST(ArrayStorage, GoesBeforeThePointerIsAnnouncedAndNewStorageComesLast) {
+TEST(ArrayStorage, goes_before_the_pointer_is_announced_and_new_storage_comes_last) {
   for (const uint32_t hops : {0U, 2U}) {
     fixture::Handle handle;
     const Bytes image = image_of(path(), ORK_TRACKING_OFF, hops);
@@ -173,7 +173,7 @@ class TrackedArrayStorage : public testing::Test {
   uint8_t* const elements = entry_of(object).elements;
 };
 
-TEST_F(TrackedArrayStorage, GoesAndComesOneBlockAfterTheOther) {
+TEST_F(TrackedArrayStorage, goes_and_comes_one_block_after_the_other) {
   spy::Log log;
   EXPECT_EQ(read(handle, path(), image, object, 0), 0u);
   EXPECT_CALLS(storage_calls(log),
@@ -181,7 +181,7 @@ TEST_F(TrackedArrayStorage, GoesAndComesOneBlockAfterTheOther) {
                 "free_fn(7,elements)", "write_notify_fn(obj+40,8,7,null)", "alloc_fn(7,3)=new2"});
 }
 
-TEST_F(TrackedArrayStorage, ThatIsKeptIsAnnouncedBeforeItIsCleared) {
+TEST_F(TrackedArrayStorage, that_is_kept_is_announced_before_it_is_cleared) {
   std::memset(elements, 0xee, 3);
   Bytes when_announced;
   spy::Log log;
@@ -196,7 +196,7 @@ TEST_F(TrackedArrayStorage, ThatIsKeptIsAnnouncedBeforeItIsCleared) {
   EXPECT_EQ(when_announced, Bytes(3, 0xee));
 }
 
-TEST(ArrayStorage, HoldsElementsWhoseHeadersAreAnnouncedAsTheyAreWritten) {
+TEST(ArrayStorage, holds_elements_whose_headers_are_announced_as_they_are_written) {
   fixture::Handle handle;
   const Object object(handle, readable());
   spy::name(object.get(), 32, "obj");
@@ -211,7 +211,7 @@ TEST(ArrayStorage, HoldsElementsWhoseHeadersAreAnnouncedAsTheyAreWritten) {
 
 // Two elements of 40 bytes each; with tracking the block holds a state byte for each of them as
 // well.
-TEST(ArrayStorage, ThatIsKeptIsAnnouncedWhenItsOldElementsAreGone) {
+TEST(ArrayStorage, that_is_kept_is_announced_when_its_old_elements_are_gone) {
   const std::string destroy =
       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_hop_id_readable_format_st),?,?)";
   const std::string first_element = "write_notify_fn(block+9,1,7,block)";

@@ -3,7 +3,7 @@
 
 #include "behaviour/encoders/values.h"
 
-namespace forms {
+namespace encoders {
 
 struct ArrayEntry {
   uint8_t whole;
@@ -26,4 +26,4 @@ inline ArrayEntry& entry_of(const Object& object) {
   return *reinterpret_cast<ArrayEntry*>(static_cast<uint8_t*>(object.get()) + 32);
 }
 
-}  // namespace forms
+}  // namespace encoders

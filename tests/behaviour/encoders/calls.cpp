@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 // A mem_st under a spy: fields at 12, 16 and 24, its states behind the body of 40.
 class MemStCalls : public testing::Test {
@@ -28,7 +28,7 @@ struct TrackedMemStCalls : MemStCalls {
   TrackedMemStCalls() : MemStCalls(fixture::tracked) {}
 };
 
-TEST_F(MemStCalls, OfMarshal) {
+TEST_F(MemStCalls, of_marshal) {
   spy::Log log;
   mem.marshal(h, instance, buffer, object, 90, &h.err);
   EXPECT_CALLS(
@@ -42,7 +42,7 @@ TEST_F(MemStCalls, OfMarshal) {
             "_ork_variant_jump_marshal(7,buf+2,?,4,err)"});
 }
 
-TEST_F(TrackedMemStCalls, OfMarshalLeaveRoomForTheStates) {
+TEST_F(TrackedMemStCalls, of_marshal_leave_room_for_the_states) {
   spy::Log log;
   mem.marshal(h, instance, buffer, object, 90, &h.err);
   EXPECT_CALLS(
@@ -53,7 +53,7 @@ TEST_F(TrackedMemStCalls, OfMarshalLeaveRoomForTheStates) {
        "_ork_variant_jump_marshal(7,buf+2,?,4,err)"});
 }
 
-TEST_F(MemStCalls, OfMarshalForCloneAskTheDomainAsWellAndDoNotHeedIt) {
+TEST_F(MemStCalls, of_marshal_for_clone_ask_the_domain_as_well_and_do_not_heed_it) {
   const auto older = spy::answer(ork_domain_lookup_variant, int8_t{-1});
   spy::Log log;
   EXPECT_EQ(mem.marshal_for_clone(h, instance, buffer, object, 90, &h.err), 26u);
@@ -61,14 +61,14 @@ TEST_F(MemStCalls, OfMarshalForCloneAskTheDomainAsWellAndDoNotHeedIt) {
   EXPECT_EQ(log.count("ork_store_epoch_err"), 0u);
 }
 
-TEST_F(MemStCalls, OfMarshalReportALoweredVariant) {
+TEST_F(MemStCalls, of_marshal_report_a_lowered_variant) {
   const auto older = spy::answer(ork_domain_lookup_variant, int8_t{-1});
   spy::Log log;
   EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 6u);
   EXPECT_CALLS(log.calls_of({"ork_store_epoch_err"}), {"ork_store_epoch_err(43,err)"});
 }
 
-TEST_F(MemStCalls, OfMarshalReportAVariantThatTheLibraryDoesNotKnowEither) {
+TEST_F(MemStCalls, of_marshal_report_a_variant_that_the_library_does_not_know_either) {
   const auto known = spy::answer(ork_domain_lookup_variant, int8_t{0});
   static_cast<ork_object*>(object)->variant = 5;
   spy::Log log;
@@ -86,7 +86,7 @@ struct MemStWithRaDataCalls : MemStCalls {
   }
 };
 
-TEST_F(MemStWithRaDataCalls, OfMarshalWriteItFromAZeroWordAndByte) {
+TEST_F(MemStWithRaDataCalls, of_marshal_write_it_from_a_zero_word_and_byte) {
   spy::Log log;
   EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 35u);
   EXPECT_CALLS(log.calls_of({"_ork_instance_ra_data_marshal", "_ork_variant_jump_marshal"}),
@@ -95,7 +95,7 @@ TEST_F(MemStWithRaDataCalls, OfMarshalWriteItFromAZeroWordAndByte) {
                 "_ork_variant_jump_marshal(7,buf+11,?,4,err)"});
 }
 
-TEST_F(MemStWithRaDataCalls, GoAsFarAsTheRuntimeSaysItReaches) {
+TEST_F(MemStWithRaDataCalls, go_as_far_as_the_runtime_says_it_reaches) {
   {
     const auto five = spy::answer(_ork_instance_ra_data_marshal, 5u);
     EXPECT_EQ(mem.marshal(h, instance, buffer, object, 90, &h.err), 31u);
@@ -113,7 +113,7 @@ TEST_F(MemStWithRaDataCalls, GoAsFarAsTheRuntimeSaysItReaches) {
             0x01020304u);
 }
 
-TEST_F(MemStWithRaDataCalls, StopBehindTheFlagsWhereItDoesNotFit) {
+TEST_F(MemStWithRaDataCalls, stop_behind_the_flags_where_it_does_not_fit) {
   const Bytes image = hex("00 20 001122334455667788");
   for (int32_t length = 2; length <= 10; ++length) {
     std::memset(buffer, 0xa5, sizeof buffer);
@@ -128,7 +128,7 @@ TEST_F(MemStWithRaDataCalls, StopBehindTheFlagsWhereItDoesNotFit) {
   }
 }
 
-TEST_F(MemStCalls, OfMarshalAreAllMadeAfterAnErrorToo) {
+TEST_F(MemStCalls, of_marshal_are_all_made_after_an_error_too) {
   const auto failing = spy::fail(u_int32_marshal, 5);
   spy::Log log;
   mem.marshal(h, instance, buffer, object, 90, &h.err);
@@ -140,7 +140,7 @@ TEST_F(MemStCalls, OfMarshalAreAllMadeAfterAnErrorToo) {
        "_ork_variant_jump_marshal(7,buf+2,?,4,err)"});
 }
 
-TEST_F(MemStCalls, OfUnmarshalHandReuseStorageOn) {
+TEST_F(MemStCalls, of_unmarshal_hand_reuse_storage_on) {
   mem.marshal(h, instance, buffer, object, 90, &h.err);
   spy::Log log;
   mem.unmarshal(h, instance, buffer, object, 90, 3, &h.err);
@@ -155,14 +155,14 @@ TEST_F(MemStCalls, OfUnmarshalHandReuseStorageOn) {
        "u_int64_unmarshal(7,buf+18,obj+24,72,3,err)"});
 }
 
-TEST_F(MemStCalls, OfLengthAskForEachWidth) {
+TEST_F(MemStCalls, of_length_ask_for_each_width) {
   spy::Log log;
   mem.len(h, instance, object);
   EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}),
                {"u_int32_len(7,obj+12)", "u_int64_len(7,obj+16)", "u_int64_len(7,obj+24)"});
 }
 
-TEST_F(MemStCalls, OfLengthInCrStyleAreForTheHandlesInstance) {
+TEST_F(MemStCalls, of_length_in_cr_style_are_for_the_handles_instance) {
   const fixture::Handle other({.cr_instance = 9});
   spy::Log log;
   EXPECT_EQ(mem.len_cr(other, object), 26u);
@@ -170,14 +170,14 @@ TEST_F(MemStCalls, OfLengthInCrStyleAreForTheHandlesInstance) {
                {"u_int32_len(9,obj+12)", "u_int64_len(9,obj+16)", "u_int64_len(9,obj+24)"});
 }
 
-TEST_F(MemStCalls, OfLengthOfNullAskWithNull) {
+TEST_F(MemStCalls, of_length_of_null_ask_with_null) {
   spy::Log log;
   mem.len(h, instance, nullptr);
   EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}),
                {"u_int32_len(7,null)", "u_int64_len(7,null)", "u_int64_len(7,null)"});
 }
 
-TEST(RecordCalls, ForgetTheLastErrorInEachRecordInside) {
+TEST(RecordCalls, forget_the_last_error_in_each_record_inside) {
   fixture::Handle h;
   const Calls& policy = calls_of("fwe_cl_wayfind_select_policy");
   const Object object(h, policy);
@@ -208,7 +208,7 @@ void expect_widths(uint32_t (*len)(ork_handle*, uint32_t, const Value*),
   }
 }
 
-TEST(RecordCalls, OfLengthTakeTheWidthThatThePrimitiveReportsAtThatTime) {
+TEST(RecordCalls, of_length_take_the_width_that_the_primitive_reports_at_that_time) {
   expect_widths(ork_boolean_len, {{"fwe_cl_wayfind_debug_data", 27, 126},
                                   {"fwe_cl_wayfind_channel_state_data", 16, 610}});
   expect_widths(ip_address_len, {{"fwe_cl_wayfind_dcid_siteip_map", 29, 111},
@@ -216,7 +216,7 @@ TEST(RecordCalls, OfLengthTakeTheWidthThatThePrimitiveReportsAtThatTime) {
   expect_widths(link_type_len, {{"fwe_cl_wayfind_enforce_hop", 91, 186}});
 }
 
-TEST(ArrayCalls, OfUnmarshalAnnounceTheStateEntryWithoutAnOwner) {
+TEST(ArrayCalls, of_unmarshal_announce_the_state_entry_without_an_owner) {
   fixture::Handle h(fixture::tracked);
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   void* const object = path.create(h, instance);
@@ -240,7 +240,7 @@ TEST(ArrayCalls, OfUnmarshalAnnounceTheStateEntryWithoutAnOwner) {
   path.destroy(h, instance, object);
 }
 
-TEST(ArrayCalls, OfLengthOfFixedElementsAskTheFirstOne) {
+TEST(ArrayCalls, of_length_of_fixed_elements_ask_the_first_one) {
   fixture::Handle h;
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   void* const object = path.create(h, instance);
@@ -255,7 +255,7 @@ TEST(ArrayCalls, OfLengthOfFixedElementsAskTheFirstOne) {
   path.destroy(h, instance, object);
 }
 
-TEST(ArrayCalls, OfLengthOfNumbersAskTheFirstOneOnce) {
+TEST(ArrayCalls, of_length_of_numbers_ask_the_first_one_once) {
   for (const auto& [record, width] : {std::pair{"fwe_cl_wayfind_sel_lb_path_st", "u_int32_len"},
                                       {"fwe_cl_wayfind_sel_lb_dst_site_st", "u_int16_len"},
                                       {"fwe_cl_wayfind_sel_lb_src_intf_st", "u_int8_len"}}) {
@@ -271,7 +271,7 @@ TEST(ArrayCalls, OfLengthOfNumbersAskTheFirstOneOnce) {
   }
 }
 
-TEST(ArrayCalls, OfBytesAreNoneForTheElements) {
+TEST(ArrayCalls, of_bytes_are_none_for_the_elements) {
   for (const char* record :
        {"fwe_cl_wayfind_sel_lb_src_intf_st", "fwe_cl_wayfind_sel_lb_dst_intf_st"}) {
     fixture::Handle h;
@@ -288,7 +288,7 @@ TEST(ArrayCalls, OfBytesAreNoneForTheElements) {
 }
 
 // The counter, one element, and the one that ends early.
-TEST(ArrayCalls, OfUnmarshalEndWithTheFirstElementThatFails) {
+TEST(ArrayCalls, of_unmarshal_end_with_the_first_element_that_fails) {
   fixture::Handle h;
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object object(h, path);
@@ -302,7 +302,7 @@ TEST(ArrayCalls, OfUnmarshalEndWithTheFirstElementThatFails) {
   EXPECT_EQ(log.count("u_int32_unmarshal"), 3u);
 }
 
-TEST(ArrayCalls, OfUnmarshalTellNoDistanceWithoutTracking) {
+TEST(ArrayCalls, of_unmarshal_tell_no_distance_without_tracking) {
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   for (const ork_tracking writer : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle source(writer);
@@ -322,7 +322,7 @@ TEST(ArrayCalls, OfUnmarshalTellNoDistanceWithoutTracking) {
   }
 }
 
-TEST(ArrayCalls, OfUnmarshalTellTheDistanceBeforeTheElementIsInitialised) {
+TEST(ArrayCalls, of_unmarshal_tell_the_distance_before_the_element_is_initialised) {
   fixture::Handle h(fixture::tracked);
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   void* const object = path.create(h, instance);
@@ -349,7 +349,7 @@ TEST(ArrayCalls, OfUnmarshalTellTheDistanceBeforeTheElementIsInitialised) {
 
 // ---- Enums and the flag set -------------------------------------------------
 
-TEST(EnumCalls, OfMarshalAndUnmarshal) {
+TEST(EnumCalls, of_marshal_and_unmarshal) {
   fixture::Handle h;
   auto* const state = fwe_cl_wayfind_chan_state_e_create(h, instance);
   spy::name(state, 16, "obj");
@@ -373,7 +373,7 @@ TEST(EnumCalls, OfMarshalAndUnmarshal) {
   fwe_cl_wayfind_chan_state_e_destroy(h, instance, state);
 }
 
-TEST(EnumCalls, OfFromXmlProbeEachNameInTurnUntilOneIsThere) {
+TEST(EnumCalls, of_from_xml_probe_each_name_in_turn_until_one_is_there) {
   fixture::Handle h;
   auto* const type = fwe_cl_wayfind_show_global_type_e_create(h, instance);
   const Document document = parsed("<e><WAYFIND_UI_GLOBAL_INFO/></e>");
@@ -391,7 +391,7 @@ TEST(EnumCalls, OfFromXmlProbeEachNameInTurnUntilOneIsThere) {
   fwe_cl_wayfind_show_global_type_e_destroy(h, instance, type);
 }
 
-TEST(FlagCalls, OfMarshalAndPrint) {
+TEST(FlagCalls, of_marshal_and_print) {
   fixture::Handle h;
   auto* const flags = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, flags, 2, 1, &h.err);

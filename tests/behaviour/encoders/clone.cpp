@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class Clone : public testing::Test {
  protected:
@@ -21,7 +21,7 @@ class Clone : public testing::Test {
   uint32_t err = 0;
 };
 
-TEST_F(Clone, WithoutSlotOrWorkspaceIs2) {
+TEST_F(Clone, without_slot_or_workspace_is_2) {
   const Object source(handle, mem);
   void* slot = nullptr;
   for (const auto function : {mem.clone, mem.clone_internal}) {
@@ -41,7 +41,7 @@ TEST_F(Clone, WithoutSlotOrWorkspaceIs2) {
   EXPECT_EQ(filled_slot, target.get()) << "nothing touched";
 }
 
-TEST_F(Clone, ClearsTheSlotEvenWhenAnErrorStands) {
+TEST_F(Clone, clears_the_slot_even_when_an_error_stands) {
   const Object source(handle, mem);
   void* slot = &err;
   err = 5;
@@ -53,7 +53,7 @@ TEST_F(Clone, ClearsTheSlotEvenWhenAnErrorStands) {
   EXPECT_EQ(err, 5u);
 }
 
-TEST_F(Clone, OverwritesTheObjectInTheSlot) {
+TEST_F(Clone, overwrites_the_object_in_the_slot) {
   const Object source = filled(handle, path, 3);
   const Object target = filled(handle, path, 1);
   void* slot = target.get();
@@ -63,7 +63,7 @@ TEST_F(Clone, OverwritesTheObjectInTheSlot) {
   EXPECT_EQ(path.compare(source.get(), target.get()), 0);
 }
 
-TEST_F(Clone, InATooSmallWorkspaceMakesNothingAndTouchesNothing) {
+TEST_F(Clone, in_a_too_small_workspace_makes_nothing_and_touches_nothing) {
   const Object source = filled(handle, path, 3);
   const int32_t needed = 22;
   for (int32_t length = -1; length < needed; ++length) {
@@ -87,14 +87,14 @@ TEST_F(Clone, InATooSmallWorkspaceMakesNothingAndTouchesNothing) {
   path.destroy(handle, instance, slot);
 }
 
-TEST_F(Clone, InCrStyleUsesTheHandlesWorkspace) {
+TEST_F(Clone, in_cr_style_uses_the_handles_workspace) {
   const Handle small(Handle::Options{.workspace_size = 21});
   const Object source = filled(small, path, 3);
   EXPECT_EQ(path.clone_cr(small, source.get()), nullptr);
   EXPECT_EQ(small->cr_error, 90u);
 }
 
-TEST_F(Clone, WithoutMemoryForTheObjectIs12) {
+TEST_F(Clone, without_memory_for_the_object_is_12) {
   const Object source(handle, mem);
   void* slot = nullptr;
   ork_handle_fail_allocation(handle, 1);
@@ -106,7 +106,7 @@ TEST_F(Clone, WithoutMemoryForTheObjectIs12) {
   EXPECT_EQ(handle->cr_error, 12u);
 }
 
-TEST_F(Clone, WhoseUnmarshalFailsDestroysTheCallersObject) {
+TEST_F(Clone, whose_unmarshal_fails_destroys_the_callers_object) {
   const Object source = filled(handle, path, 3);
   void* slot = filled(handle, path, 1).release();
   ork_handle_fail_allocation(handle, 1);
@@ -115,7 +115,7 @@ TEST_F(Clone, WhoseUnmarshalFailsDestroysTheCallersObject) {
   EXPECT_EQ(slot, nullptr);
 }
 
-TEST_F(Clone, KeepsItsVariantUnderAnOlderDomain) {
+TEST_F(Clone, keeps_its_variant_under_an_older_domain) {
   const Calls& tunnel = calls_of("fwe_cl_wayfind_auto_tunnel");
   const Object source = filled(handle, tunnel, 0);
   handle.set_peer(release_list(0).get());
@@ -126,7 +126,7 @@ TEST_F(Clone, KeepsItsVariantUnderAnOlderDomain) {
   EXPECT_EQ(handle->cr_error, 0u);
 }
 
-TEST_F(Clone, LowersWhatIsInsideUnderAnOlderDomain) {
+TEST_F(Clone, lowers_what_is_inside_under_an_older_domain) {
   const Calls& data = calls_of("fwe_cl_wayfind_hop_chan_data");
   const Object source = filled(handle, data, 0);
   handle.set_peer(release_list(0).get());
@@ -142,7 +142,7 @@ TEST_F(Clone, LowersWhatIsInsideUnderAnOlderDomain) {
   }
 }
 
-TEST_F(Clone, LowersTheElementsOfAnArrayUnderAnOlderDomain) {
+TEST_F(Clone, lowers_the_elements_of_an_array_under_an_older_domain) {
   const Calls& channels = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
   const Object source(handle, channels);
   const Object element(handle, calls_of("fwe_cl_wayfind_select_loadbalance_channel_st"));
@@ -165,7 +165,7 @@ TEST_F(Clone, LowersTheElementsOfAnArrayUnderAnOlderDomain) {
                {"ork_store_epoch_err(43,?)", "ork_store_epoch_err(43,?)"});
 }
 
-TEST_F(Clone, HasArraysOfItsOwn) {
+TEST_F(Clone, has_arrays_of_its_own) {
   const Object source = filled(handle, path, 3);
   const uint32_t before = path.hash(source.get(), 0);
   const Object copy(handle, path, path.clone_cr(handle, source.get()));
@@ -174,7 +174,7 @@ TEST_F(Clone, HasArraysOfItsOwn) {
   EXPECT_EQ(path.hash(source.get(), 0), before);
 }
 
-TEST_F(Clone, FillsAnArrayElementAndLeavesTheSourceItsArrays) {
+TEST_F(Clone, fills_an_array_element_and_leaves_the_source_its_arrays) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle h(tracking);
     const Calls& data = calls_of("fwe_dp_wayfind_debug_data");
@@ -198,7 +198,7 @@ TEST_F(Clone, FillsAnArrayElementAndLeavesTheSourceItsArrays) {
   }
 }
 
-TEST_F(Clone, OfAnArrayElementLeavesItAloneWhereTheHandlesWorkspaceIsTooSmall) {
+TEST_F(Clone, of_an_array_element_leaves_it_alone_where_the_handles_workspace_is_too_small) {
   for (const size_t room : {38u, 39u}) { /* the image has 39 bytes */
     const Handle h(Handle::Options{.tracking = ORK_TRACKING_OFF, .workspace_size = room});
     const Object object(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"));
@@ -224,7 +224,7 @@ TEST_F(Clone, OfAnArrayElementLeavesItAloneWhereTheHandlesWorkspaceIsTooSmall) {
 
 // ---- Call order -------------------------------------------------------------
 
-TEST_F(Clone, OfAnArrayElementGoesByWayOfTheHandlesWorkspace) {
+TEST_F(Clone, of_an_array_element_goes_by_way_of_the_handles_workspace) {
   fixture::Handle h({.cr_instance = 11});
   const Object object(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"));
   const Object source(h, calls_of("fwe_dp_wayfind_debug_setting"));
@@ -243,7 +243,7 @@ TEST_F(Clone, OfAnArrayElementGoesByWayOfTheHandlesWorkspace) {
                    "_ork_instance_variant_unmarshal(11,ws,?,39,cr_error)"});
 }
 
-TEST_F(Clone, StartsTheTraceModuleAndCreatesOnlyForAnEmptySlot) {
+TEST_F(Clone, starts_the_trace_module_and_creates_only_for_an_empty_slot) {
   fixture::Handle h;
   void* const source = mem.create(h, instance);
   spy::name(source, 40, "src");
@@ -270,7 +270,7 @@ TEST_F(Clone, StartsTheTraceModuleAndCreatesOnlyForAnEmptySlot) {
   mem.destroy(h, instance, source);
 }
 
-TEST_F(Clone, ReadsNoMoreThanWasWrittenForTheInstanceOfItsStyle) {
+TEST_F(Clone, reads_no_more_than_was_written_for_the_instance_of_its_style) {
   fixture::Handle h({.cr_instance = 9});
   void* const source = mem.create(h, instance);
   spy::name(source, 40, "src");
@@ -301,7 +301,7 @@ TEST_F(Clone, ReadsNoMoreThanWasWrittenForTheInstanceOfItsStyle) {
   mem.destroy(h, instance, source);
 }
 
-TEST_F(Clone, WhoseUnmarshalFailsLeavesTheSentinelAlive) {
+TEST_F(Clone, whose_unmarshal_fails_leaves_the_sentinel_alive) {
   fixture::Handle h({.tracking = ORK_TRACKING_OFF});
   const Object source = filled(h, path, 3);
   const auto failed_create = [&] {

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class CompareHash : public testing::Test {
  protected:
@@ -17,7 +17,7 @@ class CompareHash : public testing::Test {
   uint32_t err = 0;
 };
 
-TEST_F(CompareHash, NumbersAndCountsDifferByOneWhateverTheirDistance) {
+TEST_F(CompareHash, numbers_and_counts_differ_by_one_whatever_their_distance) {
   for (const Calls& calls : all_records()) {
     for (const wayfind_field& field : std::span(calls.schema->fields, calls.schema->field_count)) {
       if ((field.cls != WAYFIND_VALUE && field.cls != WAYFIND_COUNTER) ||
@@ -72,13 +72,13 @@ void expect_own_answers(ork_handle* handle, wayfind_kind kind,
   EXPECT_GT(tried, 0u);
 }
 
-TEST_F(CompareHash, PrimitivesThatCompareThemselvesDifferByWhatTheyAnswer) {
+TEST_F(CompareHash, primitives_that_compare_themselves_differ_by_what_they_answer) {
   expect_own_answers(handle, WAYFIND_ORK_BOOLEAN, ork_boolean_compare);
   expect_own_answers(handle, WAYFIND_IP_ADDRESS, ip_address_compare);
   expect_own_answers(handle, WAYFIND_LINK_TYPE, link_type_compare);
 }
 
-TEST_F(CompareHash, TheFirstFieldThatDiffersDecides) {
+TEST_F(CompareHash, the_first_field_that_differs_decides) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -89,7 +89,7 @@ TEST_F(CompareHash, TheFirstFieldThatDiffersDecides) {
   EXPECT_EQ(calls.compare(a.get(), b.get()), 1);
 }
 
-TEST_F(CompareHash, EnumsDifferByTheirDistance) {
+TEST_F(CompareHash, enums_differ_by_their_distance) {
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -99,7 +99,7 @@ TEST_F(CompareHash, EnumsDifferByTheirDistance) {
   EXPECT_EQ(calls.compare(b.get(), a.get()), 3);
 }
 
-TEST_F(CompareHash, RecordsInsideDifferByTheirOwnResult) {
+TEST_F(CompareHash, records_inside_differ_by_their_own_result) {
   const Calls& calls = calls_of("fwe_cl_wayfind_channel_data");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -110,7 +110,7 @@ TEST_F(CompareHash, RecordsInsideDifferByTheirOwnResult) {
   EXPECT_EQ(calls.compare(b.get(), a.get()), 3);
 }
 
-TEST_F(CompareHash, FlagSetsDifferByTheirBytes) {
+TEST_F(CompareHash, flag_sets_differ_by_their_bytes) {
   const Calls& calls = calls_of("fwe_cl_wayfind_hop_chan_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -121,7 +121,7 @@ TEST_F(CompareHash, FlagSetsDifferByTheirBytes) {
   EXPECT_EQ(calls.compare(b.get(), a.get()), 16);
 }
 
-TEST_F(CompareHash, ArraysOfDifferentCountDifferByThatAlone) {
+TEST_F(CompareHash, arrays_of_different_count_differ_by_that_alone) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -133,7 +133,7 @@ TEST_F(CompareHash, ArraysOfDifferentCountDifferByThatAlone) {
   EXPECT_EQ(calls.compare(b.get(), a.get()), 1);
 }
 
-TEST_F(CompareHash, ArraysOfNumbersDifferAsTheirBytesInMemoryDo) {
+TEST_F(CompareHash, arrays_of_numbers_differ_as_their_bytes_in_memory_do) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -145,7 +145,7 @@ TEST_F(CompareHash, ArraysOfNumbersDifferAsTheirBytesInMemoryDo) {
   EXPECT_GT(calls.compare(b.get(), a.get()), 0);
 }
 
-TEST_F(CompareHash, ArraysOfRecordsDifferByTheResultOfTheFirstElementThatDoes) {
+TEST_F(CompareHash, arrays_of_records_differ_by_the_result_of_the_first_element_that_does) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   const Calls& hop = calls_of("fwe_cl_wayfind_hop_id_readable_format_st");
   const Object a = filled(handle, calls, 3);
@@ -168,7 +168,7 @@ TEST_F(CompareHash, ArraysOfRecordsDifferByTheResultOfTheFirstElementThatDoes) {
   EXPECT_EQ(calls.compare(b.get(), a.get()), hop.compare(second_of_b, second_of_a));
 }
 
-TEST_F(CompareHash, EmptyArraysAreEqualAndHashAsNothing) {
+TEST_F(CompareHash, empty_arrays_are_equal_and_hash_as_nothing) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -188,7 +188,7 @@ TEST_F(CompareHash, EmptyArraysAreEqualAndHashAsNothing) {
   spy::forget_names();
 }
 
-TEST_F(CompareHash, TextsDifferBehindTheirTerminatorAsWell) {
+TEST_F(CompareHash, texts_differ_behind_their_terminator_as_well) {
   const Calls& calls = calls_of("fwe_cl_wayfind_auto_tunnel_misc");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -208,7 +208,7 @@ TEST_F(CompareHash, TextsDifferBehindTheirTerminatorAsWell) {
   EXPECT_NE(calls.hash(a.get(), 0), calls.hash(b.get(), 0));
 }
 
-TEST_F(CompareHash, TextsAndArraysOfNumbersDifferInTheirLastByteAsWell) {
+TEST_F(CompareHash, texts_and_arrays_of_numbers_differ_in_their_last_byte_as_well) {
   size_t tried = 0;
   for (const Calls& calls : all_records()) {
     for (const wayfind_field& field : std::span(calls.schema->fields, calls.schema->field_count)) {
@@ -235,7 +235,7 @@ TEST_F(CompareHash, TextsAndArraysOfNumbersDifferInTheirLastByteAsWell) {
   EXPECT_EQ(tried, 32u) << "28 texts and 4 arrays";
 }
 
-TEST_F(CompareHash, HeadersAndStatesTakeNoPart) {
+TEST_F(CompareHash, headers_and_states_take_no_part) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Handle tracking(ORK_TRACKING_ON);
   const Object a = filled(tracking, calls, 0);
@@ -248,7 +248,7 @@ TEST_F(CompareHash, HeadersAndStatesTakeNoPart) {
   b.header().variant_cap = 0;
 }
 
-TEST_F(CompareHash, LaterFieldsCountWhateverTheVariant) {
+TEST_F(CompareHash, later_fields_count_whatever_the_variant) {
   const Calls& calls = calls_of("fwe_cl_wayfind_auto_tunnel");
   const Object newer = filled(handle, calls, 0);
   const Object older = filled(handle, calls, 0);
@@ -261,7 +261,7 @@ TEST_F(CompareHash, LaterFieldsCountWhateverTheVariant) {
   EXPECT_NE(calls.hash(newer.get(), 0), calls.hash(older.get(), 0));
 }
 
-TEST_F(CompareHash, AnOlderRecordEqualsANewerOneWhoseLaterFieldsAreZero) {
+TEST_F(CompareHash, an_older_record_equals_a_newer_one_whose_later_fields_are_zero) {
   const Calls& calls = calls_of("fwe_cl_wayfind_auto_tunnel");
   const Object newer(handle, calls);
   const TypeList list = release_list(0);
@@ -277,7 +277,7 @@ TEST_F(CompareHash, AnOlderRecordEqualsANewerOneWhoseLaterFieldsAreZero) {
   EXPECT_EQ(calls.hash(newer.get(), 0), calls.hash(older.get(), 0));
 }
 
-TEST_F(CompareHash, FieldsThatAnOlderLayoutHasRoomForCount) {
+TEST_F(CompareHash, fields_that_an_older_layout_has_room_for_count) {
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_st");
   const Object a(handle, calls);
   const Object b(handle, calls);
@@ -298,7 +298,7 @@ TEST_F(CompareHash, FieldsThatAnOlderLayoutHasRoomForCount) {
   }
 }
 
-TEST_F(CompareHash, FieldsBehindTheBodyOfAnOlderLayoutTakeNoPart) {
+TEST_F(CompareHash, fields_behind_the_body_of_an_older_layout_take_no_part) {
   for (const told::Record& record : told::tables().records) {
     for (unsigned cap = 0; cap + 1 < record.layouts.size(); ++cap) {
       const Calls& calls = calls_of(record.name);
@@ -331,7 +331,7 @@ TEST_F(CompareHash, FieldsBehindTheBodyOfAnOlderLayoutTakeNoPart) {
   }
 }
 
-TEST_F(CompareHash, HashOfMemStChainsItsFieldsInOrder) {
+TEST_F(CompareHash, hash_of_mem_st_chains_its_fields_in_order) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
   auto* const mem = static_cast<fwe_cl_wayfind_mem_st*>(object.get());
@@ -345,7 +345,7 @@ TEST_F(CompareHash, HashOfMemStChainsItsFieldsInOrder) {
             u_int64_hash(&exmem, u_int64_hash(&ppe, u_int32_hash(&number, 77))));
 }
 
-TEST_F(CompareHash, HashTakesTheCountOfAnArrayTwice) {
+TEST_F(CompareHash, hash_takes_the_count_of_an_array_twice) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_dst_site_st");
   const Object object(handle, calls);
   const uint16_t sites[] = {1, 2, 0xffff};
@@ -357,7 +357,7 @@ TEST_F(CompareHash, HashTakesTheCountOfAnArrayTwice) {
             SuperFastHash(sites, sizeof sites, u_int32_hash(&count, u_int32_hash(&count, 77))));
 }
 
-TEST_F(CompareHash, HashOfEnumAndFlagSetCoversValueAndByteAlone) {
+TEST_F(CompareHash, hash_of_enum_and_flag_set_covers_value_and_byte_alone) {
   auto* const state = fwe_cl_wayfind_chan_state_e_create(handle, instance);
   fwe_cl_wayfind_chan_state_e_set_value(handle, instance, state, 2, &err);
   const uint32_t value = 2;

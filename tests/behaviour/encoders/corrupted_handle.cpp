@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 const Calls& mem() { return calls_of("fwe_cl_wayfind_mem_st"); }
 
@@ -22,36 +22,36 @@ class CorruptedHandle : public testing::Test {
 };
 using CorruptedHandleDeathTest = CorruptedHandle;
 
-TEST_F(CorruptedHandleDeathTest, EndsMarshal) {
+TEST_F(CorruptedHandleDeathTest, ends_marshal) {
   corrupt();
   EXPECT_DEATH(mem().marshal(handle, instance, buffer.data(), object.get(), 90, &err),
                "Corrupted ORK Handle");
 }
 
-TEST_F(CorruptedHandleDeathTest, EndsUnmarshal) {
+TEST_F(CorruptedHandleDeathTest, ends_unmarshal) {
   corrupt();
   EXPECT_DEATH(mem().unmarshal(handle, instance, buffer.data(), object.get(), 90, 0, &err),
                "Corrupted ORK Handle");
 }
 
-TEST_F(CorruptedHandleDeathTest, EndsLength) {
+TEST_F(CorruptedHandleDeathTest, ends_length) {
   corrupt();
   EXPECT_DEATH(mem().len(handle, instance, object.get()), "Corrupted ORK Handle");
 }
 
-TEST_F(CorruptedHandleDeathTest, IsNotLookedAtForTheLengthOfANullRecord) {
+TEST_F(CorruptedHandleDeathTest, is_not_looked_at_for_the_length_of_a_null_record) {
   corrupt();
   EXPECT_EQ(mem().len(handle, instance, nullptr), 26u);
 }
 
-TEST_F(CorruptedHandleDeathTest, EndsToXml) {
+TEST_F(CorruptedHandleDeathTest, ends_to_xml) {
   corrupt();
   char text[200];
   EXPECT_DEATH(mem().to_xml(handle, instance, "x", text, object.get(), sizeof text, 0, &err),
                "Corrupted ORK Handle");
 }
 
-TEST_F(CorruptedHandleDeathTest, IsNotLookedAtByToXmlOnceAnErrorStands) {
+TEST_F(CorruptedHandleDeathTest, is_not_looked_at_by_to_xml_once_an_error_stands) {
   corrupt();
   char text[200] = "";
   err = 5;
@@ -60,7 +60,7 @@ TEST_F(CorruptedHandleDeathTest, IsNotLookedAtByToXmlOnceAnErrorStands) {
   EXPECT_STREQ(text, "");
 }
 
-TEST_F(CorruptedHandleDeathTest, IsNotLookedAtByPrintAndFromXml) {
+TEST_F(CorruptedHandleDeathTest, is_not_looked_at_by_print_and_from_xml) {
   corrupt();
   char text[200] = "";
   mem().print(handle, instance, text, 0, "x", object.get(), sizeof text, &err);

@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr const char* path_name = "fwe_cl_wayfind_sel_lb_path_st";
 constexpr const char* readable_name = "fwe_cl_wayfind_sel_lb_path_human_readable_st";
@@ -83,8 +83,7 @@ class ElementStatesOfRecordsWithoutMemory : public ElementStatesWithoutMemory {
   ElementStatesOfRecordsWithoutMemory() : ElementStatesWithoutMemory(readable_name) {}
 };
 
-TEST_F(ElementStatesOfRecordsWithoutMemory,
-       are_dropped_then_the_count_then_the_error_is_stored_once) {
+TEST_F(ElementStatesOfRecordsWithoutMemory, go_before_the_count_and_the_error_is_stored_once) {
   for (const uint32_t reuse : {0U, 1U}) {
     EXPECT_CALLS(calls_of_failed_read(image_of(calls, ORK_TRACKING_ON, 2), reuse),
                  {"free_fn(7,block)", "write_notify_fn(obj+16,8,7,obj)", "alloc_fn(7,82)=new1",
@@ -98,8 +97,7 @@ TEST_F(ElementStatesOfRecordsWithoutMemory,
   }
 }
 
-TEST_F(ElementStatesOfRecordsWithoutMemory,
-       are_dropped_then_the_count_also_where_the_image_has_none) {
+TEST_F(ElementStatesOfRecordsWithoutMemory, go_before_the_count_even_where_the_image_has_none) {
   EXPECT_CALLS(calls_of_failed_read(image_of(calls, ORK_TRACKING_OFF, 2), 0),
                {"free_fn(7,block)", "write_notify_fn(obj+16,8,7,obj)", "alloc_fn(7,82)=new1",
                 "write_notify_fn(obj+40,8,7,null)", "alloc_fn(7,2)=null", "free_fn(7,elements)",

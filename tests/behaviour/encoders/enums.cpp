@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 // Names in the order of their values, as every reader of text and XML knows them.
 const std::vector<std::pair<std::string, std::vector<std::string>>> told = {
@@ -63,7 +63,7 @@ class EveryEnum : public testing::TestWithParam<size_t> {
   uint32_t err = 0;
 };
 
-TEST_P(EveryEnum, HasAllItsFormsForEachValue) {
+TEST_P(EveryEnum, has_all_its_forms_for_each_value) {
   EXPECT_EQ(all_enums().size(), told.size());
   for (uint32_t value = 0; value < count(); ++value) {
     object.set_value(value, &err);
@@ -84,7 +84,7 @@ TEST_P(EveryEnum, HasAllItsFormsForEachValue) {
   }
 }
 
-TEST_P(EveryEnum, OutOfRangeIsRefusedByTheSetterOnly) {
+TEST_P(EveryEnum, out_of_range_is_refused_by_the_setter_only) {
   const auto is_valid = object.call<uint32_t(ork_handle*, int32_t)>("_is_valid_cr");
   EXPECT_EQ(is_valid(handle, static_cast<int32_t>(count()) - 1), 1u);
   EXPECT_EQ(is_valid(handle, static_cast<int32_t>(count())), 0u);
@@ -107,7 +107,7 @@ TEST_P(EveryEnum, OutOfRangeIsRefusedByTheSetterOnly) {
   }
 }
 
-TEST_P(EveryEnum, SetCopiesTheWholeSourceUnlessItsValueIsOutOfRange) {
+TEST_P(EveryEnum, set_copies_the_whole_source_unless_its_value_is_out_of_range) {
   const Enum source(handle, schema_of(name()));
   source.set_value(2, &err);
   source.object().header.variant_cap = 0;
@@ -122,7 +122,7 @@ TEST_P(EveryEnum, SetCopiesTheWholeSourceUnlessItsValueIsOutOfRange) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_P(EveryEnum, ComparesByTheDifferenceOfTheValues) {
+TEST_P(EveryEnum, compares_by_the_difference_of_the_values) {
   const auto compare = object.call<int32_t(const void*, const void*)>("_compare");
   const Enum other(handle, schema_of(name()));
   object.object().value = 1;
@@ -136,7 +136,7 @@ TEST_P(EveryEnum, ComparesByTheDifferenceOfTheValues) {
   EXPECT_EQ(compare(nullptr, nullptr), 0);
 }
 
-TEST_P(EveryEnum, KeepsItsValueWithoutAChildAndTakesTheLowestOfTwo) {
+TEST_P(EveryEnum, keeps_its_value_without_a_child_and_takes_the_lowest_of_two) {
   object.object().value = 99;
   object.from_xml("<e/>", "//e", &err, nullptr, 0);
   EXPECT_EQ(err, 0u);
@@ -149,7 +149,7 @@ TEST_P(EveryEnum, KeepsItsValueWithoutAChildAndTakesTheLowestOfTwo) {
   EXPECT_EQ(object.object().value, 99u);
 }
 
-TEST_P(EveryEnum, NamesTheGivenPathWhenAProbeFails) {
+TEST_P(EveryEnum, names_the_given_path_when_a_probe_fails) {
   const auto failing = spy::answer(xml_get_element_value, 5u);
   char reason[64] = "";
   object.from_xml("<e/>", "//e", &err, reason, sizeof reason);
@@ -166,7 +166,7 @@ TEST_P(EveryEnum, NamesTheGivenPathWhenAProbeFails) {
 }
 
 // The value that the document holds lies behind the probe that fails.
-TEST_P(EveryEnum, LooksForNoFurtherValueOnceAProbeFailed) {
+TEST_P(EveryEnum, looks_for_no_further_value_once_a_probe_failed) {
   for (unsigned nth = 1; nth < count(); ++nth) {
     const auto failing = failing_probe(nth);
     object.object().value = 99;
@@ -181,7 +181,7 @@ TEST_P(EveryEnum, LooksForNoFurtherValueOnceAProbeFailed) {
   }
 }
 
-TEST_P(EveryEnum, NeedsRoomForAllItsBytes) {
+TEST_P(EveryEnum, needs_room_for_all_its_bytes) {
   for (int32_t length = -1; length < 5; ++length) {
     Bytes buffer(8, 0xa5);
     err = 0;
@@ -197,7 +197,7 @@ TEST_P(EveryEnum, NeedsRoomForAllItsBytes) {
   }
 }
 
-TEST_P(EveryEnum, AnnouncesItsValueEvenWhenNoneCouldBeRead) {
+TEST_P(EveryEnum, announces_its_value_even_when_none_could_be_read) {
   fixture::Handle h;
   const Enum target(h, schema_of(name()));
   target.object().value = 2;
@@ -209,7 +209,7 @@ TEST_P(EveryEnum, AnnouncesItsValueEvenWhenNoneCouldBeRead) {
   EXPECT_EQ(target.object().value, 2u);
 }
 
-TEST_P(EveryEnum, IsLoweredToADomainWithoutItAndReadAtItsLayout) {
+TEST_P(EveryEnum, is_lowered_to_a_domain_without_it_and_read_at_its_layout) {
   handle.set_peer(release_list(9, name(), -1).get());
   Bytes buffer(5);
   EXPECT_EQ(object.marshal(buffer.data(), 5, &err), 5u);
@@ -227,7 +227,7 @@ TEST_P(EveryEnum, IsLoweredToADomainWithoutItAndReadAtItsLayout) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_P(EveryEnum, HasFixedSizes) {
+TEST_P(EveryEnum, has_fixed_sizes) {
   EXPECT_EQ(object.call<uint32_t()>("_sizeof")(), 16u);
   EXPECT_EQ(object.call<uint32_t()>("_len")(), 5u);
   const auto len_cr = object.call<uint32_t(ork_handle*)>("_len_cr");
@@ -243,7 +243,7 @@ TEST_P(EveryEnum, HasFixedSizes) {
   }
 }
 
-TEST_P(EveryEnum, GetsItsValueAnd22OfNull) {
+TEST_P(EveryEnum, gets_its_value_and_22_of_null) {
   const auto get_value =
       object.call<uint32_t(ork_handle*, uint32_t, const void*, uint32_t*)>("_get_value");
   object.set_value(2, &err);
@@ -257,7 +257,7 @@ TEST_P(EveryEnum, GetsItsValueAnd22OfNull) {
       object.get());
 }
 
-TEST_P(EveryEnum, DoesNothingOnceAnErrorStands) {
+TEST_P(EveryEnum, does_nothing_once_an_error_stands) {
   object.set_value(1, &err);
   err = 5;
   object.set_value(2, &err);
@@ -273,7 +273,7 @@ TEST_P(EveryEnum, DoesNothingOnceAnErrorStands) {
 INSTANTIATE_TEST_SUITE_P(Enums, EveryEnum, testing::Range(size_t{0}, told.size()),
                          [](const auto& which) { return told[which.param].first; });
 
-TEST(EnumField, RefusesAValueOutOfRangeAndIsMarkedAllTheSame) {
+TEST(EnumField, refuses_a_value_out_of_range_and_is_marked_all_the_same) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object(handle, calls_of("fwe_cl_wayfind_chan_st"));
   auto* const channel = static_cast<fwe_cl_wayfind_chan_st*>(object.get());

@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr const char* names[] = {"WAYFIND_UI_HOP_CHAN_FLAG_INT_SHUT",
                                  "WAYFIND_UI_HOP_CHAN_FLAG_ADDR_CHANGE",
@@ -45,7 +45,7 @@ class Flags : public testing::Test {
   uint32_t err = 0;
 };
 
-TEST_F(Flags, HaveAllTheirFormsForEachSet) {
+TEST_F(Flags, have_all_their_forms_for_each_set) {
   for (unsigned set = 0; set < 32; ++set) {
     byte() = static_cast<uint8_t>(set);
     std::string text = "  f@fwe_cl_wayfind_hop_chan_flags:";
@@ -67,13 +67,13 @@ TEST_F(Flags, HaveAllTheirFormsForEachSet) {
   }
 }
 
-TEST_F(Flags, BeyondTheTableAreNeitherPrintedNorRendered) {
+TEST_F(Flags, beyond_the_table_are_neither_printed_nor_rendered) {
   byte() = 0xe0;
   EXPECT_EQ(print(flags), "  f@fwe_cl_wayfind_hop_chan_flags:\n");
   EXPECT_EQ(to_xml(flags), "<f>\n</f>\n");
 }
 
-TEST_F(Flags, OfNullPrintNothingMoreUnlessTheHandleIsStrict) {
+TEST_F(Flags, of_null_print_nothing_more_unless_the_handle_is_strict) {
   EXPECT_EQ(print(nullptr), "  f@fwe_cl_wayfind_hop_chan_flags:\n");
   EXPECT_EQ(to_xml(nullptr), "<f>\n</f>\n");
   EXPECT_EQ(err, 0u);
@@ -90,7 +90,7 @@ TEST_F(Flags, OfNullPrintNothingMoreUnlessTheHandleIsStrict) {
 }
 
 // A runtime that refuses only one of the five has one written as refused.
-TEST_F(Flags, OfNullAreRefusedOneByOne) {
+TEST_F(Flags, of_null_are_refused_one_by_one) {
   const std::vector<std::string> refused(5, "ork_store_epoch_err(43,?)");
   for (unsigned nth = 1; nth <= 5; ++nth) {
     {
@@ -107,7 +107,7 @@ TEST_F(Flags, OfNullAreRefusedOneByOne) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_F(Flags, AreOnlyEverAddedFromXml) {
+TEST_F(Flags, are_only_ever_added_from_xml) {
   byte() = 0x11;
   from_xml(std::string("<f><") + names[2] + "/></f>");
   EXPECT_EQ(byte(), 0x15);
@@ -116,7 +116,7 @@ TEST_F(Flags, AreOnlyEverAddedFromXml) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_F(Flags, NameTheGivenPathWhenAProbeFails) {
+TEST_F(Flags, name_the_given_path_when_a_probe_fails) {
   const auto failing = spy::answer(xml_get_element_value, 5u);
   char reason[64] = "";
   from_xml("<f/>", reason, sizeof reason);
@@ -126,7 +126,7 @@ TEST_F(Flags, NameTheGivenPathWhenAProbeFails) {
   EXPECT_EQ(byte(), 0);
 }
 
-TEST_F(Flags, AreLookedForNoFurtherOnceAProbeFailedAndKeepThoseBeforeIt) {
+TEST_F(Flags, are_looked_for_no_further_once_a_probe_failed_and_keep_those_before_it) {
   const auto failing = failing_probe(2);
   spy::Log log;
   from_xml(std::string("<f><") + names[0] + "/><" + names[4] + "/></f>");
@@ -135,14 +135,14 @@ TEST_F(Flags, AreLookedForNoFurtherOnceAProbeFailedAndKeepThoseBeforeIt) {
   EXPECT_EQ(byte(), 0x01);
 }
 
-TEST_F(Flags, FromXmlWithoutAnObjectIsNoError) {
+TEST_F(Flags, from_xml_without_an_object_is_no_error) {
   const Document document = parsed(std::string("<f><") + names[1] + "/></f>");
   fwe_cl_wayfind_hop_chan_flags_from_xml(handle, instance, "//f", document.get(), nullptr, &err,
                                          nullptr, 0);
   EXPECT_EQ(err, 0u);
 }
 
-TEST_F(Flags, FoundInXmlAreUpgradedAndAnnouncedBeforeTheirBitIsSet) {
+TEST_F(Flags, found_in_xml_are_upgraded_and_announced_before_their_bit_is_set) {
   fixture::Handle h;
   auto* const object = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   spy::name(object, 24, "obj");
@@ -170,7 +170,7 @@ TEST_F(Flags, FoundInXmlAreUpgradedAndAnnouncedBeforeTheirBitIsSet) {
   fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, object);
 }
 
-TEST_F(Flags, AreNotMissingWhenTheUpgradeOfTheLastOneLeaves2) {
+TEST_F(Flags, are_not_missing_when_the_upgrade_of_the_last_one_leaves_2) {
   const auto upgrade =
       spy::replace(orklib_adjust_variant, [](ork_handle*, uint32_t, void*, const ork_type_info*,
                                              int32_t, uint32_t* slot) { return *slot = 2; });
@@ -180,7 +180,7 @@ TEST_F(Flags, AreNotMissingWhenTheUpgradeOfTheLastOneLeaves2) {
 }
 
 // The next probe's answer takes the place of any number, and no bit is lost to one.
-TEST_F(Flags, KeepTheErrorOfAnUpgradeUntilTheNextProbe) {
+TEST_F(Flags, keep_the_error_of_an_upgrade_until_the_next_probe) {
   const auto upgrade =
       spy::replace(orklib_adjust_variant, [](ork_handle*, uint32_t, void*, const ork_type_info*,
                                              int32_t, uint32_t* slot) { return *slot = 5; });
@@ -192,7 +192,7 @@ TEST_F(Flags, KeepTheErrorOfAnUpgradeUntilTheNextProbe) {
   EXPECT_EQ(byte(), 0x18);
 }
 
-TEST_F(Flags, NeedRoomForAllTheirBytes) {
+TEST_F(Flags, need_room_for_all_their_bytes) {
   byte() = 0x1f;
   for (int32_t length = -1; length <= 7; ++length) {
     Bytes buffer(9, 0xa5);
@@ -212,14 +212,14 @@ TEST_F(Flags, NeedRoomForAllTheirBytes) {
   }
 }
 
-TEST_F(Flags, WithoutRoomForTheByteLeaveTheReservedJump) {
+TEST_F(Flags, without_room_for_the_byte_leave_the_reserved_jump) {
   Bytes buffer(6, 0xa5);
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_marshal(handle, instance, buffer.data(), flags, 5, &err),
             5u);
   EXPECT_EQ(buffer, hex("00 00000000 a5"));
 }
 
-TEST_F(Flags, AreReadFromTheByteBehindAShortBuffer) {
+TEST_F(Flags, are_read_from_the_byte_behind_a_short_buffer) {
   const Bytes image = hex("00 00000005 1a");
   EXPECT_EQ(
       fwe_cl_wayfind_hop_chan_flags_unmarshal(handle, instance, image.data(), flags, 5, 0, &err),
@@ -235,7 +235,7 @@ TEST_F(Flags, AreReadFromTheByteBehindAShortBuffer) {
   }
 }
 
-TEST_F(Flags, WithoutAJumpAreReadWhereItWouldBegin) {
+TEST_F(Flags, without_a_jump_are_read_where_it_would_begin) {
   const Bytes image = hex("00 1b 000000");
   for (int32_t length = 1; length < 5; ++length) {
     byte() = 0;
@@ -249,7 +249,7 @@ TEST_F(Flags, WithoutAJumpAreReadWhereItWouldBegin) {
   }
 }
 
-TEST_F(Flags, StepOverTheBytesOfANewerSet) {
+TEST_F(Flags, step_over_the_bytes_of_a_newer_set) {
   const Bytes image = hex("03 00000008 05 eeeeee");
   EXPECT_EQ(
       fwe_cl_wayfind_hop_chan_flags_unmarshal(handle, instance, image.data(), flags, 9, 0, &err),
@@ -264,7 +264,7 @@ TEST_F(Flags, StepOverTheBytesOfANewerSet) {
   EXPECT_EQ(byte(), 6);
 }
 
-TEST_F(Flags, TraceTheJumpThatTheyFollowAlsoOutOfTheBufferAndNeverABackwardOne) {
+TEST_F(Flags, trace_the_jump_that_they_follow_also_out_of_the_buffer_and_never_a_backward_one) {
   const struct {
     const char* image;
     uint32_t end;
@@ -297,7 +297,7 @@ TEST_F(Flags, TraceTheJumpThatTheyFollowAlsoOutOfTheBufferAndNeverABackwardOne) 
   fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, object);
 }
 
-TEST_F(Flags, OutsideTheTableAre43) {
+TEST_F(Flags, outside_the_table_are_43) {
   for (const uint32_t flag : {5U, 0xffffffffU}) {
     EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_value(handle, instance, flags, flag, &err), 0u);
     EXPECT_EQ(ork_handle_last_error(handle), 43u);
@@ -316,7 +316,7 @@ TEST_F(Flags, OutsideTheTableAre43) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_F(Flags, OutsideTheTableLeave43InTheSlotOfAStrictHandle) {
+TEST_F(Flags, outside_the_table_leave_43_in_the_slot_of_a_strict_handle) {
   const Handle strict(Handle::Options{.strict_epoch = 1});
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_cr(strict, flags, 5), 0u);
   EXPECT_EQ(std::exchange(strict->cr_error, 0), 43u);
@@ -328,7 +328,7 @@ TEST_F(Flags, OutsideTheTableLeave43InTheSlotOfAStrictHandle) {
   EXPECT_EQ(byte(), 0);
 }
 
-TEST_F(Flags, OfALaterVariantWithoutAPlaceAreDroppedInSilence) {
+TEST_F(Flags, of_a_later_variant_without_a_place_are_dropped_in_silence) {
   header().variant = 1;
   fwe_cl_wayfind_hop_chan_flags_set_value(handle, instance, flags, 5, 1, &err);
   EXPECT_EQ(ork_handle_last_error(handle), 0u);
@@ -338,7 +338,7 @@ TEST_F(Flags, OfALaterVariantWithoutAPlaceAreDroppedInSilence) {
   header().variant = 0;
 }
 
-TEST_F(Flags, AreSetAndClearedInBothStyles) {
+TEST_F(Flags, are_set_and_cleared_in_both_styles) {
   fwe_cl_wayfind_hop_chan_flags_set_value(handle, instance, flags, 3, 7, &err);
   EXPECT_EQ(byte(), 8);
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_set_cr(handle, flags, 0, 1), 0u);
@@ -356,7 +356,7 @@ TEST_F(Flags, AreSetAndClearedInBothStyles) {
   EXPECT_EQ(byte(), 1);
 }
 
-TEST_F(Flags, SetCopiesAll24BytesAndAnnouncesThemFirst) {
+TEST_F(Flags, set_copies_all_24_bytes_and_announces_them_first) {
   fixture::Handle h;
   auto* const source = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   auto* const target = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
@@ -371,7 +371,7 @@ TEST_F(Flags, SetCopiesAll24BytesAndAnnouncesThemFirst) {
   fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, target);
 }
 
-TEST_F(Flags, CompareByTheirBytesAndHaveFixedSizes) {
+TEST_F(Flags, compare_by_their_bytes_and_have_fixed_sizes) {
   auto* const other = fwe_cl_wayfind_hop_chan_flags_create(handle, instance);
   byte() = 0x1f;
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_compare(flags, other), 31);
@@ -392,7 +392,7 @@ TEST_F(Flags, CompareByTheirBytesAndHaveFixedSizes) {
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get(handle, instance, flags), flags);
 }
 
-TEST_F(Flags, AreLoweredToADomainWithoutThem) {
+TEST_F(Flags, are_lowered_to_a_domain_without_them) {
   handle.set_peer(release_list(9, "fwe_cl_wayfind_hop_chan_flags", -1).get());
   Bytes buffer(6);
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_marshal(handle, instance, buffer.data(), flags, 6, &err),

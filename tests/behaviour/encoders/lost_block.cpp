@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class LostBlock : public testing::TestWithParam<const char*> {
  protected:
@@ -38,7 +38,7 @@ class LostBlock : public testing::TestWithParam<const char*> {
   uint32_t err = 0;
 };
 
-TEST_P(LostBlock, GoesOutAsNoElements) {
+TEST_P(LostBlock, goes_out_as_no_elements) {
   const Object plain = lost(untracking);
   EXPECT_EQ(marshalled(untracking, calls(), plain.get()), hex("00 00 00000008 00000000"));
   EXPECT_EQ(calls().len(untracking, instance, plain.get()), 10u);
@@ -47,7 +47,7 @@ TEST_P(LostBlock, GoesOutAsNoElements) {
   EXPECT_EQ(calls().len(tracking, instance, tracked.get()), 11u) << "one state byte for the array";
 }
 
-TEST_P(LostBlock, ShowsItsCountAndNoElement) {
+TEST_P(LostBlock, shows_its_count_and_no_element) {
   for (const Handle* each : {&untracking, &tracking}) {
     const Object object = lost(*each);
     EXPECT_EQ(printed(*each, calls(), object.get()),
@@ -57,7 +57,7 @@ TEST_P(LostBlock, ShowsItsCountAndNoElement) {
   }
 }
 
-TEST_P(LostBlock, HashesAndComparesByItsCountAlone) {
+TEST_P(LostBlock, hashes_and_compares_by_its_count_alone) {
   const Object object = lost(untracking);
   const uint32_t count = 5;
   EXPECT_EQ(calls().hash(object.get(), 9), u_int32_hash(&count, u_int32_hash(&count, 9)))
@@ -70,7 +70,7 @@ TEST_P(LostBlock, HashesAndComparesByItsCountAlone) {
   }
 }
 
-TEST_P(LostBlock, IsMovedAsItIs) {
+TEST_P(LostBlock, is_moved_as_it_is) {
   for (const Handle* each : {&untracking, &tracking}) {
     const Object source = lost(*each);
     const Object target(*each, calls());

@@ -15,7 +15,7 @@
 #include "ork/platform.h"
 #include "tools/schema/wayfind_schema.h"
 
-namespace forms {
+namespace encoders {
 
 inline constexpr uint32_t instance = 7;
 
@@ -301,4 +301,4 @@ inline std::string short_name(const testing::TestParamInfo<unsigned>& info) {
   return wayfind_records[info.param].name;
 }
 
-}  // namespace forms
+}  // namespace encoders

@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 using Marshal = uint32_t(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
 using CrForm = uint32_t(ork_handle*, const void*, char*, uint32_t);
@@ -49,7 +49,7 @@ class SmallTypeForms : public testing::TestWithParam<unsigned> {
   char text[200] = "";
 };
 
-TEST_P(SmallTypeForms, AreMadeOfTheSameCallsWhateverTheVariant) {
+TEST_P(SmallTypeForms, are_made_of_the_same_calls_whatever_the_variant) {
   const std::string head = "e@" + type + ":";
   const std::string line = value + (small.flags ? " " : "\n");
   const std::string element = "<" + value + "/>";
@@ -89,7 +89,7 @@ TEST_P(SmallTypeForms, AreMadeOfTheSameCallsWhateverTheVariant) {
 }
 
 // The runtime prints on whatever error stands, and writes no element then.
-TEST_P(SmallTypeForms, AreMadeOfAllTheirCallsAfterAnErrorInTheFirst) {
+TEST_P(SmallTypeForms, are_made_of_all_their_calls_after_an_error_in_the_first) {
   const std::string head = "e@" + type + ":";
   {
     const auto failing = spy::fail(ork_print_space, 5);
@@ -112,7 +112,7 @@ TEST_P(SmallTypeForms, AreMadeOfAllTheirCallsAfterAnErrorInTheFirst) {
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST_P(SmallTypeForms, OnTheWireAreMadeOfAllTheirCallsAfterAnErrorInTheFirst) {
+TEST_P(SmallTypeForms, on_the_wire_are_made_of_all_their_calls_after_an_error_in_the_first) {
   spy::name(object, small.size, "obj");
   const auto failing = spy::fail(_ork_instance_variant_marshal, 5);
   const std::vector<std::string> behind =
@@ -128,7 +128,7 @@ TEST_P(SmallTypeForms, OnTheWireAreMadeOfAllTheirCallsAfterAnErrorInTheFirst) {
   EXPECT_EQ(std::string(text, sizeof text), std::string(sizeof text, '\0'));
 }
 
-TEST_P(SmallTypeForms, InCrStyleAreForTheHandlesInstanceAndSlotUnderTheTypesName) {
+TEST_P(SmallTypeForms, in_cr_style_are_for_the_handles_instance_and_slot_under_the_types_name) {
   const std::pair<const char*, std::string> forms[] = {
       {"_print_cr", type + "@" + type + ":" + value + (small.flags ? " \n" : "\n")},
       {"_toxml_cr", "<" + type + ">\n<" + value + "/></" + type + ">\n"}};
@@ -163,7 +163,7 @@ TEST_P(SmallTypeForms, InCrStyleAreForTheHandlesInstanceAndSlotUnderTheTypesName
   }
 }
 
-TEST_P(SmallTypeForms, AreNeitherWrittenNorReadOnceAnErrorStands) {
+TEST_P(SmallTypeForms, are_neither_written_nor_read_once_an_error_stands) {
   const Document document = parsed("<e><" + small.values[0] + "/></e>");
   const fixture::Snapshot before(object, small.size);
   std::strcpy(text, "untouched");
@@ -179,7 +179,7 @@ TEST_P(SmallTypeForms, AreNeitherWrittenNorReadOnceAnErrorStands) {
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST_P(SmallTypeForms, OnTheWireAreOfTheOneVariantUnlessTheyOrTheDomainHaveNone) {
+TEST_P(SmallTypeForms, on_the_wire_are_of_the_one_variant_unless_they_or_the_domain_have_none) {
   const struct {
     int8_t variant, known;
     uint8_t sent;
@@ -232,7 +232,7 @@ size_t probes_of(fixture::Handle& h, const std::string& type, void* object, size
 }
 
 // A slash and the names have 24, 23 and 22 characters, and a path of 255 is the longest that fits.
-TEST(EnumPath, ThatDoesNotFitIsAValueThatIsNotThere) {
+TEST(EnumPath, that_does_not_fit_is_a_value_that_is_not_there) {
   const struct {
     size_t length;
     uint32_t value;
@@ -250,7 +250,7 @@ TEST(EnumPath, ThatDoesNotFitIsAValueThatIsNotThere) {
 }
 
 // A slash and the names have 34, 37, 29, 30 and 30 characters.
-TEST(FlagPath, ThatDoesNotFitIsAFlagThatIsNotThere) {
+TEST(FlagPath, that_does_not_fit_is_a_flag_that_is_not_there) {
   const struct {
     size_t length;
     uint8_t bits;

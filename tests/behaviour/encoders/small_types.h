@@ -4,7 +4,7 @@
 #include "behaviour/encoders/records.h"
 #include "support/spy.h"
 
-namespace forms {
+namespace encoders {
 
 // The bytes of an enum object that tests look at.
 struct EnumObject {
@@ -92,4 +92,4 @@ inline std::vector<const wayfind_small_type*> all_enums() {
   });
 }
 
-}  // namespace forms
+}  // namespace encoders

@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class TextForm : public testing::Test {
  protected:
@@ -21,7 +21,7 @@ class TextForm : public testing::Test {
   uint32_t err = 0;
 };
 
-TEST_F(TextForm, OfMemSt) {
+TEST_F(TextForm, of_mem_st) {
   const Object object(handle, calls_of("fwe_cl_wayfind_mem_st"));
   fwe_cl_wayfind_mem_st_ppe_addr_set_value(
       handle, instance, static_cast<fwe_cl_wayfind_mem_st*>(object.get()), 5, &err);
@@ -38,7 +38,7 @@ TEST_F(TextForm, OfMemSt) {
   EXPECT_STREQ(text, expected);
 }
 
-TEST_F(TextForm, OfColorDataIndentsEachLevelByTwo) {
+TEST_F(TextForm, of_color_data_indents_each_level_by_two) {
   const Calls& calls = calls_of("fwe_cl_wayfind_color_data");
   const Object object(handle, calls);
   EXPECT_EQ(print(calls, object.get(), calls.name(), 0),
@@ -57,7 +57,7 @@ TEST_F(TextForm, OfColorDataIndentsEachLevelByTwo) {
             "}\n");
 }
 
-TEST_F(TextForm, OfAnArrayNamesEachElementByItsIndex) {
+TEST_F(TextForm, of_an_array_names_each_element_by_its_index) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object object(handle, calls);
   const uint32_t hops[] = {4, 9};
@@ -71,14 +71,14 @@ TEST_F(TextForm, OfAnArrayNamesEachElementByItsIndex) {
             "  }\n");
 }
 
-TEST_F(TextForm, OfAnEmptyArrayIsTheCountAlone) {
+TEST_F(TextForm, of_an_empty_array_is_the_count_alone) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object object(handle, calls);
   EXPECT_EQ(print(calls, object.get(), "path", 0),
             "path@fwe_cl_wayfind_sel_lb_path_st: {\n  num_hops: 0\n}\n");
 }
 
-TEST_F(TextForm, OfElementRecordsNamesThemByFieldAndIndex) {
+TEST_F(TextForm, of_element_records_names_them_by_field_and_index) {
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data_per_complex");
   const Object object = filled(handle, calls, 2);
   const std::string text = print(calls, object.get(), "x", 0);
@@ -87,7 +87,7 @@ TEST_F(TextForm, OfElementRecordsNamesThemByFieldAndIndex) {
             std::string::npos);
 }
 
-TEST_F(TextForm, OfANegativeVariantIsTheHeaderAlone) {
+TEST_F(TextForm, of_a_negative_variant_is_the_header_alone) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
   object.header().variant = -1;
@@ -95,7 +95,7 @@ TEST_F(TextForm, OfANegativeVariantIsTheHeaderAlone) {
   object.header().variant = 0;
 }
 
-TEST_F(TextForm, OfAnOlderVariantHasNoClosingLine) {
+TEST_F(TextForm, of_an_older_variant_has_no_closing_line) {
   const Calls& calls = calls_of("fwe_cl_wayfind_auto_tunnel");
   const Object object(handle, calls);
   object.header().variant = 0;
@@ -112,7 +112,7 @@ TEST_F(TextForm, OfAnOlderVariantHasNoClosingLine) {
   object.header().variant = 1;
 }
 
-TEST_F(TextForm, OfChanStClosesFromVariant3On) {
+TEST_F(TextForm, of_chan_st_closes_from_variant_3_on) {
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_st");
   const Object object(handle, calls);
   for (int8_t variant = 0; variant < 4; ++variant) {
@@ -122,7 +122,7 @@ TEST_F(TextForm, OfChanStClosesFromVariant3On) {
   }
 }
 
-TEST_F(TextForm, OfAnOlderRecordInsideLeavesItOpenAndGoesOn) {
+TEST_F(TextForm, of_an_older_record_inside_leaves_it_open_and_goes_on) {
   const Calls& calls = calls_of("fwe_cl_wayfind_hop_chan_data");
   const Object object(handle, calls);
   auto* const data = static_cast<fwe_cl_wayfind_hop_chan_data*>(object.get());
@@ -136,7 +136,7 @@ TEST_F(TextForm, OfAnOlderRecordInsideLeavesItOpenAndGoesOn) {
   EXPECT_TRUE(text.ends_with("  }\n}\n"));
 }
 
-TEST_F(TextForm, OfARecordInsideWithoutAVariantIsItsHeader) {
+TEST_F(TextForm, of_a_record_inside_without_a_variant_is_its_header) {
   const Calls& calls = calls_of("fwe_cl_wayfind_color_data");
   const Object object(handle, calls);
   auto* const data = static_cast<fwe_cl_wayfind_color_data*>(object.get());
@@ -151,7 +151,7 @@ TEST_F(TextForm, OfARecordInsideWithoutAVariantIsItsHeader) {
   inner.variant = 0;
 }
 
-TEST_F(TextForm, FollowsTheRecordsOwnVariantNotTheDomainOrTheNewestOfItsStorage) {
+TEST_F(TextForm, follows_the_records_own_variant_not_the_domain_or_the_newest_of_its_storage) {
   const Calls& calls = calls_of("fwe_cl_wayfind_auto_tunnel");
   const Object object = filled(handle, calls, 0);
   const std::string before = print(calls, object.get(), "t", 0);
@@ -164,7 +164,7 @@ TEST_F(TextForm, FollowsTheRecordsOwnVariantNotTheDomainOrTheNewestOfItsStorage)
   object.header().variant_cap = 1;
 }
 
-TEST_F(TextForm, OfEnumAndFlagFieldsIsALineEach) {
+TEST_F(TextForm, of_enum_and_flag_fields_is_a_line_each) {
   const Calls& probe = calls_of("fwe_cl_wayfind_hop_chan_probe_st");
   const Object object(handle, probe);
   EXPECT_TRUE(print(probe, object.get(), "p", 0)
@@ -179,7 +179,7 @@ TEST_F(TextForm, OfEnumAndFlagFieldsIsALineEach) {
                   .ends_with("\n  flags_show@fwe_cl_wayfind_hop_chan_flags:\n}\n"));
 }
 
-TEST_F(TextForm, AValueOutOfRangeHasNoNewlineAndTheNextFieldGoesOnBehindIt) {
+TEST_F(TextForm, a_value_out_of_range_has_no_newline_and_the_next_field_goes_on_behind_it) {
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_nb_st");
   const Object object(handle, calls);
   Bytes image = marshalled(handle, calls, object.get());
@@ -195,7 +195,7 @@ TEST_F(TextForm, AValueOutOfRangeHasNoNewlineAndTheNextFieldGoesOnBehindIt) {
             "}\n");
 }
 
-TEST_F(TextForm, InATooSmallBufferStopsGrowingAndReturns) {
+TEST_F(TextForm, in_a_too_small_buffer_stops_growing_and_returns) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
   char text[20] = "";
@@ -208,7 +208,7 @@ TEST_F(TextForm, InATooSmallBufferStopsGrowingAndReturns) {
             0xffffffffu);
 }
 
-TEST_F(TextForm, InCrStyleIsMinusOneOnAnyErrorAndWritesNothingWhenOneStands) {
+TEST_F(TextForm, in_cr_style_is_minus_one_on_any_error_and_writes_nothing_when_one_stands) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
   char text[300] = "untouched";
@@ -221,7 +221,7 @@ TEST_F(TextForm, InCrStyleIsMinusOneOnAnyErrorAndWritesNothingWhenOneStands) {
   EXPECT_EQ(handle->cr_error, 90u);
 }
 
-TEST_F(TextForm, IndentsTheClosingLineAtTheEndOfATextThatBeginsWithANul) {
+TEST_F(TextForm, indents_the_closing_line_at_the_end_of_a_text_that_begins_with_a_nul) {
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
   EXPECT_TRUE(print(calls, object.get(), "m", 4).ends_with("      exmem_addr: 0\n    }\n"));
@@ -229,7 +229,7 @@ TEST_F(TextForm, IndentsTheClosingLineAtTheEndOfATextThatBeginsWithANul) {
 
 // ---- A fixed text on its own ------------------------------------------------
 
-TEST_F(TextForm, AShortTextIsReadWithZerosUpToTheWidthOfItsField) {
+TEST_F(TextForm, a_short_text_is_read_with_zeros_up_to_the_width_of_its_field) {
   const Object object(handle, calls_of("fwe_cl_wayfind_hop_chan_data"));
   auto* const data = static_cast<fwe_cl_wayfind_hop_chan_data*>(object.get());
   fwe_cl_wayfind_hop_chan_data_dscp_str_set(handle, instance, data, "1234567", 7, &err);
@@ -270,7 +270,7 @@ class TextCalls : public testing::Test {
   char text[500] = "";
 };
 
-TEST_F(TextCalls, GiveOrkPrintSpaceTheStartOfTheTextBothTimes) {
+TEST_F(TextCalls, give_ork_print_space_the_start_of_the_text_both_times) {
   make("fwe_cl_wayfind_mem_st");
   spy::Log log;
   print("mem", 2);
@@ -286,7 +286,7 @@ TEST_F(TextCalls, GiveOrkPrintSpaceTheStartOfTheTextBothTimes) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST_F(TextCalls, GiveOrkPrintSpaceTheStartOfTheRecordInside) {
+TEST_F(TextCalls, give_ork_print_space_the_start_of_the_record_inside) {
   make("fwe_cl_wayfind_color_data");
   spy::Log log;
   print("c", 0);
@@ -299,7 +299,7 @@ TEST_F(TextCalls, GiveOrkPrintSpaceTheStartOfTheRecordInside) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST_F(TextCalls, AreAllMadeAfterAnErrorToo) {
+TEST_F(TextCalls, are_all_made_after_an_error_too) {
   make("fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(u_int32_print, 5);
   spy::Log log;
@@ -314,7 +314,7 @@ TEST_F(TextCalls, AreAllMadeAfterAnErrorToo) {
        "ork_print_space(7,text,0,471,err)"});
 }
 
-TEST_F(TextCalls, AreAllMadeAfterAnErrorInTheFirstToo) {
+TEST_F(TextCalls, are_all_made_after_an_error_in_the_first_too) {
   make("fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(ork_print_space, 5);
   spy::Log log;
@@ -329,7 +329,7 @@ TEST_F(TextCalls, AreAllMadeAfterAnErrorInTheFirstToo) {
                      "ork_print_space(7,text,3,471,err)", "ork_snprintf(7,text+32,468,err,'}\n')"});
 }
 
-TEST_F(TextCalls, OfARecordBehindAnErrorAreNotMade) {
+TEST_F(TextCalls, of_a_record_behind_an_error_are_not_made) {
   make("fwe_cl_wayfind_color_data");
   const auto failing = spy::fail(u_int32_print, 5);
   spy::Log log;

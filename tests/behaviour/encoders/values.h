@@ -7,7 +7,7 @@
 
 #include "behaviour/encoders/records.h"
 
-namespace forms {
+namespace encoders {
 
 // FNV-1a, 64 bits.
 inline uint64_t hash_of(const std::string& path) {
@@ -237,4 +237,4 @@ inline bool nests_arrays(const wayfind_record& record) {
   return false;
 }
 
-}  // namespace forms
+}  // namespace encoders

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class ArrayFields : public testing::TestWithParam<const char*> {
  protected:
@@ -28,7 +28,7 @@ class ArrayFields : public testing::TestWithParam<const char*> {
   uint32_t err = 0;
 };
 
-TEST_P(ArrayFields, AreGivenBackByAnEmptyImage) {
+TEST_P(ArrayFields, are_given_back_by_an_empty_image) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     for (const uint32_t reuse : {0U, 1U}) {
       const Handle handle(tracking);
@@ -42,7 +42,7 @@ TEST_P(ArrayFields, AreGivenBackByAnEmptyImage) {
   }
 }
 
-TEST_P(ArrayFields, KeepTheirStateWhenTheImageIsEmpty) {
+TEST_P(ArrayFields, keep_their_state_when_the_image_is_empty) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, calls(), 3);
   const ArrayEntry before = entry_of(object);
@@ -52,7 +52,7 @@ TEST_P(ArrayFields, KeepTheirStateWhenTheImageIsEmpty) {
   EXPECT_EQ(entry_of(object).elements, before.elements);
 }
 
-TEST_P(ArrayFields, KeepTheirBlockOnlyWithReuseAndTheSameCount) {
+TEST_P(ArrayFields, keep_their_block_only_with_reuse_and_the_same_count) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, calls(), 3);
   const Bytes same = image(ORK_TRACKING_OFF, 3);
@@ -69,7 +69,7 @@ TEST_P(ArrayFields, KeepTheirBlockOnlyWithReuseAndTheSameCount) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_P(ArrayFields, KeepTheBlockOfStatesOnlyWithReuseAndTheSameCount) {
+TEST_P(ArrayFields, keep_the_block_of_states_only_with_reuse_and_the_same_count) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, calls(), 3);
   const Bytes same = image(ORK_TRACKING_ON, 3);
@@ -82,7 +82,7 @@ TEST_P(ArrayFields, KeepTheBlockOfStatesOnlyWithReuseAndTheSameCount) {
   EXPECT_EQ(handle.memory().allocations, allocations + 2);
 }
 
-TEST_P(ArrayFields, TakeTheWholeByteAndThatOfEachElement) {
+TEST_P(ArrayFields, take_the_whole_byte_and_that_of_each_element) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object(handle, calls());
   const Bytes bytes = image(ORK_TRACKING_ON, 3);
@@ -93,7 +93,7 @@ TEST_P(ArrayFields, TakeTheWholeByteAndThatOfEachElement) {
             Bytes(bytes.end() - 3, bytes.end()));
 }
 
-TEST_P(ArrayFields, AreSteppedOverWithTheirStatesByAReaderWithoutTracking) {
+TEST_P(ArrayFields, are_stepped_over_with_their_states_by_a_reader_without_tracking) {
   const Bytes bytes = image(ORK_TRACKING_ON, 3);
   for (const ork_tracking reader : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
     const Handle handle(reader);
@@ -104,7 +104,7 @@ TEST_P(ArrayFields, AreSteppedOverWithTheirStatesByAReaderWithoutTracking) {
   }
 }
 
-TEST_P(ArrayFields, WithoutStatesOnTheWireStillGetABlockThatFitsTheNewCount) {
+TEST_P(ArrayFields, without_states_on_the_wire_still_get_a_block_that_fits_the_new_count) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, calls(), 1);
   const uint8_t whole = entry_of(object).whole;
@@ -121,7 +121,7 @@ TEST_P(ArrayFields, WithoutStatesOnTheWireStillGetABlockThatFitsTheNewCount) {
   EXPECT_EQ(entry_of(object).elements[2], 9);
 }
 
-TEST_P(ArrayFields, WithoutRoomForStatesOnTheWireOrInMemoryAre12) {
+TEST_P(ArrayFields, without_room_for_states_on_the_wire_or_in_memory_are_12) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object(handle, calls());
   ork_handle_fail_allocation(handle, 2);
@@ -130,7 +130,7 @@ TEST_P(ArrayFields, WithoutRoomForStatesOnTheWireOrInMemoryAre12) {
   EXPECT_EQ(ork_handle_last_error(handle), 12u);
 }
 
-TEST_P(ArrayFields, OfACountThatNoMemoryHoldsAre12) {
+TEST_P(ArrayFields, of_a_count_that_no_memory_holds_are_12) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     for (const uint32_t reuse : {0U, 1U}) {
       for (const char* count : {"7fffffff", "80000000", "ffffffff", "40000001"}) {
@@ -151,7 +151,7 @@ TEST_P(ArrayFields, OfACountThatNoMemoryHoldsAre12) {
   }
 }
 
-TEST_P(ArrayFields, AnnounceWhatTheyRewrite) {
+TEST_P(ArrayFields, announce_what_they_rewrite) {
   fixture::Handle handle;
   void* const object = calls().create(handle, instance);
   const Bytes two = image(ORK_TRACKING_OFF, 2);
@@ -236,7 +236,7 @@ Hops hops_of(ork_handle* handle, void* object) {
   return hops;
 }
 
-TEST(ArraysOfAPath, KeepTheirOwnCountsThroughEveryForm) {
+TEST(ArraysOfAPath, keep_their_own_counts_through_every_form) {
   constexpr Hops hops = {3, 0, 1, 5, 9};
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_st");
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
@@ -272,7 +272,7 @@ TEST(ArraysOfAPath, KeepTheirOwnCountsThroughEveryForm) {
 
 // ---- Arrays of records ------------------------------------------------------
 
-TEST(RecordArray, WhoseImageEndsEarlyHoldsTheElementsThatWereInitialised) {
+TEST(RecordArray, whose_image_ends_early_holds_the_elements_that_were_initialised) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle handle(tracking);
     const Calls& calls = calls_of("fwe_cl_wayfind_select_all_policies");
@@ -296,7 +296,7 @@ TEST(RecordArray, WhoseImageEndsEarlyHoldsTheElementsThatWereInitialised) {
   }
 }
 
-TEST(RecordArray, InsideAFailedMessageIsDestroyedWithItsParent) {
+TEST(RecordArray, inside_a_failed_message_is_destroyed_with_its_parent) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data");
   const Bytes image = marshalled(handle, calls, filled(handle, calls, 3).get());
@@ -313,7 +313,7 @@ TEST(RecordArray, InsideAFailedMessageIsDestroyedWithItsParent) {
   }
 }
 
-TEST(RecordArray, WithoutReuseLosesWhatOldElementsOwnedAndWithReuseGivesItBack) {
+TEST(RecordArray, without_reuse_loses_what_old_elements_owned_and_with_reuse_gives_it_back) {
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data");
   Handle handle(ORK_TRACKING_OFF);
   handle.leaks_allowed = true;
@@ -332,7 +332,7 @@ TEST(RecordArray, WithoutReuseLosesWhatOldElementsOwnedAndWithReuseGivesItBack) 
   EXPECT_EQ(err, 0u);
 }
 
-TEST(RecordArray, MakesNestedElementsWithTheirStatesBehindTheLastOne) {
+TEST(RecordArray, makes_nested_elements_with_their_states_behind_the_last_one) {
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   for (const ork_tracking writer : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle source(writer);
@@ -363,7 +363,7 @@ TEST(RecordArray, MakesNestedElementsWithTheirStatesBehindTheLastOne) {
 
 // ---- What is kept -----------------------------------------------------------
 
-TEST(ByteArray, WhoseImageEndsEarlyTakesWhatIsThereAndHoldsZerosBehindIt) {
+TEST(ByteArray, whose_image_ends_early_takes_what_is_there_and_holds_zeros_behind_it) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_src_intf_st");
   const Bytes image = hex("00 00 0000000d 00000005 0102030405");
@@ -383,7 +383,7 @@ TEST(ByteArray, WhoseImageEndsEarlyTakesWhatIsThereAndHoldsZerosBehindIt) {
   }
 }
 
-TEST(ElementStates, ThatAreKeptAreZeroWhereTheImageEndsEarly) {
+TEST(ElementStates, that_are_kept_are_zero_where_the_image_ends_early) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object object = filled(handle, calls, 3);

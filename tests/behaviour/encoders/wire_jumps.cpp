@@ -3,9 +3,9 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
-TEST(WireJumps, OutOfTheBufferReadNoMoreStates) {
+TEST(WireJumps, out_of_the_buffer_read_no_more_states) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_cl_wayfind_color_data");
   const Object object = filled(handle, calls, 0);
@@ -24,7 +24,7 @@ TEST(WireJumps, OutOfTheBufferReadNoMoreStates) {
 }
 
 // The jump of the record inside leads 258 bytes on from that record's begin.
-TEST(WireJumps, OutOfTheBufferCountTheByteOfEachFieldAndTakeNone) {
+TEST(WireJumps, out_of_the_buffer_count_the_byte_of_each_field_and_take_none) {
   struct Case {
     const char* record;
     ork_tracking writer;

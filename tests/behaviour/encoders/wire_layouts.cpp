@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 void set_mem(ork_handle* handle, fwe_cl_wayfind_mem_st* mem) {
   uint32_t err = 0;
@@ -14,7 +14,7 @@ void set_mem(ork_handle* handle, fwe_cl_wayfind_mem_st* mem) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(WireLayout, OfMemStWithoutTracking) {
+TEST(WireLayout, of_mem_st_without_tracking) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
@@ -24,7 +24,7 @@ TEST(WireLayout, OfMemStWithoutTracking) {
   EXPECT_EQ(calls.len(handle, instance, object.get()), 26u);
 }
 
-TEST(WireLayout, OfMemStWithTracking) {
+TEST(WireLayout, of_mem_st_with_tracking) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
@@ -64,26 +64,26 @@ class AutoTunnelLayout : public testing::Test {
   }
 };
 
-TEST_F(AutoTunnelLayout, OfVariant1WithoutTracking) {
+TEST_F(AutoTunnelLayout, of_variant_1_without_tracking) {
   EXPECT_EQ(image(ORK_TRACKING_OFF, 1),
             hex("01 00 00000050 00000001 00000002 00000003"
                 "6162630000000000000000000000000000000000000000000000000000000000"
                 "3031323334353637383961626364656630313233343536373839616263646566"));
 }
 
-TEST_F(AutoTunnelLayout, OfVariant1WithTracking) {
+TEST_F(AutoTunnelLayout, of_variant_1_with_tracking) {
   EXPECT_EQ(image(ORK_TRACKING_ON, 1),
             hex("01 08 00000055 00000001 02 00000002 02 00000003 02"
                 "6162630000000000000000000000000000000000000000000000000000000000 02"
                 "3031323334353637383961626364656630313233343536373839616263646566 02"));
 }
 
-TEST_F(AutoTunnelLayout, OfVariant0) {
+TEST_F(AutoTunnelLayout, of_variant_0) {
   EXPECT_EQ(image(ORK_TRACKING_OFF, 0), hex("00 00 00000010 00000001 00000002 00000003"));
   EXPECT_EQ(image(ORK_TRACKING_ON, 0), hex("00 08 00000013 00000001 02 00000002 02 00000003 02"));
 }
 
-TEST_F(AutoTunnelLayout, IsCountedWithOneStateByteForEachCharacter) {
+TEST_F(AutoTunnelLayout, is_counted_with_one_state_byte_for_each_character) {
   const Handle off(ORK_TRACKING_OFF);
   const Object plain(off, calls_of(name));
   EXPECT_EQ(calls_of(name).len(off, instance, plain.get()), 82u);
@@ -93,7 +93,7 @@ TEST_F(AutoTunnelLayout, IsCountedWithOneStateByteForEachCharacter) {
   EXPECT_EQ(marshalled(on, calls_of(name), tracked.get()).size(), 87u);
 }
 
-TEST_F(AutoTunnelLayout, IsReadByAReaderOfVariant0UpToItsOwnFieldsAndJumpsTheRest) {
+TEST_F(AutoTunnelLayout, is_read_by_a_reader_of_variant_0_up_to_its_own_fields_and_jumps_the_rest) {
   const Bytes newer = image(ORK_TRACKING_OFF, 1);
   const TypeList list = release_list(9, name, 0);
   const Handle handle(Handle::Options{.tracking = ORK_TRACKING_OFF, .release = list.get()});
@@ -107,7 +107,7 @@ TEST_F(AutoTunnelLayout, IsReadByAReaderOfVariant0UpToItsOwnFieldsAndJumpsTheRes
   EXPECT_EQ(marshalled(handle, calls_of(name), object.get()), image(ORK_TRACKING_OFF, 0));
 }
 
-TEST_F(AutoTunnelLayout, HasWhatStandsBehindTheTerminatorOfATextToo) {
+TEST_F(AutoTunnelLayout, has_what_stands_behind_the_terminator_of_a_text_too) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of(name);
   const Object object(handle, calls);
@@ -147,7 +147,7 @@ class PathLayout : public testing::Test {
   }
 };
 
-TEST_F(PathLayout, OfTwoHopsWithoutTracking) {
+TEST_F(PathLayout, of_two_hops_without_tracking) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = path(handle, {0x0a0b0c0d, 0x1a1b1c1d});
   EXPECT_EQ(marshalled(handle, calls_of(name), object.get()),
@@ -155,7 +155,7 @@ TEST_F(PathLayout, OfTwoHopsWithoutTracking) {
   EXPECT_EQ(calls_of(name).len(handle, instance, object.get()), 18u);
 }
 
-TEST_F(PathLayout, OfTwoHopsWithTracking) {
+TEST_F(PathLayout, of_two_hops_with_tracking) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = path(handle, {0x0a0b0c0d, 0x1a1b1c1d});
   uint32_t err = 0;
@@ -167,7 +167,7 @@ TEST_F(PathLayout, OfTwoHopsWithTracking) {
   EXPECT_EQ(calls_of(name).len(handle, instance, object.get()), 21u);
 }
 
-TEST_F(PathLayout, OfNoHopsHasNoStateByteInEitherModeThoughItsLengthCountsOne) {
+TEST_F(PathLayout, of_no_hops_has_no_state_byte_in_either_mode_though_its_length_counts_one) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle handle(tracking);
     const Object object = path(handle, {});
@@ -178,7 +178,7 @@ TEST_F(PathLayout, OfNoHopsHasNoStateByteInEitherModeThoughItsLengthCountsOne) {
   }
 }
 
-TEST(WireLayout, OfAnEmbeddedRecordIsItsWholeImageWithAJumpOfItsOwn) {
+TEST(WireLayout, of_an_embedded_record_is_its_whole_image_with_a_jump_of_its_own) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_cl_wayfind_select_policy");
   const Object object(handle, calls);
@@ -194,7 +194,7 @@ TEST(WireLayout, OfAnEmbeddedRecordIsItsWholeImageWithAJumpOfItsOwn) {
                 "0000000000000006 0000000000000007"));
 }
 
-TEST(WireLayout, TakesTheStateBytesOfARecordWithRecordsInItFromTheirPlacesInItsBlock) {
+TEST(WireLayout, takes_the_state_bytes_of_nested_records_from_their_places_in_the_parents_block) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_cl_wayfind_hop_chan_data");
   const Object object(handle, calls);
@@ -220,7 +220,7 @@ TEST(WireLayout, TakesTheStateBytesOfARecordWithRecordsInItFromTheirPlacesInItsB
   EXPECT_EQ(at, image.size());
 }
 
-TEST(WireLayout, HasRaDataBetweenFlagsAndJumpWhichTheLengthDoesNotCount) {
+TEST(WireLayout, has_ra_data_between_flags_and_jump_which_the_length_does_not_count) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_cl_wayfind_mem_st");
   const Object object(handle, calls);
@@ -230,7 +230,7 @@ TEST(WireLayout, HasRaDataBetweenFlagsAndJumpWhichTheLengthDoesNotCount) {
   EXPECT_EQ(calls.len(handle, instance, object.get()), 26u);
 }
 
-TEST(WireLayout, OfAnEnumIsVariantAndValue) {
+TEST(WireLayout, of_an_enum_is_variant_and_value) {
   const Handle handle(ORK_TRACKING_ON);
   uint32_t err = 0;
   fwe_cl_wayfind_chan_state_e* const state = fwe_cl_wayfind_chan_state_e_create(handle, instance);
@@ -243,7 +243,7 @@ TEST(WireLayout, OfAnEnumIsVariantAndValue) {
   fwe_cl_wayfind_chan_state_e_destroy(handle, instance, state);
 }
 
-TEST(WireLayout, OfTheFlagSetIsVariantJumpAndFlags) {
+TEST(WireLayout, of_the_flag_set_is_variant_jump_and_flags) {
   const Handle handle(ORK_TRACKING_ON);
   uint32_t err = 0;
   fwe_cl_wayfind_hop_chan_flags* const flags =

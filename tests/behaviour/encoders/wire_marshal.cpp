@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 const Calls& mem() { return calls_of("fwe_cl_wayfind_mem_st"); }
 const Calls& tunnel() { return calls_of("fwe_cl_wayfind_auto_tunnel"); }
@@ -19,7 +19,7 @@ uint32_t marshal(ork_handle* handle, const Calls& calls, Bytes& buffer, const vo
   return calls.marshal(handle, instance, buffer.data(), object, length, &err);
 }
 
-TEST(Marshal, IntoNoRoomOrANegativeOneIs90) {
+TEST(Marshal, into_no_room_or_a_negative_one_is_90) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   for (const int32_t length : {0, -1, INT32_MIN}) {
@@ -34,7 +34,7 @@ TEST(Marshal, IntoNoRoomOrANegativeOneIs90) {
   }
 }
 
-TEST(Marshal, ClearsTheLastErrorOnceItBegins) {
+TEST(Marshal, clears_the_last_error_once_it_begins) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   ork_store_err(handle, 5);
@@ -42,7 +42,7 @@ TEST(Marshal, ClearsTheLastErrorOnceItBegins) {
   EXPECT_EQ(ork_handle_last_error(handle), 0u);
 }
 
-TEST(Marshal, OfANegativeVariantIsTheBaseAloneWithAJumpOf4) {
+TEST(Marshal, of_a_negative_variant_is_the_base_alone_with_a_jump_of_4) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle handle(tracking);
     const Object object(handle, mem());
@@ -54,7 +54,7 @@ TEST(Marshal, OfANegativeVariantIsTheBaseAloneWithAJumpOf4) {
   }
 }
 
-TEST(Marshal, OfAnUntrackedRecordWhileTrackingWritesZeroStatesAndTheFlagAllTheSame) {
+TEST(Marshal, of_an_untracked_record_while_tracking_writes_zero_states_and_the_flag_all_the_same) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, mem(), 0);
   const Bytes plain = marshalled(handle, mem(), object.get());
@@ -69,7 +69,7 @@ TEST(Marshal, OfAnUntrackedRecordWhileTrackingWritesZeroStatesAndTheFlagAllTheSa
   EXPECT_EQ(image, expected);
 }
 
-TEST(Marshal, OfAnUntrackedArrayWhileTrackingWritesZeroStatesForTheArrayAndItsElements) {
+TEST(Marshal, of_an_untracked_array_while_tracking_writes_zero_states_for_it_and_its_elements) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, bytes_array(), 3);
   Bytes expected = marshalled(handle, bytes_array(), object.get());
@@ -82,7 +82,7 @@ TEST(Marshal, OfAnUntrackedArrayWhileTrackingWritesZeroStatesForTheArrayAndItsEl
   EXPECT_EQ(image, expected);
 }
 
-TEST(Marshal, OfATrackedArrayWhoseElementBytesAreMissingWritesZeroStates) {
+TEST(Marshal, of_a_tracked_array_whose_element_bytes_are_missing_writes_zero_states) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, bytes_array(), 3);
   uint8_t* const elements = std::exchange(entry_of(object).elements, nullptr);
@@ -97,7 +97,7 @@ TEST(Marshal, OfATrackedArrayWhoseElementBytesAreMissingWritesZeroStates) {
 
 // The elements of a path of three end at 22. The byte for the whole is stored there even when the
 // buffer ends there, and not counted then.
-TEST(Marshal, OfAnArrayWhoseStatesDoNotAllFitWritesThoseThatDo) {
+TEST(Marshal, of_an_array_whose_states_do_not_all_fit_writes_those_that_do) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object untracked = filled(handle, path, 3);
@@ -123,7 +123,7 @@ TEST(Marshal, OfAnArrayWhoseStatesDoNotAllFitWritesThoseThatDo) {
 
 // The layout of variant 0 has 20 state bytes behind its body; a runtime that upgrades the object in
 // place has given it two more, for the fields of variant 1.
-TEST(Marshal, OfAVariantAboveTheLayoutOfTheStorageWritesTheStatesOfTheLaterFieldsToo) {
+TEST(Marshal, of_a_variant_above_the_storages_layout_writes_the_states_of_the_later_fields_too) {
   const Handle handle(ORK_TRACKING_ON);
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_st");
   const Object fresh(handle, calls);
@@ -140,7 +140,7 @@ TEST(Marshal, OfAVariantAboveTheLayoutOfTheStorageWritesTheStatesOfTheLaterField
       << "the last state of variant 0, then two bytes with their states";
 }
 
-TEST(Marshal, WhileNotTrackingLeavesATrackedRecordsStatesOut) {
+TEST(Marshal, while_not_tracking_leaves_a_tracked_records_states_out) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, mem(), 0);
   ork_handle_set_tracking(handle, ORK_TRACKING_OFF);
@@ -150,7 +150,7 @@ TEST(Marshal, WhileNotTrackingLeavesATrackedRecordsStatesOut) {
   EXPECT_EQ(image[1], 0);
 }
 
-TEST(Marshal, PutsTheLastStateByteBehindAFullBufferWithoutCountingIt) {
+TEST(Marshal, puts_the_last_state_byte_behind_a_full_buffer_without_counting_it) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, mem(), 0);
   const Bytes image = marshalled(handle, mem(), object.get());
@@ -163,7 +163,7 @@ TEST(Marshal, PutsTheLastStateByteBehindAFullBufferWithoutCountingIt) {
   EXPECT_EQ(buffer[5], 26) << "the jump does not count it either";
 }
 
-TEST(Marshal, WithAShortFieldGoesOnAndCountsTheStateBytesThatFollow) {
+TEST(Marshal, with_a_short_field_goes_on_and_counts_the_state_bytes_that_follow) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, mem(), 0);
   Bytes buffer(20, 0xa5);
@@ -179,7 +179,7 @@ TEST(Marshal, WithAShortFieldGoesOnAndCountsTheStateBytesThatFollow) {
   EXPECT_EQ(Bytes(buffer.begin() + 13, buffer.end()), Bytes(7, 0xa5));
 }
 
-TEST(Marshal, OfAnArrayOfBytesThatDoesNotFitCopiesWhatDoes) {
+TEST(Marshal, of_an_array_of_bytes_that_does_not_fit_copies_what_does) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, bytes_array(), 5);
   const Bytes image = marshalled(handle, bytes_array(), object.get());
@@ -196,7 +196,7 @@ TEST(Marshal, OfAnArrayOfBytesThatDoesNotFitCopiesWhatDoes) {
   }
 }
 
-TEST(Marshal, OfAnArrayOfBytesWhoseCountDoesNotFitCopiesElementsInItsPlace) {
+TEST(Marshal, of_an_array_of_bytes_whose_count_does_not_fit_copies_elements_in_its_place) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, bytes_array(), 5);
   const auto* const block = static_cast<const uint8_t*>(array_of(object).block);
@@ -214,7 +214,7 @@ TEST(Marshal, OfAnArrayOfBytesWhoseCountDoesNotFitCopiesElementsInItsPlace) {
 }
 
 // A record inside that is not lowered forgets the error of one that was.
-TEST(Marshal, ForgetsALoweringOnceARecordInsideBegins) {
+TEST(Marshal, forgets_a_lowering_once_a_record_inside_begins) {
   for (const char* name :
        {"fwe_cl_wayfind_channel_data", "fwe_cl_wayfind_select_tc_lb_channels_st"}) {
     const Handle handle(ORK_TRACKING_OFF);
@@ -226,7 +226,7 @@ TEST(Marshal, ForgetsALoweringOnceARecordInsideBegins) {
   }
 }
 
-TEST(Marshal, LowersARecordToWhatTheDomainTakes) {
+TEST(Marshal, lowers_a_record_to_what_the_domain_takes) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, tunnel(), 0);
   const Bytes whole = marshalled(handle, tunnel(), object.get());
@@ -242,7 +242,7 @@ TEST(Marshal, LowersARecordToWhatTheDomainTakes) {
       << "and the length follows the object";
 }
 
-TEST(Marshal, LoweredUnderAStrictHandleWritesNothing) {
+TEST(Marshal, lowered_under_a_strict_handle_writes_nothing) {
   const Handle handle(Handle::Options{.strict_epoch = 1});
   const Object object = filled(handle, tunnel(), 0);
   handle.set_peer(release_list(9, tunnel().name(), 0).get());
@@ -253,7 +253,7 @@ TEST(Marshal, LoweredUnderAStrictHandleWritesNothing) {
   EXPECT_EQ(buffer, Bytes(100, 0xa5));
 }
 
-TEST(Marshal, OfATypeThatTheDomainLacksIsTheBaseAlone) {
+TEST(Marshal, of_a_type_that_the_domain_lacks_is_the_base_alone) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, mem(), 0);
   handle.set_peer(release_list(9, mem().name(), -1).get());
@@ -261,7 +261,7 @@ TEST(Marshal, OfATypeThatTheDomainLacksIsTheBaseAlone) {
   EXPECT_EQ(ork_handle_last_error(handle), 43u);
 }
 
-TEST(Marshal, ForCloneDoesNotLowerTheRecordButWhatIsInIt) {
+TEST(Marshal, for_clone_does_not_lower_the_record_but_what_is_in_it) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_cl_wayfind_hop_chan_data");
   const Object object = filled(handle, calls, 0);
@@ -279,7 +279,7 @@ TEST(Marshal, ForCloneDoesNotLowerTheRecordButWhatIsInIt) {
       << "serv";
 }
 
-TEST(Marshal, CapsAVariantAboveTheNewestInBothForms) {
+TEST(Marshal, caps_a_variant_above_the_newest_in_both_forms) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, mem(), 0);
   const Bytes plain = marshalled(handle, mem(), object.get());
@@ -293,7 +293,7 @@ TEST(Marshal, CapsAVariantAboveTheNewestInBothForms) {
   object.header().variant = 0;
 }
 
-TEST(Marshal, LetsOnlyTwoFlagsTravel) {
+TEST(Marshal, lets_only_two_flags_travel) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   object.header().obj_flags = OBJ_OID_MAPPED | OBJ_EMBEDDED | OBJ_NESTED | 0x10;
@@ -301,7 +301,7 @@ TEST(Marshal, LetsOnlyTwoFlagsTravel) {
   object.header().obj_flags = 0;
 }
 
-TEST(Marshal, ReadsTheStateBlockAtItsToldDistance) {
+TEST(Marshal, reads_the_state_block_at_its_told_distance) {
   const Handle handle(ORK_TRACKING_ON);
   const Object parent = filled(handle, calls_of("fwe_cl_wayfind_color_data"), 0);
   uint32_t err = 0;
@@ -314,7 +314,7 @@ TEST(Marshal, ReadsTheStateBlockAtItsToldDistance) {
 
 // ---- Lengths ----------------------------------------------------------------
 
-TEST(Length, OfANullRecordIsThatOfAnEmptyOneOfVariant0WithoutTextsAndStates) {
+TEST(Length, of_a_null_record_is_that_of_an_empty_one_of_variant_0_without_texts_and_states) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle handle(tracking);
     EXPECT_EQ(mem().len(handle, instance, nullptr), 26u);
@@ -326,7 +326,7 @@ TEST(Length, OfANullRecordIsThatOfAnEmptyOneOfVariant0WithoutTextsAndStates) {
   }
 }
 
-TEST(Length, FollowsTheRecordsOwnVariantWithoutCapAndDomain) {
+TEST(Length, follows_the_records_own_variant_without_cap_and_domain) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, tunnel());
   object.header().variant = 0;
@@ -340,7 +340,7 @@ TEST(Length, FollowsTheRecordsOwnVariantWithoutCapAndDomain) {
   EXPECT_EQ(tunnel().len(handle, instance, object.get()), 82u);
 }
 
-TEST(Length, WithTrackingCountsOneForEachElementAndOneForTheArray) {
+TEST(Length, with_tracking_counts_one_for_each_element_and_one_for_the_array) {
   const Handle handle(ORK_TRACKING_ON);
   for (const uint32_t elements : {0U, 1U, 5U}) {
     const Object object = filled(handle, bytes_array(), elements);
@@ -348,7 +348,7 @@ TEST(Length, WithTrackingCountsOneForEachElementAndOneForTheArray) {
   }
 }
 
-TEST(Length, WithTrackingCountsTheStatesOfTheVariantsThatTheRecordHas) {
+TEST(Length, with_tracking_counts_the_states_of_the_variants_that_the_record_has) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object(handle, tunnel());
   for (const auto& [variant, length] : {std::pair{-1, 6u}, {0, 18u + 3}, {1, 82u + 3 + 2 * 33}}) {
@@ -357,7 +357,7 @@ TEST(Length, WithTrackingCountsTheStatesOfTheVariantsThatTheRecordHas) {
   }
 }
 
-TEST(Length, OfElementsWithArraysOfTheirOwnIsSummedOneByOne) {
+TEST(Length, of_elements_with_arrays_of_their_own_is_summed_one_by_one) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data");
   const Object object = filled(handle, calls, 3);
@@ -370,7 +370,7 @@ TEST(Length, OfElementsWithArraysOfTheirOwnIsSummedOneByOne) {
   EXPECT_EQ(calls.len(handle, instance, object.get()), before - 3 * setting);
 }
 
-TEST(Length, InCrStyleIs0WhileAnErrorIsPending) {
+TEST(Length, in_cr_style_is_0_while_an_error_is_pending) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   EXPECT_EQ(mem().len_cr(handle, object.get()), 26u);

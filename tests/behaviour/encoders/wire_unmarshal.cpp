@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 const Calls& mem() { return calls_of("fwe_cl_wayfind_mem_st"); }
 const Calls& tunnel() { return calls_of("fwe_cl_wayfind_auto_tunnel"); }
@@ -31,7 +31,7 @@ Bytes states_of(const Object& object) {
   return {states, states + 3};
 }
 
-TEST(Unmarshal, FromNoBytesOrANegativeCountIs90) {
+TEST(Unmarshal, from_no_bytes_or_a_negative_count_is_90) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   for (const int32_t length : {0, -1, INT32_MIN}) {
@@ -42,7 +42,7 @@ TEST(Unmarshal, FromNoBytesOrANegativeCountIs90) {
   }
 }
 
-TEST(Unmarshal, OfANegativeVariantReadsNoField) {
+TEST(Unmarshal, of_a_negative_variant_reads_no_field) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, mem(), 0);
   const uint32_t before = mem().hash(object.get(), 0);
@@ -54,7 +54,7 @@ TEST(Unmarshal, OfANegativeVariantReadsNoField) {
   object.header().variant = 0;
 }
 
-TEST(Unmarshal, OfATrackedImageByAReaderWithoutTrackingStepsOverEachStateByte) {
+TEST(Unmarshal, of_a_tracked_image_by_a_reader_without_tracking_steps_over_each_state_byte) {
   for (const ork_tracking reader : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
     const Handle handle(reader);
     const Object object(handle, mem());
@@ -66,7 +66,7 @@ TEST(Unmarshal, OfATrackedImageByAReaderWithoutTrackingStepsOverEachStateByte) {
   }
 }
 
-TEST(Unmarshal, OfAnUntrackedImageByATrackingReaderKeepsTheStates) {
+TEST(Unmarshal, of_an_untracked_image_by_a_tracking_reader_keeps_the_states) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, mem(), 0);
   const Bytes before = states_of(object);
@@ -78,7 +78,7 @@ TEST(Unmarshal, OfAnUntrackedImageByATrackingReaderKeepsTheStates) {
   EXPECT_EQ(fwe_num(handle, object.get()), 0x01020304u);
 }
 
-TEST(Unmarshal, OfATrackedImageByATrackingReaderCopiesTheStates) {
+TEST(Unmarshal, of_a_tracked_image_by_a_tracking_reader_copies_the_states) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, mem(), 0);
   uint32_t err = 0;
@@ -86,7 +86,7 @@ TEST(Unmarshal, OfATrackedImageByATrackingReaderCopiesTheStates) {
   EXPECT_EQ(states_of(object), hex("a1 a2 a3"));
 }
 
-TEST(Unmarshal, KeepsTheStateWhoseByteIsMissingAtTheEndAndTakesTheJump) {
+TEST(Unmarshal, keeps_the_state_whose_byte_is_missing_at_the_end_and_takes_the_jump) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, mem(), 0);
   const Bytes before = states_of(object);
@@ -96,7 +96,7 @@ TEST(Unmarshal, KeepsTheStateWhoseByteIsMissingAtTheEndAndTakesTheJump) {
   EXPECT_EQ(states_of(object), (Bytes{0xa1, 0xa2, before[2]}));
 }
 
-TEST(Unmarshal, NeitherTakesNorCountsAStateByteThatIsMissingAtTheEnd) {
+TEST(Unmarshal, neither_takes_nor_counts_a_state_byte_that_is_missing_at_the_end) {
   struct Case {
     const char* record;
     const char* image;  // without a jump
@@ -125,7 +125,7 @@ TEST(Unmarshal, NeitherTakesNorCountsAStateByteThatIsMissingAtTheEnd) {
   }
 }
 
-TEST(Unmarshal, StaysWhereTheFieldsEndedWhenTheJumpLeadsLessFar) {
+TEST(Unmarshal, stays_where_the_fields_ended_when_the_jump_leads_less_far) {
   const Handle handle(ORK_TRACKING_OFF);
   for (const int jump : {0, 1, 4, 23, 24}) {
     const Object object(handle, mem());
@@ -138,7 +138,7 @@ TEST(Unmarshal, StaysWhereTheFieldsEndedWhenTheJumpLeadsLessFar) {
   }
 }
 
-TEST(Unmarshal, NeverMovesBackOnANegativeJump) {
+TEST(Unmarshal, never_moves_back_on_a_negative_jump) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   for (const char* jump : {"ffffffff", "80000000"}) {
@@ -151,7 +151,7 @@ TEST(Unmarshal, NeverMovesBackOnANegativeJump) {
   }
 }
 
-TEST(Unmarshal, TracesAndFollowsAJumpThatLeadsFurther) {
+TEST(Unmarshal, traces_and_follows_a_jump_that_leads_further) {
   fixture::Handle handle;
   void* const object = mem().create(handle, instance);
   Bytes image = plain_mem;
@@ -164,7 +164,7 @@ TEST(Unmarshal, TracesAndFollowsAJumpThatLeadsFurther) {
   mem().destroy(handle, instance, object);
 }
 
-TEST(Unmarshal, DropsRaDataAndKeepsItsFlag) {
+TEST(Unmarshal, drops_ra_data_and_keeps_its_flag) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   uint32_t err = 0;
@@ -176,7 +176,7 @@ TEST(Unmarshal, DropsRaDataAndKeepsItsFlag) {
   EXPECT_EQ(fwe_num(handle, object.get()), 0x01020304u);
 }
 
-TEST(Unmarshal, CountsTheJumpFromBehindTheRaData) {
+TEST(Unmarshal, counts_the_jump_from_behind_the_ra_data) {
   fixture::Handle handle;
   void* const object = mem().create(handle, instance);
   {
@@ -191,7 +191,7 @@ TEST(Unmarshal, CountsTheJumpFromBehindTheRaData) {
   mem().destroy(handle, instance, object);
 }
 
-TEST(Unmarshal, RecordsWithARaDataFlagFromTheWireAreDestroyedWithoutAnError) {
+TEST(Unmarshal, records_with_a_ra_data_flag_from_the_wire_are_destroyed_without_an_error) {
   const Handle handle(ORK_TRACKING_ON);
   {
     const Object object(handle, mem());
@@ -206,7 +206,7 @@ TEST(Unmarshal, RecordsWithARaDataFlagFromTheWireAreDestroyedWithoutAnError) {
   EXPECT_EQ(ork_handle_last_error(handle), 0u);
 }
 
-TEST(Unmarshal, LetsNoFlagFromTheWireThroughThatFreesOrRedirectsMemory) {
+TEST(Unmarshal, lets_no_flag_from_the_wire_through_that_frees_or_redirects_memory) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle handle(tracking);
     for (const int flags : {0x01, 0x02, 0x04, 0x10, 0x40, 0x80, 0xd7}) {
@@ -221,7 +221,7 @@ TEST(Unmarshal, LetsNoFlagFromTheWireThroughThatFreesOrRedirectsMemory) {
   }
 }
 
-TEST(Unmarshal, LowersTheVariantToTheLayoutAndKeepsTheLaterFields) {
+TEST(Unmarshal, lowers_the_variant_to_the_layout_and_keeps_the_later_fields) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object source = filled(handle, tunnel(), 0);
   const Bytes image = marshalled(handle, tunnel(), source.get());
@@ -239,7 +239,7 @@ TEST(Unmarshal, LowersTheVariantToTheLayoutAndKeepsTheLaterFields) {
   target.header().variant_cap = 1;
 }
 
-TEST(Unmarshal, ComparesVariantAndLayoutAsSignedBytes) {
+TEST(Unmarshal, compares_variant_and_layout_as_signed_bytes) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   Bytes image = plain_mem;
@@ -253,7 +253,7 @@ TEST(Unmarshal, ComparesVariantAndLayoutAsSignedBytes) {
   object.header().variant = 0;
 }
 
-TEST(Unmarshal, OfAnOlderImageLeavesLaterFieldsAndEndsAtItsVariant) {
+TEST(Unmarshal, of_an_older_image_leaves_later_fields_and_ends_at_its_variant) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object target = filled(handle, tunnel(), 0);
   const Bytes texts(static_cast<uint8_t*>(target.get()) + 24,
@@ -268,7 +268,7 @@ TEST(Unmarshal, OfAnOlderImageLeavesLaterFieldsAndEndsAtItsVariant) {
       texts);
 }
 
-TEST(Unmarshal, StepsOverTheTailOfANewerRecordInsideWithoutTheParentSeeingIt) {
+TEST(Unmarshal, steps_over_the_tail_of_a_newer_record_inside_without_the_parent_seeing_it) {
   const Handle handle(ORK_TRACKING_OFF);
   const Calls& calls = calls_of("fwe_cl_wayfind_select_policy");
   const Object object(handle, calls);
@@ -288,7 +288,7 @@ TEST(Unmarshal, StepsOverTheTailOfANewerRecordInsideWithoutTheParentSeeingIt) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST(Unmarshal, ReadsPastWhatTheJumpSaidWithoutAnError) {
+TEST(Unmarshal, reads_past_what_the_jump_said_without_an_error) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, tunnel());
   Bytes image = marshalled(handle, tunnel(), filled(handle, tunnel(), 0).get());
@@ -299,7 +299,7 @@ TEST(Unmarshal, ReadsPastWhatTheJumpSaidWithoutAnError) {
   EXPECT_EQ(tunnel().compare(object.get(), filled(handle, tunnel(), 0).get()), 0);
 }
 
-TEST(Unmarshal, AfterAShortFieldKeepsWhatWasReadAndGoesOnToTheEnd) {
+TEST(Unmarshal, after_a_short_field_keeps_what_was_read_and_goes_on_to_the_end) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   uint32_t err = 0;
@@ -314,7 +314,7 @@ TEST(Unmarshal, AfterAShortFieldKeepsWhatWasReadAndGoesOnToTheEnd) {
             0u);
 }
 
-TEST(Unmarshal, AfterAShortFieldStillWritesTheHeader) {
+TEST(Unmarshal, after_a_short_field_still_writes_the_header) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   object.header().variant = -1;
@@ -328,7 +328,7 @@ TEST(Unmarshal, AfterAShortFieldStillWritesTheHeader) {
   EXPECT_EQ(fixture::load<const void*>(object.header().type_info_slot), mem().schema->type);
 }
 
-TEST(Unmarshal, WithoutMemoryForAnArrayEndsAtOnceWithTheHeaderAsItWas) {
+TEST(Unmarshal, without_memory_for_an_array_ends_at_once_with_the_header_as_it_was) {
   fixture::Handle handle;
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   void* const object = path.create(handle, instance);
@@ -347,7 +347,7 @@ TEST(Unmarshal, WithoutMemoryForAnArrayEndsAtOnceWithTheHeaderAsItWas) {
   path.destroy(handle, instance, object);
 }
 
-TEST(Unmarshal, PointsTheRecordAtTheSharedDescriptorInSharedStorage) {
+TEST(Unmarshal, points_the_record_at_the_shared_descriptor_in_shared_storage) {
   for (const bool shared : {false, true}) {
     fixture::Handle handle(fixture::Mode{.shared = shared});
     void* const object = mem().create(handle, instance);
@@ -365,7 +365,7 @@ TEST(Unmarshal, PointsTheRecordAtTheSharedDescriptorInSharedStorage) {
 
 class TrackingMismatchDeathTest : public testing::Test {};
 
-TEST_F(TrackingMismatchDeathTest, EndsTheProcess) {
+TEST_F(TrackingMismatchDeathTest, ends_the_process) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, mem());
   ork_handle_set_tracking(handle, ORK_TRACKING_ON);
@@ -375,7 +375,7 @@ TEST_F(TrackingMismatchDeathTest, EndsTheProcess) {
   ork_handle_set_tracking(handle, ORK_TRACKING_OFF);
 }
 
-TEST(Unmarshal, OfATrackedRecordByAHandleWithoutTrackingKeepsItTracked) {
+TEST(Unmarshal, of_a_tracked_record_by_a_handle_without_tracking_keeps_it_tracked) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object(handle, mem());
   ork_handle_set_tracking(handle, ORK_TRACKING_OFF);

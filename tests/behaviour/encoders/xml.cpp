@@ -5,9 +5,9 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
-TEST_F(XmlForm, OfMemSt) {
+TEST_F(XmlForm, of_mem_st) {
   const Object object(handle, mem);
   fwe_cl_wayfind_mem_st_fwe_num_set_value(
       handle, instance, static_cast<fwe_cl_wayfind_mem_st*>(object.get()), 12, &err);
@@ -17,7 +17,7 @@ TEST_F(XmlForm, OfMemSt) {
   EXPECT_EQ(as_xml(handle, mem, object.get()), expected);
 }
 
-TEST_F(XmlForm, CarriesEachStateAndThatOfTheRecordItself) {
+TEST_F(XmlForm, carries_each_state_and_that_of_the_record_itself) {
   const Handle tracking(ORK_TRACKING_ON);
   const Object object(tracking, mem);
   auto* const record = static_cast<fwe_cl_wayfind_mem_st*>(object.get());
@@ -30,7 +30,7 @@ TEST_F(XmlForm, CarriesEachStateAndThatOfTheRecordItself) {
                "<exmem_addr state=\"7\">0</exmem_addr>\n</mem>\n");
 }
 
-TEST_F(XmlForm, OfATrackedRecordWithoutTrackingHasNoStatesButTheCallers) {
+TEST_F(XmlForm, of_a_tracked_record_without_tracking_has_no_states_but_the_callers) {
   const Handle tracking(ORK_TRACKING_ON);
   const Object object = filled(tracking, mem, 0);
   ork_handle_set_tracking(tracking, ORK_TRACKING_OFF);
@@ -41,7 +41,7 @@ TEST_F(XmlForm, OfATrackedRecordWithoutTrackingHasNoStatesButTheCallers) {
   EXPECT_EQ(std::string(text).find("state", 12), std::string::npos);
 }
 
-TEST_F(XmlForm, OfAnUntrackedRecordWhileTrackingWritesTheFieldWhoseStateFailedAndNoOther) {
+TEST_F(XmlForm, of_an_untracked_record_while_tracking_writes_only_the_field_whose_state_failed) {
   // Enums have a state as well, though they do not write it.
   for (const char* record : {"fwe_cl_wayfind_mem_st", "fwe_cl_wayfind_hop_chan_probe_st",
                              "fwe_cl_wayfind_global_show_type_data"}) {
@@ -59,7 +59,7 @@ TEST_F(XmlForm, OfAnUntrackedRecordWhileTrackingWritesTheFieldWhoseStateFailedAn
   }
 }
 
-TEST_F(XmlForm, OfANegativeVariantIsTwoTags) {
+TEST_F(XmlForm, of_a_negative_variant_is_two_tags) {
   const Object object(handle, mem);
   object.header().variant = -1;
   EXPECT_EQ(as_xml(handle, mem, object.get()),
@@ -67,7 +67,7 @@ TEST_F(XmlForm, OfANegativeVariantIsTwoTags) {
   object.header().variant = 0;
 }
 
-TEST_F(XmlForm, OfAnOlderVariantLacksLaterFieldsAndIsClosed) {
+TEST_F(XmlForm, of_an_older_variant_lacks_later_fields_and_is_closed) {
   const Object object = filled(handle, tunnel, 0);
   object.header().variant = 0;
   const std::string text = as_xml(handle, tunnel, object.get());
@@ -76,7 +76,7 @@ TEST_F(XmlForm, OfAnOlderVariantLacksLaterFieldsAndIsClosed) {
   object.header().variant = 1;
 }
 
-TEST_F(XmlForm, FollowsTheRecordsOwnVariantNotTheNewestOfItsStorage) {
+TEST_F(XmlForm, follows_the_records_own_variant_not_the_newest_of_its_storage) {
   const Object object = filled(handle, tunnel, 0);
   const std::string before = as_xml(handle, tunnel, object.get());
   for (const char* element : {"<create_ts_msec>", "<update_ts_msec>"}) {
@@ -87,7 +87,7 @@ TEST_F(XmlForm, FollowsTheRecordsOwnVariantNotTheNewestOfItsStorage) {
   object.header().variant_cap = 1;
 }
 
-TEST_F(XmlForm, OfARecordInsideWithoutAVariantIsTwoTagsAndIsReadAllTheSame) {
+TEST_F(XmlForm, of_a_record_inside_without_a_variant_is_two_tags_and_is_read_all_the_same) {
   const Calls& calls = calls_of("fwe_cl_wayfind_color_data");
   const Object object(handle, calls);
   auto* const data = static_cast<fwe_cl_wayfind_color_data*>(object.get());
@@ -103,7 +103,7 @@ TEST_F(XmlForm, OfARecordInsideWithoutAVariantIsTwoTagsAndIsReadAllTheSame) {
   EXPECT_EQ(fwe_cl_wayfind_color_st_tag_get_value(handle, instance, color, &err), 5u);
 }
 
-TEST_F(XmlForm, InATooSmallBufferIsStillClosedWhereThatFits) {
+TEST_F(XmlForm, in_a_too_small_buffer_is_still_closed_where_that_fits) {
   const Object object(handle, mem);
   char text[60] = "";
   // Room for the opening tag, the first field and the closing tag, but for no other field.
@@ -113,7 +113,7 @@ TEST_F(XmlForm, InATooSmallBufferIsStillClosedWhereThatFits) {
   EXPECT_EQ(length, std::strlen(text));
 }
 
-TEST_F(XmlForm, InCrStyleIsMinusOneOnAnError) {
+TEST_F(XmlForm, in_cr_style_is_minus_one_on_an_error) {
   const Object object(handle, mem);
   char text[300] = "";
   EXPECT_EQ(mem.toxml_cr(handle, object.get(), text, 20), 0xffffffffu);
@@ -122,7 +122,7 @@ TEST_F(XmlForm, InCrStyleIsMinusOneOnAnError) {
 
 // ---- Reading ----------------------------------------------------------------
 
-TEST_F(XmlForm, LeavesFieldsThatTheDocumentLacks) {
+TEST_F(XmlForm, leaves_fields_that_the_document_lacks) {
   const Object object = filled(handle, mem, 0);
   auto* const record = static_cast<fwe_cl_wayfind_mem_st*>(object.get());
   const uint64_t ppe = fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err);
@@ -132,7 +132,7 @@ TEST_F(XmlForm, LeavesFieldsThatTheDocumentLacks) {
   EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err), ppe);
 }
 
-TEST_F(XmlForm, WithoutTheElementIs2AndTouchesNothing) {
+TEST_F(XmlForm, without_the_element_is_2_and_touches_nothing) {
   const Object object = filled(handle, mem, 0);
   const uint32_t before = mem.hash(object.get(), 0);
   read(mem, "<other><fwe_num>77</fwe_num></other>", object);
@@ -142,14 +142,14 @@ TEST_F(XmlForm, WithoutTheElementIs2AndTouchesNothing) {
   EXPECT_EQ(mem.hash(object.get(), 0), before);
 }
 
-TEST_F(XmlForm, WithAPathThatIsNoneIs2) {
+TEST_F(XmlForm, with_a_path_that_is_none_is_2) {
   const Object object(handle, mem);
   read(mem, "<a/>", object, "///[");
   EXPECT_EQ(err, 2u);
   EXPECT_EQ(ork_handle_last_error(handle), 2u);
 }
 
-TEST_F(XmlForm, StoresFieldsOfLaterVariantsAndLeavesTheVariant) {
+TEST_F(XmlForm, stores_fields_of_later_variants_and_leaves_the_variant) {
   const Object object(handle, tunnel);
   object.header().variant = 0;
   read(tunnel,
@@ -162,7 +162,7 @@ TEST_F(XmlForm, StoresFieldsOfLaterVariantsAndLeavesTheVariant) {
   object.header().variant = 1;
 }
 
-TEST_F(XmlForm, EndsAtAnErrorOtherThan2AndKeepsWhatCameBefore) {
+TEST_F(XmlForm, ends_at_an_error_other_than_2_and_keeps_what_came_before) {
   const Object object = filled(handle, mem, 0);
   auto* const record = static_cast<fwe_cl_wayfind_mem_st*>(object.get());
   const uint64_t exmem = fwe_cl_wayfind_mem_st_exmem_addr_get_value(handle, instance, record, &err);
@@ -178,7 +178,7 @@ TEST_F(XmlForm, EndsAtAnErrorOtherThan2AndKeepsWhatCameBefore) {
   EXPECT_EQ(fwe_cl_wayfind_mem_st_exmem_addr_get_value(handle, instance, record, &err), exmem);
 }
 
-TEST_F(XmlForm, AnErrorInTheThirdFieldLeavesTheFirstTwoStored) {
+TEST_F(XmlForm, an_error_in_the_third_field_leaves_the_first_two_stored) {
   const Object object(handle, mem);
   auto* const record = static_cast<fwe_cl_wayfind_mem_st*>(object.get());
   read(mem,
@@ -191,7 +191,7 @@ TEST_F(XmlForm, AnErrorInTheThirdFieldLeavesTheFirstTwoStored) {
   EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(handle, instance, record, &err), 2u);
 }
 
-TEST_F(XmlForm, AMissingRecordInsideIsAMissingField) {
+TEST_F(XmlForm, a_missing_record_inside_is_a_missing_field) {
   const Calls& calls = calls_of("fwe_cl_wayfind_select_policy");
   const Object object(handle, calls);
   read(calls,
@@ -204,7 +204,7 @@ TEST_F(XmlForm, AMissingRecordInsideIsAMissingField) {
             5u);
 }
 
-TEST_F(XmlForm, StatesDoNotComeBack) {
+TEST_F(XmlForm, states_do_not_come_back) {
   const Handle tracking(ORK_TRACKING_ON);
   const Object object(tracking, mem);
   const Document document =
@@ -217,7 +217,7 @@ TEST_F(XmlForm, StatesDoNotComeBack) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNode) {
+TEST_F(XmlForm, a_path_that_does_not_fit_is_a_missing_node) {
   // "/fwe_num" and "/exmem_addr" behind a path of 246 characters: the first fits its 256 bytes,
   // the last does not.
   const std::string name(244, 'n');
@@ -236,7 +236,7 @@ TEST_F(XmlForm, APathThatDoesNotFitIsAMissingNode) {
 }
 
 // The place for the reason goes to the enum or the flag set as it was given.
-TEST_F(XmlForm, NamesTheSmallFieldWhoseProbeFails) {
+TEST_F(XmlForm, names_the_small_field_whose_probe_fails) {
   const struct {
     const char *record, *field;
   } rows[] = {{"fwe_cl_wayfind_chan_nb_st", "state"}, {"fwe_cl_wayfind_hop_chan_st", "flags_show"}};
@@ -275,7 +275,7 @@ class XmlText : public XmlForm {
   }
 };
 
-TEST_F(XmlText, EveryByteComesBack) {
+TEST_F(XmlText, every_byte_comes_back) {
   for (int byte = 1; byte < 256; ++byte) {
     for (const std::string& around : {std::string(), std::string("a"), std::string("\xc3")}) {
       const std::string chars = around + static_cast<char>(byte) + around;
@@ -284,7 +284,7 @@ TEST_F(XmlText, EveryByteComesBack) {
   }
 }
 
-TEST_F(XmlText, TextsOfManyKindsComeBack) {
+TEST_F(XmlText, texts_of_many_kinds_come_back) {
   for (const char* chars : {"",
                             " ",
                             "  x  ",
@@ -309,7 +309,7 @@ TEST_F(XmlText, TextsOfManyKindsComeBack) {
   }
 }
 
-TEST_F(XmlText, BytesBehindTheTerminatorDoNotTravel) {
+TEST_F(XmlText, bytes_behind_the_terminator_do_not_travel) {
   const Object object(handle, tunnel);
   auto* const record = static_cast<fwe_cl_wayfind_auto_tunnel*>(object.get());
   fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(handle, instance, record, "abcdef", 6, &err);
@@ -320,7 +320,7 @@ TEST_F(XmlText, BytesBehindTheTerminatorDoNotTravel) {
   EXPECT_NE(tunnel.compare(object.get(), copy.get()), 0);
 }
 
-TEST_F(XmlText, TooLongForItsFieldIs28AndABadEscape22) {
+TEST_F(XmlText, too_long_for_its_field_is_28_and_a_bad_escape_22) {
   const Object object(handle, tunnel);
   read(tunnel,
        "<fwe_cl_wayfind_auto_tunnel><create_ts_msec>0123456789abcdef0123456789abcdefX</"
@@ -335,7 +335,7 @@ TEST_F(XmlText, TooLongForItsFieldIs28AndABadEscape22) {
   EXPECT_EQ(err, 22u);
 }
 
-TEST_F(XmlText, AnEnumOutOfRangeIsReadAsAnEmptyElementAndKeepsTheValue) {
+TEST_F(XmlText, an_enum_out_of_range_is_read_as_an_empty_element_and_keeps_the_value) {
   const Calls& calls = calls_of("fwe_cl_wayfind_chan_nb_st");
   const Object object(handle, calls);
   Bytes image = marshalled(handle, calls, object.get());

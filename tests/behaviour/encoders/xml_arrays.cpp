@@ -5,9 +5,9 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
-class XmlArray : public XmlForm {
+class XmlArrays : public XmlForm {
  protected:
   static std::string path_with(const std::string& elements) {
     return "<fwe_cl_wayfind_sel_lb_path_st>\n" + elements + "</fwe_cl_wayfind_sel_lb_path_st>\n";
@@ -27,7 +27,7 @@ class XmlArray : public XmlForm {
   using Hops = std::vector<uint32_t>;
 };
 
-TEST_F(XmlArray, RepeatsItsPlainNameAndCountsWithoutAState) {
+TEST_F(XmlArrays, repeats_its_plain_name_and_counts_without_a_state) {
   const Handle tracking(ORK_TRACKING_ON);
   const Object object(tracking, path);
   auto* const record = static_cast<fwe_cl_wayfind_sel_lb_path_st*>(object.get());
@@ -38,19 +38,19 @@ TEST_F(XmlArray, RepeatsItsPlainNameAndCountsWithoutAState) {
                       "<path_id>0</path_id>\n<path_id state=\"2\">5</path_id>\n"));
 }
 
-TEST_F(XmlArray, ThatIsEmptyIsTheCountAlone) {
+TEST_F(XmlArrays, that_is_empty_is_the_count_alone) {
   const Object object(handle, path);
   EXPECT_EQ(as_xml(handle, path, object.get()), path_with("<num_hops>0</num_hops>\n"));
 }
 
-TEST_F(XmlArray, IsReadByItsElementsAndNotByItsCount) {
+TEST_F(XmlArrays, is_read_by_its_elements_and_not_by_its_count) {
   const Object object(handle, path);
   read(path, path_with("<num_hops>9</num_hops><path_id>4</path_id><path_id>5</path_id>"), object);
   EXPECT_EQ(err, 0u);
   EXPECT_EQ(hops_of(object), (Hops{4, 5}));
 }
 
-TEST_F(XmlArray, IsOverwrittenByIndexAndKeepsWhatIsBehind) {
+TEST_F(XmlArrays, is_overwritten_by_index_and_keeps_what_is_behind) {
   const Object object = filled(handle, path, 3);
   const uint32_t last = hops_of(object).back();
   read(path, path_with("<path_id>4</path_id><path_id>5</path_id>"), object);
@@ -60,7 +60,7 @@ TEST_F(XmlArray, IsOverwrittenByIndexAndKeepsWhatIsBehind) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_F(XmlArray, EndsWithTheWalkAtAWrongElement) {
+TEST_F(XmlArrays, ends_with_the_walk_at_a_wrong_element) {
   const Object object(handle, path);
   read(path, path_with("<path_id>4</path_id><path_id>no</path_id><path_id>5</path_id>"), object);
   EXPECT_EQ(err, 22u);
@@ -70,7 +70,7 @@ TEST_F(XmlArray, EndsWithTheWalkAtAWrongElement) {
 
 // A wrong record gives back all that was read into its scratch, also the fields that the older
 // release's records do not know.
-TEST_F(XmlArray, OfRecordsEndsAtAWrongOneAndLosesNothing) {
+TEST_F(XmlArrays, of_records_ends_at_a_wrong_one_and_loses_nothing) {
   const Calls& calls = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
   const std::string name = calls.name();
   const std::string good = "<channels><weight>7</weight></channels>";
@@ -114,7 +114,7 @@ TEST_F(XmlArray, OfRecordsEndsAtAWrongOneAndLosesNothing) {
 
 // A store that is refused leaves the error slot as it is: the walk goes on, and what was read into
 // the scratch is not lost, also in fields of variants that the scratch has not reached.
-TEST_F(XmlArray, OfRecordsThatRefusesAnElementGoesOnAndLosesNothing) {
+TEST_F(XmlArrays, of_records_that_refuses_an_element_goes_on_and_loses_nothing) {
   const Calls& calls = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
   const std::string name = calls.name();
   const std::string text = "<" + name +
@@ -152,7 +152,7 @@ TEST_F(XmlArray, OfRecordsThatRefusesAnElementGoesOnAndLosesNothing) {
 
 // An element that the array took over takes what it read along, and nothing of it is taken apart
 // twice.
-TEST_F(XmlArray, OfRecordsTakesOverWhatItsElementsRead) {
+TEST_F(XmlArrays, of_records_takes_over_what_its_elements_read) {
   const Calls& calls = calls_of("fwe_cl_wayfind_select_tc_lb_channels_st");
   const std::string name = calls.name();
   const TypeList oldest = release_list(0);
@@ -186,7 +186,7 @@ TEST_F(XmlArray, OfRecordsTakesOverWhatItsElementsRead) {
   }
 }
 
-TEST_F(XmlArray, WithoutAScratchElementIs12WhateverBecomesOfTheNextPath) {
+TEST_F(XmlArrays, without_a_scratch_element_is_12_whatever_becomes_of_the_next_path) {
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data");
   // "/is_none" makes 257 characters behind two slashes and the longer name.
   for (const std::string& name : {std::string(calls.name()), std::string(247, 'n')}) {
@@ -206,7 +206,7 @@ TEST_F(XmlArray, WithoutAScratchElementIs12WhateverBecomesOfTheNextPath) {
 
 // Each element takes two allocations: its scratch, and the longer block. A refused one is told even
 // where the next path is one that does not fit.
-TEST_F(XmlArray, KeepsWhatWasStoredBeforeARefusalAndEndsAtAPathThatDoesNotFit) {
+TEST_F(XmlArrays, keeps_what_was_stored_before_a_refusal_and_ends_at_a_path_that_does_not_fit) {
   // "/path_id[9]" makes 255 characters behind 244, "/path_id[10]" 256.
   const std::string name(242, 'n');
   std::string text = "<" + name + ">";

@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class XmlCalls : public testing::Test {
  protected:
@@ -79,7 +79,7 @@ std::vector<std::string> names_of(const std::vector<std::string>& lines) {
 
 // ---- Writing ----------------------------------------------------------------
 
-TEST_F(XmlCalls, OfWritingWithoutTrackingAreTheTagsAndTheFields) {
+TEST_F(XmlCalls, of_writing_without_tracking_are_the_tags_and_the_fields) {
   make("fwe_cl_wayfind_mem_st");
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
     ork_handle_set_tracking(h, tracking);
@@ -94,7 +94,7 @@ TEST_F(XmlCalls, OfWritingWithoutTrackingAreTheTagsAndTheFields) {
   }
 }
 
-TEST_F(TrackedXmlCalls, OfWritingPassEachState) {
+TEST_F(TrackedXmlCalls, of_writing_pass_each_state) {
   make("fwe_cl_wayfind_mem_st");
   fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, as<fwe_cl_wayfind_mem_st>(), 6,
                                                 &h.err);
@@ -109,7 +109,7 @@ TEST_F(TrackedXmlCalls, OfWritingPassEachState) {
 }
 
 // The mode is looked at once, before the fields.
-TEST_F(TrackedXmlCalls, OfWritingPassNoStateOfFieldsBehindTheOneThatTurnedTrackingOn) {
+TEST_F(TrackedXmlCalls, of_writing_pass_no_state_of_fields_behind_the_one_that_turned_tracking_on) {
   make("fwe_cl_wayfind_mem_st");
   fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, as<fwe_cl_wayfind_mem_st>(), 6,
                                                 &h.err);
@@ -125,7 +125,7 @@ TEST_F(TrackedXmlCalls, OfWritingPassNoStateOfFieldsBehindTheOneThatTurnedTracki
       "<m>\n<fwe_num>0</fwe_num>\n<ppe_addr>0</ppe_addr>\n<exmem_addr>0</exmem_addr>\n</m>\n");
 }
 
-TEST_F(XmlCalls, OfWritingSkipFieldsOnceAnErrorStandsButCloseTheElement) {
+TEST_F(XmlCalls, of_writing_skip_fields_once_an_error_stands_but_close_the_element) {
   make("fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(u_int32_to_xml, 5);
   spy::Log log;
@@ -135,7 +135,7 @@ TEST_F(XmlCalls, OfWritingSkipFieldsOnceAnErrorStandsButCloseTheElement) {
             (std::vector<std::string>{"start_tag", "u_int32_to_xml", "end_tag"}));
 }
 
-TEST_F(XmlCalls, OfWritingCloseTheElementThatCouldNotBeOpened) {
+TEST_F(XmlCalls, of_writing_close_the_element_that_could_not_be_opened) {
   make("fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(start_tag, 5);
   spy::Log log;
@@ -146,7 +146,7 @@ TEST_F(XmlCalls, OfWritingCloseTheElementThatCouldNotBeOpened) {
 }
 
 // An untracked record has no state bytes: the getter of its first field fails.
-TEST_F(XmlCalls, OfWritingAreStillMadeForTheFieldWhoseStateCannotBeHad) {
+TEST_F(XmlCalls, of_writing_are_still_made_for_the_field_whose_state_cannot_be_had) {
   const std::pair<const char*, const char*> firsts[] = {
       {"fwe_cl_wayfind_mem_st", "u_int32_to_xml"},
       {"fwe_cl_wayfind_hop_id_readable_format_st", "null_string_to_xml"},
@@ -169,7 +169,7 @@ TEST_F(XmlCalls, OfWritingAreStillMadeForTheFieldWhoseStateCannotBeHad) {
   }
 }
 
-TEST_F(XmlCalls, OfWritingLookAtTheErrorOnceForAWholeArray) {
+TEST_F(XmlCalls, of_writing_look_at_the_error_once_for_a_whole_array) {
   set_hops({1, 2, 3});
   const auto expect_four = [&](uint32_t error) {
     spy::Log log;
@@ -198,7 +198,7 @@ TEST_F(XmlCalls, OfWritingLookAtTheErrorOnceForAWholeArray) {
 // ---- Reading ----------------------------------------------------------------
 
 // Neither variant nor tracking is asked for, and no state and no store is told.
-TEST_F(TrackedXmlCalls, OfReadingAskForTheElementAndThenForEachFieldAndForNothingElse) {
+TEST_F(TrackedXmlCalls, of_reading_ask_for_the_element_then_each_field_and_nothing_else) {
   make("fwe_cl_wayfind_mem_st");
   spy::Log log;
   read("<r><fwe_num>1</fwe_num></r>");
@@ -210,7 +210,7 @@ TEST_F(TrackedXmlCalls, OfReadingAskForTheElementAndThenForEachFieldAndForNothin
   EXPECT_TRUE(log.announcements().empty());
 }
 
-TEST_F(XmlCalls, OfReadingEndAtANodeCountThatFailsWhateverTheCount) {
+TEST_F(XmlCalls, of_reading_end_at_a_node_count_that_fails_whatever_the_count) {
   make("fwe_cl_wayfind_mem_st");
   const auto failing = spy::replace(xml_get_element_nodecount, [](auto, auto, uint32_t* count) {
     *count = 1;
@@ -223,7 +223,7 @@ TEST_F(XmlCalls, OfReadingEndAtANodeCountThatFailsWhateverTheCount) {
                      "ork_store_err(2)"});
 }
 
-TEST_F(XmlCalls, OfReadingMakeAScratchForEachElementAndOneMore) {
+TEST_F(XmlCalls, of_reading_make_a_scratch_for_each_element_and_one_more) {
   make("fwe_cl_wayfind_sel_lb_path_st");
   spy::Log log;
   read("<r><path_id>1</path_id><path_id>2</path_id></r>");
@@ -236,7 +236,7 @@ TEST_F(XmlCalls, OfReadingMakeAScratchForEachElementAndOneMore) {
                                       "u_int32_from_xml", "u_int32_destroy"}));
 }
 
-TEST_F(XmlCalls, OfReadingGoOnToTheNextFieldWhenAScratchCannotBeMade) {
+TEST_F(XmlCalls, of_reading_go_on_to_the_next_field_when_a_scratch_cannot_be_made) {
   make("fwe_dp_wayfind_debug_data");
   spy::Log log;
   spy::fail_alloc(1);
@@ -249,7 +249,7 @@ TEST_F(XmlCalls, OfReadingGoOnToTheNextFieldWhenAScratchCannotBeMade) {
 
 // A runtime in cr mode gives the type's sentinel in place of a scratch. That is no object to give
 // back.
-TEST_F(XmlCalls, OfReadingInCrModeLeaveTheSentinelAlone) {
+TEST_F(XmlCalls, of_reading_in_cr_mode_leave_the_sentinel_alone) {
   make("fwe_dp_wayfind_debug_data");
   const Document document = parsed("<r><dbg_per_complex/></r>");
   h->cr_active = 1;
@@ -265,7 +265,7 @@ TEST_F(XmlCalls, OfReadingInCrModeLeaveTheSentinelAlone) {
 
 // The error that the store left is seen behind the next element only, which is asked for with it
 // standing.
-TEST_F(XmlCalls, OfReadingMakeOneMoreScratchBehindAStoreThatFailed) {
+TEST_F(XmlCalls, of_reading_make_one_more_scratch_behind_a_store_that_failed) {
   for (const bool refused : {false, true}) {
     make("fwe_cl_wayfind_sel_lb_path_st");
     const auto creates = refused_scratch(refused ? 2 : 0);
@@ -284,7 +284,7 @@ TEST_F(XmlCalls, OfReadingMakeOneMoreScratchBehindAStoreThatFailed) {
   }
 }
 
-TEST_F(XmlCalls, OfReadingEndAt12WhenAScratchCannotBeMadeWhateverTheStoreLeft) {
+TEST_F(XmlCalls, of_reading_end_at_12_when_a_scratch_cannot_be_made_whatever_the_store_left) {
   make("fwe_cl_wayfind_sel_lb_path_st");
   const auto storing = spy::fail(u_int32_set, 5);
   const auto creates = refused_scratch(2);
@@ -294,7 +294,7 @@ TEST_F(XmlCalls, OfReadingEndAt12WhenAScratchCannotBeMadeWhateverTheStoreLeft) {
 }
 
 // An element is copied from its scratch; a clone would go through the workspace and the wire form.
-TEST_F(XmlCalls, OfReadingStoreARecordElementBySetting) {
+TEST_F(XmlCalls, of_reading_store_a_record_element_by_setting) {
   make("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   {
     spy::Log log;

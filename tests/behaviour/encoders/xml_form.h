@@ -3,7 +3,7 @@
 
 #include "behaviour/encoders/values.h"
 
-namespace forms {
+namespace encoders {
 
 class XmlForm : public testing::Test {
  protected:
@@ -23,4 +23,4 @@ class XmlForm : public testing::Test {
   char reason[300] = "";
 };
 
-}  // namespace forms
+}  // namespace encoders

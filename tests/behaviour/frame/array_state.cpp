@@ -24,7 +24,7 @@ struct Path {
 
 }  // namespace
 
-TEST(FrameArrayState, whole_is_read_and_written_like_the_byte_of_a_scalar) {
+TEST(ArrayState, whole_is_read_and_written_like_the_byte_of_a_scalar) {
   Path p(tracked);
   EXPECT_EQ(
       fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_whole_get(p.h, instance, p.obj, &p.h.err),
@@ -38,7 +38,7 @@ TEST(FrameArrayState, whole_is_read_and_written_like_the_byte_of_a_scalar) {
   EXPECT_EQ(p.obj.state()[0], 200);
 }
 
-TEST(FrameArrayState, the_element_block_is_lent_and_writing_through_it_sets_bytes) {
+TEST(ArrayState, the_element_block_is_lent_and_writing_through_it_sets_bytes) {
   Path p(tracked);
   uint8_t* lent = nullptr;
   fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get_arr(p.h, instance, p.obj, &lent, &p.h.err);
@@ -48,7 +48,7 @@ TEST(FrameArrayState, the_element_block_is_lent_and_writing_through_it_sets_byte
             9u);
 }
 
-TEST(FrameArrayState, set_arr_copies_to_the_start_of_the_entry_and_not_to_the_elements) {
+TEST(ArrayState, set_arr_copies_to_the_start_of_the_entry_and_not_to_the_elements) {
   Path p(tracked);
   const uint8_t src[] = {7, 8, 9};
   spy::Log log;
@@ -66,7 +66,7 @@ TEST(FrameArrayState, set_arr_copies_to_the_start_of_the_entry_and_not_to_the_el
   }
 }
 
-TEST(FrameArrayState, set_arr_of_more_than_eight_goes_over_the_pointer) {
+TEST(ArrayState, set_arr_of_more_than_eight_goes_over_the_pointer) {
   Path p(tracked, 12);
   uint8_t* const elements = p.elements();
   uint8_t src[12];
@@ -76,7 +76,7 @@ TEST(FrameArrayState, set_arr_of_more_than_eight_goes_over_the_pointer) {
   store(p.obj.state() + 8, elements);
 }
 
-TEST(FrameArrayState, set_arr_of_more_than_the_entry_holds_ends_with_the_entry) {
+TEST(ArrayState, set_arr_of_more_than_the_entry_holds_ends_with_the_entry) {
   Handle h(tracked);
   Object obj(h, "fwe_dp_wayfind_debug_data");
   Object element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
@@ -94,7 +94,7 @@ TEST(FrameArrayState, set_arr_of_more_than_the_entry_holds_ends_with_the_entry) 
   store(obj.state() + 8, elements);
 }
 
-TEST(FrameArrayState, set_arr_wants_the_arrays_own_count) {
+TEST(ArrayState, set_arr_wants_the_arrays_own_count) {
   Path p(tracked);
   const uint8_t src[] = {7, 8, 9, 10};
   const Snapshot before = p.obj.snapshot();
@@ -108,7 +108,7 @@ TEST(FrameArrayState, set_arr_wants_the_arrays_own_count) {
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameArrayState, set_arr_copies_nothing_to_an_object_without_the_array) {
+TEST(ArrayState, set_arr_copies_nothing_to_an_object_without_the_array) {
   Path p(tracked);
   p.obj.head().variant = -1;
   const auto stay = spy::answer(orklib_adjust_variant, 0);
@@ -126,7 +126,7 @@ TEST(FrameArrayState, set_arr_copies_nothing_to_an_object_without_the_array) {
   p.obj.head().variant = 0;
 }
 
-TEST(FrameArrayState, an_elements_byte_is_announced_without_an_owner_behind_index_adjust_and_gate) {
+TEST(ArrayState, an_elements_byte_is_announced_without_an_owner_behind_index_adjust_and_gate) {
   Path p(tracked);
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(p.h, instance, p.obj, 2, 200, &p.h.err);
@@ -138,7 +138,7 @@ TEST(FrameArrayState, an_elements_byte_is_announced_without_an_owner_behind_inde
             200u);
 }
 
-TEST(FrameArrayState, an_index_at_the_count_gives_2) {
+TEST(ArrayState, an_index_at_the_count_gives_2) {
   Path p(tracked);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_get(p.h, instance, p.obj, 3, &p.h.err),
@@ -150,7 +150,7 @@ TEST(FrameArrayState, an_index_at_the_count_gives_2) {
                {"ork_store_err(2)", "ork_store_err(2)"});
 }
 
-TEST(FrameArrayState, an_array_whose_block_was_lost_has_no_elements_whatever_its_count) {
+TEST(ArrayState, an_array_whose_block_was_lost_has_no_elements_whatever_its_count) {
   Path p(tracked, 5);
   const uint32_t src[] = {1, 2, 3};
   spy::fail_alloc(1);
@@ -175,7 +175,7 @@ TEST(FrameArrayState, an_array_whose_block_was_lost_has_no_elements_whatever_its
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameArrayState, with_tracking_off_all_give_22_without_a_trace) {
+TEST(ArrayState, with_tracking_off_all_give_22_without_a_trace) {
   Path p(untracked);
   uint8_t* lent = nullptr;
   uint8_t byte = 1;
@@ -197,7 +197,7 @@ TEST(FrameArrayState, with_tracking_off_all_give_22_without_a_trace) {
   EXPECT_CALLS(log, std::vector<std::string>(6, "ork_store_err(22)"));
 }
 
-TEST(FrameArrayState, an_untracked_object_is_refused_with_the_words_of_getter_and_setter) {
+TEST(ArrayState, an_untracked_object_is_refused_with_the_words_of_getter_and_setter) {
   Path p(untracked);
   ork_handle_set_tracking(p.h, ORK_TRACKING_ON);
   uint8_t* lent = nullptr;
@@ -234,7 +234,7 @@ TEST(FrameArrayState, an_untracked_object_is_refused_with_the_words_of_getter_an
   ork_handle_set_tracking(p.h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameArrayState, a_refused_request_for_the_element_block_leaves_the_callers_pointer_alone) {
+TEST(ArrayState, a_refused_request_for_the_element_block_leaves_the_callers_pointer_alone) {
   Path p(untracked);
   uint8_t byte = 1;
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
@@ -247,7 +247,7 @@ TEST(FrameArrayState, a_refused_request_for_the_element_block_leaves_the_callers
   ork_handle_set_tracking(p.h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_else) {
+TEST(ArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_else) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
   fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3);
@@ -255,7 +255,7 @@ TEST(FrameArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_els
   std::memset(obj.state(), 0, 16);
 }
 
-TEST(FrameArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing_else) {
+TEST(ArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing_else) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 1, &h.err);
@@ -270,7 +270,7 @@ TEST(FrameArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing
   h->free_fn(h->mem_pool, instance, elements);
 }
 
-TEST(FrameArrayState, the_fill_of_an_array_of_records_goes_into_each_element) {
+TEST(ArrayState, the_fill_of_an_array_of_records_goes_into_each_element) {
   Handle h(tracked);
   Object obj(h, "fwe_dp_wayfind_debug_data_per_complex");
   Object element(h, "fwe_dp_wayfind_debug_setting", "element");
@@ -285,7 +285,7 @@ TEST(FrameArrayState, the_fill_of_an_array_of_records_goes_into_each_element) {
   store(obj.state() + 8, elements);
 }
 
-TEST(FrameArrayState, destroy_gives_the_element_bytes_back_and_clears_their_pointer_unannounced) {
+TEST(ArrayState, destroy_gives_the_element_bytes_back_and_clears_their_pointer_unannounced) {
   Path p(tracked);
   const uint8_t* const pointer = p.obj.state() + 8;
   spy::Log log;
@@ -298,7 +298,7 @@ TEST(FrameArrayState, destroy_gives_the_element_bytes_back_and_clears_their_poin
   }
 }
 
-TEST(FrameArrayState, a_fill_over_the_pointer_leaves_no_block_to_lend) {
+TEST(ArrayState, a_fill_over_the_pointer_leaves_no_block_to_lend) {
   Path p(tracked);
   uint8_t* const elements = p.elements();
   fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(p.h, instance, p.obj, 3);
@@ -309,8 +309,7 @@ TEST(FrameArrayState, a_fill_over_the_pointer_leaves_no_block_to_lend) {
   p.h->free_fn(p.h->mem_pool, instance, elements);
 }
 
-TEST(FrameArrayState,
-     a_parents_fill_goes_over_the_pointer_of_an_embedded_array_and_leaves_its_bytes) {
+TEST(ArrayState, a_parents_fill_goes_over_the_pointer_of_an_embedded_array_and_leaves_its_bytes) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_chan_st");
   auto* const path = fwe_cl_wayfind_chan_st_path_get(h, instance, obj, &h.err);

@@ -39,7 +39,7 @@ const std::string refusal = "trace(error,The object is not state tracked)";
 
 // ---- Looked at again ----
 
-TEST(FrameArrayTracking, is_looked_at_again_before_a_grown_array_of_values_gets_its_element_bytes) {
+TEST(ArrayTracking, is_looked_at_again_before_a_grown_array_of_values_gets_its_element_bytes) {
   Handle h(tracked);
   Object obj(h, path_st);
   const uint32_t src = 5;
@@ -56,7 +56,7 @@ TEST(FrameArrayTracking, is_looked_at_again_before_a_grown_array_of_values_gets_
   EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(16)) << "neither a mark nor element bytes";
 }
 
-TEST(FrameArrayTracking, is_looked_at_again_before_a_value_is_marked) {
+TEST(ArrayTracking, is_looked_at_again_before_a_value_is_marked) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 1, nullptr, &h.err);
@@ -80,8 +80,7 @@ TEST(FrameArrayTracking, is_looked_at_again_before_a_value_is_marked) {
   EXPECT_EQ(element_bytes(obj, "path_id", 2), (std::vector<uint8_t>{0, 0}));
 }
 
-TEST(FrameArrayTracking,
-     is_looked_at_again_before_a_grown_array_of_records_gets_its_element_bytes) {
+TEST(ArrayTracking, is_looked_at_again_before_a_grown_array_of_records_gets_its_element_bytes) {
   Settings s(tracked);
   *s.src.field("fwe_num") = 5;
   spy::Log log;
@@ -95,7 +94,7 @@ TEST(FrameArrayTracking,
   EXPECT_EQ(s.obj.state_bytes(), std::vector<uint8_t>(16)) << "neither a mark nor element bytes";
 }
 
-TEST(FrameArrayTracking, is_looked_at_again_before_a_record_is_marked) {
+TEST(ArrayTracking, is_looked_at_again_before_a_record_is_marked) {
   Settings s(tracked);
   s.set(1);
   *s.src.field("fwe_num") = 5;
@@ -120,7 +119,7 @@ TEST(FrameArrayTracking, is_looked_at_again_before_a_record_is_marked) {
   EXPECT_EQ(element_bytes(s.obj, "dbg_setting", 2), (std::vector<uint8_t>{9, 2}));
 }
 
-TEST(FrameArrayTracking, of_the_object_is_looked_at_before_that_of_the_source) {
+TEST(ArrayTracking, of_the_object_is_looked_at_before_that_of_the_source) {
   Settings s(untracked);
   ork_handle_set_tracking(s.h, ORK_TRACKING_ON);
   spy::Log log;
@@ -132,7 +131,7 @@ TEST(FrameArrayTracking, of_the_object_is_looked_at_before_that_of_the_source) {
 
 // ---- Off for a while ----
 
-TEST(FrameArrayTracking, that_is_off_announces_the_loss_of_element_bytes_behind_the_count) {
+TEST(ArrayTracking, that_is_off_announces_the_loss_of_element_bytes_behind_the_count) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
@@ -151,8 +150,7 @@ TEST(FrameArrayTracking, that_is_off_announces_the_loss_of_element_bytes_behind_
                 "u_int32_set(7,new1+16,src,err)"});
 }
 
-TEST(FrameArrayTracking,
-     that_is_off_takes_the_distance_of_a_moved_element_even_when_a_copy_took_its_states_before) {
+TEST(ArrayTracking, that_is_off_takes_a_moved_elements_distance_even_after_a_copy_took_its_states) {
   Settings s(tracked);
   s.set(0);
   ork_handle_set_tracking(s.h, ORK_TRACKING_OFF);
@@ -170,8 +168,7 @@ TEST(FrameArrayTracking,
                {"ork_hd_mapping_destroy(7,old)", "free_fn(7,old)", "free_fn(7,elements)"});
 }
 
-TEST(FrameArrayTracking,
-     that_was_off_for_the_first_element_alone_leaves_the_others_their_states_when_growth_fails) {
+TEST(ArrayTracking, off_for_the_first_element_leaves_the_others_their_states_when_growth_fails) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_sel_lb_path_human_readable_st");
   Object src(h, "fwe_cl_wayfind_hop_id_readable_format_st", "src");

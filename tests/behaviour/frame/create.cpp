@@ -22,7 +22,7 @@ void* sentinel_of_mem(Handle& h) {
 
 }  // namespace
 
-TEST(FrameCreate, calls_the_runtime_in_the_order_told) {
+TEST(Create, calls_the_runtime_in_the_order_told) {
   Handle h(plain);
   name_statistics(_fwe_cl_wayfind_mem_st_type_info_internal, "statistics");
   spy::Log log;
@@ -37,7 +37,7 @@ TEST(FrameCreate, calls_the_runtime_in_the_order_told) {
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, tracking_announces_the_flags_once_more_and_adds_the_state_bytes) {
+TEST(Create, tracking_announces_the_flags_once_more_and_adds_the_state_bytes) {
   Handle h(tracked);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
@@ -49,7 +49,7 @@ TEST(FrameCreate, tracking_announces_the_flags_once_more_and_adds_the_state_byte
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told_of_them) {
+TEST(Create, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told_of_them) {
   Handle h(shared_and_recorded);
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   spy::Log log;
@@ -68,7 +68,7 @@ TEST(FrameCreate, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, the_platform_hooks_want_an_instance_and_watched_storage) {
+TEST(Create, the_platform_hooks_want_an_instance_and_watched_storage) {
   Handle h(shared_and_recorded);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, ORK_NO_INSTANCE);
@@ -91,7 +91,7 @@ TEST(FrameCreate, the_platform_hooks_want_an_instance_and_watched_storage) {
   EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
 }
 
-TEST(FrameCreate, storage_that_is_shared_but_not_watched_leads_to_the_shared_copy_as_well) {
+TEST(Create, storage_that_is_shared_but_not_watched_leads_to_the_shared_copy_as_well) {
   Handle h({.shared = true});
   h->shared_types = 2;
   spy::Log log;
@@ -108,7 +108,7 @@ TEST(FrameCreate, storage_that_is_shared_but_not_watched_leads_to_the_shared_cop
   h->shared_types = 1;
 }
 
-TEST(FrameCreate, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_object) {
+TEST(Create, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_object) {
   Handle h(shared_and_recorded);
   spy::name_at(sentinel_of_mem(h), "sentinel");
   h->cr_error = 5;
@@ -119,7 +119,7 @@ TEST(FrameCreate, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_ob
   EXPECT_EQ(h->cr_error, 5u);
 }
 
-TEST(FrameCreate, a_recording_that_the_first_hook_ends_is_over_for_the_second) {
+TEST(Create, a_recording_that_the_first_hook_ends_is_over_for_the_second) {
   Handle h(shared_and_recorded);
   const auto ending = spy::replace(orkdb_record_containment2,
                                    [](ork_handle* handle, uint32_t, const void*, const void*,
@@ -131,7 +131,7 @@ TEST(FrameCreate, a_recording_that_the_first_hook_ends_is_over_for_the_second) {
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, tracking_that_ends_during_the_allocation_leaves_the_state_bytes_as_they_came) {
+TEST(Create, tracking_that_ends_during_the_allocation_leaves_the_state_bytes_as_they_came) {
   Handle h(tracked);
   static ork_handle* handle; /* an allocator gets no handle */
   static ork_alloc_fn before;
@@ -150,7 +150,7 @@ TEST(FrameCreate, tracking_that_ends_during_the_allocation_leaves_the_state_byte
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, a_new_record_is_zero_behind_its_header) {
+TEST(Create, a_new_record_is_zero_behind_its_header) {
   Handle h(tracked);
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
   EXPECT_EQ(load<const ork_type_info*>(obj), &_fwe_cl_wayfind_mem_st_type_info_internal);
@@ -164,7 +164,7 @@ TEST(FrameCreate, a_new_record_is_zero_behind_its_header) {
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, without_memory_the_plain_form_gives_null_and_stores_nothing) {
+TEST(Create, without_memory_the_plain_form_gives_null_and_stores_nothing) {
   Handle h(recorded);
   spy::fail_alloc(1);
   spy::Log log;
@@ -175,7 +175,7 @@ TEST(FrameCreate, without_memory_the_plain_form_gives_null_and_stores_nothing) {
   EXPECT_EQ(h->cr_error, 0u);
 }
 
-TEST(FrameCreate, without_memory_the_hooks_of_shared_storage_are_told_of_null) {
+TEST(Create, without_memory_the_hooks_of_shared_storage_are_told_of_null) {
   Handle h(shared_and_recorded);
   spy::fail_alloc(1);
   spy::Log log;
@@ -184,7 +184,7 @@ TEST(FrameCreate, without_memory_the_hooks_of_shared_storage_are_told_of_null) {
                      "orkdb_plat_set_dirty(7,null)"});
 }
 
-TEST(FrameCreate, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
+TEST(Create, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
   Handle h(recorded);
   void* const sentinel = sentinel_of_mem(h);
   spy::name(sentinel, 40, "sentinel");
@@ -198,7 +198,7 @@ TEST(FrameCreate, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
   EXPECT_TRUE(std::all_of(bytes(sentinel), bytes(sentinel) + 40, [](uint8_t b) { return b == 0; }));
 }
 
-TEST(FrameCreate, without_memory_cr_mode_keeps_the_error_that_the_allocation_left) {
+TEST(Create, without_memory_cr_mode_keeps_the_error_that_the_allocation_left) {
   Handle h(plain);
   void* const sentinel = sentinel_of_mem(h);
   static ork_handle* handle;
@@ -214,7 +214,7 @@ TEST(FrameCreate, without_memory_cr_mode_keeps_the_error_that_the_allocation_lef
   h->alloc_fn = alloc;
 }
 
-TEST(FrameCreate, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the_error) {
+TEST(Create, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the_error) {
   Handle h(plain);
   h->cr_error = 5;
   spy::Log log;
@@ -225,7 +225,7 @@ TEST(FrameCreate, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the
   EXPECT_EQ(h->cr_error, 5u);
 }
 
-TEST(FrameCreate, create_internal_starts_no_trace_and_gives_the_sentinel_only_in_cr_mode) {
+TEST(Create, create_internal_starts_no_trace_and_gives_the_sentinel_only_in_cr_mode) {
   Handle h(plain);
   h->cr_error = 5;
   void* const sentinel = sentinel_of_mem(h);
@@ -245,7 +245,7 @@ TEST(FrameCreate, create_internal_starts_no_trace_and_gives_the_sentinel_only_in
   EXPECT_EQ(h->cr_error, 0u);
 }
 
-TEST(FrameCreate, a_plain_create_does_not_look_at_cr_error) {
+TEST(Create, a_plain_create_does_not_look_at_cr_error) {
   Handle h(plain);
   h->cr_error = 5;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
@@ -254,7 +254,7 @@ TEST(FrameCreate, a_plain_create_does_not_look_at_cr_error) {
   fwe_cl_wayfind_mem_st_destroy(h, instance, obj);
 }
 
-TEST(FrameCreate, cr_mode_is_active_only_while_the_object_is_made) {
+TEST(Create, cr_mode_is_active_only_while_the_object_is_made) {
   Handle h({.cr_instance = 9});
   uint32_t at_trace_start = 2;
   uint32_t seen = 2;
@@ -279,8 +279,7 @@ TEST(FrameCreate, cr_mode_is_active_only_while_the_object_is_made) {
   }
 }
 
-TEST(FrameCreate,
-     when_the_start_of_an_object_fails_its_block_goes_back_and_the_hooks_are_not_told) {
+TEST(Create, when_the_start_of_an_object_fails_its_block_goes_back_and_the_hooks_are_not_told) {
   Handle h(recorded);
   const auto& entry = _fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;
@@ -304,7 +303,7 @@ TEST(FrameCreate,
   EXPECT_EQ(h->cr_active, 0u);
 }
 
-TEST(FrameCreate, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_statistics) {
+TEST(Create, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_statistics) {
   Handle h(plain);
   const auto failing = spy::fail(ork_domain_lookup_variant, 5);
   spy::Log log;
@@ -319,7 +318,7 @@ TEST(FrameCreate, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_st
                      "free_fn(7,new1)"});
 }
 
-TEST(FrameCreate, statistics_that_fail_are_looked_at_behind_the_fields_which_are_told_of_them) {
+TEST(Create, statistics_that_fail_are_looked_at_behind_the_fields_which_are_told_of_them) {
   struct Case {
     const char *record, *address;
   };
@@ -345,7 +344,7 @@ TEST(FrameCreate, statistics_that_fail_are_looked_at_behind_the_fields_which_are
   }
 }
 
-TEST(FrameCreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trace) {
+TEST(CreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trace) {
   Handle h(tracked);
   h->sttr_info->sttr_mode = 0x1234;
   EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
@@ -358,7 +357,7 @@ TEST(FrameCreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
-TEST(FrameCreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_process) {
+TEST(CreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_process) {
   Handle h(tracked);
   // Both words are read afresh: one at the flags, one at the state base.
   const auto breaking =
@@ -378,8 +377,7 @@ TEST(FrameCreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_pr
   EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
 }
 
-TEST(FrameCreateDeathTest,
-     initialize_looks_at_the_mode_word_before_it_counts_and_also_where_it_does_not) {
+TEST(CreateDeathTest, initialize_checks_the_mode_word_before_it_counts_and_where_it_does_not) {
   Handle h(tracked);
   h->sttr_info->sttr_mode = 7;
   alignas(8) uint8_t block[40] = {};
@@ -396,7 +394,7 @@ TEST(FrameCreateDeathTest,
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
-TEST(FrameCreateDeathTest, a_descriptor_without_variants_ends_the_process) {
+TEST(CreateDeathTest, a_descriptor_without_variants_ends_the_process) {
   Handle h(plain);
   ork_type_info type = _fwe_cl_wayfind_mem_st_type_info_internal;
   type.varinfo = nullptr;

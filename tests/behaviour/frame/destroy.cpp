@@ -3,7 +3,7 @@
 
 namespace frame {
 
-TEST(FrameDestroy, calls_the_runtime_in_the_order_told) {
+TEST(Destroy, calls_the_runtime_in_the_order_told) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::name(&_fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0].create_count, 24,
@@ -15,7 +15,7 @@ TEST(FrameDestroy, calls_the_runtime_in_the_order_told) {
                      "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroy, tells_the_hooks_before_the_storage_goes) {
+TEST(Destroy, tells_the_hooks_before_the_storage_goes) {
   Handle h(shared_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -26,7 +26,7 @@ TEST(FrameDestroy, tells_the_hooks_before_the_storage_goes) {
             "orkdb_plat_set_destroy(7,obj)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroy, the_hook_of_shared_storage_is_not_told_of_objects_that_lie_inside_another) {
+TEST(Destroy, the_hook_of_shared_storage_is_not_told_of_objects_that_lie_inside_another) {
   Handle h(shared_and_recorded);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   spy::Log log;
@@ -35,7 +35,7 @@ TEST(FrameDestroy, the_hook_of_shared_storage_is_not_told_of_objects_that_lie_in
   EXPECT_CALLS(log.calls_of({"orkdb_plat_set_destroy"}), {"orkdb_plat_set_destroy(7,obj)"});
 }
 
-TEST(FrameDestroy, a_tracked_parent_drops_the_distances_of_its_children) {
+TEST(Destroy, a_tracked_parent_drops_the_distances_of_its_children) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   spy::Log log;
@@ -52,7 +52,7 @@ TEST(FrameDestroy, a_tracked_parent_drops_the_distances_of_its_children) {
                      "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroy, without_a_map_of_distances_none_is_dropped) {
+TEST(Destroy, without_a_map_of_distances_none_is_dropped) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags = OBJ_RA_DATA;
@@ -64,7 +64,7 @@ TEST(FrameDestroy, without_a_map_of_distances_none_is_dropped) {
   EXPECT_EQ(log.count("ork_hd_mapping_destroy"), 0u);
 }
 
-TEST(FrameDestroy, ra_data_alone_has_an_entry_that_goes) {
+TEST(Destroy, ra_data_alone_has_an_entry_that_goes) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags = OBJ_RA_DATA;
@@ -80,7 +80,7 @@ TEST(FrameDestroy, ra_data_alone_has_an_entry_that_goes) {
   EXPECT_EQ(log.count("ork_hd_mapping_destroy"), 1u);
 }
 
-TEST(FrameDestroy, null_and_the_sentinel_are_left_alone) {
+TEST(Destroy, null_and_the_sentinel_are_left_alone) {
   Handle h(recorded);
   h->cr_error = 5;
   auto* const sentinel = fwe_cl_wayfind_mem_st_create_cr(h);
@@ -98,7 +98,7 @@ TEST(FrameDestroy, null_and_the_sentinel_are_left_alone) {
   EXPECT_EQ(h->cr_error, 5u);
 }
 
-TEST(FrameDestroy, in_cr_mode_the_instance_comes_from_the_handle) {
+TEST(Destroy, in_cr_mode_the_instance_comes_from_the_handle) {
   Handle h({.cr_instance = 11});
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -106,7 +106,7 @@ TEST(FrameDestroy, in_cr_mode_the_instance_comes_from_the_handle) {
   EXPECT_CALLS(log.calls_of({"free_fn"}), {"free_fn(11,obj)"});
 }
 
-TEST(FrameDestroy, without_free_storage_the_block_and_its_header_stay) {
+TEST(Destroy, without_free_storage_the_block_and_its_header_stay) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const Snapshot before = obj.snapshot();
@@ -117,7 +117,7 @@ TEST(FrameDestroy, without_free_storage_the_block_and_its_header_stay) {
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameDestroy, a_slot_block_of_its_own_goes_back_before_the_object_and_behind_the_hook) {
+TEST(Destroy, a_slot_block_of_its_own_goes_back_before_the_object_and_behind_the_hook) {
   for (const Mode& mode : {plain, shared_and_recorded}) {
     Handle h(mode);
     Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -138,7 +138,7 @@ TEST(FrameDestroy, a_slot_block_of_its_own_goes_back_before_the_object_and_behin
   }
 }
 
-TEST(FrameDestroy, a_slot_block_of_its_own_stays_with_storage_that_is_not_freed) {
+TEST(Destroy, a_slot_block_of_its_own_stays_with_storage_that_is_not_freed) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto* const type = load<const ork_type_info*>(obj.get());
@@ -155,7 +155,7 @@ TEST(FrameDestroy, a_slot_block_of_its_own_stays_with_storage_that_is_not_freed)
   store(obj.get(), type);
 }
 
-TEST(FrameDestroy, an_empty_slot_block_is_not_given_back) {
+TEST(Destroy, an_empty_slot_block_is_not_given_back) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto manifested =
@@ -167,7 +167,7 @@ TEST(FrameDestroy, an_empty_slot_block_is_not_given_back) {
   EXPECT_CALLS(log.calls_of({"free_fn"}), {"free_fn(7,obj)"});
 }
 
-TEST(FrameDestroy, fields_beyond_the_variant_are_not_visited) {
+TEST(Destroy, fields_beyond_the_variant_are_not_visited) {
   Handle h(plain);
   const auto old = h.domain({{"fwe_cl_wayfind_hop_chan_data", 0}});
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
@@ -178,7 +178,7 @@ TEST(FrameDestroy, fields_beyond_the_variant_are_not_visited) {
   EXPECT_EQ(serv.destroy_count, destroyed);
 }
 
-TEST(FrameDestroy, enums_flag_sets_booleans_and_link_types_are_not_destroyed) {
+TEST(Destroy, enums_flag_sets_booleans_and_link_types_are_not_destroyed) {
   Handle h(plain);
   const auto& type = _fwe_cl_wayfind_chan_tx_state_e_type_info_internal.varinfo->entries[0];
   const uint64_t created = type.create_count;
@@ -188,7 +188,7 @@ TEST(FrameDestroy, enums_flag_sets_booleans_and_link_types_are_not_destroyed) {
   EXPECT_EQ(type.destroy_count, destroyed);
 }
 
-TEST(FrameDestroy, an_untracked_object_drops_the_distance_that_it_was_told_without_asking_for_it) {
+TEST(Destroy, an_untracked_object_drops_the_distance_that_it_was_told_without_asking_for_it) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags = OBJ_STTR_OFFSET;
@@ -201,7 +201,7 @@ TEST(FrameDestroy, an_untracked_object_drops_the_distance_that_it_was_told_witho
             "ork_hd_mapping_destroy(7,obj,?)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroy, statistics_that_fail_keep_the_storage_only_where_a_distance_was_to_go) {
+TEST(Destroy, statistics_that_fail_keep_the_storage_only_where_a_distance_was_to_go) {
   Handle h(tracked);
   const auto& type = _fwe_cl_wayfind_mem_st_type_info_internal;
   Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -225,7 +225,7 @@ TEST(FrameDestroy, statistics_that_fail_keep_the_storage_only_where_a_distance_w
                {"free_fn(7,obj)"});
 }
 
-TEST(FrameDestroy, the_type_word_is_whole_when_it_is_announced_and_cleared_when_the_block_goes) {
+TEST(Destroy, the_type_word_is_whole_when_it_is_announced_and_cleared_when_the_block_goes) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const void* const block = obj.get();
@@ -241,7 +241,7 @@ TEST(FrameDestroy, the_type_word_is_whole_when_it_is_announced_and_cleared_when_
   EXPECT_EQ(found, (std::vector<const void*>{&_fwe_cl_wayfind_mem_st_type_info_internal, nullptr}));
 }
 
-TEST(FrameDestroy, a_distance_that_cannot_go_is_stored_and_the_storage_stays) {
+TEST(Destroy, a_distance_that_cannot_go_is_stored_and_the_storage_stays) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags |= OBJ_RA_DATA;
@@ -259,7 +259,7 @@ TEST(FrameDestroy, a_distance_that_cannot_go_is_stored_and_the_storage_stays) {
   obj.head().obj_flags = OBJ_STATE_TRACKED;
 }
 
-TEST(FrameDestroy, a_variant_above_what_the_type_has_is_traced_and_counted_as_the_newest) {
+TEST(Destroy, a_variant_above_what_the_type_has_is_traced_and_counted_as_the_newest) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_auto_tunnel");
   obj.head().variant = 5;
@@ -273,7 +273,7 @@ TEST(FrameDestroy, a_variant_above_what_the_type_has_is_traced_and_counted_as_th
   EXPECT_EQ(newest.destroy_count, destroyed + 1);
 }
 
-TEST(FrameDestroy, a_negative_variant_is_counted_in_front_of_the_entries) {
+TEST(Destroy, a_negative_variant_is_counted_in_front_of_the_entries) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_auto_tunnel");
   obj.head().variant = -1;
@@ -287,7 +287,7 @@ TEST(FrameDestroy, a_negative_variant_is_counted_in_front_of_the_entries) {
                {"orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_auto_tunnel),in front,?)"});
 }
 
-TEST(FrameDestroy, at_a_negative_variant_no_field_is_visited) {
+TEST(Destroy, at_a_negative_variant_no_field_is_visited) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_prefixtosite_data");
   obj.head().variant = -1;
@@ -306,7 +306,7 @@ TEST(FrameDestroy, at_a_negative_variant_no_field_is_visited) {
   EXPECT_EQ(stats.destroy_count, destroyed);
 }
 
-TEST(FrameDestroy, a_negative_variant_prints_sign_extended) {
+TEST(Destroy, a_negative_variant_prints_sign_extended) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   ork_type_info type = _fwe_cl_wayfind_mem_st_type_info_internal;
@@ -322,7 +322,7 @@ TEST(FrameDestroy, a_negative_variant_prints_sign_extended) {
                {"trace(info,variant 4294967294 requested only 4294967291 variants present)"});
 }
 
-TEST(FrameDestroy, an_object_whose_state_lies_elsewhere_does_not_look_at_the_mode_word) {
+TEST(Destroy, an_object_whose_state_lies_elsewhere_does_not_look_at_the_mode_word) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
@@ -339,7 +339,7 @@ TEST(FrameDestroy, an_object_whose_state_lies_elsewhere_does_not_look_at_the_mod
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
-TEST(FrameDestroyDeathTest, a_corrupted_descriptor_ends_the_process) {
+TEST(DestroyDeathTest, a_corrupted_descriptor_ends_the_process) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto* const type = load<const ork_type_info*>(obj.get());
@@ -358,7 +358,7 @@ TEST(FrameDestroyDeathTest, a_corrupted_descriptor_ends_the_process) {
   store(obj.get(), type);
 }
 
-TEST(FrameDestroyDeathTest, a_corrupted_mode_word_ends_the_process_for_a_tracked_object) {
+TEST(DestroyDeathTest, a_corrupted_mode_word_ends_the_process_for_a_tracked_object) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   h->sttr_info->sttr_mode = 3;

@@ -27,7 +27,7 @@ struct OneReference {
 
 // ---- OIDs ----
 
-TEST(FrameDestroyOid, a_mapping_that_goes_lets_the_object_go) {
+TEST(DestroyOid, a_mapping_that_goes_lets_the_object_go) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   ork_oid_map(h, instance, obj.get(), nullptr, &h.err);
@@ -40,7 +40,7 @@ TEST(FrameDestroyOid, a_mapping_that_goes_lets_the_object_go) {
                      "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroyOid, open_references_keep_the_object_and_its_statistics) {
+TEST(DestroyOid, open_references_keep_the_object_and_its_statistics) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto destroy = [](ork_handle* handle, uint32_t i, void* o) {
@@ -63,7 +63,7 @@ TEST(FrameDestroyOid, open_references_keep_the_object_and_its_statistics) {
   EXPECT_EQ(h.memory().live_blocks, 0u) << "the runtime destroyed it behind the last reference";
 }
 
-TEST(FrameDestroyOid, any_answer_but_0_lets_the_object_go) {
+TEST(DestroyOid, any_answer_but_0_lets_the_object_go) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags |= OBJ_OID_MAPPED;
@@ -75,7 +75,7 @@ TEST(FrameDestroyOid, any_answer_but_0_lets_the_object_go) {
                 "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroyOid, an_object_inside_another_is_asked_about_as_well) {
+TEST(DestroyOid, an_object_inside_another_is_asked_about_as_well) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags |= OBJ_OID_MAPPED;
@@ -102,7 +102,7 @@ TEST(FrameDestroyOid, an_object_inside_another_is_asked_about_as_well) {
   obj.head().obj_flags = 0;
 }
 
-TEST(FrameDestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatever_the_answer) {
+TEST(DestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatever_the_answer) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().obj_flags |= OBJ_OID_MAPPED;
@@ -126,7 +126,7 @@ TEST(FrameDestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatev
 
 // ---- References of fields ----
 
-TEST(FrameDestroyReferences, are_released_one_by_one_before_the_field_is_destroyed) {
+TEST(DestroyReferences, are_released_one_by_one_before_the_field_is_destroyed) {
   Handle h(plain);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   OneReference reference;
@@ -143,7 +143,7 @@ TEST(FrameDestroyReferences, are_released_one_by_one_before_the_field_is_destroy
        "ip_address_destroy_internal(7,obj+24,0)", "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed) {
+TEST(DestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_multi_nh_map");
   {
@@ -174,7 +174,7 @@ TEST(FrameDestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed)
   }
 }
 
-TEST(FrameDestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed_over) {
+TEST(DestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed_over) {
   Handle h(plain);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   OneReference reference;
@@ -189,8 +189,7 @@ TEST(FrameDestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed
                 "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroyReferences,
-     behind_one_that_cannot_be_lowered_the_next_is_lowered_without_an_error_standing) {
+TEST(DestroyReferences, after_one_that_cannot_be_lowered_the_next_is_lowered_without_an_error) {
   Handle h(plain);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   uint8_t oids[2] = {};
@@ -221,7 +220,7 @@ TEST(FrameDestroyReferences,
   EXPECT_EQ(found, (std::vector<uint32_t>{0, 0}));
 }
 
-TEST(FrameDestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
+TEST(DestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
   Handle h(plain);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   spy::Log log;
@@ -231,7 +230,7 @@ TEST(FrameDestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
                {"ip_address_get_oid_count(7,obj+24,?)", "ip_address_destroy_internal(7,obj+24,0)"});
 }
 
-TEST(FrameDestroyReferences, a_count_that_fails_leaves_its_error_to_the_fields_behind_it) {
+TEST(DestroyReferences, a_count_that_fails_leaves_its_error_to_the_fields_behind_it) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_prefixtosite_data");
   const auto failing = spy::fail(ip_address_get_oid_count, 5);
@@ -250,7 +249,7 @@ TEST(FrameDestroyReferences, a_count_that_fails_leaves_its_error_to_the_fields_b
        "free_fn(7,obj)"});
 }
 
-TEST(FrameDestroyReferences, a_count_that_fails_and_is_not_0_fails_the_list_too) {
+TEST(DestroyReferences, a_count_that_fails_and_is_not_0_fails_the_list_too) {
   Handle h(plain);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   const auto failing = spy::replace(

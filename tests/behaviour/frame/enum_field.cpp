@@ -3,7 +3,7 @@
 
 namespace frame {
 
-TEST(FrameEnumField, get_records_the_field_as_entry_point_and_in_the_record) {
+TEST(EnumField, get_records_the_field_as_entry_point_and_in_the_record) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
@@ -14,7 +14,7 @@ TEST(FrameEnumField, get_records_the_field_as_entry_point_and_in_the_record) {
                      "orkdb_record_containment2(7,obj+32,obj,1)"});
 }
 
-TEST(FrameEnumField, get_value_records_it_once_and_reads_it_directly) {
+TEST(EnumField, get_value_records_it_once_and_reads_it_directly) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   store<uint32_t>(obj.field("tx_state") + 12, 2);
@@ -24,7 +24,7 @@ TEST(FrameEnumField, get_value_records_it_once_and_reads_it_directly) {
                      "orkdb_record_containment2(7,obj+32,obj,1)", "ork_clear_last_error()"});
 }
 
-TEST(FrameEnumField, set_copies_the_whole_enum_and_records_the_source) {
+TEST(EnumField, set_copies_the_whole_enum_and_records_the_source) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
@@ -43,7 +43,7 @@ TEST(FrameEnumField, set_copies_the_whole_enum_and_records_the_source) {
   fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, src);
 }
 
-TEST(FrameEnumField, set_value_adjusts_and_checks_the_enum_behind_both_records) {
+TEST(EnumField, set_value_adjusts_and_checks_the_enum_behind_both_records) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
@@ -60,7 +60,7 @@ TEST(FrameEnumField, set_value_adjusts_and_checks_the_enum_behind_both_records) 
   EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 2u);
 }
 
-TEST(FrameEnumField, a_value_out_of_range_is_refused_and_the_state_byte_marked) {
+TEST(EnumField, a_value_out_of_range_is_refused_and_the_state_byte_marked) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_chan_st");
   fwe_cl_wayfind_chan_st_tx_state_set_value(h, instance, obj, 1, &h.err);
@@ -76,8 +76,7 @@ TEST(FrameEnumField, a_value_out_of_range_is_refused_and_the_state_byte_marked) 
   EXPECT_EQ(h.last_error(), 43u);
 }
 
-TEST(FrameEnumField,
-     a_refused_value_leaves_the_field_but_is_marked_and_recorded_whatever_became_of_the_slot) {
+TEST(EnumField, a_refused_value_leaves_the_field_but_is_marked_and_recorded_whatever_the_slot) {
   for (const uint32_t slot : {0u, 43u}) {
     Handle h(tracked_and_recorded);
     Object obj(h, "fwe_cl_wayfind_chan_nb_st");
@@ -107,7 +106,7 @@ TEST(FrameEnumField,
   }
 }
 
-TEST(FrameEnumField, in_shared_storage_record_and_enum_are_adjusted_by_their_shared_types) {
+TEST(EnumField, in_shared_storage_record_and_enum_are_adjusted_by_their_shared_types) {
   Handle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
@@ -124,7 +123,7 @@ TEST(FrameEnumField, in_shared_storage_record_and_enum_are_adjusted_by_their_sha
   fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, src);
 }
 
-TEST(FrameEnumField, a_later_variant_of_the_enum_itself_takes_any_value) {
+TEST(EnumField, a_later_variant_of_the_enum_itself_takes_any_value) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   obj.field("tx_state")[8] = 1;
@@ -132,7 +131,7 @@ TEST(FrameEnumField, a_later_variant_of_the_enum_itself_takes_any_value) {
   EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 77u);
 }
 
-TEST(FrameEnumField, a_negative_variant_of_the_enum_itself_has_the_range_of_the_first) {
+TEST(EnumField, a_negative_variant_of_the_enum_itself_has_the_range_of_the_first) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   obj.field("tx_state")[8] = 0xFF;

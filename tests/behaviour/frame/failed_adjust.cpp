@@ -31,7 +31,7 @@ struct Path {
 
 }  // namespace
 
-TEST(FrameFailedAdjust, an_enum_is_not_written_but_marked_and_its_source_recorded) {
+TEST(FailedAdjust, an_enum_is_not_written_but_marked_and_its_source_recorded) {
   Handle h(tracked_and_recorded);
   Object obj(h, chan_nb);
   auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
@@ -52,7 +52,7 @@ TEST(FrameFailedAdjust, an_enum_is_not_written_but_marked_and_its_source_recorde
   fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, src);
 }
 
-TEST(FrameFailedAdjust, a_flag_set_is_not_written_but_marked_and_its_source_recorded) {
+TEST(FailedAdjust, a_flag_set_is_not_written_but_marked_and_its_source_recorded) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_hop_chan_st");
   auto* const src = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
@@ -72,7 +72,7 @@ TEST(FrameFailedAdjust, a_flag_set_is_not_written_but_marked_and_its_source_reco
   fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, src);
 }
 
-TEST(FrameFailedAdjust, an_embedded_record_is_written_marked_and_its_source_recorded) {
+TEST(FailedAdjust, an_embedded_record_is_written_marked_and_its_source_recorded) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -88,8 +88,7 @@ TEST(FrameFailedAdjust, an_embedded_record_is_written_marked_and_its_source_reco
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0, 0, 0, 2, 2, 0, 0}));
 }
 
-TEST(FrameFailedAdjust,
-     of_all_values_at_once_the_runtime_is_given_the_scalars_and_no_enum_is_touched) {
+TEST(FailedAdjust, of_all_values_at_once_the_runtime_is_given_the_scalars_and_no_enum_is_touched) {
   Handle h(tracked_and_recorded);
   Object obj(h, chan_nb);
   const Snapshot before = obj.snapshot();
@@ -104,7 +103,7 @@ TEST(FrameFailedAdjust,
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameFailedAdjust, a_text_is_written_marked_and_ended) {
+TEST(FailedAdjust, a_text_is_written_marked_and_ended) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   std::memcpy(obj.field("dscp_str"), "12345678", 8);
@@ -118,8 +117,7 @@ TEST(FrameFailedAdjust, a_text_is_written_marked_and_ended) {
   EXPECT_EQ(obj.state_of("dscp_str"), 2);
 }
 
-TEST(FrameFailedAdjust,
-     the_value_of_an_element_is_written_and_the_error_gives_way_to_that_of_the_elements_getter) {
+TEST(FailedAdjust, an_elements_value_is_written_and_the_error_gives_way_to_its_getters) {
   Path path;
   const auto failing = spy::fail(orklib_adjust_variant, 5);
   spy::Log log;
@@ -130,7 +128,7 @@ TEST(FrameFailedAdjust,
   path.expect(0, {3, 2}, {2, 0});
 }
 
-TEST(FrameFailedAdjust, an_element_is_handed_to_the_runtime_and_marked) {
+TEST(FailedAdjust, an_element_is_handed_to_the_runtime_and_marked) {
   Path path;
   const uint32_t src = 7;
   spy::name_at(&src, "src");
@@ -143,7 +141,7 @@ TEST(FrameFailedAdjust, an_element_is_handed_to_the_runtime_and_marked) {
   path.expect(5, {1, 2}, {0, 2});
 }
 
-TEST(FrameFailedAdjust, all_elements_at_once_are_replaced) {
+TEST(FailedAdjust, all_elements_at_once_are_replaced) {
   Path path;
   const uint32_t src[] = {4, 5, 6};
   const auto failing = spy::fail(orklib_adjust_variant, 5);
@@ -156,7 +154,7 @@ TEST(FrameFailedAdjust, all_elements_at_once_are_replaced) {
   path.expect(5, {4, 5, 6}, {0, 0, 0});
 }
 
-TEST(FrameFailedAdjust, a_state_byte_is_written) {
+TEST(FailedAdjust, a_state_byte_is_written) {
   Handle h(tracked);
   Object obj(h, chan_nb);
   const auto failing = spy::fail(orklib_adjust_variant, 5);

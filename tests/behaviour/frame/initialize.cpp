@@ -16,7 +16,7 @@ static_assert(OBJ_WIRE_MASK == 0x28);
 
 // ---- Initialize ----
 
-TEST(FrameInitialize, does_nothing_with_an_error_standing) {
+TEST(Initialize, does_nothing_with_an_error_standing) {
   Handle h(plain);
   alignas(8) uint8_t block[40] = {};
   const Snapshot before(block, sizeof block);
@@ -30,7 +30,7 @@ TEST(FrameInitialize, does_nothing_with_an_error_standing) {
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST(FrameInitialize, without_notify_announces_nothing_and_without_statistics_counts_nothing) {
+TEST(Initialize, without_notify_announces_nothing_and_without_statistics_counts_nothing) {
   Handle h(tracked);
   alignas(8) uint8_t block[43] = {};
   spy::name(block, 40, "obj");
@@ -45,7 +45,7 @@ TEST(FrameInitialize, without_notify_announces_nothing_and_without_statistics_co
   EXPECT_EQ(h.err, 0u) << "the state base is not asked for without statistics";
 }
 
-TEST(FrameInitialize, the_type_goes_where_the_runtime_says_and_that_place_is_announced) {
+TEST(Initialize, the_type_goes_where_the_runtime_says_and_that_place_is_announced) {
   Handle h(plain);
   alignas(8) uint8_t block[40] = {};
   const ork_type_info* slot = nullptr;
@@ -63,7 +63,7 @@ TEST(FrameInitialize, the_type_goes_where_the_runtime_says_and_that_place_is_ann
   EXPECT_EQ(load<uint64_t>(block), 0u);
 }
 
-TEST(FrameInitialize, the_objects_inside_are_neither_announced_nor_counted_when_the_record_is_not) {
+TEST(Initialize, the_objects_inside_are_neither_announced_nor_counted_when_the_record_is_not) {
   Handle h(tracked);
   alignas(8) uint8_t block[136 + 9] = {};
   spy::name(block, sizeof block, "obj");
@@ -104,7 +104,7 @@ TEST(FrameInitialize, the_objects_inside_are_neither_announced_nor_counted_when_
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameInitialize, a_nested_object_wants_a_state_base_while_tracking) {
+TEST(Initialize, a_nested_object_wants_a_state_base_while_tracking) {
   Handle h(tracked);
   alignas(8) uint8_t block[600 + 51] = {};
   spy::Log log;
@@ -121,8 +121,7 @@ TEST(FrameInitialize, a_nested_object_wants_a_state_base_while_tracking) {
   EXPECT_EQ(log.count("orklib_type_stats_create_object"), 1u) << "the object itself was counted";
 }
 
-TEST(FrameInitialize,
-     a_nested_object_wants_a_state_base_without_records_inside_and_with_a_told_distance_as_well) {
+TEST(Initialize, a_nested_object_wants_a_state_base_even_without_records_and_with_a_told_distance) {
   for (const uint8_t before : {uint8_t{0}, uint8_t{OBJ_STTR_OFFSET}}) {
     Handle h(tracked);
     alignas(8) uint8_t block[88 + 4] = {};
@@ -137,7 +136,7 @@ TEST(FrameInitialize,
   }
 }
 
-TEST(FrameInitialize, a_nested_object_wants_no_state_base_without_tracking) {
+TEST(Initialize, a_nested_object_wants_no_state_base_without_tracking) {
   Handle h(untracked);
   alignas(8) uint8_t block[40] = {};
   fwe_cl_wayfind_mem_st_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_mem_st*>(block),
@@ -148,8 +147,7 @@ TEST(FrameInitialize, a_nested_object_wants_no_state_base_without_tracking) {
                                          reinterpret_cast<fwe_cl_wayfind_mem_st*>(block), 0);
 }
 
-TEST(FrameInitialize,
-     a_variant_count_below_the_variant_but_not_one_like_it_is_traced_and_survived_as_in_destroy) {
+TEST(Initialize, a_variant_count_below_the_variant_but_not_equal_to_it_is_traced_and_survived) {
   for (const int8_t variants : {int8_t{0}, int8_t{1}}) {
     Handle h(plain);
     // The cap is the record's own constant, so a descriptor with fewer variants shows the test.
@@ -172,7 +170,7 @@ TEST(FrameInitialize,
   }
 }
 
-TEST(FrameInitialize, in_shared_storage_the_variants_are_those_of_the_shared_type) {
+TEST(Initialize, in_shared_storage_the_variants_are_those_of_the_shared_type) {
   Handle h({.shared = true});
   ork_type_info type = _fwe_cl_wayfind_auto_tunnel_type_info_internal;
   ork_variant_info info = *type.varinfo;
@@ -189,8 +187,7 @@ TEST(FrameInitialize, in_shared_storage_the_variants_are_those_of_the_shared_typ
                {"trace(info,variant 1 requested only 0 variants present)"});
 }
 
-TEST(FrameInitialize,
-     a_parent_tells_the_runtime_where_its_children_keep_their_state_before_it_makes_them) {
+TEST(Initialize, a_parent_tells_where_its_children_keep_their_state_before_it_makes_them) {
   Handle h(tracked);
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   spy::Log log;
@@ -212,7 +209,7 @@ TEST(FrameInitialize,
   fwe_cl_wayfind_nb_channel_data_destroy(h, instance, obj);
 }
 
-TEST(FrameInitialize, fields_that_are_objects_are_made_in_field_order_whatever_their_variant) {
+TEST(Initialize, fields_that_are_objects_are_made_in_field_order_whatever_their_variant) {
   Handle h(plain);
   const auto old = h.domain({{"fwe_cl_wayfind_hop_chan_st", 0}});
   spy::Log log;
@@ -226,7 +223,7 @@ TEST(FrameInitialize, fields_that_are_objects_are_made_in_field_order_whatever_t
   fwe_cl_wayfind_hop_chan_st_destroy(h, instance, obj);
 }
 
-TEST(FrameInitialize, runtime_objects_get_the_arguments_of_the_record) {
+TEST(Initialize, runtime_objects_get_the_arguments_of_the_record) {
   Handle h(tracked);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_enforce_hop_create(h, instance);
@@ -243,7 +240,7 @@ TEST(FrameInitialize, runtime_objects_get_the_arguments_of_the_record) {
   fwe_cl_wayfind_hop_chan_state_data_destroy(h, instance, param);
 }
 
-TEST(FrameInitialize, children_take_the_base_that_their_parent_worked_out) {
+TEST(Initialize, children_take_the_base_that_their_parent_worked_out) {
   Handle h(tracked);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_inst_data_create(h, instance);
@@ -253,9 +250,7 @@ TEST(FrameInitialize, children_take_the_base_that_their_parent_worked_out) {
   fwe_cl_wayfind_inst_data_destroy(h, instance, obj);
 }
 
-TEST(
-    FrameInitialize,
-    children_are_told_of_a_given_base_unless_their_parent_is_nested_and_of_a_told_distance_always) {
+TEST(Initialize, children_are_told_a_distance_always_and_a_base_unless_their_parent_is_nested) {
   constexpr const char* get_offset = "orklib_get_sttr_offset(7,obj)";
   struct Case {
     uint8_t before, flags; /* set in the header, and given */
@@ -286,7 +281,7 @@ TEST(
   }
 }
 
-TEST(FrameInitialize, children_take_the_base_that_was_given_also_where_a_distance_was_told) {
+TEST(Initialize, children_take_the_base_that_was_given_also_where_a_distance_was_told) {
   alignas(8) uint8_t block[300 + 13];
   struct Case {
     uint8_t* base;
@@ -314,7 +309,7 @@ TEST(FrameInitialize, children_take_the_base_that_was_given_also_where_a_distanc
 
 // ---- Sizes ----
 
-TEST(FrameSizeof, mem_st_is_40_and_43_with_tracking) {
+TEST(Sizeof, mem_st_is_40_and_43_with_tracking) {
   for (const Mode& mode : {plain, untracked}) {
     Handle h(mode);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof(h), 40u);
@@ -330,7 +325,7 @@ TEST(FrameSizeof, mem_st_is_40_and_43_with_tracking) {
 
 // ---- Marking as embedded ----
 
-TEST(FrameEmbedded, marks_the_fields_first_and_the_record_last) {
+TEST(Embedded, marks_the_fields_first_and_the_record_last) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_inst_data");
   spy::Log log;
@@ -345,7 +340,7 @@ TEST(FrameEmbedded, marks_the_fields_first_and_the_record_last) {
   EXPECT_EQ(bytes(obj.get())[154], OBJ_EMBEDDED | OBJ_NESTED);
 }
 
-TEST(FrameEmbedded, marks_enums_flag_sets_link_types_and_booleans_through_their_own_functions) {
+TEST(Embedded, marks_enums_flag_sets_link_types_and_booleans_through_their_own_functions) {
   Handle h(plain);
   Object hop(h, "fwe_cl_wayfind_hop_chan_st");
   fwe_cl_wayfind_hop_chan_st_set_instance_embedded(h, instance, hop);
@@ -370,7 +365,7 @@ TEST(FrameEmbedded, marks_enums_flag_sets_link_types_and_booleans_through_their_
        "ork_boolean_set_instance_embedded(7,select+48)"});
 }
 
-TEST(FrameEmbedded, a_null_object_is_traced_without_an_error) {
+TEST(Embedded, a_null_object_is_traced_without_an_error) {
   Handle h(plain);
   spy::Log log;
   fwe_cl_wayfind_mem_st_set_instance_embedded(h, instance, nullptr);
@@ -380,7 +375,7 @@ TEST(FrameEmbedded, a_null_object_is_traced_without_an_error) {
 
 // ---- References ----
 
-TEST(FrameReferences, no_record_holds_any) {
+TEST(References, no_record_holds_any) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   void* refs[1] = {&h};
@@ -392,7 +387,7 @@ TEST(FrameReferences, no_record_holds_any) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameReferences, an_error_standing_is_traced_and_kept_whether_or_not_there_is_an_object) {
+TEST(References, an_error_standing_is_traced_and_kept_whether_or_not_there_is_an_object) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   h.err = 5;
@@ -407,7 +402,7 @@ TEST(FrameReferences, an_error_standing_is_traced_and_kept_whether_or_not_there_
   }
 }
 
-TEST(FrameReferences, a_null_object_gives_22) {
+TEST(References, a_null_object_gives_22) {
   Handle h(plain);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_get_oid_count(h, instance, nullptr, &h.err), 0u);

@@ -105,7 +105,7 @@ struct DumpGuard {
 
 // ---- Small functions ----
 
-TEST(FrameDescriptor, index_cap_keeps_what_is_below_the_count_and_the_bits_above_the_byte) {
+TEST(Descriptor, index_cap_keeps_what_is_below_the_count_and_the_bits_above_the_byte) {
   EXPECT_EQ(fwe_cl_wayfind_chan_st_variant_data_index_cap(5), 3);
   EXPECT_EQ(fwe_cl_wayfind_chan_st_variant_data_index_cap(3), 3);
   EXPECT_EQ(fwe_cl_wayfind_chan_st_variant_data_index_cap(2), 2);
@@ -116,7 +116,7 @@ TEST(FrameDescriptor, index_cap_keeps_what_is_below_the_count_and_the_bits_above
   EXPECT_EQ(fwe_cl_wayfind_mem_st_variant_data_index_cap(-1), -1);
 }
 
-TEST(FrameDescriptor, the_trace_channel_starts_with_the_modules_name_and_keeps_its_number) {
+TEST(Descriptor, the_trace_channel_starts_with_the_modules_name_and_keeps_its_number) {
   Handle h(plain);
   spy::name_at(&g_ork_fwe_ui_wayfind_trace_module_id, "id");
   spy::Log log;
@@ -131,7 +131,7 @@ TEST(FrameDescriptor, the_trace_channel_starts_with_the_modules_name_and_keeps_i
   EXPECT_EQ(ork_fwe_ui_wayfind_trace_init(), 8);
 }
 
-TEST(FrameDescriptor, every_descriptor_is_the_image_told) {
+TEST(Descriptor, every_descriptor_is_the_image_told) {
   const auto names = registration_order();
   const ork_module* const module = module_record();
   ASSERT_NE(module, nullptr);
@@ -194,7 +194,7 @@ TEST(FrameDescriptor, every_descriptor_is_the_image_told) {
 
 // ---- The dump ----
 
-TEST(FrameDump, prints_a_block_for_each_descriptor_in_order) {
+TEST(Dump, prints_a_block_for_each_descriptor_in_order) {
   const DumpGuard guard;
   fwe_ui_wayfind_type_variant_dump(collect);
   std::vector<std::string> expected;
@@ -220,7 +220,7 @@ TEST(FrameDump, prints_a_block_for_each_descriptor_in_order) {
             96);
 }
 
-TEST(FrameDump, numbers_the_lines_itself) {
+TEST(Dump, numbers_the_lines_itself) {
   const DumpGuard guard;
   auto& entry = _fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0];
   const uint32_t before = std::exchange(entry.variant, 9);
@@ -229,7 +229,7 @@ TEST(FrameDump, numbers_the_lines_itself) {
   EXPECT_EQ(dumped.at(1), "variant 0 used length 32 alloc slop 8\n");
 }
 
-TEST(FrameDumpDeathTest, goes_on_behind_a_descriptor_without_variants) {
+TEST(DumpDeathTest, goes_on_behind_a_descriptor_without_variants) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(dump_without_variants(), testing::ExitedWithCode(0),
               "^trace\\(error,type variant cached info is NULL during usage dump\\)\n$");
@@ -237,19 +237,19 @@ TEST(FrameDumpDeathTest, goes_on_behind_a_descriptor_without_variants) {
 
 // ---- The module list ----
 
-TEST(FrameModule, is_linked_at_load_and_holds_the_96_descriptors) {
+TEST(Module, is_linked_at_load_and_holds_the_96_descriptors) {
   const ork_module* const module = module_record();
   ASSERT_NE(module, nullptr);
   EXPECT_NE(module->prev_link, nullptr);
   EXPECT_EQ(*module->prev_link, module);
 }
 
-TEST(FrameModuleDeathTest, links_once_and_unlinks_harmlessly_twice) {
+TEST(ModuleDeathTest, links_once_and_unlinks_harmlessly_twice) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(link_and_unlink(), testing::ExitedWithCode(0), "");
 }
 
-TEST(FrameModuleDeathTest, the_last_module_hands_its_tail_back) {
+TEST(ModuleDeathTest, the_last_module_hands_its_tail_back) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {

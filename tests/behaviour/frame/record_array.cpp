@@ -35,7 +35,7 @@ void grow(Handle& h, Object& obj, uint32_t index) {
 
 }  // namespace
 
-TEST(FrameRecordArray, the_first_set_makes_tells_initialises_and_copies_in_this_order) {
+TEST(RecordArray, the_first_set_makes_tells_initialises_and_copies_in_this_order) {
   Handle h(tracked_and_recorded);
   Object obj(h, per_complex);
   Object src(h, setting, "src");
@@ -68,7 +68,7 @@ TEST(FrameRecordArray, the_first_set_makes_tells_initialises_and_copies_in_this_
   EXPECT_EQ(elements_of(obj, "dbg_setting")[1], 2);
 }
 
-TEST(FrameRecordArray, without_tracking_the_block_holds_the_elements_alone) {
+TEST(RecordArray, without_tracking_the_block_holds_the_elements_alone) {
   Handle h(untracked);
   Object obj(h, per_complex);
   Object src(h, setting, "src");
@@ -78,7 +78,7 @@ TEST(FrameRecordArray, without_tracking_the_block_holds_the_elements_alone) {
   EXPECT_EQ(block_of(obj, "dbg_setting")[10], OBJ_NESTED);
 }
 
-TEST(FrameRecordArray, growth_tells_new_places_moves_and_forgets_old_ones) {
+TEST(RecordArray, growth_tells_new_places_moves_and_forgets_old_ones) {
   Handle h(tracked_and_recorded);
   Object obj(h, per_complex);
   grow(h, obj, 0);
@@ -135,7 +135,7 @@ TEST(FrameRecordArray, growth_tells_new_places_moves_and_forgets_old_ones) {
   EXPECT_EQ(std::vector<uint8_t>(bytes_now, bytes_now + 5), (std::vector<uint8_t>{9, 2, 0, 2, 2}));
 }
 
-TEST(FrameRecordArray, embedded_records_of_moved_elements_keep_their_state) {
+TEST(RecordArray, embedded_records_of_moved_elements_keep_their_state) {
   Handle h(tracked);
   Object obj(h, all_policies);
   Object src(h, policy, "src");
@@ -156,7 +156,7 @@ TEST(FrameRecordArray, embedded_records_of_moved_elements_keep_their_state) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameRecordArray, arrays_inside_moved_elements_move_along) {
+TEST(RecordArray, arrays_inside_moved_elements_move_along) {
   Handle h(tracked);
   Object obj(h, lb_channels);
   for (uint32_t i = 0; i < 3; ++i) {
@@ -181,7 +181,7 @@ TEST(FrameRecordArray, arrays_inside_moved_elements_move_along) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameRecordArray, get_records_the_element_as_entry_point_and_in_the_object) {
+TEST(RecordArray, get_records_the_element_as_entry_point_and_in_the_object) {
   Handle h(recorded);
   Object obj(h, per_complex);
   grow(h, obj, 1);
@@ -198,7 +198,7 @@ TEST(FrameRecordArray, get_records_the_element_as_entry_point_and_in_the_object)
   EXPECT_EQ(h.err, 2u);
 }
 
-TEST(FrameRecordArray, a_null_source_only_grows_without_tracking) {
+TEST(RecordArray, a_null_source_only_grows_without_tracking) {
   Handle h(plain);
   Object obj(h, per_complex);
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, nullptr, &h.err);
@@ -209,8 +209,7 @@ TEST(FrameRecordArray, a_null_source_only_grows_without_tracking) {
   EXPECT_CALLS(doings(log), {});
 }
 
-TEST(FrameRecordArray,
-     untracked_objects_and_sources_are_refused_behind_the_gate_each_in_its_words) {
+TEST(RecordArray, untracked_objects_and_sources_are_refused_behind_the_gate_each_in_its_words) {
   Handle h(untracked);
   Object obj(h, per_complex);
   Object src(h, setting, "src");
@@ -236,7 +235,7 @@ TEST(FrameRecordArray,
                {"ork_store_err(22)", "trace(error,The val object is not state tracked)"});
 }
 
-TEST(FrameRecordArray, without_memory_nothing_changes) {
+TEST(RecordArray, without_memory_nothing_changes) {
   Handle h(tracked);
   Object obj(h, per_complex);
   grow(h, obj, 0);
@@ -250,7 +249,7 @@ TEST(FrameRecordArray, without_memory_nothing_changes) {
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameRecordArray, without_memory_for_the_element_bytes_the_array_has_grown) {
+TEST(RecordArray, without_memory_for_the_element_bytes_the_array_has_grown) {
   Handle h(tracked);
   Object obj(h, per_complex);
   grow(h, obj, 0);
@@ -265,7 +264,7 @@ TEST(FrameRecordArray, without_memory_for_the_element_bytes_the_array_has_grown)
   EXPECT_EQ(fwe_dp_wayfind_debug_setting_fwe_num_get_value(h, instance, element, &h.err), 100u);
 }
 
-TEST(FrameRecordArray, a_count_of_one_byte_wraps_at_256) {
+TEST(RecordArray, a_count_of_one_byte_wraps_at_256) {
   Handle h(plain);
   Object obj(h, per_complex);
   Object src(h, setting, "src");
@@ -278,7 +277,7 @@ TEST(FrameRecordArray, a_count_of_one_byte_wraps_at_256) {
   EXPECT_NE(block_of(obj, "dbg_setting"), nullptr);
 }
 
-TEST(FrameRecordArray, remove_destroys_each_element_in_order) {
+TEST(RecordArray, remove_destroys_each_element_in_order) {
   Handle h(tracked);
   Object obj(h, per_complex);
   grow(h, obj, 1);
@@ -296,7 +295,7 @@ TEST(FrameRecordArray, remove_destroys_each_element_in_order) {
   EXPECT_EQ(elements_of(obj, "dbg_setting"), elements);
 }
 
-TEST(FrameRecordArray, destroy_visits_each_element_and_frees_both_blocks) {
+TEST(RecordArray, destroy_visits_each_element_and_frees_both_blocks) {
   Handle h(tracked);
   Object obj(h, per_complex);
   grow(h, obj, 1);
@@ -311,7 +310,7 @@ TEST(FrameRecordArray, destroy_visits_each_element_and_frees_both_blocks) {
                 "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameRecordArray, set_cr_uses_the_slot_of_the_handle_and_gives_it_back) {
+TEST(RecordArray, set_cr_uses_the_slot_of_the_handle_and_gives_it_back) {
   Handle h({.cr_instance = 11});
   Object obj(h, per_complex);
   Object src(h, setting, "src");
@@ -333,7 +332,7 @@ TEST(FrameRecordArray, set_cr_uses_the_slot_of_the_handle_and_gives_it_back) {
   h->cr_error = 0;
 }
 
-TEST(FrameRecordArray, a_clone_into_an_element_that_fails_leaves_a_fresh_element) {
+TEST(RecordArray, a_clone_into_an_element_that_fails_leaves_a_fresh_element) {
   Handle h(tracked);
   Object obj(h, per_complex);
   Object src(h, setting, "src");
@@ -358,7 +357,7 @@ TEST(FrameRecordArray, a_clone_into_an_element_that_fails_leaves_a_fresh_element
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameRecordArray, the_fill_of_an_array_of_records_goes_on_to_each_element) {
+TEST(RecordArray, the_fill_of_an_array_of_records_goes_on_to_each_element) {
   Handle h(tracked);
   Object obj(h, per_complex);
   const auto count = obj.field("num_fwes");
@@ -375,8 +374,7 @@ TEST(FrameRecordArray, the_fill_of_an_array_of_records_goes_on_to_each_element) 
   h->free_fn(h->mem_pool, instance, elements);
 }
 
-TEST(FrameRecordArrayDeathTest,
-     reallocation_is_traced_once_in_a_process_for_each_field_before_it_is_tried) {
+TEST(RecordArrayDeathTest, reallocation_is_traced_once_for_each_field_before_it_is_tried) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
@@ -403,7 +401,7 @@ TEST(FrameRecordArrayDeathTest,
       "fwe_dp_wayfind_debug_data_per_complex\\)\nork_store_err\\(12\\)\n$");
 }
 
-TEST(FrameRecordArray, a_scalar_behind_an_array_has_its_byte_behind_the_entry) {
+TEST(RecordArray, a_scalar_behind_an_array_has_its_byte_behind_the_entry) {
   Handle h(tracked);
   Object obj(h, "fwe_dp_wayfind_debug_data");
   fwe_dp_wayfind_debug_data_is_none_set_value(h, instance, obj, 1, &h.err);

@@ -21,8 +21,7 @@ std::vector<std::string> until_the_old_block_goes(const spy::Log& log) {
 
 // ---- What goes along ----
 
-TEST(FrameRecordArrayGrowth,
-     an_embedded_record_is_set_into_its_new_place_before_its_distance_is_forgotten) {
+TEST(RecordArrayGrowth, sets_an_embedded_record_into_place_before_its_distance_is_forgotten) {
   Handle h(tracked);
   Object obj(h, all_policies);
   Object src(h, policy, "src");
@@ -42,7 +41,7 @@ TEST(FrameRecordArrayGrowth,
        "ork_hd_mapping_destroy(7,old+16)", "ork_hd_mapping_destroy(7,old)", "free_fn(7,old)"});
 }
 
-TEST(FrameRecordArrayGrowth, an_array_leaves_the_old_element_before_its_distance_is_forgotten) {
+TEST(RecordArrayGrowth, an_array_leaves_the_old_element_before_its_distance_is_forgotten) {
   Handle h(tracked);
   Object obj(h, "fwe_dp_wayfind_debug_data");
   Object src(h, per_complex, "src");
@@ -59,8 +58,7 @@ TEST(FrameRecordArrayGrowth, an_array_leaves_the_old_element_before_its_distance
        "ork_hd_mapping_destroy(7,old)", "free_fn(7,old)"});
 }
 
-TEST(FrameRecordArrayGrowth,
-     in_watched_storage_each_old_element_is_recorded_and_then_detached_before_its_block_goes) {
+TEST(RecordArrayGrowth, records_then_detaches_each_watched_old_element_before_its_block_goes) {
   Settings s(shared_and_recorded);
   s.set(1);
   spy::name(block_of(s.obj, "dbg_setting"), 112, "old");
@@ -78,8 +76,7 @@ TEST(FrameRecordArrayGrowth,
 
 // ---- Failures ----
 
-TEST(FrameRecordArrayGrowth,
-     asks_for_its_block_in_64_bits_but_with_states_for_no_more_than_31_bits_reach) {
+TEST(RecordArrayGrowth, asks_for_its_block_in_64_bits_but_with_states_only_up_to_31_bits) {
   static std::vector<size_t> asked;
   struct Row {
     Mode mode;
@@ -111,7 +108,7 @@ TEST(FrameRecordArrayGrowth,
   }
 }
 
-TEST(FrameRecordArrayGrowth, a_clone_that_fails_is_marked_all_the_same) {
+TEST(RecordArrayGrowth, a_clone_that_fails_is_marked_all_the_same) {
   Settings s(tracked);
   const auto failing = spy::fail(u_int8_unmarshal, 5);
   EXPECT_EQ(fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set_cr(s.h, s.obj, 1, s.src, 0), 5u);
@@ -120,8 +117,7 @@ TEST(FrameRecordArrayGrowth, a_clone_that_fails_is_marked_all_the_same) {
   EXPECT_EQ(element_bytes(s.obj, "dbg_setting", 2), (std::vector<uint8_t>{0, 2}));
 }
 
-TEST(FrameRecordArrayGrowth,
-     elements_left_by_a_failed_read_close_up_announced_and_keep_their_states_as_they_grow) {
+TEST(RecordArrayGrowth, moves_elements_left_by_a_failed_read_together_announced_with_their_states) {
   Settings from(tracked);
   for (uint8_t i = 0; i < 3; ++i) {
     from.set(i);
@@ -167,8 +163,7 @@ TEST(FrameRecordArrayGrowth,
   }
 }
 
-TEST(FrameRecordArrayGrowth,
-     that_fails_at_an_element_keeps_those_before_it_with_their_states_right_behind_them) {
+TEST(RecordArrayGrowth, that_fails_at_an_element_keeps_those_before_it_and_their_states) {
   Settings s(tracked);
   spy::Log log;
   {
@@ -198,8 +193,7 @@ TEST(FrameRecordArrayGrowth,
   EXPECT_EQ(count_of<uint8_t>(s.obj, "num_fwes"), 3u);
 }
 
-TEST(FrameRecordArrayGrowth,
-     records_inside_the_elements_left_by_a_failed_read_are_told_where_their_states_are_now) {
+TEST(RecordArrayGrowth, tells_records_in_elements_left_by_a_failed_read_where_their_states_are) {
   Handle h(tracked);
   const auto mem = [&](const Object& obj, uint32_t i) {
     auto* const element =
@@ -247,7 +241,7 @@ TEST(FrameRecordArrayGrowth,
 
 // ---- Counters of one byte ----
 
-TEST(FrameByteCount, holds_255_elements_on_the_wire_and_back) {
+TEST(ByteCount, holds_255_elements_on_the_wire_and_back) {
   Settings s(plain);
   fwe_dp_wayfind_debug_setting_fwe_num_set_value(s.h, instance, s.src, 42, &s.h.err);
   s.set(254);
@@ -267,7 +261,7 @@ TEST(FrameByteCount, holds_255_elements_on_the_wire_and_back) {
   EXPECT_EQ(read.h.err, 0u);
 }
 
-TEST(FrameByteCount, at_index_255_is_0_while_the_element_is_marked) {
+TEST(ByteCount, at_index_255_is_0_while_the_element_is_marked) {
   Settings s(tracked);
   s.set(255);
   EXPECT_EQ(s.h.err, 0u);
@@ -278,8 +272,7 @@ TEST(FrameByteCount, at_index_255_is_0_while_the_element_is_marked) {
   EXPECT_EQ(element_bytes(s.obj, "dbg_setting", 256), expected);
 }
 
-TEST(FrameByteCount,
-     that_has_wrapped_still_leads_growth_to_the_states_of_the_elements_that_it_counts) {
+TEST(ByteCount, that_has_wrapped_still_leads_growth_to_the_states_of_the_elements_that_it_counts) {
   Settings s(tracked);
   s.set(256);
   EXPECT_EQ(count_of<uint8_t>(s.obj, "num_fwes"), 1u);
@@ -296,12 +289,12 @@ TEST(FrameByteCount,
   EXPECT_EQ(s.h.err, 0u);
 }
 
-TEST(FrameByteCount, wraps_while_elements_are_read_from_xml) {
+TEST(ByteCount, wraps_while_elements_are_read_from_xml) {
   std::string text = "<d>";
   for (int i = 0; i < 258; ++i) {
     text += "<dbg_per_complex/>";
   }
-  const forms::Document document = forms::parsed(text + "</d>");
+  const encoders::Document document = encoders::parsed(text + "</d>");
   for (const Mode& mode : {plain, tracked}) {
     Handle h(mode);
     Object obj(h, "fwe_dp_wayfind_debug_data");

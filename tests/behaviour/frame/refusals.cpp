@@ -8,7 +8,7 @@ namespace frame {
 namespace {
 
 // A recording handle whose runtime raises no variant, and one object that has no field.
-struct FrameRefusal : testing::Test {
+struct Refusals : testing::Test {
   Handle h{tracked_and_recorded};
   spy::Replacement stay = spy::answer(orklib_adjust_variant, 0);
 
@@ -43,7 +43,7 @@ struct FrameRefusal : testing::Test {
 
 }  // namespace
 
-TEST_F(FrameRefusal, of_a_value_ends_the_call) {
+TEST_F(Refusals, of_a_value_ends_the_call) {
   const std::string record = "fwe_cl_wayfind_mem_st";
   const std::string variant = "ork_get_instance_variant(obj,1,0)";
   Object obj(h, record);
@@ -58,7 +58,7 @@ TEST_F(FrameRefusal, of_a_value_ends_the_call) {
          [&] { fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, obj, 1, &h.err); });
 }
 
-TEST_F(FrameRefusal, of_an_enum_ends_the_call) {
+TEST_F(Refusals, of_an_enum_ends_the_call) {
   const std::string record = "fwe_cl_wayfind_chan_nb_st";
   const std::string variant = "ork_get_instance_variant(obj,1,1)";
   Object obj(h, record);
@@ -76,7 +76,7 @@ TEST_F(FrameRefusal, of_an_enum_ends_the_call) {
   fwe_cl_wayfind_chan_tx_state_e_destroy(h, instance, src);
 }
 
-TEST_F(FrameRefusal, of_an_embedded_record_ends_the_call) {
+TEST_F(Refusals, of_an_embedded_record_ends_the_call) {
   const std::string record = "fwe_cl_wayfind_nb_channel_data";
   const std::string variant = "ork_get_instance_variant(obj,1,0)";
   Object obj(h, record);
@@ -89,7 +89,7 @@ TEST_F(FrameRefusal, of_an_embedded_record_ends_the_call) {
 }
 
 // The mode word is read for a copy alone; a corrupted one would end the process.
-TEST_F(FrameRefusal, of_a_copy_and_a_copy_onto_itself_come_before_the_mode_word) {
+TEST_F(Refusals, of_a_copy_and_a_copy_onto_itself_come_before_the_mode_word) {
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
   dst.head().variant = -1;

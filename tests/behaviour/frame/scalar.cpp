@@ -3,7 +3,7 @@
 
 namespace frame {
 
-TEST(FrameScalar, get_lends_the_value_and_records_it) {
+TEST(Scalar, get_lends_the_value_and_records_it) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -13,7 +13,7 @@ TEST(FrameScalar, get_lends_the_value_and_records_it) {
                      "u_int32_get(7,obj+12,err)", "orkdb_record_containment2(7,obj+12,obj,1)"});
 }
 
-TEST(FrameScalar, get_value_reads_through_the_lent_pointer) {
+TEST(Scalar, get_value_reads_through_the_lent_pointer) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   store<uint64_t>(obj.field("ppe_addr"), 0x1122334455667788);
@@ -25,7 +25,7 @@ TEST(FrameScalar, get_value_reads_through_the_lent_pointer) {
                      "u_int64_get_value(7,obj+16,err)"});
 }
 
-TEST(FrameScalar, a_null_pointer_is_lent_and_recorded_as_such_and_its_value_is_0) {
+TEST(Scalar, a_null_pointer_is_lent_and_recorded_as_such_and_its_value_is_0) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   store<uint32_t>(obj.field("fwe_num"), 5);
@@ -40,7 +40,7 @@ TEST(FrameScalar, a_null_pointer_is_lent_and_recorded_as_such_and_its_value_is_0
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameScalar, set_on_a_tracked_object_writes_marks_and_records_the_source) {
+TEST(Scalar, set_on_a_tracked_object_writes_marks_and_records_the_source) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const uint32_t src = 5;
@@ -55,7 +55,7 @@ TEST(FrameScalar, set_on_a_tracked_object_writes_marks_and_records_the_source) {
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{2, 0, 0}));
 }
 
-TEST(FrameScalar, set_value_on_a_tracked_object_records_the_field_twice) {
+TEST(Scalar, set_value_on_a_tracked_object_records_the_field_twice) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -70,7 +70,7 @@ TEST(FrameScalar, set_value_on_a_tracked_object_records_the_field_twice) {
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{2, 0, 0}));
 }
 
-TEST(FrameScalar, without_tracking_and_recording_neither_is_touched) {
+TEST(Scalar, without_tracking_and_recording_neither_is_touched) {
   Handle h(untracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -82,7 +82,7 @@ TEST(FrameScalar, without_tracking_and_recording_neither_is_touched) {
                      "u_int64_set_value(7,obj+24,9,err)"});
 }
 
-TEST(FrameScalar, set_value_through_a_null_pointer_gives_2_and_still_records_it) {
+TEST(Scalar, set_value_through_a_null_pointer_gives_2_and_still_records_it) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto nothing = spy::answer(u_int32_get, nullptr);
@@ -97,7 +97,7 @@ TEST(FrameScalar, set_value_through_a_null_pointer_gives_2_and_still_records_it)
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameScalar, set_value_stops_behind_the_records_when_the_first_half_failed) {
+TEST(Scalar, set_value_stops_behind_the_records_when_the_first_half_failed) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(u_int32_get, 5);
@@ -110,7 +110,7 @@ TEST(FrameScalar, set_value_stops_behind_the_records_when_the_first_half_failed)
       {"orkdb_record_containment2(7,null,obj,1)", "orkdb_record_containment2(7,null,obj,1)"});
 }
 
-TEST(FrameScalar, set_value_whose_adjust_fails_goes_straight_to_the_second_record) {
+TEST(Scalar, set_value_whose_adjust_fails_goes_straight_to_the_second_record) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(orklib_adjust_variant, 5);
@@ -123,7 +123,7 @@ TEST(FrameScalar, set_value_whose_adjust_fails_goes_straight_to_the_second_recor
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST(FrameScalar, set_value_passes_the_gate_twice) {
+TEST(Scalar, set_value_passes_the_gate_twice) {
   for (const uint32_t slot : {0u, 43u}) {
     for (const auto set_value : {fwe_cl_wayfind_chan_nb_st_chan_id_set_value,
                                  fwe_cl_wayfind_chan_nb_st_tx_state_set_value}) {
@@ -155,7 +155,7 @@ TEST(FrameScalar, set_value_passes_the_gate_twice) {
   }
 }
 
-TEST(FrameScalar, set_goes_on_when_the_adjust_failed) {
+TEST(Scalar, set_goes_on_when_the_adjust_failed) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const uint32_t src = 5;
@@ -169,7 +169,7 @@ TEST(FrameScalar, set_goes_on_when_the_adjust_failed) {
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST(FrameScalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_the_same) {
+TEST(Scalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_the_same) {
   Handle h(tracked_and_recorded);
   Object mem(h, "fwe_cl_wayfind_mem_st");
   const uint32_t src = 5;
@@ -197,7 +197,7 @@ TEST(FrameScalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_th
                {"write_notify_fn(state+3,1,7,null)", "orkdb_record_containment2(7,address,obj,1)"});
 }
 
-TEST(FrameScalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
+TEST(Scalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   ork_store_err(h, 22);
@@ -217,7 +217,7 @@ TEST(FrameScalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
   EXPECT_EQ(h.last_error(), 22u);
 }
 
-TEST(FrameScalar, an_object_of_a_negative_variant_has_no_field) {
+TEST(Scalar, an_object_of_a_negative_variant_has_no_field) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
@@ -238,7 +238,7 @@ TEST(FrameScalar, an_object_of_a_negative_variant_has_no_field) {
   obj.head().variant = 0;
 }
 
-TEST(FrameScalar, the_slot_may_be_written_by_the_runtime_and_the_accessor_returns_either_way) {
+TEST(Scalar, the_slot_may_be_written_by_the_runtime_and_the_accessor_returns_either_way) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().variant = -1;
@@ -248,7 +248,7 @@ TEST(FrameScalar, the_slot_may_be_written_by_the_runtime_and_the_accessor_return
   obj.head().variant = 0;
 }
 
-TEST(FrameScalar, a_child_set_that_fails_is_marked_and_recorded_whatever_became_of_the_slot) {
+TEST(Scalar, a_child_set_that_fails_is_marked_and_recorded_whatever_became_of_the_slot) {
   for (const uint32_t slot : {0u, 43u}) {
     Handle h(tracked_and_recorded);
     Object obj(h, "fwe_cl_wayfind_nb_channel_data");
@@ -272,7 +272,7 @@ TEST(FrameScalar, a_child_set_that_fails_is_marked_and_recorded_whatever_became_
 
 // ---- Marks ----
 
-TEST(FrameMark, an_untracked_object_under_a_tracking_handle_gives_22_behind_the_write) {
+TEST(Mark, an_untracked_object_under_a_tracking_handle_gives_22_behind_the_write) {
   Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
   Object obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
@@ -294,7 +294,7 @@ TEST(FrameMark, an_untracked_object_under_a_tracking_handle_gives_22_behind_the_
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameMark, a_tracked_object_is_not_marked_once_tracking_is_off) {
+TEST(Mark, a_tracked_object_is_not_marked_once_tracking_is_off) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
@@ -304,7 +304,7 @@ TEST(FrameMark, a_tracked_object_is_not_marked_once_tracking_is_off) {
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
 }
 
-TEST(FrameMarkDeathTest, a_corrupted_mode_word_ends_the_process) {
+TEST(MarkDeathTest, a_corrupted_mode_word_ends_the_process) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -319,7 +319,7 @@ TEST(FrameMarkDeathTest, a_corrupted_mode_word_ends_the_process) {
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
-TEST(FrameMark, a_told_distance_leads_to_the_byte) {
+TEST(Mark, a_told_distance_leads_to_the_byte) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
@@ -333,7 +333,7 @@ TEST(FrameMark, a_told_distance_leads_to_the_byte) {
 
 // ---- Object fields ----
 
-TEST(FrameObjectField, an_address_is_lent_with_both_records_and_set_by_its_own_function) {
+TEST(ObjectField, an_address_is_lent_with_both_records_and_set_by_its_own_function) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   ork_ip_address src{};
@@ -354,7 +354,7 @@ TEST(FrameObjectField, an_address_is_lent_with_both_records_and_set_by_its_own_f
                 "write_notify_fn(state+3,1,7,null)", "orkdb_record_containment2(7,src,obj,1)"});
 }
 
-TEST(FrameObjectField, set_goes_on_when_the_adjust_failed) {
+TEST(ObjectField, set_goes_on_when_the_adjust_failed) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_pal_wayfind_site_prefix_data");
   const ork_ip_address src{};
@@ -368,7 +368,7 @@ TEST(FrameObjectField, set_goes_on_when_the_adjust_failed) {
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST(FrameObjectField, a_link_type_is_a_scalar) {
+TEST(ObjectField, a_link_type_is_a_scalar) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_enforce_hop");
   spy::Log log;
@@ -381,7 +381,7 @@ TEST(FrameObjectField, a_link_type_is_a_scalar) {
   EXPECT_EQ(fwe_cl_wayfind_enforce_hop_linktype_get_value(h, instance, obj, &h.err), 6u);
 }
 
-TEST(FrameObjectField, an_embedded_record_is_set_by_its_own_set_and_marked_in_the_parent) {
+TEST(ObjectField, an_embedded_record_is_set_by_its_own_set_and_marked_in_the_parent) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -403,7 +403,7 @@ TEST(FrameObjectField, an_embedded_record_is_set_by_its_own_set_and_marked_in_th
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0, 0, 0, 2, 2, 0, 0}));
 }
 
-TEST(FrameObjectField, a_flag_set_is_copied_by_its_own_set) {
+TEST(ObjectField, a_flag_set_is_copied_by_its_own_set) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_hop_chan_st");
   auto* const src = fwe_cl_wayfind_hop_chan_flags_create(h, instance);

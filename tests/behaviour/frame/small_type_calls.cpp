@@ -6,7 +6,7 @@ namespace frame {
 
 namespace {
 
-class EverySmallType : public testing::TestWithParam<unsigned> {
+class SmallTypeCalls : public testing::TestWithParam<unsigned> {
  protected:
   template <class F>
   F* function(const char* suffix) const {
@@ -80,7 +80,7 @@ std::vector<std::string> hooks(const spy::Log& log) {
 
 // ---- Lifecycle ----
 
-TEST_P(EverySmallType, create_tells_the_hooks_of_the_object_of_null_and_of_the_sentinel) {
+TEST_P(SmallTypeCalls, create_tells_the_hooks_of_the_object_of_null_and_of_the_sentinel) {
   Handle h(shared_and_recorded);
   spy::Log log;
   void* const obj = create(h);
@@ -102,7 +102,7 @@ TEST_P(EverySmallType, create_tells_the_hooks_of_the_object_of_null_and_of_the_s
   destroy(h, obj);
 }
 
-TEST_P(EverySmallType, destroy_tells_the_hook_of_shared_storage_before_the_storage_goes) {
+TEST_P(SmallTypeCalls, destroy_tells_the_hook_of_shared_storage_before_the_storage_goes) {
   Handle h(shared_and_recorded);
   void* const obj = create(h);
   spy::Log log;
@@ -112,7 +112,7 @@ TEST_P(EverySmallType, destroy_tells_the_hook_of_shared_storage_before_the_stora
       {"orkdb_plat_set_destroy(7,obj)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST_P(EverySmallType, the_platform_hooks_want_recording_an_instance_and_watched_storage) {
+TEST_P(SmallTypeCalls, the_platform_hooks_want_recording_an_instance_and_watched_storage) {
   const struct {
     Mode mode;
     uint32_t in, shared_types;
@@ -131,8 +131,7 @@ TEST_P(EverySmallType, the_platform_hooks_want_recording_an_instance_and_watched
   }
 }
 
-TEST_P(EverySmallType,
-       destroy_counts_announces_the_slot_and_gives_the_block_back_whatever_the_mode) {
+TEST_P(SmallTypeCalls, destroy_counts_announces_the_slot_and_frees_the_block_whatever_the_mode) {
   for (const Mode& mode : {plain, tracked}) {
     Handle h(mode);
     void* const obj = create(h);
@@ -150,7 +149,7 @@ TEST_P(EverySmallType,
   }
 }
 
-TEST_P(EverySmallType, destroy_in_place_counts_and_leaves_the_storage_to_its_owner) {
+TEST_P(SmallTypeCalls, destroy_in_place_counts_and_leaves_the_storage_to_its_owner) {
   Handle h(shared_and_recorded);
   void* const obj = create(h);
   auto* const type = load<const ork_type_info*>(obj);
@@ -167,7 +166,7 @@ TEST_P(EverySmallType, destroy_in_place_counts_and_leaves_the_storage_to_its_own
   h->free_fn(h->mem_pool, instance, obj);
 }
 
-TEST_P(EverySmallType, a_negative_variant_counts_neither_birth_nor_death) {
+TEST_P(SmallTypeCalls, a_negative_variant_counts_neither_birth_nor_death) {
   Handle h(plain);
   const auto none = h.domain({{small.name, int8_t{-1}}});
   const uint64_t created = statistics.create_count;
@@ -181,7 +180,7 @@ TEST_P(EverySmallType, a_negative_variant_counts_neither_birth_nor_death) {
   EXPECT_EQ(statistics.destroy_count, destroyed);
 }
 
-TEST_P(EverySmallType, a_create_whose_look_up_fails_stays_counted) {
+TEST_P(SmallTypeCalls, a_create_whose_look_up_fails_stays_counted) {
   Handle h(plain);
   const auto failing = spy::fail(ork_domain_lookup_variant, 5);
   const uint64_t created = statistics.create_count;
@@ -189,8 +188,7 @@ TEST_P(EverySmallType, a_create_whose_look_up_fails_stays_counted) {
   EXPECT_EQ(statistics.create_count, created + 1);
 }
 
-TEST_P(EverySmallType,
-       without_statistics_initialize_writes_the_header_alone_and_wants_no_variant_block) {
+TEST_P(SmallTypeCalls, without_statistics_initialize_writes_only_the_header_and_wants_no_variants) {
   Handle h(plain);
   ork_type_info bare = *schema.type;
   bare.varinfo = nullptr;
@@ -214,7 +212,7 @@ TEST_P(EverySmallType,
   }
 }
 
-TEST_P(EverySmallType, a_block_that_the_slot_owns_goes_first) {
+TEST_P(SmallTypeCalls, a_block_that_the_slot_owns_goes_first) {
   for (const bool owned : {true, false}) {
     Handle h(plain);
     void* const obj = create(h);
@@ -234,7 +232,7 @@ TEST_P(EverySmallType, a_block_that_the_slot_owns_goes_first) {
 
 // ---- Upgrade and values ----
 
-TEST_P(EverySmallType, adjust_variant_hands_on_whatever_stands_in_the_slot) {
+TEST_P(SmallTypeCalls, adjust_variant_hands_on_whatever_stands_in_the_slot) {
   Handle h(plain);
   void* const obj = create(h);
   const auto adjust =
@@ -255,7 +253,7 @@ TEST_P(EverySmallType, adjust_variant_hands_on_whatever_stands_in_the_slot) {
 
 // Enums hand the runtime what stands in the slot, the flag set what the runtime says that stands
 // there.
-TEST_P(EverySmallType, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifested_type) {
+TEST_P(SmallTypeCalls, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifested_type) {
   Handle h(plain);
   void* const obj = create(h);
   {
@@ -273,7 +271,7 @@ TEST_P(EverySmallType, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifest
   destroy(h, obj);
 }
 
-TEST_P(EverySmallType, writes_go_on_behind_an_upgrade_that_fails) {
+TEST_P(SmallTypeCalls, writes_go_on_behind_an_upgrade_that_fails) {
   Handle h(plain);
   void* const obj = create(h);
   void* const src = create(h);
@@ -297,7 +295,7 @@ TEST_P(EverySmallType, writes_go_on_behind_an_upgrade_that_fails) {
   destroy(h, obj);
 }
 
-TEST_P(EverySmallType, get_value_calls_nothing) {
+TEST_P(SmallTypeCalls, get_value_calls_nothing) {
   Handle h(recorded);
   void* const obj = create(h);
   value_of(obj) = 2;
@@ -312,7 +310,7 @@ TEST_P(EverySmallType, get_value_calls_nothing) {
   destroy(h, obj);
 }
 
-TEST_P(EverySmallType, is_valid_answers_with_an_error_standing) {
+TEST_P(SmallTypeCalls, is_valid_answers_with_an_error_standing) {
   Handle h(plain);
   h->cr_error = 5;
   const auto is_valid = function<uint32_t(ork_handle*, uint32_t)>("_is_valid_cr");
@@ -327,7 +325,7 @@ TEST_P(EverySmallType, is_valid_answers_with_an_error_standing) {
 
 // ---- Wire ----
 
-TEST_P(EverySmallType, with_an_error_standing_nothing_is_written_or_read) {
+TEST_P(SmallTypeCalls, with_an_error_standing_nothing_is_written_or_read) {
   Handle h(plain);
   void* const obj = create(h);
   const Snapshot before(obj, small.size);
@@ -345,7 +343,7 @@ TEST_P(EverySmallType, with_an_error_standing_nothing_is_written_or_read) {
   destroy(h, obj);
 }
 
-TEST_P(EverySmallType, a_read_object_points_at_its_type_or_at_the_shared_copy) {
+TEST_P(SmallTypeCalls, a_read_object_points_at_its_type_or_at_the_shared_copy) {
   with_unread([&](Handle& h, void* obj, const ork_type_info* expected, size_t asked) {
     spy::Log log;
     unmarshal(h, image(0), obj);
@@ -358,8 +356,7 @@ TEST_P(EverySmallType, a_read_object_points_at_its_type_or_at_the_shared_copy) {
 }
 
 // The flag set's byte is read where the image ended, behind the one that the image has.
-TEST_P(EverySmallType,
-       a_header_from_the_wire_is_stored_before_what_is_behind_it_is_read_and_also_when_that_fails) {
+TEST_P(SmallTypeCalls, a_header_from_the_wire_is_stored_even_if_what_follows_fails) {
   with_unread([&](Handle& h, void* obj, const ork_type_info* expected, size_t asked) {
     header(obj).variant_cap = 2;
     spy::Log log;
@@ -382,7 +379,7 @@ TEST_P(EverySmallType,
   });
 }
 
-TEST_P(EverySmallType, a_variant_from_the_wire_is_lowered_to_the_newest_of_the_object) {
+TEST_P(SmallTypeCalls, a_variant_from_the_wire_is_lowered_to_the_newest_of_the_object) {
   Handle h(plain);
   void* const obj = create(h);
   header(obj).variant_cap = 2;
@@ -395,7 +392,7 @@ TEST_P(EverySmallType, a_variant_from_the_wire_is_lowered_to_the_newest_of_the_o
   destroy(h, obj);
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, EverySmallType, testing::Range(0u, 12u), [](const auto& which) {
+INSTANTIATE_TEST_SUITE_P(Types, SmallTypeCalls, testing::Range(0u, 12u), [](const auto& which) {
   return std::string(wayfind_small_types[which.param].name);
 });
 

@@ -42,7 +42,7 @@ struct FlagObject {
 
 // ---- Lifecycle ----
 
-TEST(FrameEnum, create_counts_by_itself_and_starts_no_trace_module) {
+TEST(Enum, create_counts_by_itself_and_starts_no_trace_module) {
   Handle h(tracked);
   auto& entry = _fwe_cl_wayfind_chan_tx_state_e_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;
@@ -68,7 +68,7 @@ TEST(FrameEnum, create_counts_by_itself_and_starts_no_trace_module) {
   EXPECT_EQ(entry.destroy_count, destroyed + 1);
 }
 
-TEST(FrameEnum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_failure) {
+TEST(Enum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_failure) {
   Handle h({.cr_instance = 9});
   uint32_t seen = 2;
   const auto watch =
@@ -96,7 +96,7 @@ TEST(FrameEnum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_fai
   h->cr_error = 0;
 }
 
-TEST(FrameSmall, in_cr_style_all_are_made_and_given_back_for_the_instance_of_the_handle) {
+TEST(SmallTypes, in_cr_style_all_are_made_and_given_back_for_the_instance_of_the_handle) {
   Handle h({.cr_instance = 9});
   for (unsigned i = 0; i < wayfind_small_type_count; ++i) {
     const wayfind_small_type& type = wayfind_small_types[i];
@@ -112,7 +112,7 @@ TEST(FrameSmall, in_cr_style_all_are_made_and_given_back_for_the_instance_of_the
   }
 }
 
-TEST(FrameEnum, a_start_that_fails_is_traced_in_the_enums_words) {
+TEST(Enum, a_start_that_fails_is_traced_in_the_enums_words) {
   Handle h(plain);
   const auto failing = spy::fail(ork_domain_lookup_variant, 5);
   spy::Log log;
@@ -122,14 +122,14 @@ TEST(FrameEnum, a_start_that_fails_is_traced_in_the_enums_words) {
                 "free_fn(7,new1)"});
 }
 
-TEST(FrameEnum, without_memory_the_plain_form_gives_null) {
+TEST(Enum, without_memory_the_plain_form_gives_null) {
   Handle h(plain);
   spy::fail_alloc(1);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_create(h, instance), nullptr);
   EXPECT_EQ(h.last_error(), 0u);
 }
 
-TEST(FrameEnum, in_shared_storage_it_points_at_the_shared_copy_and_counts_there) {
+TEST(Enum, in_shared_storage_it_points_at_the_shared_copy_and_counts_there) {
   Handle h({.shared = true});
   auto* const obj = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
   const auto* const type = load<const ork_type_info*>(obj);
@@ -139,7 +139,7 @@ TEST(FrameEnum, in_shared_storage_it_points_at_the_shared_copy_and_counts_there)
   EXPECT_EQ(type->varinfo->entries[0].destroy_count, 1u);
 }
 
-TEST(FrameEnum, marks_itself_embedded_and_traces_null_in_words_of_its_own) {
+TEST(Enum, marks_itself_embedded_and_traces_null_in_words_of_its_own) {
   Handle h(plain);
   EnumObject obj(h);
   spy::Log log;
@@ -150,7 +150,7 @@ TEST(FrameEnum, marks_itself_embedded_and_traces_null_in_words_of_its_own) {
   EXPECT_EQ(header(obj).obj_flags, OBJ_EMBEDDED);
 }
 
-TEST(FrameEnum, holds_no_references_and_says_so_in_four_texts) {
+TEST(Enum, holds_no_references_and_says_so_in_four_texts) {
   Handle h(plain);
   EnumObject obj(h);
   spy::Log log;
@@ -170,7 +170,7 @@ TEST(FrameEnum, holds_no_references_and_says_so_in_four_texts) {
                 "trace(error,Error present in call to get table references from object)"});
 }
 
-TEST(FrameEnumDeathTest, broken_descriptors_end_the_process) {
+TEST(EnumDeathTest, broken_descriptors_end_the_process) {
   Handle h(plain);
   EnumObject obj(h);
   const auto* const type = load<const ork_type_info*>(obj.obj);
@@ -189,7 +189,7 @@ TEST(FrameEnumDeathTest, broken_descriptors_end_the_process) {
 
 // ---- Values ----
 
-TEST(FrameEnum, set_value_adjusts_checks_and_announces_four_bytes) {
+TEST(Enum, set_value_adjusts_checks_and_announces_four_bytes) {
   Handle h(plain);
   EnumObject obj(h);
   spy::Log log;
@@ -202,7 +202,7 @@ TEST(FrameEnum, set_value_adjusts_checks_and_announces_four_bytes) {
   EXPECT_EQ(value_of(obj), 2u);
 }
 
-TEST(FrameEnum, set_copies_all_sixteen_bytes_header_included) {
+TEST(Enum, set_copies_all_sixteen_bytes_header_included) {
   Handle h(plain);
   EnumObject obj(h);
   EnumObject src(h, "src");
@@ -214,7 +214,7 @@ TEST(FrameEnum, set_copies_all_sixteen_bytes_header_included) {
   EXPECT_EQ(std::memcmp(obj.obj, src.obj, 16), 0);
 }
 
-TEST(FrameEnum, refuses_values_out_of_range_without_a_sign) {
+TEST(Enum, refuses_values_out_of_range_without_a_sign) {
   Handle h(plain);
   EnumObject obj(h);
   EnumObject src(h, "src");
@@ -231,7 +231,7 @@ TEST(FrameEnum, refuses_values_out_of_range_without_a_sign) {
   EXPECT_EQ(value_of(obj), 0u);
 }
 
-TEST(FrameEnum, an_error_standing_stops_set_and_get) {
+TEST(Enum, an_error_standing_stops_set_and_get) {
   Handle h(plain);
   EnumObject obj(h);
   EnumObject src(h, "src");
@@ -245,7 +245,7 @@ TEST(FrameEnum, an_error_standing_stops_set_and_get) {
   EXPECT_EQ(value_of(obj), 2u);
 }
 
-TEST(FrameEnum, get_gives_the_object_back_and_get_value_wants_one) {
+TEST(Enum, get_gives_the_object_back_and_get_value_wants_one) {
   Handle h(recorded);
   EnumObject obj(h);
   value_of(obj) = 2;
@@ -259,7 +259,7 @@ TEST(FrameEnum, get_gives_the_object_back_and_get_value_wants_one) {
   EXPECT_EQ(log.count("ork_store_err"), 1u);
 }
 
-TEST(FrameEnum, is_valid_compares_with_a_sign_and_asks_the_domain) {
+TEST(Enum, is_valid_compares_with_a_sign_and_asks_the_domain) {
   Handle h(plain);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_is_valid_cr(h, 2), 1u);
@@ -271,7 +271,7 @@ TEST(FrameEnum, is_valid_compares_with_a_sign_and_asks_the_domain) {
   EXPECT_EQ(fwe_cl_wayfind_select_tc_type_e_is_valid_cr(h, 4), 1u);
 }
 
-TEST(FrameEnum, small_answers) {
+TEST(Enum, small_answers) {
   Handle h(tracked);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_sizeof(), 16u);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_len(), 5u);
@@ -296,7 +296,7 @@ TEST(FrameEnum, small_answers) {
 
 // ---- Flags ----
 
-TEST(FrameFlags, single_bits_are_set_cleared_and_read) {
+TEST(Flags, single_bits_are_set_cleared_and_read) {
   Handle h(plain);
   FlagObject obj(h);
   spy::Log log;
@@ -315,7 +315,7 @@ TEST(FrameFlags, single_bits_are_set_cleared_and_read) {
   EXPECT_EQ(flags_of(obj), 0x10);
 }
 
-TEST(FrameFlags, numbers_out_of_range_and_null_are_refused) {
+TEST(Flags, numbers_out_of_range_and_null_are_refused) {
   Handle h(plain);
   FlagObject obj(h);
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, obj, 5, 1, &h.err);
@@ -339,7 +339,7 @@ TEST(FrameFlags, numbers_out_of_range_and_null_are_refused) {
                {"ork_domain_lookup_variant(domain,type(fwe_cl_wayfind_hop_chan_flags),cr_error)"});
 }
 
-TEST(FrameFlags, set_copies_all_24_bytes_and_get_makes_no_record) {
+TEST(Flags, set_copies_all_24_bytes_and_get_makes_no_record) {
   Handle h(recorded);
   FlagObject obj(h);
   FlagObject src(h, "src");
@@ -361,7 +361,7 @@ TEST(FrameFlags, set_copies_all_24_bytes_and_get_makes_no_record) {
   EXPECT_CALLS(log, {});
 }
 
-TEST(FrameFlags, cr_forms_use_the_slot_and_the_instance_of_the_handle) {
+TEST(Flags, cr_forms_use_the_slot_and_the_instance_of_the_handle) {
   Handle h({.cr_instance = 11});
   FlagObject obj(h);
   spy::Log log;
@@ -381,7 +381,7 @@ TEST(FrameFlags, cr_forms_use_the_slot_and_the_instance_of_the_handle) {
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_sizeof(), 24u);
 }
 
-TEST(FrameFlags, compare_subtracts_the_bytes) {
+TEST(Flags, compare_subtracts_the_bytes) {
   Handle h(plain);
   FlagObject a(h, "a");
   FlagObject b(h, "b");
@@ -393,7 +393,7 @@ TEST(FrameFlags, compare_subtracts_the_bytes) {
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_hash(nullptr, 3), 3u);
 }
 
-TEST(FrameFlags, create_allocates_24_bytes_and_counts_by_itself) {
+TEST(Flags, create_allocates_24_bytes_and_counts_by_itself) {
   Handle h(plain);
   auto& entry = _fwe_cl_wayfind_hop_chan_flags_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;

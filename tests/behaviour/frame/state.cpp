@@ -3,7 +3,7 @@
 
 namespace frame {
 
-TEST(FrameState, the_getter_reads_the_byte) {
+TEST(State, the_getter_reads_the_byte) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.state()[1] = 200;
@@ -12,7 +12,7 @@ TEST(FrameState, the_getter_reads_the_byte) {
   EXPECT_CALLS(log, {});
 }
 
-TEST(FrameState, the_setter_adjusts_passes_the_gate_and_announces_without_an_owner) {
+TEST(State, the_setter_adjusts_passes_the_gate_and_announces_without_an_owner) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -24,7 +24,7 @@ TEST(FrameState, the_setter_adjusts_passes_the_gate_and_announces_without_an_own
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 200, 0}));
 }
 
-TEST(FrameState, with_tracking_off_both_give_22_without_a_trace) {
+TEST(State, with_tracking_off_both_give_22_without_a_trace) {
   Handle h(untracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -36,7 +36,7 @@ TEST(FrameState, with_tracking_off_both_give_22_without_a_trace) {
   EXPECT_CALLS(log, {"ork_store_err(22)", "ork_store_err(22)"});
 }
 
-TEST(FrameState, an_untracked_object_is_refused_in_two_wordings_and_two_orders) {
+TEST(State, an_untracked_object_is_refused_in_two_wordings_and_two_orders) {
   Handle h(untracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
@@ -51,8 +51,7 @@ TEST(FrameState, an_untracked_object_is_refused_in_two_wordings_and_two_orders) 
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameState,
-     without_a_mode_a_tracked_object_is_read_after_its_newest_body_and_written_after_its_own) {
+TEST(State, without_a_mode_is_read_after_the_newest_body_and_written_after_the_objects_own) {
   Handle h(plain);
   // A block with room for state bytes that the handle does not know of.
   alignas(8) uint8_t block[104 + 14] = {};
@@ -85,7 +84,7 @@ TEST(FrameState,
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameState, without_a_mode_the_getter_follows_a_told_distance) {
+TEST(State, without_a_mode_the_getter_follows_a_told_distance) {
   Handle h(plain);
   alignas(8) uint8_t block[60 + 3] = {};
   auto* const obj = reinterpret_cast<fwe_cl_wayfind_mem_st*>(block);
@@ -102,7 +101,7 @@ TEST(FrameState, without_a_mode_the_getter_follows_a_told_distance) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameState, the_getter_has_no_gate_and_the_setter_has) {
+TEST(State, the_getter_has_no_gate_and_the_setter_has) {
   Handle h(tracked);
   const auto old = h.domain({{"fwe_cl_wayfind_chan_st", 0}});
   Object obj(h, "fwe_cl_wayfind_chan_st");
@@ -120,7 +119,7 @@ TEST(FrameState, the_getter_has_no_gate_and_the_setter_has) {
 
 // ---- All bytes of a record at once ----
 
-TEST(FrameStateFill, fills_the_whole_block_with_nested_blocks_in_one_go_and_silently) {
+TEST(StateFill, fills_the_whole_block_with_nested_blocks_in_one_go_and_silently) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   const Snapshot body(obj.get(), 600);
@@ -131,7 +130,7 @@ TEST(FrameStateFill, fills_the_whole_block_with_nested_blocks_in_one_go_and_sile
   EXPECT_TRUE(body.unchanged());
 }
 
-TEST(FrameStateFill, returns_without_a_word_when_there_is_nothing_to_fill) {
+TEST(StateFill, returns_without_a_word_when_there_is_nothing_to_fill) {
   for (const Mode& mode : {plain, untracked}) {
     Handle h(mode);
     Object obj(h, "fwe_cl_wayfind_mem_st");
@@ -150,7 +149,7 @@ TEST(FrameStateFill, returns_without_a_word_when_there_is_nothing_to_fill) {
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameStateFill, a_corrupted_mode_word_is_passed_over_here) {
+TEST(StateFill, a_corrupted_mode_word_is_passed_over_here) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   h->sttr_info->sttr_mode = 7;
@@ -159,7 +158,7 @@ TEST(FrameStateFill, a_corrupted_mode_word_is_passed_over_here) {
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0}));
 }
 
-TEST(FrameStateFill, a_child_is_filled_within_its_parents_block) {
+TEST(StateFill, a_child_is_filled_within_its_parents_block) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
@@ -169,7 +168,7 @@ TEST(FrameStateFill, a_child_is_filled_within_its_parents_block) {
 
 // ---- Where the bytes of embedded records lie ----
 
-TEST(FrameOffsets, update_tells_each_child_in_field_order_and_goes_down) {
+TEST(Offsets, update_tells_each_child_in_field_order_and_goes_down) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_channel_data");
   const auto unheard =
@@ -201,7 +200,7 @@ TEST(FrameOffsets, update_tells_each_child_in_field_order_and_goes_down) {
            }));
 }
 
-TEST(FrameOffsets, a_distance_is_cut_to_32_bits) {
+TEST(Offsets, a_distance_is_cut_to_32_bits) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_nb_channel_data");
   const auto unheard =
@@ -223,7 +222,7 @@ TEST(FrameOffsets, a_distance_is_cut_to_32_bits) {
                      "orklib_update_sttr_offset(7,obj+80,-2147483586)"});
 }
 
-TEST(FrameOffsets, remove_drops_each_child_in_field_order_and_goes_down) {
+TEST(Offsets, remove_drops_each_child_in_field_order_and_goes_down) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_channel_data");
   const auto unheard = spy::answer(ork_hd_mapping_destroy, 0);
@@ -237,8 +236,7 @@ TEST(FrameOffsets, remove_drops_each_child_in_field_order_and_goes_down) {
                 "ork_hd_mapping_destroy(7,obj+536,err)"});
 }
 
-TEST(FrameOffsets,
-     behind_a_child_that_cannot_be_dropped_its_own_are_left_and_its_siblings_dropped) {
+TEST(Offsets, behind_a_child_that_cannot_be_dropped_its_own_are_left_and_its_siblings_dropped) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_channel_data");
   const auto failing = spy::replace(
@@ -250,7 +248,7 @@ TEST(FrameOffsets,
                 "ork_hd_mapping_destroy(7,obj+536,err)"});
 }
 
-TEST(FrameOffsets, both_are_empty_without_embedded_records_and_with_an_error_standing) {
+TEST(Offsets, both_are_empty_without_embedded_records_and_with_an_error_standing) {
   Handle h(tracked);
   Object mem(h, "fwe_cl_wayfind_mem_st", "mem");
   Object parent(h, "fwe_cl_wayfind_nb_channel_data");

@@ -11,7 +11,7 @@ std::string text_at(const Object& obj, const std::string& field, size_t size) {
 
 }  // namespace
 
-TEST(FrameText, a_text_that_fills_its_field_has_no_end_and_is_read_back_whole) {
+TEST(Text, a_text_that_fills_its_field_has_no_end_and_is_read_back_whole) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "abcdefgh", 8, &h.err);
@@ -22,7 +22,7 @@ TEST(FrameText, a_text_that_fills_its_field_has_no_end_and_is_read_back_whole) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameText, a_target_that_is_too_small_gets_what_fits_and_28) {
+TEST(Text, a_target_that_is_too_small_gets_what_fits_and_28) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "abcdefgh", 8, &h.err);
@@ -39,7 +39,7 @@ TEST(FrameText, a_target_that_is_too_small_gets_what_fits_and_28) {
   EXPECT_EQ(h.err, 28u);
 }
 
-TEST(FrameText, a_target_of_no_bytes_is_refused_before_the_gate) {
+TEST(Text, a_target_of_no_bytes_is_refused_before_the_gate) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   char out[2] = "#";
@@ -50,7 +50,7 @@ TEST(FrameText, a_target_of_no_bytes_is_refused_before_the_gate) {
   EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_store_err(22)"});
 }
 
-TEST(FrameText, a_shorter_text_leaves_what_lies_behind_its_end) {
+TEST(Text, a_shorter_text_leaves_what_lies_behind_its_end) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "1234567", 7, &h.err);
@@ -60,7 +60,7 @@ TEST(FrameText, a_shorter_text_leaves_what_lies_behind_its_end) {
                                                      8));
 }
 
-TEST(FrameText, a_source_that_ends_early_is_filled_with_zeros_up_to_its_length) {
+TEST(Text, a_source_that_ends_early_is_filled_with_zeros_up_to_its_length) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "12345678", 8, &h.err);
@@ -70,7 +70,7 @@ TEST(FrameText, a_source_that_ends_early_is_filled_with_zeros_up_to_its_length) 
                                                      8));
 }
 
-TEST(FrameText, set_announces_its_length_and_not_its_end) {
+TEST(Text, set_announces_its_length_and_not_its_end) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   spy::Log log;
@@ -82,7 +82,7 @@ TEST(FrameText, set_announces_its_length_and_not_its_end) {
   EXPECT_EQ(obj.state_of("dscp_str"), 2);
 }
 
-TEST(FrameText, a_text_of_no_length_announces_no_bytes_and_writes_the_end_alone) {
+TEST(Text, a_text_of_no_length_announces_no_bytes_and_writes_the_end_alone) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   std::memcpy(obj.field("dscp_str"), "12345678", 8);
@@ -96,7 +96,7 @@ TEST(FrameText, a_text_of_no_length_announces_no_bytes_and_writes_the_end_alone)
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameText, a_length_above_the_field_is_refused_behind_the_gate_without_a_trace) {
+TEST(Text, a_length_above_the_field_is_refused_behind_the_gate_without_a_trace) {
   Handle h(tracked);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   const Snapshot before = obj.snapshot();
@@ -109,7 +109,7 @@ TEST(FrameText, a_length_above_the_field_is_refused_behind_the_gate_without_a_tr
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameText, a_length_above_a_field_that_the_object_has_not_is_no_error_of_its_own) {
+TEST(Text, a_length_above_a_field_that_the_object_has_not_is_no_error_of_its_own) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_st");
   obj.head().variant = 0;
@@ -125,7 +125,7 @@ TEST(FrameText, a_length_above_a_field_that_the_object_has_not_is_no_error_of_it
   obj.head().variant = 1;
 }
 
-TEST(FrameText, a_mark_that_fails_leaves_the_text_without_its_end) {
+TEST(Text, a_mark_that_fails_leaves_the_text_without_its_end) {
   Handle h(untracked);
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   fwe_cl_wayfind_hop_chan_data_dscp_str_set(h, instance, obj, "1234567", 7, &h.err);
@@ -136,7 +136,7 @@ TEST(FrameText, a_mark_that_fails_leaves_the_text_without_its_end) {
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameText, cr_mode_uses_the_slot_of_the_handle_and_gives_it_back) {
+TEST(Text, cr_mode_uses_the_slot_of_the_handle_and_gives_it_back) {
   Handle h({.cr_instance = 11});
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
   spy::Log log;
@@ -152,7 +152,7 @@ TEST(FrameText, cr_mode_uses_the_slot_of_the_handle_and_gives_it_back) {
   h->cr_error = 0;
 }
 
-TEST(FrameText, a_text_of_a_later_variant_is_refused_and_a_set_may_raise_the_object) {
+TEST(Text, a_text_of_a_later_variant_is_refused_and_a_set_may_raise_the_object) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_st");
   obj.head().variant = 0;

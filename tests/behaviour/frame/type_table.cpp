@@ -27,7 +27,7 @@ namespace {
 
 }  // namespace
 
-TEST(FrameTypeTable, takes_all_96_types_in_order_with_their_look_up_copy_and_update) {
+TEST(TypeTable, takes_all_96_types_in_order_with_their_look_up_copy_and_update) {
   Handle h({.shared = true});
   const auto names = registration_order();
   ASSERT_EQ(names.size(), 96u);
@@ -65,7 +65,7 @@ TEST(FrameTypeTable, takes_all_96_types_in_order_with_their_look_up_copy_and_upd
   EXPECT_CALLS(calls, expected);
 }
 
-TEST(FrameTypeTable, a_copy_is_the_descriptor_with_its_storage_noted_and_two_words_of_zero) {
+TEST(TypeTable, a_copy_is_the_descriptor_with_its_storage_noted_and_two_words_of_zero) {
   Handle h({.shared = true});
   const auto quiet = spy::answer(ork_update_variant_info, 0u);
   static uint32_t kind; /* of storage */
@@ -94,7 +94,7 @@ TEST(FrameTypeTable, a_copy_is_the_descriptor_with_its_storage_noted_and_two_wor
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameTypeTable, a_second_run_allocates_nothing_and_updates_96_times) {
+TEST(TypeTable, a_second_run_allocates_nothing_and_updates_96_times) {
   Handle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   spy::Log log;
@@ -107,7 +107,7 @@ TEST(FrameTypeTable, a_second_run_allocates_nothing_and_updates_96_times) {
                           [](const std::string& u) { return u.ends_with(",0)"); }));
 }
 
-TEST(FrameTypeTable, memory_that_ends_at_the_third_type_leaves_two_and_12) {
+TEST(TypeTable, memory_that_ends_at_the_third_type_leaves_two_and_12) {
   Handle h({.shared = true});
   // The runtime takes a block of its own for each type's variants: let it have those from
   // elsewhere.
@@ -122,7 +122,7 @@ TEST(FrameTypeTable, memory_that_ends_at_the_third_type_leaves_two_and_12) {
   EXPECT_CALLS(log.calls_of({"ork_store_err", "trace"}), {"ork_store_err(12)"});
 }
 
-TEST(FrameTypeTable, an_error_standing_is_not_looked_at) {
+TEST(TypeTable, an_error_standing_is_not_looked_at) {
   Handle h({.shared = true});
   h.err = 5;
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
@@ -132,7 +132,7 @@ TEST(FrameTypeTable, an_error_standing_is_not_looked_at) {
   EXPECT_EQ(log.count("ork_update_variant_info"), 96u);
 }
 
-TEST(FrameTypeTable, a_type_table_that_refuses_is_not_heard) {
+TEST(TypeTable, a_type_table_that_refuses_is_not_heard) {
   Handle h({.shared = true});
   const auto before = h->type_table_add_fn;
   h->type_table_add_fn = [](void*, uint32_t, const char*, ork_type_info*) { return 5u; };
@@ -142,7 +142,7 @@ TEST(FrameTypeTable, a_type_table_that_refuses_is_not_heard) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameTypeTableDeathTest, a_type_without_variants_is_added_and_not_updated) {
+TEST(TypeTableDeathTest, a_type_without_variants_is_added_and_not_updated) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(initialize_without_variants(), testing::ExitedWithCode(0),
               "^96 adds, 95 updates, 95 right\n0 adds, 95 updates, 95 right\n$");

@@ -8,7 +8,7 @@ namespace frame {
 
 // ---- Set ----
 
-TEST(FrameValueArray, the_first_set_makes_array_count_and_element_bytes_in_this_order) {
+TEST(ValueArray, the_first_set_makes_array_count_and_element_bytes_in_this_order) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   const uint32_t src = 5;
@@ -28,7 +28,7 @@ TEST(FrameValueArray, the_first_set_makes_array_count_and_element_bytes_in_this_
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameValueArray, a_set_inside_moves_nothing) {
+TEST(ValueArray, a_set_inside_moves_nothing) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 2, 5, &h.err);
@@ -44,7 +44,7 @@ TEST(FrameValueArray, a_set_inside_moves_nothing) {
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 6, 5}));
 }
 
-TEST(FrameValueArray, growth_copies_values_and_element_bytes_and_gives_both_blocks_back) {
+TEST(ValueArray, growth_copies_values_and_element_bytes_and_gives_both_blocks_back) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
@@ -70,7 +70,7 @@ TEST(FrameValueArray, growth_copies_values_and_element_bytes_and_gives_both_bloc
   EXPECT_EQ(element_bytes(obj, "path_id", 4), (std::vector<uint8_t>{9, 2, 0, 2}));
 }
 
-TEST(FrameValueArray, a_null_source_only_grows) {
+TEST(ValueArray, a_null_source_only_grows) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 1, nullptr, &h.err);
@@ -81,7 +81,7 @@ TEST(FrameValueArray, a_null_source_only_grows) {
   EXPECT_CALLS(array_doings(log), {});
 }
 
-TEST(FrameValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_kind) {
+TEST(ValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_kind) {
   Handle h(plain);
   Object intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
   Object site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
@@ -99,8 +99,7 @@ TEST(FrameValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_
             60000u);
 }
 
-TEST(FrameValueArray,
-     an_untracked_object_under_a_tracking_handle_is_refused_after_the_gate_before_any_change) {
+TEST(ValueArray, an_untracked_object_while_tracking_is_refused_after_the_gate_before_any_change) {
   Handle h(untracked);
   Object obj(h, path_st);
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
@@ -120,7 +119,7 @@ TEST(FrameValueArray,
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
 }
 
-TEST(FrameValueArrayDeathTest, a_corrupted_mode_word_ends_the_process) {
+TEST(ValueArrayDeathTest, a_corrupted_mode_word_ends_the_process) {
   Handle h(tracked);
   Object obj(h, path_st);
   const uint32_t src = 1;
@@ -134,7 +133,7 @@ TEST(FrameValueArrayDeathTest, a_corrupted_mode_word_ends_the_process) {
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
-TEST(FrameValueArray, without_memory_the_old_array_and_count_stay) {
+TEST(ValueArray, without_memory_the_old_array_and_count_stay) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
@@ -149,7 +148,7 @@ TEST(FrameValueArray, without_memory_the_old_array_and_count_stay) {
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 5}));
 }
 
-TEST(FrameValueArray, without_memory_for_the_element_bytes_they_are_gone_and_the_array_has_grown) {
+TEST(ValueArray, without_memory_for_the_element_bytes_they_are_gone_and_the_array_has_grown) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
@@ -171,7 +170,7 @@ TEST(FrameValueArray, without_memory_for_the_element_bytes_they_are_gone_and_the
   EXPECT_EQ(obj.state()[0], 2);
 }
 
-TEST(FrameValueArray, grown_without_tracking_a_tracked_array_gives_its_short_element_bytes_back) {
+TEST(ValueArray, grown_without_tracking_a_tracked_array_gives_its_short_element_bytes_back) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
@@ -183,7 +182,7 @@ TEST(FrameValueArray, grown_without_tracking_a_tracked_array_gives_its_short_ele
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameValueArray, the_largest_indices_want_more_memory_than_there_is) {
+TEST(ValueArray, the_largest_indices_want_more_memory_than_there_is) {
   Handle h(plain);
   Object obj(h, path_st);
   static size_t asked;
@@ -201,8 +200,7 @@ TEST(FrameValueArray, the_largest_indices_want_more_memory_than_there_is) {
   h->alloc_fn = before;
 }
 
-TEST(FrameValueArrayDeathTest,
-     reallocation_is_traced_once_in_a_process_before_it_is_tried_and_for_a_block_of_none_as_well) {
+TEST(ValueArrayDeathTest, reallocation_is_traced_once_before_it_is_tried_even_for_a_block_of_none) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
@@ -234,7 +232,7 @@ TEST(FrameValueArrayDeathTest,
 
 // ---- Get ----
 
-TEST(FrameValueArray, get_lends_the_element_and_records_it_in_the_object) {
+TEST(ValueArray, get_lends_the_element_and_records_it_in_the_object) {
   Handle h(recorded);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
@@ -253,7 +251,7 @@ TEST(FrameValueArray, get_lends_the_element_and_records_it_in_the_object) {
             "u_int32_get_value(7,array+16,err)"});
 }
 
-TEST(FrameValueArray, an_index_at_the_count_gives_2_and_a_longer_read_22) {
+TEST(ValueArray, an_index_at_the_count_gives_2_and_a_longer_read_22) {
   Handle h(plain);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
@@ -274,7 +272,7 @@ TEST(FrameValueArray, an_index_at_the_count_gives_2_and_a_longer_read_22) {
   EXPECT_EQ(out[2], 9u);
 }
 
-TEST(FrameValueArray, an_object_of_a_negative_variant_has_no_array) {
+TEST(ValueArray, an_object_of_a_negative_variant_has_no_array) {
   Handle h(tracked);
   Object obj(h, path_st);
   obj.head().variant = -1;
@@ -297,7 +295,7 @@ TEST(FrameValueArray, an_object_of_a_negative_variant_has_no_array) {
 
 // ---- Set value ----
 
-TEST(FrameValueArray, set_value_raises_the_object_before_the_gate) {
+TEST(ValueArray, set_value_raises_the_object_before_the_gate) {
   Handle h(plain);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 2, &h.err);
@@ -314,7 +312,7 @@ TEST(FrameValueArray, set_value_raises_the_object_before_the_gate) {
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{7, 2}));
 }
 
-TEST(FrameValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_own) {
+TEST(ValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_own) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -328,7 +326,7 @@ TEST(FrameValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_o
                 "write_notify_fn(state,1,7,null)", "write_notify_fn(elements,1,7,null)"});
 }
 
-TEST(FrameValueArray, set_value_behind_the_end_grows_first) {
+TEST(ValueArray, set_value_behind_the_end_grows_first) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   spy::Log log;
@@ -341,7 +339,7 @@ TEST(FrameValueArray, set_value_behind_the_end_grows_first) {
                 "write_notify_fn(state,1,7,null)", "write_notify_fn(new2+1,1,7,null)"});
 }
 
-TEST(FrameValueArray, set_value_takes_another_error_of_the_private_slot_over) {
+TEST(ValueArray, set_value_takes_another_error_of_the_private_slot_over) {
   Handle h(plain);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -359,7 +357,7 @@ TEST(FrameValueArray, set_value_takes_another_error_of_the_private_slot_over) {
   EXPECT_EQ(log.count("u_int32_set_value"), 0u);
 }
 
-TEST(FrameValueArray, set_value_without_an_element_or_an_error_gives_2) {
+TEST(ValueArray, set_value_without_an_element_or_an_error_gives_2) {
   Handle h(recorded);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -375,7 +373,7 @@ TEST(FrameValueArray, set_value_without_an_element_or_an_error_gives_2) {
                                    "orkdb_record_containment2(7,null,obj,1)", "ork_store_err(2)"});
 }
 
-TEST(FrameValueArray, set_value_that_cannot_grow_records_no_element_and_ends) {
+TEST(ValueArray, set_value_that_cannot_grow_records_no_element_and_ends) {
   Handle h(tracked_and_recorded);
   Object obj(h, path_st);
   const Snapshot before = obj.snapshot();
@@ -388,7 +386,7 @@ TEST(FrameValueArray, set_value_that_cannot_grow_records_no_element_and_ends) {
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameValueArray, a_write_that_the_runtime_refuses_is_marked_all_the_same) {
+TEST(ValueArray, a_write_that_the_runtime_refuses_is_marked_all_the_same) {
   Handle h(tracked);
   const auto refused = [&](const std::function<void(const Object&)>& set) {
     Object obj(h, path_st);
@@ -408,7 +406,7 @@ TEST(FrameValueArray, a_write_that_the_runtime_refuses_is_marked_all_the_same) {
   });
 }
 
-TEST(FrameValueArray, set_value_of_an_untracked_object_gives_22_behind_the_write) {
+TEST(ValueArray, set_value_of_an_untracked_object_gives_22_behind_the_write) {
   Handle h(untracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 8, &h.err);

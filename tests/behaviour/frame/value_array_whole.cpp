@@ -20,7 +20,7 @@ std::vector<std::string> opened(const std::string& owner, const std::string& slo
 
 // ---- All at once ----
 
-TEST(FrameSetMem, replaces_everything_in_the_order_told) {
+TEST(SetMem, replaces_everything_in_the_order_told) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
@@ -39,7 +39,7 @@ TEST(FrameSetMem, replaces_everything_in_the_order_told) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameSetMem, raises_the_object_before_the_gate) {
+TEST(SetMem, raises_the_object_before_the_gate) {
   Handle h(plain);
   Object obj(h, path_st);
   obj.head().variant = -1;
@@ -55,7 +55,7 @@ TEST(FrameSetMem, raises_the_object_before_the_gate) {
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
 }
 
-TEST(FrameSetMem, without_tracking_ends_with_the_count) {
+TEST(SetMem, without_tracking_ends_with_the_count) {
   Handle h(untracked);
   Object obj(h, path_st);
   const uint32_t src[] = {1, 2, 3};
@@ -66,7 +66,7 @@ TEST(FrameSetMem, without_tracking_ends_with_the_count) {
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2, 3}));
 }
 
-TEST(FrameSetMem, without_memory_the_old_array_is_lost_and_its_count_stays) {
+TEST(SetMem, without_memory_the_old_array_is_lost_and_its_count_stays) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
@@ -86,7 +86,7 @@ TEST(FrameSetMem, without_memory_the_old_array_is_lost_and_its_count_stays) {
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 4}));
 }
 
-TEST(FrameSetMem, of_an_untracked_object_leaves_a_zeroed_block_and_the_smaller_count) {
+TEST(SetMem, of_an_untracked_object_leaves_a_zeroed_block_and_the_smaller_count) {
   for (const uint32_t count : {2u, 9u}) {
     Handle h(untracked);
     Object obj(h, path_st);
@@ -104,7 +104,7 @@ TEST(FrameSetMem, of_an_untracked_object_leaves_a_zeroed_block_and_the_smaller_c
   }
 }
 
-TEST(FrameSetMem, without_memory_for_the_element_bytes_the_values_are_there) {
+TEST(SetMem, without_memory_for_the_element_bytes_the_values_are_there) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
@@ -117,7 +117,7 @@ TEST(FrameSetMem, without_memory_for_the_element_bytes_the_values_are_there) {
   EXPECT_EQ(elements_of(obj, "path_id"), nullptr);
 }
 
-TEST(FrameSetMem, without_tracking_a_tracked_object_keeps_no_element_bytes_that_are_too_short) {
+TEST(SetMem, without_tracking_a_tracked_object_keeps_no_element_bytes_that_are_too_short) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -129,8 +129,7 @@ TEST(FrameSetMem, without_tracking_a_tracked_object_keeps_no_element_bytes_that_
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2, 3}));
 }
 
-TEST(FrameSetMem,
-     without_tracking_a_tracked_object_keeps_element_bytes_that_fit_and_what_they_hold) {
+TEST(SetMem, without_tracking_a_tracked_object_keeps_element_bytes_that_fit_and_what_they_hold) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -149,7 +148,7 @@ TEST(FrameSetMem,
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameSetMem, of_no_elements_is_what_the_allocator_says) {
+TEST(SetMem, of_no_elements_is_what_the_allocator_says) {
   Handle h(plain);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -161,7 +160,7 @@ TEST(FrameSetMem, of_no_elements_is_what_the_allocator_says) {
   EXPECT_EQ(h.err, 12u);
 }
 
-TEST(FrameSetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
+TEST(SetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
   Handle h(plain);
   Object obj(h, path_st);
   static size_t asked;
@@ -178,8 +177,7 @@ TEST(FrameSetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
   EXPECT_EQ(asked, size_t{4} * 0xFFFFFFFF);
 }
 
-TEST(FrameValueArrayWhole,
-     set_value_behind_the_end_of_an_untracked_object_gives_22_before_anything_grows) {
+TEST(ValueArrayWhole, set_value_past_the_end_of_an_untracked_object_gives_22_before_growth) {
   Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
   Object obj(h, path_st);
   const uint32_t src[] = {1, 2};
@@ -200,7 +198,7 @@ TEST(FrameValueArrayWhole,
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
 }
 
-TEST(FrameValueArrayWhole, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
+TEST(ValueArrayWhole, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
   Handle h({.cr_instance = 11});
   Object obj(h, path_st);
   const uint32_t src[] = {3};
@@ -224,7 +222,7 @@ TEST(FrameValueArrayWhole, cr_forms_use_the_slot_of_the_handle_and_give_it_back)
   h->cr_error = 0;
 }
 
-TEST(FrameGetMem, copies_elements_of_one_and_two_bytes_and_nothing_behind_them) {
+TEST(GetMem, copies_elements_of_one_and_two_bytes_and_nothing_behind_them) {
   Handle h(plain);
   Object intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
   Object site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
@@ -243,7 +241,7 @@ TEST(FrameGetMem, copies_elements_of_one_and_two_bytes_and_nothing_behind_them) 
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameGetMem, raises_no_object_and_asks_the_gate_before_the_count) {
+TEST(GetMem, raises_no_object_and_asks_the_gate_before_the_count) {
   Handle h(plain);
   Object obj(h, path_st);
   obj.head().variant = -1;
@@ -261,7 +259,7 @@ TEST(FrameGetMem, raises_no_object_and_asks_the_gate_before_the_count) {
 
 // ---- Removing ----
 
-TEST(FrameRemove, gives_the_block_back_and_leaves_the_element_bytes) {
+TEST(Remove, gives_the_block_back_and_leaves_the_element_bytes) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -278,7 +276,7 @@ TEST(FrameRemove, gives_the_block_back_and_leaves_the_element_bytes) {
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameRemove, null_and_an_empty_array_are_nothing) {
+TEST(Remove, null_and_an_empty_array_are_nothing) {
   Handle h(tracked);
   Object obj(h, path_st);
   spy::Log log;
@@ -287,7 +285,7 @@ TEST(FrameRemove, null_and_an_empty_array_are_nothing) {
   EXPECT_CALLS(log, {});
 }
 
-TEST(FrameValueArrayWhole, destroy_gives_both_blocks_back_and_announces_the_pointer_alone) {
+TEST(ValueArrayWhole, destroy_gives_both_blocks_back_and_announces_the_pointer_alone) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -301,8 +299,7 @@ TEST(FrameValueArrayWhole, destroy_gives_both_blocks_back_and_announces_the_poin
                 "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameValueArrayWhole,
-     destroy_of_an_empty_one_frees_no_null_and_announces_its_pointer_all_the_same) {
+TEST(ValueArrayWhole, destroy_of_an_empty_one_frees_no_null_but_announces_its_pointer) {
   Handle h(tracked);
   Object obj(h, path_st);
   spy::Log log;
@@ -313,8 +310,7 @@ TEST(FrameValueArrayWhole,
       {"write_notify_fn(obj+16,8,7,null)", "write_notify_fn(obj,8,7,null)", "free_fn(7,obj)"});
 }
 
-TEST(FrameValueArrayWhole,
-     destroy_at_a_negative_variant_keeps_the_array_but_frees_the_element_bytes) {
+TEST(ValueArrayWhole, destroy_at_a_negative_variant_keeps_the_array_but_frees_the_element_bytes) {
   Handle h(tracked);
   Object obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
@@ -333,7 +329,7 @@ TEST(FrameValueArrayWhole,
 
 // ---- Whole records with an array ----
 
-TEST(FrameArrayMove, set_moves_the_array_and_leaves_the_source_empty) {
+TEST(ArrayMove, set_moves_the_array_and_leaves_the_source_empty) {
   Handle h(tracked);
   Object dst(h, path_st, "dst");
   Object src(h, path_st, "src");
@@ -356,7 +352,7 @@ TEST(FrameArrayMove, set_moves_the_array_and_leaves_the_source_empty) {
   EXPECT_EQ(src.state()[0], 2) << "whole stays";
 }
 
-TEST(FrameArrayMove, the_destinations_own_array_is_overwritten_and_not_freed) {
+TEST(ArrayMove, the_destinations_own_array_is_overwritten_and_not_freed) {
   Handle h(plain);
   Object dst(h, path_st, "dst");
   Object src(h, path_st, "src");
@@ -369,7 +365,7 @@ TEST(FrameArrayMove, the_destinations_own_array_is_overwritten_and_not_freed) {
   h->free_fn(h->mem_pool, instance, lost);
 }
 
-TEST(FrameArrayMove, cleanup_detaches_the_source_alone) {
+TEST(ArrayMove, cleanup_detaches_the_source_alone) {
   Handle h(tracked);
   Object dst(h, path_st, "dst");
   Object src(h, path_st, "src");
@@ -383,7 +379,7 @@ TEST(FrameArrayMove, cleanup_detaches_the_source_alone) {
   h->free_fn(h->mem_pool, instance, array);
 }
 
-TEST(FrameArrayMove, an_embedded_array_is_moved_with_its_parent) {
+TEST(ArrayMove, an_embedded_array_is_moved_with_its_parent) {
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_chan_st", "dst");
   Object src(h, "fwe_cl_wayfind_chan_st", "src");

@@ -16,7 +16,7 @@ uint32_t sizeof_internal(const std::string& record, Handle& h, const void* obj, 
 
 // ---- Variant of a new object ----
 
-TEST(FrameVariant, a_look_up_above_the_newest_is_capped) {
+TEST(Variant, a_look_up_above_the_newest_is_capped) {
   Handle h(plain);
   const auto nine = h.domain({{"fwe_cl_wayfind_hop_chan_data", 9}});
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
@@ -24,7 +24,7 @@ TEST(FrameVariant, a_look_up_above_the_newest_is_capped) {
   EXPECT_EQ(obj.head().variant_cap, 1);
 }
 
-TEST(FrameVariant, a_type_that_the_domain_lacks_gives_an_object_without_fields) {
+TEST(Variant, a_type_that_the_domain_lacks_gives_an_object_without_fields) {
   Handle h(plain);
   const auto none = h.domain({{"fwe_cl_wayfind_hop_chan_data", -1}});
   // The index of the statistics is handed on as it is: 40 bytes in front of the first entry.
@@ -59,7 +59,7 @@ TEST(FrameVariant, a_type_that_the_domain_lacks_gives_an_object_without_fields) 
   obj.head().variant = 1;
 }
 
-TEST(FrameVariant, a_field_of_a_later_variant_gives_43_and_null) {
+TEST(Variant, a_field_of_a_later_variant_gives_43_and_null) {
   Handle h(plain);
   const auto old = h.domain({{"fwe_cl_wayfind_hop_chan_data", 0}});
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
@@ -68,7 +68,7 @@ TEST(FrameVariant, a_field_of_a_later_variant_gives_43_and_null) {
   EXPECT_NE(fwe_cl_wayfind_hop_chan_data_probe_get(h, instance, obj, &h.err), nullptr);
 }
 
-TEST(FrameVariant, a_child_has_its_own_variant) {
+TEST(Variant, a_child_has_its_own_variant) {
   Handle h(plain);
   const auto old = h.domain({{"fwe_cl_wayfind_hop_chan_st", 0}});
   Object obj(h, "fwe_cl_wayfind_hop_chan_data");
@@ -78,7 +78,7 @@ TEST(FrameVariant, a_child_has_its_own_variant) {
 
 // ---- Raising in place ----
 
-TEST(FrameUpgrade, a_write_raises_the_object_when_the_domain_has_moved_on) {
+TEST(Upgrade, a_write_raises_the_object_when_the_domain_has_moved_on) {
   Handle h(plain);
   auto domain = std::make_unique<spy::Replacement>(h.domain({{"fwe_cl_wayfind_chan_st", 2}}));
   Object obj(h, "fwe_cl_wayfind_chan_st");
@@ -94,7 +94,7 @@ TEST(FrameUpgrade, a_write_raises_the_object_when_the_domain_has_moved_on) {
   EXPECT_EQ(obj.head().variant, 3);
 }
 
-TEST(FrameUpgrade, a_flag_set_is_an_object_whose_set_raises_the_record) {
+TEST(Upgrade, a_flag_set_is_an_object_whose_set_raises_the_record) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_hop_chan_st");
   obj.head().variant = 0;
@@ -111,7 +111,7 @@ TEST(FrameUpgrade, a_flag_set_is_an_object_whose_set_raises_the_record) {
   fwe_cl_wayfind_hop_chan_flags_destroy(h, instance, src);
 }
 
-TEST(FrameUpgrade, setting_an_embedded_record_raises_its_parent_straight_to_the_newest) {
+TEST(Upgrade, setting_an_embedded_record_raises_its_parent_straight_to_the_newest) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_chan_st");
   Object hops(h, "fwe_cl_wayfind_sel_lb_path_st", "hops");
@@ -129,7 +129,7 @@ TEST(FrameUpgrade, setting_an_embedded_record_raises_its_parent_straight_to_the_
   EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_get_value(h, instance, path, 2, &h.err), 9u);
 }
 
-TEST(FrameUpgrade, every_set_asks_for_the_newest_variant_whatever_its_own) {
+TEST(Upgrade, every_set_asks_for_the_newest_variant_whatever_its_own) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_chan_st");
   spy::Log log;
@@ -147,7 +147,7 @@ TEST(FrameUpgrade, every_set_asks_for_the_newest_variant_whatever_its_own) {
                 "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_chan_st),3,err)"});
 }
 
-TEST(FrameUpgrade, the_runtimes_answer_comes_back) {
+TEST(Upgrade, the_runtimes_answer_comes_back) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_chan_st");
   const auto five = spy::answer(orklib_adjust_variant, 5u);
@@ -156,7 +156,7 @@ TEST(FrameUpgrade, the_runtimes_answer_comes_back) {
 
 // ---- Field numbers ----
 
-TEST(FrameFieldNumber, runs_through_the_variants_with_one_number_between_them) {
+TEST(FieldNumber, runs_through_the_variants_with_one_number_between_them) {
   struct Case {
     int8_t domain;
     uint32_t number;
@@ -175,7 +175,7 @@ TEST(FrameFieldNumber, runs_through_the_variants_with_one_number_between_them) {
       << "numbers have no sign";
 }
 
-TEST(FrameFieldNumber, takes_the_object_in_unless_told_not_to) {
+TEST(FieldNumber, takes_the_object_in_unless_told_not_to) {
   Handle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   Object obj(h, "fwe_cl_wayfind_chan_st");
@@ -191,7 +191,7 @@ TEST(FrameFieldNumber, takes_the_object_in_unless_told_not_to) {
   obj.head().variant = 3;
 }
 
-TEST(FrameFieldNumber, the_lower_of_domain_and_object_decides) {
+TEST(FieldNumber, the_lower_of_domain_and_object_decides) {
   struct Case {
     int8_t domain, object;
     uint32_t number, valid;
@@ -209,8 +209,7 @@ TEST(FrameFieldNumber, the_lower_of_domain_and_object_decides) {
   obj.head().variant = 3;
 }
 
-TEST(FrameFieldNumber,
-     of_a_single_variant_is_below_the_field_count_even_if_the_domain_lacks_the_type) {
+TEST(FieldNumber, of_a_single_variant_is_below_the_field_count_even_if_the_domain_lacks_the_type) {
   Handle h(plain);
   const auto none = h.domain({{"fwe_cl_wayfind_mem_st", -1}});
   EXPECT_EQ(fwe_cl_wayfind_mem_st_is_valid_cr(h, nullptr, 2, 1), 1u);
@@ -219,7 +218,7 @@ TEST(FrameFieldNumber,
 
 // ---- Layouts of older releases ----
 
-TEST(FrameLayout, sizes_follow_the_layout_of_the_object_but_without_a_mode_the_newest) {
+TEST(Layout, sizes_follow_the_layout_of_the_object_but_without_a_mode_the_newest) {
   for (const told::Record& record : told::tables().records) {
     for (unsigned cap = 0; cap < record.layouts.size(); ++cap) {
       const told::Layout& layout = record.layouts[cap];
@@ -244,7 +243,7 @@ TEST(FrameLayout, sizes_follow_the_layout_of_the_object_but_without_a_mode_the_n
   }
 }
 
-TEST(FrameLayout, hop_chan_data_of_layout_0_is_416_long_and_454_with_state) {
+TEST(Layout, hop_chan_data_of_layout_0_is_416_long_and_454_with_state) {
   uint8_t head[11] = {};
   Handle off(untracked);
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_data_sizeof_internal(
@@ -260,7 +259,7 @@ TEST(FrameLayout, hop_chan_data_of_layout_0_is_416_long_and_454_with_state) {
             600u);
 }
 
-TEST(FrameLayout, a_cap_beyond_the_known_means_the_newest) {
+TEST(Layout, a_cap_beyond_the_known_means_the_newest) {
   Handle on(tracked);
   uint8_t head[11] = {};
   for (const told::Record& record : told::tables().records) {
@@ -273,7 +272,7 @@ TEST(FrameLayout, a_cap_beyond_the_known_means_the_newest) {
   }
 }
 
-TEST(FrameLayout, the_state_block_lies_behind_the_body_of_the_objects_own_layout) {
+TEST(Layout, the_state_block_lies_behind_the_body_of_the_objects_own_layout) {
   struct Place {
     unsigned cap, body, state;
   };
@@ -299,7 +298,7 @@ TEST(FrameLayout, the_state_block_lies_behind_the_body_of_the_objects_own_layout
   }
 }
 
-TEST(FrameLayout, every_older_layout_of_every_record_can_be_filled_copied_and_destroyed) {
+TEST(Layout, every_older_layout_of_every_record_can_be_filled_copied_and_destroyed) {
   for (const Mode& mode : {untracked, tracked}) {
     for (const told::Record& record : told::tables().records) {
       for (unsigned cap = 0; cap + 1 < record.layouts.size(); ++cap) {
@@ -339,7 +338,7 @@ TEST(FrameLayout, every_older_layout_of_every_record_can_be_filled_copied_and_de
   }
 }
 
-TEST(FrameLayout, nothing_that_walks_the_children_reaches_beyond_the_layout) {
+TEST(Layout, nothing_that_walks_the_children_reaches_beyond_the_layout) {
   for (const Mode& mode : {untracked, tracked}) {
     for (const told::Record& record : told::tables().records) {
       for (unsigned cap = 0; cap + 1 < record.layouts.size(); ++cap) {
@@ -361,7 +360,7 @@ TEST(FrameLayout, nothing_that_walks_the_children_reaches_beyond_the_layout) {
   }
 }
 
-TEST(FrameUpgrade, rises_in_an_older_layout_as_far_as_there_is_room) {
+TEST(Upgrade, rises_in_an_older_layout_as_far_as_there_is_room) {
   // For each record with an older layout: the newest variant whose fields fit into its body.
   for (const told::Record& record : told::tables().records) {
     for (unsigned cap = 0; cap + 1 < record.layouts.size(); ++cap) {
@@ -381,7 +380,7 @@ TEST(FrameUpgrade, rises_in_an_older_layout_as_far_as_there_is_room) {
   }
 }
 
-TEST(FrameUpgrade, the_layouts_with_room_are_the_six_told) {
+TEST(Upgrade, the_layouts_with_room_are_the_six_told) {
   struct Rise {
     const char* record;
     unsigned cap, variant;
@@ -408,7 +407,7 @@ TEST(FrameUpgrade, the_layouts_with_room_are_the_six_told) {
   }
 }
 
-TEST(FrameUpgrade, a_field_that_had_room_works_in_the_older_layout) {
+TEST(Upgrade, a_field_that_had_room_works_in_the_older_layout) {
   Handle h(untracked);
   OldObject obj(h, "fwe_cl_wayfind_chan_st", 0);
   EXPECT_EQ(fwe_cl_wayfind_chan_st_in_burst_get(h, instance, obj, &h.err), nullptr);

@@ -8,7 +8,7 @@
 
 namespace frame {
 
-TEST(FrameRecordGet, gives_the_object_back_and_reads_no_error) {
+TEST(RecordGet, gives_the_object_back_and_reads_no_error) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   h.err = 5;
@@ -19,7 +19,7 @@ TEST(FrameRecordGet, gives_the_object_back_and_reads_no_error) {
 
 // ---- Set ----
 
-TEST(FrameRecordSet, onto_itself_adjusts_and_does_nothing_more) {
+TEST(RecordSet, onto_itself_adjusts_and_does_nothing_more) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -28,7 +28,7 @@ TEST(FrameRecordSet, onto_itself_adjusts_and_does_nothing_more) {
                      "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_mem_st),0,err)"});
 }
 
-TEST(FrameRecordSet, a_null_destination_has_a_null_descriptor) {
+TEST(RecordSet, a_null_destination_has_a_null_descriptor) {
   Handle h(plain);
   spy::Log log;
   fwe_cl_wayfind_mem_st_set(h, instance, nullptr, nullptr, &h.err);
@@ -36,7 +36,7 @@ TEST(FrameRecordSet, a_null_destination_has_a_null_descriptor) {
                {"orklib_adjust_variant(7,null,null,0,err)"});
 }
 
-TEST(FrameRecordSet, copies_the_body_with_its_type_word_and_the_state_announced) {
+TEST(RecordSet, copies_the_body_with_its_type_word_and_the_state_announced) {
   const ork_type_info other = _fwe_cl_wayfind_mem_st_type_info_internal;
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
@@ -51,7 +51,7 @@ TEST(FrameRecordSet, copies_the_body_with_its_type_word_and_the_state_announced)
   EXPECT_EQ(std::memcmp(dst.get(), src.get(), 43), 0);
 }
 
-TEST(FrameRecordSet, without_a_mode_announces_the_newest_body) {
+TEST(RecordSet, without_a_mode_announces_the_newest_body) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_chan_stats_st", "dst");
   Object src(h, "fwe_cl_wayfind_chan_stats_st", "src");
@@ -60,7 +60,7 @@ TEST(FrameRecordSet, without_a_mode_announces_the_newest_body) {
   EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,104,7,dst)"});
 }
 
-TEST(FrameRecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an_older_layout_has) {
+TEST(RecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an_older_layout_has) {
   Handle h(plain);
   OldObject dst(h, "fwe_cl_wayfind_chan_stats_st", 0, "dst");
   OldObject src(h, "fwe_cl_wayfind_chan_stats_st", 0, "src");
@@ -75,7 +75,7 @@ TEST(FrameRecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an
   std::memset(src.get() + 88, 0, 104 - 88);
 }
 
-TEST(FrameRecordSet, copies_the_body_and_the_state_bytes_that_an_older_layout_has) {
+TEST(RecordSet, copies_the_body_and_the_state_bytes_that_an_older_layout_has) {
   Handle h(tracked);
   OldObject dst(h, "fwe_cl_wayfind_chan_stats_st", 0, "dst");
   OldObject src(h, "fwe_cl_wayfind_chan_stats_st", 0, "src");
@@ -90,7 +90,7 @@ TEST(FrameRecordSet, copies_the_body_and_the_state_bytes_that_an_older_layout_ha
   std::memset(src.state() + 8, 0, 3);
 }
 
-TEST(FrameRecordSet, does_not_test_the_error_on_entry) {
+TEST(RecordSet, does_not_test_the_error_on_entry) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -106,7 +106,7 @@ TEST(FrameRecordSet, does_not_test_the_error_on_entry) {
   EXPECT_EQ(h.err, 5u);
 }
 
-TEST(FrameRecordSet, a_destination_of_a_lower_variant_is_refused) {
+TEST(RecordSet, a_destination_of_a_lower_variant_is_refused) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
   Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
@@ -118,7 +118,7 @@ TEST(FrameRecordSet, a_destination_of_a_lower_variant_is_refused) {
   EXPECT_TRUE(before.unchanged());
 }
 
-TEST(FrameRecordSet, variants_compare_with_their_sign) {
+TEST(RecordSet, variants_compare_with_their_sign) {
   Handle h(plain);
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
@@ -141,7 +141,7 @@ TEST(FrameRecordSet, variants_compare_with_their_sign) {
   src.head().variant = 0;
 }
 
-TEST(FrameRecordSet, a_destination_of_a_lower_variant_rises_first) {
+TEST(RecordSet, a_destination_of_a_lower_variant_rises_first) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
   Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
@@ -157,7 +157,7 @@ TEST(FrameRecordSet, a_destination_of_a_lower_variant_rises_first) {
   EXPECT_STREQ(reinterpret_cast<const char*>(dst.field("update_ts_msec")), "second");
 }
 
-TEST(FrameRecordSet, a_destination_of_a_higher_variant_comes_down_to_the_source) {
+TEST(RecordSet, a_destination_of_a_higher_variant_comes_down_to_the_source) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
   Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
@@ -167,7 +167,7 @@ TEST(FrameRecordSet, a_destination_of_a_higher_variant_comes_down_to_the_source)
   EXPECT_EQ(dst.head().variant, 0);
 }
 
-TEST(FrameRecordSet, layouts_that_differ_are_refused_even_where_the_bodies_are_alike) {
+TEST(RecordSet, layouts_that_differ_are_refused_even_where_the_bodies_are_alike) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_chan_st", "dst");
   Object src(h, "fwe_cl_wayfind_chan_st", "src");
@@ -187,7 +187,7 @@ TEST(FrameRecordSet, layouts_that_differ_are_refused_even_where_the_bodies_are_a
   }
 }
 
-TEST(FrameRecordSet, of_the_flags_only_the_told_distance_survives_the_copy) {
+TEST(RecordSet, of_the_flags_only_the_told_distance_survives_the_copy) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -204,7 +204,7 @@ TEST(FrameRecordSet, of_the_flags_only_the_told_distance_survives_the_copy) {
   dst.head().obj_flags = 0;
 }
 
-TEST(FrameRecordSet, an_untracked_source_gives_22_behind_the_copy_of_the_body) {
+TEST(RecordSet, an_untracked_source_gives_22_behind_the_copy_of_the_body) {
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
@@ -226,8 +226,7 @@ TEST(FrameRecordSet, an_untracked_source_gives_22_behind_the_copy_of_the_body) {
   h.err = 0;
 }
 
-TEST(FrameRecordSet,
-     an_untracked_destination_under_a_tracking_handle_takes_the_body_and_stays_untracked) {
+TEST(RecordSet, an_untracked_destination_while_tracking_takes_the_body_and_stays_untracked) {
   struct Case {
     const char* record;
     unsigned body, fwe_num;
@@ -259,7 +258,7 @@ TEST(FrameRecordSet,
   }
 }
 
-TEST(FrameRecordSet, between_tracked_records_only_the_body_is_copied_once_tracking_is_off) {
+TEST(RecordSet, between_tracked_records_only_the_body_is_copied_once_tracking_is_off) {
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -276,7 +275,7 @@ TEST(FrameRecordSet, between_tracked_records_only_the_body_is_copied_once_tracki
   EXPECT_EQ(dst.state_bytes(), (std::vector<uint8_t>{0, 0, 0}));
 }
 
-TEST(FrameRecordSet, re_points_its_children_before_their_state_is_copied_and_sets_them_behind) {
+TEST(RecordSet, re_points_its_children_before_their_state_is_copied_and_sets_them_behind) {
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
   Object src(h, "fwe_cl_wayfind_nb_channel_data", "src");
@@ -298,7 +297,7 @@ TEST(FrameRecordSet, re_points_its_children_before_their_state_is_copied_and_set
   EXPECT_EQ(std::memcmp(dst.get(), src.get(), 136), 0);
 }
 
-TEST(FrameRecordSet, address_fields_are_set_by_their_own_function_in_field_order) {
+TEST(RecordSet, address_fields_are_set_by_their_own_function_in_field_order) {
   Handle h(plain);
   Object dst(h, "fwe_cl_wayfind_prefixtosite_data", "dst");
   Object src(h, "fwe_cl_wayfind_prefixtosite_data", "src");
@@ -314,7 +313,7 @@ TEST(FrameRecordSet, address_fields_are_set_by_their_own_function_in_field_order
                        ",type(fwe_cl_wayfind_prefixtosite_stats_st),0,err)"});
 }
 
-TEST(FrameRecordSet, the_tail_has_no_variant_gate_and_leaves_the_flag_set_out) {
+TEST(RecordSet, the_tail_has_no_variant_gate_and_leaves_the_flag_set_out) {
   Handle h(plain);
   const auto old =
       h.domain({{"fwe_cl_wayfind_hop_chan_data", 0}, {"fwe_cl_wayfind_hop_chan_st", 0}});
@@ -349,8 +348,7 @@ void tell_what_the_end_found(int) {
 
 }  // namespace
 
-TEST(FrameRecordSetDeathTest,
-     a_corrupted_mode_word_ends_the_process_before_anything_is_announced_freed_or_stored) {
+TEST(RecordSetDeathTest, a_corrupted_mode_word_ends_the_process_before_anything_is_changed) {
   Handle h(tracked);
   Object dst(h, path_st, "dst");
   Object src(h, path_st, "src");
@@ -370,7 +368,7 @@ TEST(FrameRecordSetDeathTest,
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }
 
-TEST(FrameRecordSetDeathTest, the_mode_word_is_read_afresh_behind_the_body) {
+TEST(RecordSetDeathTest, the_mode_word_is_read_afresh_behind_the_body) {
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
   Object src(h, "fwe_cl_wayfind_mem_st", "src");
@@ -387,7 +385,7 @@ TEST(FrameRecordSetDeathTest, the_mode_word_is_read_afresh_behind_the_body) {
   EXPECT_DEATH(set(), "trace\\(fatal,Corrupted ORK Handle\\)");
 }
 
-TEST(FrameCleanup, does_what_set_does_behind_its_raw_copy) {
+TEST(Cleanup, does_what_set_does_behind_its_raw_copy) {
   Handle h(tracked);
   Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
   Object src(h, "fwe_cl_wayfind_nb_channel_data", "src");

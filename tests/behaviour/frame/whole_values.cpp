@@ -5,7 +5,7 @@ namespace frame {
 
 // ---- Get all ----
 
-TEST(FrameGetAll, reads_each_field_through_its_pointer_in_field_order) {
+TEST(GetAll, reads_each_field_through_its_pointer_in_field_order) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
@@ -24,7 +24,7 @@ TEST(FrameGetAll, reads_each_field_through_its_pointer_in_field_order) {
   EXPECT_EQ(std::make_tuple(fwe_num, ppe, exmem), std::make_tuple(1u, uint64_t{2}, uint64_t{3}));
 }
 
-TEST(FrameGetAll, records_an_enum_once_and_reads_it_directly) {
+TEST(GetAll, records_an_enum_once_and_reads_it_directly) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
@@ -43,7 +43,7 @@ TEST(FrameGetAll, records_an_enum_once_and_reads_it_directly) {
   EXPECT_EQ(std::vector<uint32_t>(out, out + 4), (std::vector<uint32_t>{5, 1, 2, 8}));
 }
 
-TEST(FrameGetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
+TEST(GetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   obj.head().variant = -1;
@@ -59,7 +59,7 @@ TEST(FrameGetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
   obj.head().variant = 0;
 }
 
-TEST(FrameGetAll, a_null_field_pointer_reads_as_0_and_is_not_recorded) {
+TEST(GetAll, a_null_field_pointer_reads_as_0_and_is_not_recorded) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto nothing = spy::answer(u_int32_get, nullptr);
@@ -74,7 +74,7 @@ TEST(FrameGetAll, a_null_field_pointer_reads_as_0_and_is_not_recorded) {
       {"orkdb_record_containment2(7,obj+16,obj,1)", "orkdb_record_containment2(7,obj+24,obj,1)"});
 }
 
-TEST(FrameGetAll, behind_a_field_that_fails_all_read_as_0) {
+TEST(GetAll, behind_a_field_that_fails_all_read_as_0) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
@@ -87,7 +87,7 @@ TEST(FrameGetAll, behind_a_field_that_fails_all_read_as_0) {
   EXPECT_EQ(log.count("ork_clear_last_error"), 1u) << "the entry's alone";
 }
 
-TEST(FrameGetAll, leaves_out_the_fields_of_later_variants) {
+TEST(GetAll, leaves_out_the_fields_of_later_variants) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_select_state_data");
   uint32_t out[6] = {77, 77, 77, 77, 77, 77};
@@ -104,7 +104,7 @@ TEST(FrameGetAll, leaves_out_the_fields_of_later_variants) {
   EXPECT_EQ(out[5], 0u);
 }
 
-TEST(FrameGetAll, gives_the_counts_of_arrays) {
+TEST(GetAll, gives_the_counts_of_arrays) {
   Handle h(plain);
   Object obj(h, "fwe_dp_wayfind_debug_data");
   Object element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
@@ -116,7 +116,7 @@ TEST(FrameGetAll, gives_the_counts_of_arrays) {
   EXPECT_EQ(none, 0u);
 }
 
-TEST(FrameGetAll, records_counts_and_fields_of_later_variants_as_it_does_the_others) {
+TEST(GetAll, records_counts_and_fields_of_later_variants_as_it_does_the_others) {
   Handle h(recorded);
   Object obj(h, "fwe_dp_wayfind_debug_data");
   uint8_t complexes = 0;
@@ -145,7 +145,7 @@ TEST(FrameGetAll, records_counts_and_fields_of_later_variants_as_it_does_the_oth
   EXPECT_EQ(h.err, 0u);
 }
 
-TEST(FrameGetAll, a_record_without_values_has_the_entry_steps_only) {
+TEST(GetAll, a_record_without_values_has_the_entry_steps_only) {
   Handle h(recorded);
   Object obj(h, "fwe_cl_wayfind_color_data");
   spy::Log log;
@@ -161,7 +161,7 @@ TEST(FrameGetAll, a_record_without_values_has_the_entry_steps_only) {
 
 // ---- Set all ----
 
-TEST(FrameSetAll, writes_each_field_and_marks_none) {
+TEST(SetAll, writes_each_field_and_marks_none) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
@@ -177,7 +177,7 @@ TEST(FrameSetAll, writes_each_field_and_marks_none) {
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{2, 2, 2}));
 }
 
-TEST(FrameSetAll, adjusts_and_checks_each_enum_and_records_nothing) {
+TEST(SetAll, adjusts_and_checks_each_enum_and_records_nothing) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
@@ -194,7 +194,7 @@ TEST(FrameSetAll, adjusts_and_checks_each_enum_and_records_nothing) {
                      "u_int32_set_value(7,obj+48,8,err)"});
 }
 
-TEST(FrameSetAll, in_shared_storage_adjusts_record_and_enums_by_their_shared_types) {
+TEST(SetAll, in_shared_storage_adjusts_record_and_enums_by_their_shared_types) {
   Handle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   Object obj(h, "fwe_cl_wayfind_chan_nb_st");
@@ -206,7 +206,7 @@ TEST(FrameSetAll, in_shared_storage_adjusts_record_and_enums_by_their_shared_typ
                 "orklib_adjust_variant(7,obj+32,shared(fwe_cl_wayfind_chan_tx_state_e),0,err)"});
 }
 
-TEST(FrameSetAll, of_a_negative_variant_adjusts_and_does_nothing_more) {
+TEST(SetAll, of_a_negative_variant_adjusts_and_does_nothing_more) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
@@ -223,7 +223,7 @@ TEST(FrameSetAll, of_a_negative_variant_adjusts_and_does_nothing_more) {
   obj.head().variant = 0;
 }
 
-TEST(FrameSetAll, drops_values_of_later_variants_without_an_error) {
+TEST(SetAll, drops_values_of_later_variants_without_an_error) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_select_state_data");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
@@ -235,7 +235,7 @@ TEST(FrameSetAll, drops_values_of_later_variants_without_an_error) {
   obj.head().variant = 1;
 }
 
-TEST(FrameSetAll, an_enum_out_of_range_is_refused_and_a_written_slot_ends_the_writing) {
+TEST(SetAll, an_enum_out_of_range_is_refused_and_a_written_slot_ends_the_writing) {
   Handle h(plain);
   Object obj(h, "fwe_cl_wayfind_select_state_data");
   fwe_cl_wayfind_select_state_data_set_all(h, instance, obj, 3, 1, 1, 1, 9, 1, &h.err);
@@ -248,7 +248,7 @@ TEST(FrameSetAll, an_enum_out_of_range_is_refused_and_a_written_slot_ends_the_wr
   EXPECT_EQ(load<uint32_t>(obj.field("count")), 9u);
 }
 
-TEST(FrameSetAll, and_get_all_do_nothing_with_an_error_standing) {
+TEST(SetAll, and_get_all_do_nothing_with_an_error_standing) {
   Handle h(tracked_and_recorded);
   Object obj(h, "fwe_cl_wayfind_mem_st");
   const Snapshot before = obj.snapshot();

@@ -89,8 +89,8 @@ TAKES_BUNDLE(fwe_cl_wayfind_show_intf_response)
 
 namespace {
 
-using family::Bundle;
-using family::Message;
+using messages::Bundle;
+using messages::Message;
 
 constexpr uint32_t instance = 7;
 
@@ -116,12 +116,12 @@ void explicit_handler(ork_handle* handle, uint32_t each, void* ctx, void* msg, u
 class LinkedMessage : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   uint32_t err = 0;
   int ctx = 0;
 
-  const family::Handle sender = family::make_handle();
-  const std::vector<uint8_t> frame = family::Made(message, sender.get()).frame();
+  const messages::Handle sender = messages::make_handle();
+  const std::vector<uint8_t> frame = messages::Made(message, sender.get()).frame();
 
   void SetUp() override { calls.clear(); }
   void* receive(ork_message_handler handler) {
@@ -133,7 +133,7 @@ class LinkedMessage : public testing::TestWithParam<Message> {
   }
 };
 
-TEST_P(LinkedMessage, RunsIfItIsThereAndElseThirtyEight) {
+TEST_P(LinkedMessage, runs_if_it_is_there_and_else_thirty_eight) {
   void* msg;
   std::vector<std::string> traces;
   {
@@ -142,7 +142,7 @@ TEST_P(LinkedMessage, RunsIfItIsThereAndElseThirtyEight) {
     traces = log.calls_of({"trace"});
   }
   ASSERT_NE(msg, nullptr);
-  if (is_linked(family::messages(), message)) {
+  if (is_linked(messages::all(), message)) {
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].who, message.name());
     EXPECT_EQ(calls[0].handle, handle.get());
@@ -162,7 +162,7 @@ TEST_P(LinkedMessage, RunsIfItIsThereAndElseThirtyEight) {
   message.destroy(handle.get(), instance, msg);
 }
 
-TEST_P(LinkedMessage, GivesWayToTheHandlerOfTheCall) {
+TEST_P(LinkedMessage, gives_way_to_the_handler_of_the_call) {
   void* msg = receive(explicit_handler);
   ASSERT_EQ(calls.size(), 1u);
   EXPECT_EQ(calls[0].who, "explicit");
@@ -170,13 +170,13 @@ TEST_P(LinkedMessage, GivesWayToTheHandlerOfTheCall) {
   message.destroy(handle.get(), instance, msg);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, LinkedMessage, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, LinkedMessage, testing::ValuesIn(messages::all()),
+                         messages::ByName());
 
 class LinkedBundle : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   const ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
   const spy::Replacement dispatching =
       spy::replace(orklib_in_dispatch_message_info, [this](ork_handle*, void** lut) {
@@ -201,10 +201,10 @@ void registered(ork_handle* own, uint32_t each, void* context, uint32_t* error) 
   calls.push_back({"registered", own, each, context, nullptr, error});
 }
 
-TEST_P(LinkedBundle, RunsAsTheLastOfTheChain) {
+TEST_P(LinkedBundle, runs_as_the_last_of_the_chain) {
   const std::vector<std::string> traces = commit();
   EXPECT_EQ(err, 0u);
-  if (is_linked(family::bundles(), bundle)) {
+  if (is_linked(messages::bundles(), bundle)) {
     EXPECT_CALLS(traces, {"trace(debug,Invoking linked-in handler for the row)"});
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].who, bundle.name());
@@ -218,7 +218,7 @@ TEST_P(LinkedBundle, RunsAsTheLastOfTheChain) {
   }
 }
 
-TEST_P(LinkedBundle, GivesWayToARegisteredOne) {
+TEST_P(LinkedBundle, gives_way_to_a_registered_one) {
   bundle.do_register(registered);
   EXPECT_CALLS(commit(), {"trace(debug,Invoking registered bundle handler for the row)"});
   bundle.unregister();
@@ -226,12 +226,13 @@ TEST_P(LinkedBundle, GivesWayToARegisteredOne) {
   EXPECT_EQ(calls[0].who, "registered");
 }
 
-TEST_P(LinkedBundle, IsLookedAtInACommitAlone) {
+TEST_P(LinkedBundle, is_looked_at_in_a_commit_alone) {
   bundle.start().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
   bundle.abort().unmarshal(handle.get(), instance, &ctx, nullptr, nullptr, 0, nullptr, &err);
   EXPECT_TRUE(calls.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, LinkedBundle, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, LinkedBundle, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

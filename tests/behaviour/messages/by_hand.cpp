@@ -14,10 +14,10 @@ struct Object {
   explicit Object(void* msg) : bytes(static_cast<uint8_t*>(msg)) {}
 
   ork_message_header* header() const {
-    return reinterpret_cast<ork_message_header*>(bytes + family::header_offset);
+    return reinterpret_cast<ork_message_header*>(bytes + messages::header_offset);
   }
   void*& slot(size_t i) const {
-    return reinterpret_cast<void**>(bytes + family::records_offset)[i];
+    return reinterpret_cast<void**>(bytes + messages::records_offset)[i];
   }
   void set_type(const ork_type_info* type) const { std::memcpy(bytes, &type, sizeof type); }
   const ork_type_info* type() const {
@@ -30,7 +30,7 @@ struct Object {
 };
 
 size_t size_of(const Message& message) {
-  return family::records_offset + 8 * message.record_count();
+  return messages::records_offset + 8 * message.record_count();
 }
 
 ork_variant_entry& entry_of(const ork_type_info* type) { return type->varinfo->entries[0]; }
@@ -150,19 +150,19 @@ uint32_t marshal(const Message& message, ork_handle* handle, uint32_t instance, 
   }
   uint8_t* header_slot = nullptr;
   int32_t offset = 0;
-  if (length < family::header_size) {
+  if (length < messages::header_size) {
     store(handle, 90, err);
   } else {
-    std::memset(buffer, 0, family::header_size);
-    offset = family::header_size;
+    std::memset(buffer, 0, messages::header_size);
+    offset = messages::header_size;
     header_slot = buffer;
   }
   if (*err == 0) {
-    if (length - offset < family::luid_size) {
+    if (length - offset < messages::luid_size) {
       store(handle, 90, err);
     } else {
-      std::memcpy(buffer + offset, schema.luid, family::luid_size);
-      offset += family::luid_size;
+      std::memcpy(buffer + offset, schema.luid, messages::luid_size);
+      offset += messages::luid_size;
     }
   }
   for (size_t i = 0; i < message.record_count(); ++i) {
@@ -186,7 +186,7 @@ uint32_t marshal(const Message& message, ork_handle* handle, uint32_t instance, 
   }
   object.header()->length = static_cast<uint32_t>(offset);
   object.header()->sequence = handle->send_sequence;
-  _ork_message_header_marshal(handle, instance, header_slot, object.header(), family::header_size,
+  _ork_message_header_marshal(handle, instance, header_slot, object.header(), messages::header_size,
                               err);
   return static_cast<uint32_t>(offset);
 }
@@ -205,7 +205,7 @@ uint32_t unmarshal_only(const Message& message, ork_handle* handle, uint32_t ins
     return 0;
   }
   const Object object(msg);
-  uint32_t cursor = family::luid_size;
+  uint32_t cursor = messages::luid_size;
   if (*err == 0) {
     cursor += _ork_message_header_unmarshal(handle, instance, buffer, object.header(), length, err);
   }

@@ -8,8 +8,8 @@
 
 namespace by_hand {
 
-using family::Message;
-using family::Record;
+using messages::Message;
+using messages::Record;
 
 // Enters a line as a trace does: "error", "text".
 void trace(const std::string& level, const std::string& text);

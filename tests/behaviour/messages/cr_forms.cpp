@@ -4,10 +4,10 @@
 
 namespace {
 
-using family::Message;
-using family::Record;
-using spied::instance;
-using spied::Stage;
+using messages::Message;
+using messages::Record;
+using messages::instance;
+using messages::Stage;
 
 constexpr uint32_t room = 1 << 16;
 
@@ -52,15 +52,15 @@ const Form forms_in_common[] = {
      }},
 };
 
-class MessageCrForms : public testing::TestWithParam<Message> {
+class CrForms : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
 };
 
-TEST_P(MessageCrForms, DoTheSameWithTheHandlesInstanceAndError) {
+TEST_P(CrForms, do_the_same_with_the_handles_instance_and_error) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     Stage stage(message, tracking);
-    const family::Made made(message, stage.handle(), 3, instance + 1);
+    const messages::Made made(message, stage.handle(), 3, instance + 1);
     stage.handle()->cr_instance = instance;
     stage.name(made.get());
     spy::name_at(&stage.err, "error");
@@ -88,9 +88,9 @@ TEST_P(MessageCrForms, DoTheSameWithTheHandlesInstanceAndError) {
   }
 }
 
-TEST_P(MessageCrForms, MarshalWithAPendingErrorOnlyTraces) {
+TEST_P(CrForms, marshal_with_a_pending_error_only_traces) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 3, instance);
+  const messages::Made made(message, stage.handle(), 3, instance);
   std::vector<uint8_t>& buffer = stage.give_buffer(room);
   stage.handle()->cr_error = 5;
   const spy::Log log;
@@ -101,25 +101,24 @@ TEST_P(MessageCrForms, MarshalWithAPendingErrorOnlyTraces) {
 }
 
 // All bytes were written and counted by then.
-TEST_P(MessageCrForms, MarshalGivesAllOnesAfterAnErrorOfItsLastSteps) {
+TEST_P(CrForms, marshal_gives_all_ones_after_an_error_of_its_last_steps) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 3, instance);
+  const messages::Made made(message, stage.handle(), 3, instance);
   std::vector<uint8_t>& buffer = stage.give_buffer(room);
   {
     const auto fails = spy::fail(_ork_message_header_marshal, 5);
     EXPECT_EQ(message.marshal_cr(stage.handle(), made.get(), buffer.data(), room), 0xFFFFFFFFu);
   }
   EXPECT_EQ(std::exchange(stage.handle()->cr_error, 0), 5u);
-  spied::open(spied::bundle_with(message), stage.handle());
+  messages::open(messages::bundle_with(message), stage.handle());
   {
     const auto fails = spy::fail(bundle_message_increment_count, 2);
     EXPECT_EQ(message.marshal_cr(stage.handle(), made.get(), buffer.data(), room), 0xFFFFFFFFu);
   }
   EXPECT_EQ(std::exchange(stage.handle()->cr_error, 0), 2u);
-  spied::close(stage.handle());
+  messages::close(stage.handle());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageCrForms, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, CrForms, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

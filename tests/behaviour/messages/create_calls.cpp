@@ -3,13 +3,13 @@
 
 namespace {
 
-using family::Message;
-using family::Record;
-using spied::instance;
-using spied::Outcome;
-using spied::Stage;
+using messages::Message;
+using messages::Record;
+using messages::instance;
+using messages::Outcome;
+using messages::Stage;
 
-class MessageCreate : public testing::TestWithParam<Message> {
+class CreateCalls : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
   const std::string object_size = message.record_count() == 2 ? "48" : "40";
@@ -41,11 +41,11 @@ void* library_create_shallow(const Message& message, ork_handle* handle, uint32_
   return message.create_shallow(handle, each);
 }
 
-TEST_P(MessageCreate, AllocatesTagsMakesRecordsAndCounts) {
-  for (const ork_tracking tracking : spied::trackings) {
+TEST_P(CreateCalls, allocates_tags_makes_records_and_counts) {
+  for (const ork_tracking tracking : messages::trackings) {
     const Outcome hand = created(message, tracking, by_hand::create);
     const Outcome made = created(message, tracking, library_create);
-    spied::expect_same(made, hand, "create");
+    messages::expect_same(made, hand, "create");
     EXPECT_EQ(made.calls.front(), "alloc_fn(7," + object_size + ")=new1");
     EXPECT_EQ(made.calls[1],
               "tawny_set_callsite_tag(" + std::to_string(message.schema().call_site_tag) + ")");
@@ -54,21 +54,21 @@ TEST_P(MessageCreate, AllocatesTagsMakesRecordsAndCounts) {
   }
 }
 
-TEST_P(MessageCreate, ShallowAllocatesAndCounts) {
-  for (const ork_tracking tracking : spied::trackings) {
+TEST_P(CreateCalls, shallow_allocates_and_counts) {
+  for (const ork_tracking tracking : messages::trackings) {
     const Outcome hand = created(message, tracking, by_hand::create_shallow);
     const Outcome made = created(message, tracking, library_create_shallow);
-    spied::expect_same(made, hand, "create_shallow");
+    messages::expect_same(made, hand, "create_shallow");
     EXPECT_CALLS(made.calls, std::vector<std::string>{"alloc_fn(7," + object_size + ")=new1",
                                                       "counter_notify_fn(create_count,1,7)"});
   }
 }
 
-TEST_P(MessageCreate, EveryFailingAllocationUndoesTheSame) {
+TEST_P(CreateCalls, every_failing_allocation_undoes_the_same) {
   for (unsigned nth = 1; nth <= 3; ++nth) {
     const Outcome hand = created(message, ORK_TRACKING_ON, by_hand::create, nth);
     const Outcome made = created(message, ORK_TRACKING_ON, library_create, nth);
-    spied::expect_same(made, hand, "allocation " + std::to_string(nth));
+    messages::expect_same(made, hand, "allocation " + std::to_string(nth));
   }
   const Outcome none = created(message, ORK_TRACKING_OFF, library_create, 1);
   EXPECT_CALLS(none.calls, std::vector<std::string>{"alloc_fn(7," + object_size + ")=null"});
@@ -80,7 +80,7 @@ TEST_P(MessageCreate, EveryFailingAllocationUndoesTheSame) {
 
 // A descriptor of shared storage, with counters of its own; those with shared 0 are counted
 // atomically, to the same effect.
-TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTableAndAreCountedThere) {
+TEST_P(CreateCalls, shared_types_go_through_the_type_table_and_are_counted_there) {
   struct Way {
     Create hand;
     Create library;
@@ -92,7 +92,7 @@ TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTableAndAreCountedThere) {
       std::vector<std::vector<std::string>> calls;
       for (const Create create : {by_hand_create, made_create}) {
         Stage stage(message, ORK_TRACKING_OFF);
-        spied::OwnDescriptor own(message, stage.handle(), shared);
+        messages::OwnDescriptor own(message, stage.handle(), shared);
         own.entry.create_count = 10;
         own.entry.destroy_count = 4;
         spy::name_at(&own.entry.create_count, "copy's create_count");
@@ -128,13 +128,13 @@ TEST_P(MessageCreate, SharedTypesGoThroughTheTypeTableAndAreCountedThere) {
 }
 
 // The count is a signed byte, and printed without a sign. It is looked at before the counter rises.
-TEST_P(MessageCreate, OnlyANegativeVariantCountIsTracedAndItIsSurvived) {
+TEST_P(CreateCalls, only_a_negative_variant_count_is_traced_and_it_is_survived) {
   for (const auto& [count, printed] : {std::pair<int8_t, const char*>{-1, "4294967295"},
                                        {-128, "4294967168"},
                                        {0, nullptr},
                                        {1, nullptr}}) {
     Stage stage(message, ORK_TRACKING_OFF);
-    spied::OwnDescriptor own(message, stage.handle());
+    messages::OwnDescriptor own(message, stage.handle());
     own.variants.n_variants = count;
     const uint64_t before = own.entry.create_count;
     spy::name_at(&own.entry.create_count, "created");
@@ -180,8 +180,8 @@ Outcome destroyed(const Message& message, ork_tracking tracking, decltype(&by_ha
   return outcome;
 }
 
-TEST_P(MessageCreate, DestroyGivesRecordsBackCountsAndFrees) {
-  for (const ork_tracking tracking : spied::trackings) {
+TEST_P(CreateCalls, destroy_gives_records_back_counts_and_frees) {
+  for (const ork_tracking tracking : messages::trackings) {
     for (size_t detach = 0; detach <= message.record_count(); ++detach) {
       const Outcome hand = destroyed(message, tracking, by_hand::destroy, detach);
       const Outcome made = destroyed(
@@ -190,7 +190,7 @@ TEST_P(MessageCreate, DestroyGivesRecordsBackCountsAndFrees) {
             m.destroy(handle, each, msg);
           },
           detach);
-      spied::expect_same(made, hand, "destroy without record " + std::to_string(detach));
+      messages::expect_same(made, hand, "destroy without record " + std::to_string(detach));
       EXPECT_EQ(made.calls[made.calls.size() - 2], "counter_notify_fn(destroy_count,1,7)");
       EXPECT_EQ(made.calls.back(), "free_fn(7,msg)");
     }
@@ -199,9 +199,9 @@ TEST_P(MessageCreate, DestroyGivesRecordsBackCountsAndFrees) {
 
 // ---- Accessors --------------------------------------------------------------
 
-TEST_P(MessageCreate, AccessorsTraceWhatKeepsThemFromActing) {
+TEST_P(CreateCalls, accessors_trace_what_keeps_them_from_acting) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 1, instance);
+  const messages::Made made(message, stage.handle(), 1, instance);
   for (size_t i = 0; i < message.record_count(); ++i) {
     const std::string record = message.record(i).name;
     for (const bool pending : {true, false}) {
@@ -226,9 +226,9 @@ TEST_P(MessageCreate, AccessorsTraceWhatKeepsThemFromActing) {
   }
 }
 
-TEST_P(MessageCreate, AccessorsCallNothing) {
+TEST_P(CreateCalls, accessors_call_nothing) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 1, instance);
+  const messages::Made made(message, stage.handle(), 1, instance);
   for (size_t i = 0; i < message.record_count(); ++i) {
     void* record = made.record(i);
     const spy::Log log;
@@ -248,13 +248,13 @@ TEST_P(MessageCreate, AccessorsCallNothing) {
 
 // The old record is destroyed, even when it is the one that is given, and stays in its slot until
 // that is done.
-TEST_P(MessageCreate, FreeAndSetDestroysTheOldRecordAndThenStores) {
+TEST_P(CreateCalls, free_and_set_destroys_the_old_record_and_then_stores) {
   enum Way { alone, another, itself };
   Stage stage(message, ORK_TRACKING_ON);
   for (size_t i = 0; i < message.record_count(); ++i) {
     std::vector<std::vector<std::string>> calls;
     for (const Way way : {alone, another, itself}) {
-      const family::Made made(message, stage.handle(), 1, instance);
+      const messages::Made made(message, stage.handle(), 1, instance);
       void* const old = made.record(i);
       void* const given = way == itself ? old : nullptr;
       spy::name(old, 4, "old");
@@ -280,7 +280,7 @@ TEST_P(MessageCreate, FreeAndSetDestroysTheOldRecordAndThenStores) {
   }
 }
 
-TEST_P(MessageCreate, IsValidAsksAboutTheStaticDescriptor) {
+TEST_P(CreateCalls, is_valid_asks_about_the_static_descriptor) {
   Stage stage(message, ORK_TRACKING_OFF);
   const std::string question =
       std::string("ork_domain_lookup_message_ok(domain,type(") + message.name() + "),cr_error)";
@@ -288,14 +288,13 @@ TEST_P(MessageCreate, IsValidAsksAboutTheStaticDescriptor) {
     const auto scripted = spy::answer(ork_domain_lookup_message_ok, answer);
     const spy::Log log;
     EXPECT_EQ(message.is_valid_cr(stage.handle()), answer);
-    const spied::OwnDescriptor own(message, stage.handle());
+    const messages::OwnDescriptor own(message, stage.handle());
     EXPECT_EQ(message.is_valid_cr(stage.handle()), answer);
     EXPECT_CALLS(log, std::vector<std::string>{question, question})
         << "with shared descriptors as well";
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageCreate, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, CreateCalls, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

@@ -3,19 +3,19 @@
 
 namespace {
 
-using family::Message;
-using family::Record;
-using spied::instance;
-using spied::Outcome;
-using spied::Stage;
+using messages::Message;
+using messages::Record;
+using messages::instance;
+using messages::Outcome;
+using messages::Stage;
 
-class MessageCr : public testing::TestWithParam<Message> {
+class CreateCr : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
   const std::string object_size = message.record_count() == 2 ? "48" : "40";
 };
 
-TEST_P(MessageCr, CrFormsUseTheHandlesInstance) {
+TEST_P(CreateCr, cr_forms_use_the_handles_instance) {
   Stage stage(message, ORK_TRACKING_OFF);
   stage.handle()->cr_instance = 9;
   std::vector<std::string> calls;
@@ -34,14 +34,14 @@ TEST_P(MessageCr, CrFormsUseTheHandlesInstance) {
 
 // The address of the message's sentinel.
 void* sentinel_of(const Message& message) {
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   handle->cr_error = 5;
   return message.create_cr(handle.get());
 }
 
 // The sentinels of the records that a message carries.
 std::vector<void*> record_sentinels_of(const Message& message) {
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   handle->cr_error = 5;
   std::vector<void*> found;
   for (size_t i = 0; i < message.record_count(); ++i) {
@@ -50,7 +50,7 @@ std::vector<void*> record_sentinels_of(const Message& message) {
   return found;
 }
 
-TEST_P(MessageCr, CrActiveIsOneWhileItRunsAndZeroAfterwardsWhateverItWas) {
+TEST_P(CreateCr, cr_active_is_one_while_it_runs_and_zero_afterwards_whatever_it_was) {
   for (const uint32_t before : {0u, 1u, 256u}) {
     Stage stage(message, ORK_TRACKING_OFF);
     ork_handle* const handle = stage.handle();
@@ -69,7 +69,7 @@ TEST_P(MessageCr, CrActiveIsOneWhileItRunsAndZeroAfterwardsWhateverItWas) {
   }
 }
 
-TEST_P(MessageCr, CrCreateWithAPendingErrorStillTagsAndMakesEachRecord) {
+TEST_P(CreateCr, cr_create_with_a_pending_error_still_tags_and_makes_each_record) {
   void* const sentinel = sentinel_of(message);
   Stage stage(message, ORK_TRACKING_ON);
   stage.handle()->cr_error = 5;
@@ -85,7 +85,7 @@ TEST_P(MessageCr, CrCreateWithAPendingErrorStillTagsAndMakesEachRecord) {
   stage.handle()->cr_error = 0;
 }
 
-TEST_P(MessageCr, CrCreateWithoutMemoryStoresTwelveOnceAndGoesOn) {
+TEST_P(CreateCr, cr_create_without_memory_stores_twelve_once_and_goes_on) {
   void* const sentinel = sentinel_of(message);
   Stage stage(message, ORK_TRACKING_OFF);
   stage.handle()->cr_instance = instance;
@@ -103,7 +103,7 @@ TEST_P(MessageCr, CrCreateWithoutMemoryStoresTwelveOnceAndGoesOn) {
 
 // The message is whole then; the record that could not be made, and what is made behind it, is a
 // sentinel.
-TEST_P(MessageCr, CrCreateWithoutMemoryForARecordGivesAMessageWithItsSentinel) {
+TEST_P(CreateCr, cr_create_without_memory_for_a_record_gives_a_message_with_its_sentinel) {
   void* const sentinel = sentinel_of(message);
   const std::vector<void*> record_sentinels = record_sentinels_of(message);
   for (unsigned failing = 0; failing < message.record_count(); ++failing) {
@@ -131,14 +131,15 @@ TEST_P(MessageCr, CrCreateWithoutMemoryForARecordGivesAMessageWithItsSentinel) {
 }
 
 // Nothing of a sentinel is ever written but its slots, and these each time.
-TEST_P(MessageCr, EveryCrCreateRewritesTheSlotsOfTheSentinelAndNothingElse) {
+TEST_P(CreateCr, every_cr_create_rewrites_the_slots_of_the_sentinel_and_nothing_else) {
   void* const sentinel = sentinel_of(message);
   const std::vector<void*> record_sentinels = record_sentinels_of(message);
-  const uint8_t zeros[family::records_offset] = {};
+  const uint8_t zeros[messages::records_offset] = {};
   const std::vector<void*> stale(message.record_count(), sentinel);
   for (const bool pending : {true, false}) {
     Stage stage(message, ORK_TRACKING_ON);
-    std::memcpy(fixture::bytes(sentinel) + family::records_offset, stale.data(), 8 * stale.size());
+    std::memcpy(fixture::bytes(sentinel) + messages::records_offset, stale.data(),
+                8 * stale.size());
     stage.handle()->cr_error = pending ? 5 : 0;
     spy::fail_alloc(pending ? 0 : 1);
     EXPECT_EQ(message.create_cr(stage.handle()), sentinel);
@@ -150,7 +151,7 @@ TEST_P(MessageCr, EveryCrCreateRewritesTheSlotsOfTheSentinelAndNothingElse) {
 }
 
 // A platform that keeps nothing in cr_error lets the records of a sentinel be made as usual.
-TEST_P(MessageCr, RecordsOfASentinelMayBeRealOnes) {
+TEST_P(CreateCr, records_of_a_sentinel_may_be_real_ones) {
   void* const sentinel = sentinel_of(message);
   Stage stage(message, ORK_TRACKING_OFF);
   const auto keep = spy::replace(ork_store_err, [](ork_handle*, uint32_t) {});
@@ -166,7 +167,7 @@ TEST_P(MessageCr, RecordsOfASentinelMayBeRealOnes) {
 }
 
 // cr_active is read as it stands, and left so.
-TEST_P(MessageCr, PlainCreateInCrModeGivesTheSentinelToo) {
+TEST_P(CreateCr, plain_create_in_cr_mode_gives_the_sentinel_too) {
   void* const sentinel = sentinel_of(message);
   Stage stage(message, ORK_TRACKING_OFF);
   stage.handle()->cr_active = 1;
@@ -197,7 +198,7 @@ TEST_P(MessageCr, PlainCreateInCrModeGivesTheSentinelToo) {
   stage.handle()->cr_active = 0;
 }
 
-TEST_P(MessageCr, PendingCrErrorMeansNothingOutsideCrMode) {
+TEST_P(CreateCr, pending_cr_error_means_nothing_outside_cr_mode) {
   Stage stage(message, ORK_TRACKING_OFF);
   std::vector<std::vector<std::string>> calls;
   for (const uint32_t pending : {0u, 5u}) {
@@ -222,7 +223,7 @@ TEST_P(MessageCr, PendingCrErrorMeansNothingOutsideCrMode) {
 }
 
 // An allocator may report for itself.
-TEST_P(MessageCr, ErrorThatTheAllocatorLeftStands) {
+TEST_P(CreateCr, error_that_the_allocator_left_stands) {
   void* const sentinel = sentinel_of(message);
   Stage stage(message, ORK_TRACKING_OFF);
   static ork_handle* failing;
@@ -242,9 +243,9 @@ TEST_P(MessageCr, ErrorThatTheAllocatorLeftStands) {
   failing->alloc_fn = before;
 }
 
-TEST(MessageSentinels, EachMessageHasOneOfItsOwnOfItsSize) {
+TEST(Sentinels, each_message_has_one_of_its_own_of_its_size) {
   std::vector<std::pair<const char*, size_t>> found;
-  for (const Message& message : family::messages()) {
+  for (const Message& message : messages::all()) {
     void* const sentinel = sentinel_of(message);
     EXPECT_EQ(sentinel, sentinel_of(message)) << "whatever the handle";
     found.emplace_back(static_cast<const char*>(sentinel), message.record_count() == 2 ? 48 : 40);
@@ -256,7 +257,7 @@ TEST(MessageSentinels, EachMessageHasOneOfItsOwnOfItsSize) {
   }
 }
 
-TEST_P(MessageCr, ShallowKnowsNoCrMode) {
+TEST_P(CreateCr, shallow_knows_no_cr_mode) {
   Stage stage(message, ORK_TRACKING_OFF);
   stage.handle()->cr_active = 1;
   stage.handle()->cr_instance = 9;
@@ -296,7 +297,7 @@ void free_but_for_the_sentinel(void* pool, uint32_t each, void* block) {
 
 // A platform that lets one record not start: its create gives its block back and null, in cr mode
 // too.
-TEST_P(MessageCr, SentinelGoesToFreeWhenARecordGivesNull) {
+TEST_P(CreateCr, sentinel_goes_to_free_when_a_record_gives_null) {
   void* const sentinel = sentinel_of(message);
   for (size_t failing = 0; failing < message.record_count(); ++failing) {
     Stage stage(message, ORK_TRACKING_OFF);
@@ -326,6 +327,6 @@ TEST_P(MessageCr, SentinelGoesToFreeWhenARecordGivesNull) {
   sentinel_of(message);  // which leaves no dead record in it
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageCr, testing::ValuesIn(family::messages()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, CreateCr, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

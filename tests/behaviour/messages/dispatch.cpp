@@ -5,19 +5,19 @@
 
 namespace {
 
-using family::Bundle;
-using family::control_frame;
-using family::Handle;
-using family::look;
-using family::Message;
-using family::Rows;
-using family::Seen;
+using messages::Bundle;
+using messages::control_frame;
+using messages::Handle;
+using messages::look;
+using messages::Message;
+using messages::Rows;
+using messages::Seen;
 
 class DispatchedBundle : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
-  const Handle sender = family::make_handle();
-  const Handle receiver = family::make_handle();
+  const Handle sender = messages::make_handle();
+  const Handle receiver = messages::make_handle();
   const Rows rows{look};
   Seen seen;
 
@@ -31,7 +31,7 @@ class DispatchedBundle : public testing::TestWithParam<Bundle> {
          std::span(bundle.schema().members, bundle.schema().member_count)) {
       const Message message(*member.message);
       for (uint32_t i = 0; i < (member.repeatable != 0 ? 3u : 1u); ++i) {
-        EXPECT_EQ(receive(family::Made(message, sender.get(), i).frame()), 0u);
+        EXPECT_EQ(receive(messages::Made(message, sender.get(), i).frame()), 0u);
         sent.emplace_back(message.name());
       }
     }
@@ -39,32 +39,32 @@ class DispatchedBundle : public testing::TestWithParam<Bundle> {
   }
 };
 
-TEST_P(DispatchedBundle, CommitShowsAllMembersInOrder) {
+TEST_P(DispatchedBundle, commit_shows_all_members_in_order) {
   EXPECT_EQ(receive(control_frame(sender.get(), bundle.start())), 0u);
   const std::vector<std::string> sent = send_members();
   EXPECT_TRUE(seen.members.empty());
   EXPECT_EQ(receive(control_frame(sender.get(), bundle.commit())), 0u);
   EXPECT_EQ(seen.commits, 1);
   EXPECT_EQ(seen.members, sent);
-  EXPECT_EQ(family::live_blocks(receiver), 0u) << "the members went with the bundle";
+  EXPECT_EQ(messages::live_blocks(receiver), 0u) << "the members went with the bundle";
 }
 
-TEST_P(DispatchedBundle, AbortDropsAllMembers) {
+TEST_P(DispatchedBundle, abort_drops_all_members) {
   EXPECT_EQ(receive(control_frame(sender.get(), bundle.start())), 0u);
   send_members();
-  EXPECT_GT(family::live_blocks(receiver), 0u);
+  EXPECT_GT(messages::live_blocks(receiver), 0u);
   EXPECT_EQ(receive(control_frame(sender.get(), bundle.abort())), 0u);
   EXPECT_EQ(seen.commits, 0);
-  EXPECT_EQ(family::live_blocks(receiver), 0u);
+  EXPECT_EQ(messages::live_blocks(receiver), 0u);
   EXPECT_EQ(receiver->bundle_rx_active, 0u);
 }
 
-TEST_P(DispatchedBundle, MessageThatMayStandOnceIsRefusedTheSecondTime) {
+TEST_P(DispatchedBundle, message_that_may_stand_once_is_refused_the_second_time) {
   control_frame(sender.get(), bundle.start());
   for (const wayfind_member& member :
        std::span(bundle.schema().members, bundle.schema().member_count)) {
     const Message message(*member.message);
-    const family::Made made(message, sender.get());
+    const messages::Made made(message, sender.get());
     made.frame();
     std::vector<uint8_t> buffer(message.len(sender.get(), 0, made.get()));
     uint32_t err = 0;
@@ -77,7 +77,7 @@ TEST_P(DispatchedBundle, MessageThatMayStandOnceIsRefusedTheSecondTime) {
   control_frame(sender.get(), bundle.commit());
 }
 
-TEST_P(DispatchedBundle, RequestMessageIsAMemberThatMayStandOnce) {
+TEST_P(DispatchedBundle, request_message_is_a_member_that_may_stand_once) {
   control_frame(sender.get(), bundle.start());
   uint32_t err = 0;
   const auto add = [&] {
@@ -94,8 +94,8 @@ TEST_P(DispatchedBundle, RequestMessageIsAMemberThatMayStandOnce) {
   control_frame(sender.get(), bundle.commit());
 }
 
-TEST_P(DispatchedBundle, SendingAndReceivingOnOneHandleAreIndependent) {
-  const Handle both = family::make_handle();
+TEST_P(DispatchedBundle, sending_and_receiving_on_one_handle_are_independent) {
+  const Handle both = messages::make_handle();
   EXPECT_EQ(rows.dispatch(both, &seen, control_frame(sender.get(), bundle.start())), 0u);
   EXPECT_EQ(both->bundle_rx_active, 1u);
   EXPECT_EQ(both->bundle_ctx, 0u);
@@ -107,16 +107,16 @@ TEST_P(DispatchedBundle, SendingAndReceivingOnOneHandleAreIndependent) {
   EXPECT_EQ(both->bundle_ctx, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DispatchedBundle, testing::ValuesIn(family::bundles()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, DispatchedBundle, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
-TEST(Dispatched, ShowInsideAnotherShowIsRefusedAndTheFirstGoesOn) {
-  const Handle sender = family::make_handle();
-  const Handle other = family::make_handle();
-  const Handle receiver = family::make_handle();
+TEST(Dispatch, show_inside_another_show_is_refused_and_the_first_goes_on) {
+  const Handle sender = messages::make_handle();
+  const Handle other = messages::make_handle();
+  const Handle receiver = messages::make_handle();
   const Rows rows(look);
   Seen seen;
-  const std::vector<Bundle> bundles = family::bundles();
+  const std::vector<Bundle> bundles = messages::bundles();
   EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundles[1].start())), 0u);
   EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(other.get(), bundles[2].start())), 17u);
   EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundles[1].commit())), 0u);
@@ -147,15 +147,15 @@ class Damage {
   uint32_t state_ = 1;
 };
 
-TEST(Dispatched, AMillionBadFramesLeaveTheMemoryFlat) {
+TEST(Dispatch, a_million_bad_frames_leave_the_memory_flat) {
   constexpr unsigned bad_frames = 1'000'000;
-  const Handle sender = family::make_handle();
+  const Handle sender = messages::make_handle();
   const Handle receiver =
-      family::make_handle([](ork_options& options) { options.memory_budget = 1 << 22; });
+      messages::make_handle([](ork_options& options) { options.memory_budget = 1 << 22; });
   const Rows rows;
   std::vector<std::vector<uint8_t>> frames;
-  for (const Message& message : family::messages()) {
-    frames.push_back(family::Made(message, sender.get()).frame());
+  for (const Message& message : messages::all()) {
+    frames.push_back(messages::Made(message, sender.get()).frame());
   }
   Damage damage;
   unsigned failed = 0;
@@ -163,22 +163,22 @@ TEST(Dispatched, AMillionBadFramesLeaveTheMemoryFlat) {
     std::vector<uint8_t> frame = frames[i % frames.size()];
     damage.spoil(frame);
     failed += rows.dispatch(receiver, nullptr, frame) != 0 ? 1 : 0;
-    ASSERT_EQ(family::live_blocks(receiver), 0u) << i;
+    ASSERT_EQ(messages::live_blocks(receiver), 0u) << i;
   }
   EXPECT_EQ(failed, bad_frames) << "whole ones find no handler";
 }
 
-TEST(Dispatched, BadFramesInsideABundleLeaveItsMembersAlone) {
-  const Handle sender = family::make_handle();
-  const Handle receiver = family::make_handle();
+TEST(Dispatch, bad_frames_inside_a_bundle_leave_its_members_alone) {
+  const Handle sender = messages::make_handle();
+  const Handle receiver = messages::make_handle();
   const Rows rows(look);
   Seen seen;
-  const Bundle bundle = family::bundle("fwe_cl_wayfind_show_hop_chan_response");
-  const Message member = family::message("fwe_cl_wayfind_hop_chan_msg");
+  const Bundle bundle = messages::bundle("fwe_cl_wayfind_show_hop_chan_response");
+  const Message member = messages::message("fwe_cl_wayfind_hop_chan_msg");
   ASSERT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundle.start())), 0u);
-  const std::vector<uint8_t> good = family::Made(member, sender.get()).frame();
+  const std::vector<uint8_t> good = messages::Made(member, sender.get()).frame();
   ASSERT_EQ(rows.dispatch(receiver, &seen, good), 0u);
-  const uint64_t blocks = family::live_blocks(receiver);
+  const uint64_t blocks = messages::live_blocks(receiver);
   for (size_t length = 43; length < good.size(); ++length) {
     std::vector<uint8_t> frame(
         good.begin(), good.begin() + static_cast<long>(length) + 1);  // the byte behind may be read
@@ -187,7 +187,7 @@ TEST(Dispatched, BadFramesInsideABundleLeaveItsMembersAlone) {
       frame[12 + i] = static_cast<uint8_t>(length >> (24 - 8 * i));
     }
     EXPECT_EQ(rows.dispatch(receiver, &seen, frame), 90u) << length;
-    ASSERT_EQ(family::live_blocks(receiver), blocks) << length;
+    ASSERT_EQ(messages::live_blocks(receiver), blocks) << length;
   }
   EXPECT_EQ(rows.dispatch(receiver, &seen, good), 0u);
   EXPECT_EQ(rows.dispatch(receiver, &seen, control_frame(sender.get(), bundle.commit())), 0u);

@@ -22,7 +22,7 @@
 #include "support/fixture.h"
 #include "tools/schema/wayfind_schema.h"
 
-namespace family {
+namespace messages {
 
 // Size of the frame in front of a message's records, and of its two pieces, bytes.
 inline constexpr int32_t header_size = 27;
@@ -258,7 +258,7 @@ inline uint64_t live_blocks(const Handle& handle) {
   return report.live_blocks;
 }
 
-inline std::vector<Message> messages() {
+inline std::vector<Message> all() {
   std::vector<Message> all;
   for (const wayfind_message& message : std::span(wayfind_messages, wayfind_message_count)) {
     all.emplace_back(message);
@@ -267,7 +267,7 @@ inline std::vector<Message> messages() {
 }
 
 inline Message message(std::string_view name) {
-  for (const Message& each : messages()) {
+  for (const Message& each : all()) {
     if (name == each.name()) {
       return each;
     }
@@ -328,7 +328,7 @@ class Made {
         object_(message.create(handle, instance)) {
     for (size_t i = 0; object_ != nullptr && i < message.record_count(); ++i) {
       const std::string root = std::string(message.record(i).name) + "#" + std::to_string(seed);
-      forms::Filler(handle, 2).fill(message.record(i), message.slots(object_)[i], root);
+      encoders::Filler(handle, 2).fill(message.record(i), message.slots(object_)[i], root);
     }
   }
   ~Made() { message_.destroy(handle_, instance_, object_); }
@@ -356,4 +356,4 @@ class Made {
   void* object_;
 };
 
-}  // namespace family
+}  // namespace messages

@@ -5,8 +5,8 @@
 
 namespace {
 
-using family::Message;
-using spied::instance;
+using messages::Message;
+using messages::instance;
 
 class MessageFatal : public testing::TestWithParam<Message> {
  protected:
@@ -15,14 +15,14 @@ class MessageFatal : public testing::TestWithParam<Message> {
   static void SetUpTestSuite() {
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    const family::Handle scratch = family::make_handle();
+    const messages::Handle scratch = messages::make_handle();
     uint32_t err = 22;
     const spy::Log log;
-    family::messages()[0].get(scratch.get(), instance, nullptr, &err);
+    messages::all()[0].get(scratch.get(), instance, nullptr, &err);
   }
 
   const Message message = GetParam();
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
 
   // From now on objects of the message get a descriptor whose variant block is missing.
   [[nodiscard]] spy::Replacement without_variants() {
@@ -42,9 +42,9 @@ class MessageFatal : public testing::TestWithParam<Message> {
 
   ork_type_info broken{};
 };
-using MessageFatalDeathTest = MessageFatal;
+using FatalDeathTest = MessageFatal;
 
-TEST_P(MessageFatalDeathTest, UnknownModeWord) {
+TEST_P(FatalDeathTest, unknown_mode_word) {
   ork_sttr_info corrupted{0x1234};
   ork_sttr_info* const before = std::exchange(handle->sttr_info, &corrupted);
   EXPECT_DEATH(message.create_shallow(handle.get(), instance),
@@ -60,14 +60,14 @@ TEST_P(MessageFatalDeathTest, UnknownModeWord) {
   handle->sttr_info = before;
 }
 
-TEST_P(MessageFatalDeathTest, MissingVariantBlockAtCreate) {
+TEST_P(FatalDeathTest, missing_variant_block_at_create) {
   const auto found = without_variants();
   EXPECT_DEATH(message.create(handle.get(), instance), "trace\\(fatal,varinfo is NULL\\)");
   EXPECT_DEATH(message.create_shallow(handle.get(), instance), "trace\\(fatal,varinfo is NULL\\)");
   handle->shared_types = 0;
 }
 
-TEST_P(MessageFatalDeathTest, MissingVariantBlockAtDestroy) {
+TEST_P(FatalDeathTest, missing_variant_block_at_destroy) {
   void* msg = message.create(handle.get(), instance);
   broken = *message.schema().type;
   broken.varinfo = nullptr;
@@ -85,7 +85,7 @@ void free_and_tell(void* pool, uint32_t each, void* block) {
 }
 
 // The records go before the descriptor is looked at.
-TEST_P(MessageFatalDeathTest, CorruptedDescriptorLosesTheRecordsFirst) {
+TEST_P(FatalDeathTest, corrupted_descriptor_loses_the_records_first) {
   void* msg = message.create(handle.get(), instance);
   platform_free = std::exchange(handle->free_fn, free_and_tell);
   char freed[64];
@@ -104,7 +104,7 @@ TEST_P(MessageFatalDeathTest, CorruptedDescriptorLosesTheRecordsFirst) {
   message.destroy(handle.get(), instance, msg);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageFatalDeathTest, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, FatalDeathTest, testing::ValuesIn(messages::all()),
+                         messages::ByName());
 
 }  // namespace

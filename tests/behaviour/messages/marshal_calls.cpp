@@ -5,10 +5,10 @@
 
 namespace {
 
-using family::Message;
-using spied::instance;
-using spied::Outcome;
-using spied::Stage;
+using messages::Message;
+using messages::instance;
+using messages::Outcome;
+using messages::Stage;
 
 struct Case {
   std::string what;
@@ -23,7 +23,7 @@ Outcome run(const Message& message, const Case& each, decltype(&by_hand::marshal
   Stage stage(message, each.tracking);
   Outcome outcome;
   {
-    const family::Made made(message, stage.handle(), 1, instance);
+    const messages::Made made(message, stage.handle(), 1, instance);
     stage.handle()->send_sequence = 0x01020304;
     each.prepare(stage.handle());
     each.alter(made.get());
@@ -36,7 +36,7 @@ Outcome run(const Message& message, const Case& each, decltype(&by_hand::marshal
         way(message, stage.handle(), instance, buffer, made.get(), each.length, &stage.err);
     outcome = stage.outcome(log, result, made.get());
   }
-  spied::close(stage.handle());
+  messages::close(stage.handle());
   return outcome;
 }
 
@@ -45,30 +45,31 @@ uint32_t library(const Message& message, ork_handle* handle, uint32_t each, uint
   return message.marshal(handle, each, buffer, msg, length, err);
 }
 
-class MessageMarshal : public testing::TestWithParam<Message> {
+class MarshalCalls : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
 
   Outcome same(const Case& each) const {
     const Outcome hand = run(message, each, by_hand::marshal);
     const Outcome made = run(message, each, library);
-    spied::expect_same(made, hand, each.what);
+    messages::expect_same(made, hand, each.what);
     return made;
   }
   int32_t full_length(ork_tracking tracking) const {
-    const family::Handle handle = family::tracking_handle(tracking);
-    const family::Made made(message, handle.get());
+    const messages::Handle handle = messages::tracking_handle(tracking);
+    const messages::Made made(message, handle.get());
     return static_cast<int32_t>(message.len(handle.get(), 0, made.get()));
   }
   std::function<void(ork_handle*)> in_bundle() const {
-    return
-        [bundle = spied::bundle_with(message)](ork_handle* handle) { spied::open(bundle, handle); };
+    return [bundle = messages::bundle_with(message)](ork_handle* handle) {
+      messages::open(bundle, handle);
+    };
   }
   std::string error_text(uint32_t number) const { return strerror(static_cast<int>(number)); }
 };
 
-TEST_P(MessageMarshal, SucceedsInOrder) {
-  for (const ork_tracking tracking : spied::trackings) {
+TEST_P(MarshalCalls, succeeds_in_order) {
+  for (const ork_tracking tracking : messages::trackings) {
     const Case plain{"plain", full_length(tracking) + 16, 0, [](ork_handle*) {}, tracking};
     const Outcome made = same(plain);
     EXPECT_EQ(made.err, 0u);
@@ -89,7 +90,7 @@ TEST_P(MessageMarshal, SucceedsInOrder) {
   }
 }
 
-TEST_P(MessageMarshal, EveryLengthLeavesTheSameBytes) {
+TEST_P(MarshalCalls, every_length_leaves_the_same_bytes) {
   const int32_t full = full_length(ORK_TRACKING_OFF);
   for (int32_t length = -1; length <= full + 2;
        length += length < 60 || length > full - 4 ? 1 : 37) {
@@ -117,7 +118,7 @@ TEST_P(MessageMarshal, EveryLengthLeavesTheSameBytes) {
   }
 }
 
-TEST_P(MessageMarshal, EveryLengthInABundleLeavesTheSame) {
+TEST_P(MarshalCalls, every_length_in_a_bundle_leaves_the_same) {
   const int32_t full = full_length(ORK_TRACKING_ON);
   for (int32_t length = 0; length <= full + 2;
        length += length < 60 || length > full - 4 ? 1 : 41) {
@@ -130,7 +131,7 @@ TEST_P(MessageMarshal, EveryLengthInABundleLeavesTheSame) {
   }
 }
 
-TEST_P(MessageMarshal, FullBufferOfItsLengthIsEnough) {
+TEST_P(MarshalCalls, full_buffer_of_its_length_is_enough) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
     const Outcome made = same({"exact", full_length(tracking), 0, [](ork_handle*) {}, tracking});
     EXPECT_EQ(made.err, 0u);
@@ -138,7 +139,7 @@ TEST_P(MessageMarshal, FullBufferOfItsLengthIsEnough) {
   }
 }
 
-TEST_P(MessageMarshal, PendingErrorDoesNothing) {
+TEST_P(MarshalCalls, pending_error_does_nothing) {
   for (const auto& prepare : {std::function<void(ork_handle*)>([](ork_handle*) {}), in_bundle()}) {
     const Outcome made = same({"pending", 4096, 22, prepare});
     EXPECT_CALLS(made.calls,
@@ -148,7 +149,7 @@ TEST_P(MessageMarshal, PendingErrorDoesNothing) {
   }
 }
 
-TEST_P(MessageMarshal, RefusedByTheDomainWithNothingWritten) {
+TEST_P(MarshalCalls, refused_by_the_domain_with_nothing_written) {
   const auto refuse = spy::answer(ork_domain_lookup_message_ok, 0);
   for (const auto& prepare : {std::function<void(ork_handle*)>([](ork_handle*) {}), in_bundle()}) {
     const Outcome made = same({"refused", 4096, 0, prepare});
@@ -169,7 +170,7 @@ TEST_P(MessageMarshal, RefusedByTheDomainWithNothingWritten) {
 
 // The object's own descriptor may be a copy in shared storage; the trace tells the identifier of
 // the library's.
-TEST_P(MessageMarshal, DomainIsAskedAboutTheObjectsOwnDescriptor) {
+TEST_P(MarshalCalls, domain_is_asked_about_the_objects_own_descriptor) {
   ork_type_info copy = *message.schema().type;
   copy.shared = 1;
   copy.luid_text[0] = 'x';
@@ -187,9 +188,9 @@ TEST_P(MessageMarshal, DomainIsAskedAboutTheObjectsOwnDescriptor) {
                                         "ork_store_epoch_err(52,err)"});
 }
 
-TEST_P(MessageMarshal, DomainIsTheHandlesOwnAndAnyAnswerButZeroIsYes) {
+TEST_P(MarshalCalls, domain_is_the_handles_own_and_any_answer_but_zero_is_yes) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 1, instance);
+  const messages::Made made(message, stage.handle(), 1, instance);
   unsigned asked = 0;
   const auto yes = spy::replace(
       ork_domain_lookup_message_ok,
@@ -205,7 +206,7 @@ TEST_P(MessageMarshal, DomainIsTheHandlesOwnAndAnyAnswerButZeroIsYes) {
 }
 
 // The member is a word of 32 bits: any value but 0 means an open bundle.
-TEST_P(MessageMarshal, AnyValueButZeroMeansAnOpenBundle) {
+TEST_P(MarshalCalls, any_value_but_zero_means_an_open_bundle) {
   const Case each{"256", 4096, 0, [this](ork_handle* handle) {
                     in_bundle()(handle);
                     handle->bundle_ctx = 256;
@@ -217,19 +218,19 @@ TEST_P(MessageMarshal, AnyValueButZeroMeansAnOpenBundle) {
       1);
 }
 
-TEST_P(MessageMarshal, RefusalThatThePlatformKeepsFromTheSlotGivesZeroAndNoError) {
+TEST_P(MarshalCalls, refusal_that_the_platform_keeps_from_the_slot_gives_zero_and_no_error) {
   const auto refuse = spy::answer(ork_domain_lookup_message_ok, 0);
   const auto keep = spy::replace(ork_store_epoch_err, [](ork_handle*, uint32_t, uint32_t*) {});
   const Outcome made = same({"kept", 4096});
   EXPECT_EQ(made.err, 0u);
   EXPECT_EQ(made.result, 0u);
-  const family::Handle handle = family::make_handle();
-  const family::Made object(message, handle.get());
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made object(message, handle.get());
   uint8_t buffer[43];
   EXPECT_EQ(message.marshal_cr(handle.get(), object.get(), buffer, sizeof buffer), 0u);
 }
 
-TEST_P(MessageMarshal, DomainThatAnswersYesWithAnError) {
+TEST_P(MarshalCalls, domain_that_answers_yes_with_an_error) {
   const auto odd =
       spy::replace(ork_domain_lookup_message_ok,
                    [](ork_handle*, const ork_domain*, const ork_type_info*, uint32_t* err) {
@@ -248,10 +249,10 @@ TEST_P(MessageMarshal, DomainThatAnswersYesWithAnError) {
                                       " is not valid for bundle: " + error_text(5) + ")");
 }
 
-TEST_P(MessageMarshal, RefusedByTheBundleWithNothingWritten) {
-  const family::Bundle other = spied::bundle_without(message);
-  const Outcome natural =
-      same({"not in the table", 4096, 0, [&](ork_handle* handle) { spied::open(other, handle); }});
+TEST_P(MarshalCalls, refused_by_the_bundle_with_nothing_written) {
+  const messages::Bundle other = messages::bundle_without(message);
+  const Outcome natural = same(
+      {"not in the table", 4096, 0, [&](ork_handle* handle) { messages::open(other, handle); }});
   EXPECT_EQ(natural.err, 2u);
   for (const uint32_t number : {2u, 12u, 17u}) {
     const auto refuse = spy::replace(
@@ -269,7 +270,7 @@ TEST_P(MessageMarshal, RefusedByTheBundleWithNothingWritten) {
   }
 }
 
-TEST_P(MessageMarshal, UncountedMessageKeepsItsHeaderUnwritten) {
+TEST_P(MarshalCalls, uncounted_message_keeps_its_header_unwritten) {
   const auto uncounted = spy::replace(bundle_message_increment_count,
                                       [](ork_handle*, const uint8_t*, uint32_t* err) { *err = 2; });
   const Outcome made = same({"uncounted", 4096, 0, in_bundle()});
@@ -282,7 +283,7 @@ TEST_P(MessageMarshal, UncountedMessageKeepsItsHeaderUnwritten) {
   EXPECT_EQ(made.header.sequence, 0u);
 }
 
-TEST_P(MessageMarshal, ErrorOfTheHeaderIsNotLookedAt) {
+TEST_P(MarshalCalls, error_of_the_header_is_not_looked_at) {
   const auto odd = spy::replace(
       _ork_message_header_marshal,
       [](ork_handle*, uint32_t, uint8_t*, const ork_message_header*, int32_t, uint32_t* err) {
@@ -294,7 +295,7 @@ TEST_P(MessageMarshal, ErrorOfTheHeaderIsNotLookedAt) {
   EXPECT_EQ(made.header.length, made.result);
 }
 
-TEST_P(MessageMarshal, SuppressedReportsSinkToDebug) {
+TEST_P(MarshalCalls, suppressed_reports_sink_to_debug) {
   for (const uint32_t suppress : {0u, 1u, 256u}) {
     const auto flag = spy::answer(orklib_suppress_messages_enabled, suppress);
     const std::string level = suppress != 0 ? "debug" : "error";
@@ -306,10 +307,10 @@ TEST_P(MessageMarshal, SuppressedReportsSinkToDebug) {
   }
 }
 
-TEST_P(MessageMarshal, CrFormUsesTheHandlesSlotAndInstance) {
-  const family::Handle handle =
-      family::make_handle([](ork_options& options) { options.cr_instance = instance; });
-  const family::Made made(message, handle.get(), 1, instance);
+TEST_P(MarshalCalls, cr_form_uses_the_handles_slot_and_instance) {
+  const messages::Handle handle =
+      messages::make_handle([](ork_options& options) { options.cr_instance = instance; });
+  const messages::Made made(message, handle.get(), 1, instance);
   const std::vector<uint8_t> expected = made.frame();
   std::vector<uint8_t> buffer(expected.size() + 16);
   EXPECT_EQ(message.marshal_cr(handle.get(), made.get(), buffer.data(),
@@ -327,15 +328,15 @@ TEST_P(MessageMarshal, CrFormUsesTheHandlesSlotAndInstance) {
             0xFFFFFFFFu)
       << "a pending error";
   handle->cr_error = 0;
-  family::set_peer_without(handle, {message.name()});
+  messages::set_peer_without(handle, {message.name()});
   EXPECT_EQ(message.marshal_cr(handle.get(), made.get(), buffer.data(), 4096), 0xFFFFFFFFu);
   EXPECT_EQ(handle->cr_error, 52u);
   handle->cr_error = 0;
 }
 
-TEST_P(MessageMarshal, MayBeRepeatedAndRewritesSequence) {
-  const family::Handle handle = family::make_handle();
-  const family::Made made(message, handle.get());
+TEST_P(MarshalCalls, may_be_repeated_and_rewrites_sequence) {
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made made(message, handle.get());
   handle->send_sequence = 5;
   std::vector<uint8_t> first = made.frame();
   handle->send_sequence = 6;
@@ -348,9 +349,9 @@ TEST_P(MessageMarshal, MayBeRepeatedAndRewritesSequence) {
 }
 
 // Also that of a message that came from elsewhere, whatever its sender said.
-TEST_P(MessageMarshal, EachSuccessRewritesTheLength) {
-  const family::Handle handle = family::make_handle();
-  std::vector<uint8_t> frame = family::Made(message, handle.get()).frame();
+TEST_P(MarshalCalls, each_success_rewrites_the_length) {
+  const messages::Handle handle = messages::make_handle();
+  std::vector<uint8_t> frame = messages::Made(message, handle.get()).frame();
   std::fill_n(frame.begin() + 12, 4, 0x5A);
   uint32_t err = 0;
   void* msg = nullptr;
@@ -364,7 +365,7 @@ TEST_P(MessageMarshal, EachSuccessRewritesTheLength) {
       const std::span fields(message.record(i).fields, message.record(i).field_count);
       grows |= std::any_of(fields.begin(), fields.end(),
                            [](const wayfind_field& field) { return field.cls == WAYFIND_COUNTER; });
-      forms::Filler(handle.get(), elements)
+      encoders::Filler(handle.get(), elements)
           .fill(message.record(i), message.slots(msg)[i], "changed");
     }
     frame.assign(frame.size() + 4096, 0);
@@ -380,7 +381,6 @@ TEST_P(MessageMarshal, EachSuccessRewritesTheLength) {
   message.destroy(handle.get(), 0, msg);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageMarshal, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, MarshalCalls, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

@@ -4,21 +4,21 @@
 
 namespace {
 
-using family::Control;
-using family::Message;
-using spied::instance;
-using spied::Stage;
+using messages::Control;
+using messages::Message;
+using messages::instance;
+using messages::Stage;
 
 constexpr uint32_t pending = 65536;
 constexpr uint32_t none = 0xFFFFFFFF;
 
 class PendingError : public testing::TestWithParam<Message> {};
 
-TEST_P(PendingError, StopsEveryFunctionOfAMessageWithOneTrace) {
+TEST_P(PendingError, stops_every_function_of_a_message_with_one_trace) {
   const Message message = GetParam();
   Stage stage(message, ORK_TRACKING_OFF);
   ork_handle* const handle = stage.handle();
-  const family::Made made(message, handle, 1, instance);
+  const messages::Made made(message, handle, 1, instance);
   const std::vector<void*> records = message.slots(made.get());
   std::vector<uint8_t> bytes(4096);
   auto* const chars = reinterpret_cast<char*>(bytes.data());
@@ -50,11 +50,11 @@ TEST_P(PendingError, StopsEveryFunctionOfAMessageWithOneTrace) {
   EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 0), 4096);
 }
 
-TEST_P(PendingError, OfTheHandleStopsTheCrForms) {
+TEST_P(PendingError, of_the_handle_stops_the_cr_forms) {
   const Message message = GetParam();
   Stage stage(message, ORK_TRACKING_OFF);
   ork_handle* const handle = stage.handle();
-  const family::Made made(message, handle, 1, instance);
+  const messages::Made made(message, handle, 1, instance);
   char buffer[64] = "";
   handle->cr_error = pending;
   const spy::Log log;
@@ -70,14 +70,13 @@ TEST_P(PendingError, OfTheHandleStopsTheCrForms) {
   EXPECT_EQ(std::exchange(handle->cr_error, 0), pending);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PendingError, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, PendingError, testing::ValuesIn(messages::all()), messages::ByName());
 
 class ControlPendingError : public testing::TestWithParam<Control> {};
 
-TEST_P(ControlPendingError, StopsEveryFunctionOfAControlMessageSilently) {
+TEST_P(ControlPendingError, stops_every_function_of_a_control_message_silently) {
   const Control control = GetParam();
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   spy::observe(handle.get());
   handle->bundle_ctx = 1;
   uint8_t bytes[64] = {};
@@ -107,7 +106,7 @@ TEST_P(ControlPendingError, StopsEveryFunctionOfAControlMessageSilently) {
   spy::forget(handle.get());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ControlPendingError, testing::ValuesIn(family::controls()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, ControlPendingError, testing::ValuesIn(messages::controls()),
+                         messages::ByName());
 
 }  // namespace

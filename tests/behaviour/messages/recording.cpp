@@ -28,9 +28,9 @@ extern "C" size_t fwrite(const void* bytes, size_t size, size_t count, FILE* str
 
 namespace {
 
-using family::Message;
-using spied::instance;
-using spied::Stage;
+using messages::Message;
+using messages::instance;
+using messages::Stage;
 
 constexpr size_t limit = 0x10000;
 char recording_buffer[limit];
@@ -63,18 +63,18 @@ struct Recorded {
   }
 };
 
-class MessageRecording : public testing::TestWithParam<Message> {
+class Recording : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
   const std::string name = message.name();
 
   std::vector<uint8_t> frame() const {
-    const family::Handle handle = family::make_handle();
-    return family::Made(message, handle.get(), 3).frame();
+    const messages::Handle handle = messages::make_handle();
+    return messages::Made(message, handle.get(), 3).frame();
   }
   static std::string element(const Message& each) {
-    const family::Handle handle = family::make_handle();
-    const family::Made made(each, handle.get(), 3);
+    const messages::Handle handle = messages::make_handle();
+    const messages::Made made(each, handle.get(), 3);
     std::string text(limit, '\0');
     uint32_t err = 0;
     text.resize(each.to_xml(handle.get(), 0, text.data(), made.get(), limit, &err));
@@ -137,10 +137,10 @@ class MessageRecording : public testing::TestWithParam<Message> {
 
   uint32_t recorder_state = 1;
   FILE* const tape = std::tmpfile();
-  ~MessageRecording() override { std::fclose(tape); }
+  ~Recording() override { std::fclose(tape); }
 };
 
-TEST_P(MessageRecording, WritesOneItemOfTheWholeLength) {
+TEST_P(Recording, writes_one_item_of_the_whole_length) {
   const auto time = spy::replace(start_tag_timestamp, fixed_time);
   const Recorded made = same(tape);
   const std::string expected =
@@ -162,7 +162,7 @@ TEST_P(MessageRecording, WritesOneItemOfTheWholeLength) {
   EXPECT_EQ(*(made.calls.end() - 2), "orklib_free(null,7,recording)");
 }
 
-TEST_P(MessageRecording, AnyStateButZeroRecords) {
+TEST_P(Recording, any_state_but_zero_records) {
   const auto time = spy::replace(start_tag_timestamp, fixed_time);
   for (const uint32_t each : {0u, 2u, 256u, 0x80000000u}) {
     recorder_state = each;
@@ -170,7 +170,7 @@ TEST_P(MessageRecording, AnyStateButZeroRecords) {
   }
 }
 
-TEST_P(MessageRecording, NullStreamIsTracedAndTheHandlerRuns) {
+TEST_P(Recording, null_stream_is_traced_and_the_handler_runs) {
   const auto time = spy::replace(start_tag_timestamp, fixed_time);
   const Recorded made = same(nullptr);
   EXPECT_TRUE(made.writes.empty());
@@ -179,7 +179,7 @@ TEST_P(MessageRecording, NullStreamIsTracedAndTheHandlerRuns) {
                                         name + ")"});
 }
 
-TEST_P(MessageRecording, WhetherTheStreamTookItIsNotLookedAt) {
+TEST_P(Recording, whether_the_stream_took_it_is_not_looked_at) {
   const auto time = spy::replace(start_tag_timestamp, fixed_time);
   FILE* const unwritable = std::fopen("/dev/null", "r");
   const Recorded made = same(unwritable);
@@ -188,7 +188,7 @@ TEST_P(MessageRecording, WhetherTheStreamTookItIsNotLookedAt) {
   std::fclose(unwritable);
 }
 
-TEST_P(MessageRecording, FailingOuterTagIsReportedTwice) {
+TEST_P(Recording, failing_outer_tag_is_reported_twice) {
   const auto fails = spy::replace(
       start_tag_timestamp, [](ork_handle*, uint32_t, char*, const char*, int32_t, uint32_t* err) {
         *err = 5;
@@ -201,7 +201,7 @@ TEST_P(MessageRecording, FailingOuterTagIsReportedTwice) {
   EXPECT_EQ(*(made.calls.end() - 3), "orklib_free(null,7,recording)") << "between the two reports";
 }
 
-TEST_P(MessageRecording, FailingElementIsReportedTwice) {
+TEST_P(Recording, failing_element_is_reported_twice) {
   const auto time = spy::replace(start_tag_timestamp, fixed_time);
   const auto fails = spy::replace(
       start_tag, [](ork_handle*, uint32_t, char*, const char*, int32_t, uint8_t, uint32_t* err) {
@@ -214,7 +214,7 @@ TEST_P(MessageRecording, FailingElementIsReportedTwice) {
   EXPECT_CALLS(made.traces(), std::vector<std::string>{lost(5, length), lost_again(5)});
 }
 
-TEST_P(MessageRecording, FailingEndIsReportedTwice) {
+TEST_P(Recording, failing_end_is_reported_twice) {
   const auto time = spy::replace(start_tag_timestamp, fixed_time);
   const auto fails = spy::replace(end_tag, [](ork_handle* handle, uint32_t each, char* buffer,
                                               const char* tag, int32_t room, uint32_t* err) {
@@ -230,7 +230,7 @@ TEST_P(MessageRecording, FailingEndIsReportedTwice) {
   EXPECT_EQ(made.traces()[1], lost_again(28));
 }
 
-TEST_P(MessageRecording, FailedReadIsNotRecorded) {
+TEST_P(Recording, failed_read_is_not_recorded) {
   std::vector<uint8_t> bytes = frame();
   bytes.resize(bytes.size() - 1);
   Stage stage(message, ORK_TRACKING_ABSENT);
@@ -246,11 +246,11 @@ TEST_P(MessageRecording, FailedReadIsNotRecorded) {
   stage.lose();
 }
 
-TEST_P(MessageRecording, WithoutABufferTheProcessAborts) {
+TEST_P(Recording, without_a_buffer_the_process_aborts) {
   const std::vector<uint8_t> bytes = frame();
   const auto on = spy::answer(orklib_msg_recorder_get_state, 1);
   const auto none = spy::answer(orklib_malloc, nullptr);
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   uint32_t err = 0;
   EXPECT_DEATH(message.unmarshal(handle.get(), 0, nullptr, nullptr, bytes.data(),
                                  static_cast<int32_t>(bytes.size()), nullptr, &err),
@@ -261,15 +261,15 @@ struct XmlFree {
   void operator()(ork_xml* xml) const { ork_xml_free(xml); }
 };
 
-TEST_P(MessageRecording, FileReadsBackAsTheMessage) {
+TEST_P(Recording, file_reads_back_as_the_message) {
   const std::string path = testing::TempDir() + "recording_" + name + ".xml";
   std::remove(path.c_str());
   uint32_t err = 0;
   ork_recorder_open(path.c_str(), &err);
   ork_recorder_switch(1);
   ASSERT_EQ(err, 0u);
-  const family::Handle handle = family::make_handle();
-  const family::Made sent(message, handle.get(), 3);
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made sent(message, handle.get(), 3);
   const std::vector<uint8_t> bytes = frame();
   for (int i = 0; i < 2; ++i) {
     void* out = nullptr;
@@ -297,7 +297,7 @@ TEST_P(MessageRecording, FileReadsBackAsTheMessage) {
     void* back = message.from_xml(handle.get(), 0, xml.get(), &err);
     ASSERT_EQ(err, 0u);
     for (size_t i = 0; i < message.record_count(); ++i) {
-      EXPECT_EQ(family::Record(message.record(i)).compare(message.slots(back)[i], sent.record(i)),
+      EXPECT_EQ(messages::Record(message.record(i)).compare(message.slots(back)[i], sent.record(i)),
                 0);
     }
     message.destroy(handle.get(), 0, back);
@@ -306,17 +306,17 @@ TEST_P(MessageRecording, FileReadsBackAsTheMessage) {
   EXPECT_EQ(documents, 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageRecording, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, Recording, testing::ValuesIn(messages::all()), messages::ByName());
 
 // ---- The limit --------------------------------------------------------------
 
-class RecordingLimit : public MessageRecording {
+class RecordingLimit : public Recording {
  protected:
   std::vector<uint8_t> frame_of(uint32_t elements) const {
-    const family::Handle handle = family::make_handle();
+    const messages::Handle handle = messages::make_handle();
     void* msg = message.create(handle.get(), 0);
-    forms::Filler(handle.get(), elements).fill(message.record(0), message.slots(msg)[0], "limit");
+    encoders::Filler(handle.get(), elements)
+        .fill(message.record(0), message.slots(msg)[0], "limit");
     std::vector<uint8_t> bytes(message.len(handle.get(), 0, msg));
     uint32_t err = 0;
     bytes.resize(message.marshal(handle.get(), 0, bytes.data(), msg,
@@ -329,7 +329,7 @@ class RecordingLimit : public MessageRecording {
 
 // Grows an array until its message no longer fits: the last that fits is recorded whole, the next
 // one not at all.
-TEST_P(RecordingLimit, MoreThanTheBufferIsNotRecordedAtAll) {
+TEST_P(RecordingLimit, more_than_the_buffer_is_not_recorded_at_all) {
   uint32_t fits = 1;
   uint32_t too_many = 60;
   while (too_many - fits > 1) {
@@ -353,7 +353,7 @@ TEST_P(RecordingLimit, MoreThanTheBufferIsNotRecordedAtAll) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Growing, RecordingLimit,
-                         testing::Values(family::message("fwe_dp_wayfind_debug_msg")),
-                         family::ByName());
+                         testing::Values(messages::message("fwe_dp_wayfind_debug_msg")),
+                         messages::ByName());
 
 }  // namespace

@@ -5,9 +5,9 @@
 #include "behaviour/bundles/family.h"
 #include "behaviour/messages/by_hand.h"
 
-namespace spied {
+namespace messages {
 
-using family::Message;
+using messages::Message;
 
 constexpr uint32_t instance = 7;
 
@@ -44,7 +44,7 @@ inline void expect_same(const Outcome& library, const Outcome& hand, const std::
 class Stage {
  public:
   Stage(const Message& message, ork_tracking tracking)
-      : message_(message), handle_(family::tracking_handle(tracking)), before_(entry()) {
+      : message_(message), handle_(messages::tracking_handle(tracking)), before_(entry()) {
     spy::forget_names();
     spy::observe(handle_.get());
     spy::name_at(&err, "err");
@@ -100,7 +100,7 @@ class Stage {
       }
     }
     found.bundle_ctx = handle_->bundle_ctx;
-    found.live_blocks = family::live_blocks(handle_);
+    found.live_blocks = messages::live_blocks(handle_);
     found.created = entry().create_count - before_.create_count;
     found.destroyed = entry().destroy_count - before_.destroy_count;
     return found;
@@ -112,7 +112,7 @@ class Stage {
   const ork_variant_entry& entry() const { return message_.schema().type->varinfo->entries[0]; }
 
   Message message_;
-  family::Handle handle_;
+  messages::Handle handle_;
   ork_variant_entry before_;
   std::vector<uint8_t> memory_;
   bool lost_ = false;
@@ -150,8 +150,8 @@ class OwnDescriptor {
 };
 
 // A bundle that takes the message.
-inline family::Bundle bundle_with(const Message& message) {
-  for (const family::Bundle& bundle : family::bundles()) {
+inline messages::Bundle bundle_with(const Message& message) {
+  for (const messages::Bundle& bundle : messages::bundles()) {
     for (const wayfind_member& member :
          std::span(bundle.schema().members, bundle.schema().member_count)) {
       if (member.message == &message.schema()) {
@@ -163,8 +163,8 @@ inline family::Bundle bundle_with(const Message& message) {
 }
 
 // A bundle that does not.
-inline family::Bundle bundle_without(const Message& message) {
-  for (const family::Bundle& bundle : family::bundles()) {
+inline messages::Bundle bundle_without(const Message& message) {
+  for (const messages::Bundle& bundle : messages::bundles()) {
     bool taken = false;
     for (const wayfind_member& member :
          std::span(bundle.schema().members, bundle.schema().member_count)) {
@@ -177,8 +177,8 @@ inline family::Bundle bundle_without(const Message& message) {
   throw std::runtime_error("all bundles take " + std::string(message.name()));
 }
 
-inline void open(const family::Bundle& bundle, ork_handle* handle) {
-  uint8_t buffer[family::frame_size];
+inline void open(const messages::Bundle& bundle, ork_handle* handle) {
+  uint8_t buffer[messages::frame_size];
   uint32_t err = 0;
   bundle.start().marshal(handle, instance, buffer, sizeof buffer, &err);
   ASSERT_EQ(err, 0u);
@@ -192,4 +192,4 @@ inline void close(ork_handle* handle) {
 
 const ork_tracking trackings[] = {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON};
 
-}  // namespace spied
+}  // namespace messages

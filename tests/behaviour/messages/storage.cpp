@@ -5,12 +5,12 @@
 
 namespace {
 
-using family::Message;
-using family::Record;
-using spied::instance;
-using spied::Stage;
+using messages::Message;
+using messages::Record;
+using messages::instance;
+using messages::Stage;
 
-class MessageStorage : public testing::TestWithParam<Message> {
+class Storage : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
 };
@@ -24,9 +24,9 @@ void* soiled(void* pool, uint32_t each, size_t size) {
 }
 
 // Also the bytes that no member stands in.
-TEST_P(MessageStorage, IsClearedBeforeItIsFilled) {
-  for (const ork_tracking tracking : spied::trackings) {
-    const family::Handle handle = family::tracking_handle(tracking);
+TEST_P(Storage, is_cleared_before_it_is_filled) {
+  for (const ork_tracking tracking : messages::trackings) {
+    const messages::Handle handle = messages::tracking_handle(tracking);
     const bool tracked = tracking == ORK_TRACKING_ON;
     alloc_of_platform = std::exchange(handle->alloc_fn, soiled);
     uint8_t expected[32] = {};
@@ -58,14 +58,14 @@ void* noted(void* pool, uint32_t each, size_t size) {
 
 // The records come first, then the descriptor, then the count, and only then the header and its
 // marks.
-TEST_P(MessageStorage, IsFilledInOrder) {
+TEST_P(Storage, is_filled_in_order) {
   const ork_variant_entry& entry = message.schema().type->varinfo->entries[0];
   for (const bool shallow : {false, true}) {
     Stage stage(message, ORK_TRACKING_ON);
     first_block = nullptr;
     alloc_of_platform = std::exchange(stage.handle()->alloc_fn, noted);
     const uint64_t count = entry.create_count;
-    uint8_t expected[family::records_offset] = {};
+    uint8_t expected[messages::records_offset] = {};
     size_t tags = 0;
     const auto at_tag = spy::replace(tawny_set_callsite_tag, [&](uint32_t) {
       EXPECT_EQ(std::memcmp(first_block, expected, sizeof expected), 0) << "at tag " << tags;
@@ -98,7 +98,7 @@ TEST_P(MessageStorage, IsFilledInOrder) {
 }
 
 // Each slot is cleared behind its record's end; then comes the count, and the descriptor goes last.
-TEST_P(MessageStorage, IsEmptiedInOrder) {
+TEST_P(Storage, is_emptied_in_order) {
   const ork_variant_entry& entry = message.schema().type->varinfo->entries[0];
   Stage stage(message, ORK_TRACKING_ON);
   void* const msg = message.create(stage.handle(), instance);
@@ -128,7 +128,7 @@ TEST_P(MessageStorage, IsEmptiedInOrder) {
   EXPECT_EQ(notices, 1u);
 }
 
-TEST_P(MessageStorage, HoldsNeitherTypeNorRecordWhenItGoesBack) {
+TEST_P(Storage, holds_neither_type_nor_record_when_it_goes_back) {
   Stage stage(message, ORK_TRACKING_ON);
   void* const msg = message.create(stage.handle(), instance);
   bool seen = false;
@@ -144,7 +144,7 @@ TEST_P(MessageStorage, HoldsNeitherTypeNorRecordWhenItGoesBack) {
   EXPECT_TRUE(seen);
 }
 
-TEST_P(MessageStorage, EmptySlotsCountAsTheirRecordsDoWithoutAnObject) {
+TEST_P(Storage, empty_slots_count_as_their_records_do_without_an_object) {
   Stage stage(message, ORK_TRACKING_OFF);
   uint32_t none = 43;
   for (size_t i = 0; i < message.record_count(); ++i) {
@@ -154,7 +154,7 @@ TEST_P(MessageStorage, EmptySlotsCountAsTheirRecordsDoWithoutAnObject) {
   EXPECT_EQ(message.len(stage.handle(), instance, shallow), none);
   message.destroy(stage.handle(), instance, shallow);
 
-  const family::Made made(message, stage.handle(), 1, instance);
+  const messages::Made made(message, stage.handle(), 1, instance);
   uint32_t rest = message.len(stage.handle(), instance, made.get());
   for (size_t i = 0; i < message.record_count(); ++i) {
     const Record type(message.record(i));
@@ -167,7 +167,6 @@ TEST_P(MessageStorage, EmptySlotsCountAsTheirRecordsDoWithoutAnObject) {
   EXPECT_EQ(rest, none);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageStorage, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, Storage, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

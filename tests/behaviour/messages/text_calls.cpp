@@ -3,10 +3,10 @@
 
 namespace {
 
-using family::Message;
-using spied::instance;
-using spied::Outcome;
-using spied::Stage;
+using messages::Message;
+using messages::instance;
+using messages::Outcome;
+using messages::Stage;
 
 using Render = uint32_t (*)(const Message&, ork_handle*, uint32_t, char*, const void*, uint32_t,
                             uint32_t*);
@@ -31,7 +31,7 @@ const Ways ways[] = {
 Outcome rendered(const Message& message, ork_tracking tracking, Render render, uint32_t length,
                  uint32_t err = 0) {
   Stage stage(message, tracking);
-  const family::Made made(message, stage.handle(), 5, instance);
+  const messages::Made made(message, stage.handle(), 5, instance);
   stage.name(made.get());
   std::vector<uint8_t>& buffer = stage.give_buffer(length);
   buffer[0] = 0;
@@ -47,21 +47,21 @@ std::string text_in(const Outcome& outcome) {
   return {reinterpret_cast<const char*>(outcome.buffer.data()), outcome.result};
 }
 
-class MessageText : public testing::TestWithParam<Message> {
+class TextCalls : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
 
   Outcome same(const Ways& each, ork_tracking tracking, uint32_t length, uint32_t err = 0) const {
     const Outcome hand = rendered(message, tracking, each.hand, length, err);
     const Outcome made = rendered(message, tracking, each.library, length, err);
-    spied::expect_same(made, hand, std::string(each.what) + " length " + std::to_string(length));
+    messages::expect_same(made, hand, std::string(each.what) + " length " + std::to_string(length));
     return made;
   }
 };
 
-TEST_P(MessageText, InAFullBuffer) {
+TEST_P(TextCalls, in_a_full_buffer) {
   for (const Ways& each : ways) {
-    for (const ork_tracking tracking : spied::trackings) {
+    for (const ork_tracking tracking : messages::trackings) {
       const Outcome made = same(each, tracking, 1 << 16);
       EXPECT_EQ(made.err, 0u);
       EXPECT_GT(made.result, 0u);
@@ -69,7 +69,7 @@ TEST_P(MessageText, InAFullBuffer) {
   }
 }
 
-TEST_P(MessageText, AtEveryKindOfShortBuffer) {
+TEST_P(TextCalls, at_every_kind_of_short_buffer) {
   for (const Ways& each : ways) {
     const auto full =
         static_cast<uint32_t>(rendered(message, ORK_TRACKING_OFF, each.library, 1 << 16).result);
@@ -81,7 +81,7 @@ TEST_P(MessageText, AtEveryKindOfShortBuffer) {
   }
 }
 
-TEST_P(MessageText, PendingErrorIsTracedAndNothingElseHappens) {
+TEST_P(TextCalls, pending_error_is_traced_and_nothing_else_happens) {
   const std::string name = message.name();
   EXPECT_CALLS(same(ways[0], ORK_TRACKING_OFF, 4096, 5).calls,
                std::vector<std::string>{"trace(debug,Already have error when printing " + name +
@@ -91,7 +91,7 @@ TEST_P(MessageText, PendingErrorIsTracedAndNothingElseHappens) {
                                         name + ": Input/output error)"});
 }
 
-TEST_P(MessageText, FormOfTheText) {
+TEST_P(TextCalls, form_of_the_text) {
   const std::string text = text_in(rendered(message, ORK_TRACKING_OFF, ways[0].library, 1 << 16));
   EXPECT_EQ(
       text.rfind(std::string("message@") + message.name() + ": {\n  " + message.record(0).name, 0),
@@ -100,7 +100,7 @@ TEST_P(MessageText, FormOfTheText) {
   EXPECT_EQ(text.substr(text.size() - 3), "\n}\n");
 }
 
-TEST_P(MessageText, FormOfTheXml) {
+TEST_P(TextCalls, form_of_the_xml) {
   const std::string text = text_in(rendered(message, ORK_TRACKING_OFF, ways[1].library, 1 << 16));
   const std::string name = message.name();
   const std::string record = message.record(0).name;
@@ -112,7 +112,7 @@ TEST_P(MessageText, FormOfTheXml) {
 
 // Whatever number the header line gives, the text fails with 90 and the records are left out, but
 // it is closed.
-TEST_P(MessageText, ErrorOfTheHeaderLineBecomesNinety) {
+TEST_P(TextCalls, error_of_the_header_line_becomes_ninety) {
   const auto odd = spy::replace(ork_print_space,
                                 [](ork_handle*, uint32_t, char*, uint32_t, int32_t, uint32_t* err) {
                                   *err = *err == 0 ? 5 : *err;
@@ -127,7 +127,7 @@ TEST_P(MessageText, ErrorOfTheHeaderLineBecomesNinety) {
 
 // What ends the last record stands as it is: the rule of 90 is for what keeps a record from being
 // printed.
-TEST_P(MessageText, ErrorOfTheLastRecordStays) {
+TEST_P(TextCalls, error_of_the_last_record_stays) {
   const std::string last = std::string(message.record(message.record_count() - 1).name) + ": {";
   const auto odd =
       spy::replace(ork_print_space, [&](ork_handle* handle, uint32_t each, char* buffer,
@@ -145,7 +145,7 @@ TEST_P(MessageText, ErrorOfTheLastRecordStays) {
   EXPECT_EQ(text.substr(text.size() - 6), "  }\n}\n");
 }
 
-TEST_P(MessageText, XmlIsClosedAfterAnErrorOfItsOpening) {
+TEST_P(TextCalls, xml_is_closed_after_an_error_of_its_opening) {
   const auto odd = spy::replace(
       start_tag, [](ork_handle*, uint32_t, char*, const char*, int32_t, uint8_t, uint32_t* err) {
         *err = 5;
@@ -157,9 +157,9 @@ TEST_P(MessageText, XmlIsClosedAfterAnErrorOfItsOpening) {
   EXPECT_EQ(text_in(made), std::string("</") + message.name() + ">\n");
 }
 
-TEST_P(MessageText, CrFormsGiveAllOnesAfterAnError) {
-  const family::Handle handle = family::make_handle();
-  const family::Made made(message, handle.get(), 5);
+TEST_P(TextCalls, cr_forms_give_all_ones_after_an_error) {
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made made(message, handle.get(), 5);
   std::vector<char> buffer(1 << 16);
   uint32_t err = 0;
   const uint32_t printed = message.print(handle.get(), 0, buffer.data(), made.get(), 1 << 16, &err);
@@ -180,9 +180,9 @@ TEST_P(MessageText, CrFormsGiveAllOnesAfterAnError) {
   handle->cr_error = 0;
 }
 
-TEST_P(MessageText, CrFormsRunTheBodyWithAPendingError) {
+TEST_P(TextCalls, cr_forms_run_the_body_with_a_pending_error) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 5, instance);
+  const messages::Made made(message, stage.handle(), 5, instance);
   char buffer[64] = "";
   stage.handle()->cr_error = 5;
   const spy::Log log;
@@ -246,7 +246,7 @@ Outcome read(const Message& message, const std::string& document, Read way, cons
   return outcome;
 }
 
-class MessageFromXml : public MessageText {
+class FromXml : public TextCalls {
  protected:
   std::string document() const {
     return text_in(rendered(message, ORK_TRACKING_OFF, ways[1].library, 1 << 16));
@@ -256,52 +256,53 @@ class MessageFromXml : public MessageText {
          {});  // what is reported once per process has been reported from here on
     const Outcome hand = read(message, text, by_hand::from_xml, each);
     const Outcome made = read(message, text, library_read, each);
-    spied::expect_same(made, hand, "from_xml");
+    messages::expect_same(made, hand, "from_xml");
     return made;
   }
 };
 
-TEST_P(MessageFromXml, ThereAndBackIsTheSame) {
-  const family::Handle handle = family::make_handle();
-  const family::Made made(message, handle.get(), 5);
+TEST_P(FromXml, there_and_back_is_the_same) {
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made made(message, handle.get(), 5);
   const Xml xml = parse(document());
   uint32_t err = 0;
   void* back = message.from_xml(handle.get(), 0, xml.get(), &err);
   ASSERT_NE(back, nullptr);
   EXPECT_EQ(err, 0u);
   for (size_t i = 0; i < message.record_count(); ++i) {
-    EXPECT_EQ(family::Record(message.record(i)).compare(made.record(i), message.slots(back)[i]), 0)
+    EXPECT_EQ(messages::Record(message.record(i)).compare(made.record(i), message.slots(back)[i]),
+              0)
         << i;
   }
   message.destroy(handle.get(), 0, back);
 }
 
-TEST_P(MessageFromXml, CallsInOrder) {
+TEST_P(FromXml, calls_in_order) {
   const Outcome made = same_read(document());
   EXPECT_EQ(made.err, 0u);
   EXPECT_EQ(made.result, 1u);
   EXPECT_EQ(made.calls[0], "ork_clear_last_error()");
 }
 
-TEST_P(MessageFromXml, MissingElementLeavesDefaults) {
+TEST_P(FromXml, missing_element_leaves_defaults) {
   const Outcome made = same_read("<something></something>");
   EXPECT_EQ(made.err, 0u) << "cleared";
   EXPECT_EQ(made.result, 1u);
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   const Xml xml = parse("<something></something>");
   uint32_t err = 0;
   void* back = message.from_xml(handle.get(), 0, xml.get(), &err);
   void* fresh = message.create(handle.get(), 0);
   for (size_t i = 0; i < message.record_count(); ++i) {
-    EXPECT_EQ(
-        family::Record(message.record(i)).compare(message.slots(fresh)[i], message.slots(back)[i]),
-        0);
+    EXPECT_EQ(messages::Record(message.record(i))
+                  .compare(message.slots(fresh)[i], message.slots(back)[i]),
+              0);
   }
   message.destroy(handle.get(), 0, back);
   message.destroy(handle.get(), 0, fresh);
 }
 
-TEST_P(MessageFromXml, PendingErrorHasItsOwnWords) {
+TEST_P(FromXml, pending_error_has_its_own_words) {
   const Outcome made = same_read(document(), {5, 0});
   EXPECT_EQ(made.result, 0u);
   EXPECT_CALLS(made.calls, std::vector<std::string>{
@@ -309,7 +310,7 @@ TEST_P(MessageFromXml, PendingErrorHasItsOwnWords) {
                                message.name() + " to XML: Input/output error)"});
 }
 
-TEST_P(MessageFromXml, WithoutMemoryGivesTwelve) {
+TEST_P(FromXml, without_memory_gives_twelve) {
   for (const unsigned nth : {1u, 2u}) {
     const Outcome made = same_read(document(), {0, nth});
     EXPECT_EQ(made.result, 0u);
@@ -327,7 +328,7 @@ template <class Target>
                                    uint32_t* err, char*, uint32_t) { *err = 22; });
 }
 
-TEST_P(MessageFromXml, OtherErrorLosesTheMessage) {
+TEST_P(FromXml, other_error_loses_the_message) {
   const spy::Replacement all[] = {
       unreadable(u_int8_from_xml),      unreadable(u_int16_from_xml),
       unreadable(u_int32_from_xml),     unreadable(u_int64_from_xml),
@@ -340,8 +341,7 @@ TEST_P(MessageFromXml, OtherErrorLosesTheMessage) {
   EXPECT_EQ(made.destroyed, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageText, testing::ValuesIn(family::messages()), family::ByName());
-INSTANTIATE_TEST_SUITE_P(All, MessageFromXml, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, TextCalls, testing::ValuesIn(messages::all()), messages::ByName());
+INSTANTIATE_TEST_SUITE_P(All, FromXml, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

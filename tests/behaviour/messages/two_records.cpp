@@ -3,24 +3,24 @@
 
 namespace {
 
-using family::Message;
-using family::Record;
-using spied::instance;
-using spied::Stage;
+using messages::Message;
+using messages::Record;
+using messages::instance;
+using messages::Stage;
 
 const char* const second_name = "fwe_cl_wayfind_auto_tunnel_misc";
 
 class TwoRecords : public testing::Test {
  protected:
-  const Message message = family::message("fwe_cl_wayfind_auto_tunnel_show");
+  const Message message = messages::message("fwe_cl_wayfind_auto_tunnel_show");
 
   std::vector<uint8_t> frame() const {
-    const family::Handle handle = family::make_handle();
-    return family::Made(message, handle.get(), 3).frame();
+    const messages::Handle handle = messages::make_handle();
+    return messages::Made(message, handle.get(), 3).frame();
   }
   size_t first_size() const {
-    const family::Handle handle = family::make_handle();
-    const family::Made made(message, handle.get(), 3);
+    const messages::Handle handle = messages::make_handle();
+    const messages::Made made(message, handle.get(), 3);
     std::vector<uint8_t> image(4096);
     uint32_t err = 0;
     return Record(message.record(0))
@@ -41,7 +41,7 @@ class TwoRecords : public testing::Test {
   End unmarshal(size_t length, unsigned fail_alloc = 0) const {
     const std::vector<uint8_t> bytes = frame();
     Stage stage(message, ORK_TRACKING_ABSENT);
-    const family::Made sent(message, stage.handle(), 3, instance);
+    const messages::Made sent(message, stage.handle(), 3, instance);
     End end{};
     void* msg = nullptr;
     {
@@ -76,17 +76,17 @@ class TwoRecords : public testing::Test {
   }
 };
 
-TEST_F(TwoRecords, LengthCountsTheFrameOnce) {
-  const family::Handle handle = family::make_handle();
-  const family::Made made(message, handle.get());
+TEST_F(TwoRecords, length_counts_the_frame_once) {
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made made(message, handle.get());
   EXPECT_EQ(message.len(handle.get(), 0, made.get()),
             43 + Record(message.record(0)).len(handle.get(), 0, made.record(0)) +
                 Record(message.record(1)).len(handle.get(), 0, made.record(1)));
 }
 
-TEST_F(TwoRecords, StandBehindOneAnotherOnTheWire) {
-  const family::Handle handle = family::make_handle();
-  const family::Made made(message, handle.get(), 3);
+TEST_F(TwoRecords, stand_behind_one_another_on_the_wire) {
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made made(message, handle.get(), 3);
   const std::vector<uint8_t> bytes = made.frame();
   size_t at = 43;
   for (size_t i = 0; i < 2; ++i) {
@@ -101,7 +101,7 @@ TEST_F(TwoRecords, StandBehindOneAnotherOnTheWire) {
   EXPECT_EQ(at, bytes.size());
 }
 
-TEST_F(TwoRecords, SecondIsOnlyCreatedAfterTheFirst) {
+TEST_F(TwoRecords, second_is_only_created_after_the_first) {
   Stage stage(message, ORK_TRACKING_OFF);
   const spy::Log log;
   spy::fail_alloc(2);
@@ -111,7 +111,7 @@ TEST_F(TwoRecords, SecondIsOnlyCreatedAfterTheFirst) {
   spy::fail_alloc(0);
 }
 
-TEST_F(TwoRecords, SecondThatFailsTakesTheFirstWithIt) {
+TEST_F(TwoRecords, second_that_fails_takes_the_first_with_it) {
   Stage stage(message, ORK_TRACKING_OFF);
   const spy::Log log;
   spy::fail_alloc(3);
@@ -123,9 +123,9 @@ TEST_F(TwoRecords, SecondThatFailsTakesTheFirstWithIt) {
   spy::fail_alloc(0);
 }
 
-TEST_F(TwoRecords, SecondIsMarshalledWithoutALookAtTheFirstsError) {
+TEST_F(TwoRecords, second_is_marshalled_without_a_look_at_the_firsts_error) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 3, instance);
+  const messages::Made made(message, stage.handle(), 3, instance);
   std::vector<uint8_t>& buffer = stage.give_buffer(43 + first_size() - 1);
   uint8_t* const end = buffer.data() + 43 + first_size() - 1;
   const uint32_t result = message.marshal(stage.handle(), instance, buffer.data(), made.get(),
@@ -135,9 +135,9 @@ TEST_F(TwoRecords, SecondIsMarshalledWithoutALookAtTheFirstsError) {
   EXPECT_EQ(std::count(end, buffer.data() + buffer.size(), 0xA5), 64);
 }
 
-TEST_F(TwoRecords, RoomForTheFirstAloneKeepsTheHeaderUnwritten) {
+TEST_F(TwoRecords, room_for_the_first_alone_keeps_the_header_unwritten) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 3, instance);
+  const messages::Made made(message, stage.handle(), 3, instance);
   const size_t length = 43 + first_size();
   std::vector<uint8_t>& buffer = stage.give_buffer(length);
   const uint32_t result = message.marshal(stage.handle(), instance, buffer.data(), made.get(),
@@ -149,14 +149,14 @@ TEST_F(TwoRecords, RoomForTheFirstAloneKeepsTheHeaderUnwritten) {
                          frame().begin() + 27));
 }
 
-TEST_F(TwoRecords, BothReadInOrder) {
+TEST_F(TwoRecords, both_read_in_order) {
   const End end = unmarshal(frame().size());
   EXPECT_EQ(end.err, 0u);
   EXPECT_EQ(end.result, frame().size());
   EXPECT_TRUE(end.read[0] && end.read[1]);
 }
 
-TEST_F(TwoRecords, FailureInTheFirstStillCreatesTheSecondUnread) {
+TEST_F(TwoRecords, failure_in_the_first_still_creates_the_second_unread) {
   for (size_t length = 43; length < 43 + first_size(); ++length) {
     const End end = unmarshal(length);
     EXPECT_EQ(end.err, 90u) << length;
@@ -165,7 +165,7 @@ TEST_F(TwoRecords, FailureInTheFirstStillCreatesTheSecondUnread) {
   }
 }
 
-TEST_F(TwoRecords, FailureInTheSecondKeepsTheFirst) {
+TEST_F(TwoRecords, failure_in_the_second_keeps_the_first) {
   const size_t second = 43 + first_size();
   for (size_t length = second; length < frame().size(); ++length) {
     const End end = unmarshal(length);
@@ -178,7 +178,7 @@ TEST_F(TwoRecords, FailureInTheSecondKeepsTheFirst) {
   }
 }
 
-TEST_F(TwoRecords, UnreadableHeaderCreatesBothAndReadsNeither) {
+TEST_F(TwoRecords, unreadable_header_creates_both_and_reads_neither) {
   for (size_t length = 0; length < 27; ++length) {
     const End end = unmarshal(length);
     EXPECT_EQ(end.err, 90u);
@@ -188,7 +188,7 @@ TEST_F(TwoRecords, UnreadableHeaderCreatesBothAndReadsNeither) {
   }
 }
 
-TEST_F(TwoRecords, FirstWithoutMemoryStillTriesTheSecond) {
+TEST_F(TwoRecords, first_without_memory_still_tries_the_second) {
   const End end = unmarshal(frame().size(), 2);
   EXPECT_EQ(end.err, 12u);
   EXPECT_TRUE(end.given);
@@ -198,7 +198,7 @@ TEST_F(TwoRecords, FirstWithoutMemoryStillTriesTheSecond) {
   EXPECT_EQ(end.result, 43u);
 }
 
-TEST_F(TwoRecords, SecondWithoutMemoryKeepsTheFirstRead) {
+TEST_F(TwoRecords, second_without_memory_keeps_the_first_read) {
   const End end = unmarshal(frame().size(), allocation_of_second(frame().size()));
   EXPECT_EQ(end.err, 12u);
   EXPECT_TRUE(end.given && end.made[0] && end.read[0]);
@@ -206,7 +206,7 @@ TEST_F(TwoRecords, SecondWithoutMemoryKeepsTheFirstRead) {
   EXPECT_EQ(end.result, 43 + first_size());
 }
 
-TEST_F(TwoRecords, RecordWithoutMemoryReplacesTheErrorOfTheHeader) {
+TEST_F(TwoRecords, record_without_memory_replaces_the_error_of_the_header) {
   for (const size_t refused : {0u, 1u}) {
     const End end = unmarshal(20, refused == 0 ? 2 : allocation_of_second(20));
     EXPECT_EQ(end.err, 12u) << "no longer the header's 90";
@@ -219,8 +219,8 @@ TEST_F(TwoRecords, RecordWithoutMemoryReplacesTheErrorOfTheHeader) {
   }
 }
 
-TEST_F(TwoRecords, SecondWithoutMemoryReplacesTheErrorOfTheFirst) {
-  const family::Handle handle = family::tracking_handle(ORK_TRACKING_ABSENT);
+TEST_F(TwoRecords, second_without_memory_replaces_the_error_of_the_first) {
+  const messages::Handle handle = messages::tracking_handle(ORK_TRACKING_ABSENT);
   const std::vector<uint8_t> bytes = frame();
   for (size_t length = 43; length < 43 + first_size(); ++length) {
     void* alone = Record(message.record(0)).create_internal(handle.get(), 0);
@@ -239,7 +239,7 @@ TEST_F(TwoRecords, SecondWithoutMemoryReplacesTheErrorOfTheFirst) {
   }
 }
 
-TEST_F(TwoRecords, NeitherRecordStarts) {
+TEST_F(TwoRecords, neither_record_starts) {
   const std::vector<uint8_t> bytes = frame();
   Stage stage(message, ORK_TRACKING_ABSENT);
   void* msg = nullptr;
@@ -264,9 +264,9 @@ TEST_F(TwoRecords, NeitherRecordStarts) {
 
 // ---- Text -------------------------------------------------------------------
 
-TEST_F(TwoRecords, PrintSkipsTheSecondAfterTheFirstFailed) {
-  const family::Handle handle = family::make_handle();
-  const family::Made made(message, handle.get(), 3);
+TEST_F(TwoRecords, print_skips_the_second_after_the_first_failed) {
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made made(message, handle.get(), 3);
   char buffer[4096] = "";
   uint32_t err = 0;
   const uint32_t whole = message.print(handle.get(), 0, buffer, made.get(), sizeof buffer, &err);
@@ -281,9 +281,9 @@ TEST_F(TwoRecords, PrintSkipsTheSecondAfterTheFirstFailed) {
   EXPECT_EQ(std::string(buffer).find(second_name), std::string::npos);
 }
 
-TEST_F(TwoRecords, AnyErrorBetweenTheRecordsBecomesNinety) {
+TEST_F(TwoRecords, any_error_between_the_records_becomes_ninety) {
   Stage stage(message, ORK_TRACKING_OFF);
-  const family::Made made(message, stage.handle(), 3, instance);
+  const messages::Made made(message, stage.handle(), 3, instance);
   char buffer[4096] = "";
   // The second call for blanks is the first record's own.
   const auto odd = spy::fail(ork_print_space, 5, 2);
@@ -301,8 +301,8 @@ struct XmlFree {
 
 class TwoRecordsXml : public TwoRecords {
  protected:
-  const family::Handle handle = family::make_handle();
-  const family::Made sent{message, handle.get(), 3};
+  const messages::Handle handle = messages::make_handle();
+  const messages::Made sent{message, handle.get(), 3};
 
   std::string element(size_t i) {
     char buffer[4096] = "";
@@ -331,20 +331,20 @@ class TwoRecordsXml : public TwoRecords {
   }
 };
 
-TEST_F(TwoRecordsXml, BothElements) {
+TEST_F(TwoRecordsXml, both_elements) {
   EXPECT_EQ(read(element(0) + element(1)), std::pair(true, true));
 }
 
-TEST_F(TwoRecordsXml, FirstElementAlone) { EXPECT_EQ(read(element(0)), std::pair(true, false)); }
+TEST_F(TwoRecordsXml, first_element_alone) { EXPECT_EQ(read(element(0)), std::pair(true, false)); }
 
-TEST_F(TwoRecordsXml, SecondElementAloneIsNotRead) {
+TEST_F(TwoRecordsXml, second_element_alone_is_not_read) {
   EXPECT_EQ(read(element(1)), std::pair(false, false)) << "both keep their defaults";
 }
 
-TEST_F(TwoRecordsXml, NoElement) { EXPECT_EQ(read(""), std::pair(false, false)); }
+TEST_F(TwoRecordsXml, no_element) { EXPECT_EQ(read(""), std::pair(false, false)); }
 
 // The message is lost, not destroyed.
-TEST_F(TwoRecordsXml, ErrorOfTheSecondAloneLosesTheMessage) {
+TEST_F(TwoRecordsXml, error_of_the_second_alone_loses_the_message) {
   const auto unreadable =
       spy::replace(null_string_from_xml,
                    [](ork_handle* own, uint32_t each, const char* path, ork_xml* xml, char* chars,
@@ -362,7 +362,7 @@ TEST_F(TwoRecordsXml, ErrorOfTheSecondAloneLosesTheMessage) {
       ork_xml_parse(text.data(), text.size(), &stage.err, nullptr, 0));
   const spy::Log log;
   EXPECT_EQ(message.from_xml(stage.handle(), instance, xml.get(), &stage.err), nullptr);
-  const spied::Outcome made = stage.outcome(log, 0, nullptr);
+  const messages::Outcome made = stage.outcome(log, 0, nullptr);
   EXPECT_EQ(made.err, 22u);
   EXPECT_EQ(made.created, 1u);
   EXPECT_EQ(made.destroyed, 0u);

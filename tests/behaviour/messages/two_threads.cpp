@@ -7,25 +7,26 @@
 
 namespace {
 
-using family::Bundle;
-using family::control_frame;
-using family::Handle;
-using family::Message;
-using family::Rows;
-using family::Seen;
+using messages::Bundle;
+using messages::control_frame;
+using messages::Handle;
+using messages::Message;
+using messages::Rows;
+using messages::Seen;
 
 constexpr unsigned rounds = 20;
 
 // What one thread does with every message: all forms, there and back.
 void exercise(const Message& message, ork_handle* handle, uint32_t seed) {
-  const family::Made made(message, handle, seed);
+  const messages::Made made(message, handle, seed);
   const std::vector<uint8_t> frame = made.frame();
   uint32_t err = 0;
   void* msg = nullptr;
   message.unmarshal_only(handle, 0, &msg, frame.data(), static_cast<int32_t>(frame.size()), &err);
   EXPECT_EQ(err, 0u);
   for (size_t i = 0; i < message.record_count(); ++i) {
-    EXPECT_EQ(family::Record(message.record(i)).compare(message.slots(msg)[i], made.record(i)), 0);
+    EXPECT_EQ(messages::Record(message.record(i)).compare(message.slots(msg)[i], made.record(i)),
+              0);
   }
   std::vector<char> text(1 << 16);
   message.print(handle, 0, text.data(), msg, 1 << 16, &err);
@@ -46,7 +47,7 @@ void run_show(const Rows& rows, const Bundle& bundle, const Handle& handle, uint
        std::span(bundle.schema().members, bundle.schema().member_count)) {
     for (uint32_t i = 0; i < (member.repeatable != 0 ? 3u : 1u); ++i) {
       const std::vector<uint8_t> frame =
-          family::Made(Message(*member.message), handle.get(), seed + i).frame();
+          messages::Made(Message(*member.message), handle.get(), seed + i).frame();
       EXPECT_EQ(rows.dispatch(handle, &seen, frame), 0u);
       sent.emplace_back(member.message->name);
     }
@@ -58,7 +59,7 @@ void run_show(const Rows& rows, const Bundle& bundle, const Handle& handle, uint
       0u);
   EXPECT_EQ(seen.commits, committed ? 1 : 0);
   EXPECT_EQ(seen.members, committed ? sent : std::vector<std::string>{});
-  EXPECT_EQ(family::live_blocks(handle), 0u);
+  EXPECT_EQ(messages::live_blocks(handle), 0u);
 }
 
 class TwoThreads : public testing::TestWithParam<ork_tracking> {
@@ -66,7 +67,7 @@ class TwoThreads : public testing::TestWithParam<ork_tracking> {
   // Runs work on a handle of its own in each of two threads.
   void run(const std::function<void(const Handle&, uint32_t)>& work) const {
     const auto thread = [&](uint32_t first) {
-      const Handle handle = family::tracking_handle(GetParam());
+      const Handle handle = messages::tracking_handle(GetParam());
       for (uint32_t round = 0; round < rounds; ++round) {
         work(handle, first + round);
       }
@@ -77,8 +78,8 @@ class TwoThreads : public testing::TestWithParam<ork_tracking> {
   }
 };
 
-TEST_P(TwoThreads, EveryMessage) {
-  const std::vector<Message> messages = family::messages();
+TEST_P(TwoThreads, every_message) {
+  const std::vector<Message> messages = messages::all();
   run([&](const Handle& handle, uint32_t seed) {
     for (const Message& message : messages) {
       exercise(message, handle.get(), seed);
@@ -86,9 +87,9 @@ TEST_P(TwoThreads, EveryMessage) {
   });
 }
 
-TEST_P(TwoThreads, EveryShow) {
-  const std::vector<Bundle> bundles = family::bundles();
-  const Rows rows(family::look);
+TEST_P(TwoThreads, every_show) {
+  const std::vector<Bundle> bundles = messages::bundles();
+  const Rows rows(messages::look);
   run([&](const Handle& handle, uint32_t seed) {
     for (const Bundle& bundle : bundles) {
       run_show(rows, bundle, handle, seed);
@@ -96,8 +97,8 @@ TEST_P(TwoThreads, EveryShow) {
   });
 }
 
-TEST_P(TwoThreads, CountersLoseNothing) {
-  const Message message = family::messages()[0];
+TEST_P(TwoThreads, counters_lose_nothing) {
+  const Message message = messages::all()[0];
   const ork_variant_entry& entry = message.schema().type->varinfo->entries[0];
   const ork_variant_entry before = entry;
   constexpr unsigned each = 5000;
@@ -110,7 +111,7 @@ TEST_P(TwoThreads, CountersLoseNothing) {
   EXPECT_EQ(entry.destroy_count - before.destroy_count, 2 * rounds * each);
 }
 
-TEST_P(TwoThreads, StartOfTheTraceChannel) {
+TEST_P(TwoThreads, start_of_the_trace_channel) {
   run([](const Handle&, uint32_t) { EXPECT_EQ(ork_fwe_ui_wayfind_trace_init(), 0); });
   EXPECT_NE(g_ork_fwe_ui_wayfind_trace_module_id, 0);
 }

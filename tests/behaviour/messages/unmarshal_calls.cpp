@@ -3,11 +3,11 @@
 
 namespace {
 
-using family::Message;
-using family::Record;
-using spied::instance;
-using spied::Outcome;
-using spied::Stage;
+using messages::Message;
+using messages::Record;
+using messages::instance;
+using messages::Outcome;
+using messages::Stage;
 
 struct Case {
   std::string what;
@@ -22,14 +22,14 @@ void discard(const Message& message, ork_handle* handle, void* msg) {
   message.destroy(handle, instance, msg);
 }
 
-class MessageUnmarshal : public testing::TestWithParam<Message> {
+class UnmarshalCalls : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
 
   std::vector<uint8_t> frame(ork_tracking tracking) const {
-    const family::Handle handle = family::tracking_handle(tracking);
+    const messages::Handle handle = messages::tracking_handle(tracking);
     handle->send_sequence = 0x0A0B0C0D;
-    return family::Made(message, handle.get(), 3).frame();
+    return messages::Made(message, handle.get(), 3).frame();
   }
 
   Outcome only(const Case& each, decltype(&by_hand::unmarshal_only) way, bool& set) const {
@@ -68,7 +68,7 @@ class MessageUnmarshal : public testing::TestWithParam<Message> {
            int32_t length,
            uint32_t* err) { return m.unmarshal_only(handle, i, out, buffer, length, err); },
         set);
-    spied::expect_same(made, hand, each.what);
+    messages::expect_same(made, hand, each.what);
     EXPECT_EQ(set, by_hand_set) << each.what;
     if (was_set != nullptr) {
       *was_set = set;
@@ -77,8 +77,8 @@ class MessageUnmarshal : public testing::TestWithParam<Message> {
   }
 };
 
-TEST_P(MessageUnmarshal, OnlyReadsHeaderAndRecordsInOrder) {
-  for (const ork_tracking tracking : spied::trackings) {
+TEST_P(UnmarshalCalls, only_reads_header_and_records_in_order) {
+  for (const ork_tracking tracking : messages::trackings) {
     bool set;
     const Outcome made = same({"whole", 0, 0, 0, tracking}, &set);
     EXPECT_TRUE(set);
@@ -97,7 +97,7 @@ TEST_P(MessageUnmarshal, OnlyReadsHeaderAndRecordsInOrder) {
   }
 }
 
-TEST_P(MessageUnmarshal, OnlySetsNoTagAndStartsNoTrace) {
+TEST_P(UnmarshalCalls, only_sets_no_tag_and_starts_no_trace) {
   const Outcome made = same({"whole"});
   for (const std::string& call : made.calls) {
     EXPECT_EQ(call.find("tawny"), std::string::npos) << call;
@@ -105,7 +105,7 @@ TEST_P(MessageUnmarshal, OnlySetsNoTagAndStartsNoTrace) {
   }
 }
 
-TEST_P(MessageUnmarshal, OnlyWithAPendingErrorDoesNothing) {
+TEST_P(UnmarshalCalls, only_with_a_pending_error_does_nothing) {
   bool set;
   const Outcome made = same({"pending", 22}, &set);
   EXPECT_FALSE(set);
@@ -115,7 +115,7 @@ TEST_P(MessageUnmarshal, OnlyWithAPendingErrorDoesNothing) {
                                         message.name() + " unmarshal: Invalid argument)"});
 }
 
-TEST_P(MessageUnmarshal, OnlyLeavesAPartialMessageAtEveryTruncation) {
+TEST_P(UnmarshalCalls, only_leaves_a_partial_message_at_every_truncation) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const auto size = static_cast<int32_t>(frame(tracking).size());
     for (int32_t cut = 1; cut <= size; cut += cut < 20 || size - cut < 60 ? 1 : 23) {
@@ -134,7 +134,7 @@ TEST_P(MessageUnmarshal, OnlyLeavesAPartialMessageAtEveryTruncation) {
   }
 }
 
-TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheObject) {
+TEST_P(UnmarshalCalls, only_without_memory_for_the_object) {
   bool set;
   const Outcome made = same({"no memory", 0, 0, 1}, &set);
   EXPECT_FALSE(set);
@@ -146,7 +146,7 @@ TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheObject) {
                 "ork_store_err(12)"});
 }
 
-TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheFirstRecord) {
+TEST_P(UnmarshalCalls, only_without_memory_for_the_first_record) {
   bool set;
   const Outcome made = same({"no memory", 0, 0, 2}, &set);
   EXPECT_TRUE(set) << "with what there is";
@@ -156,7 +156,7 @@ TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheFirstRecord) {
   EXPECT_FALSE(made.records[0]);
 }
 
-TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheFirstRecordReplacesTheErrorOfTheHeader) {
+TEST_P(UnmarshalCalls, only_without_memory_for_the_first_record_replaces_the_error_of_the_header) {
   bool set;
   const Outcome made = same({"no memory behind an unreadable header", 0,
                              static_cast<int32_t>(frame(ORK_TRACKING_ABSENT).size()) - 20, 2},
@@ -168,14 +168,14 @@ TEST_P(MessageUnmarshal, OnlyWithoutMemoryForTheFirstRecordReplacesTheErrorOfThe
   EXPECT_FALSE(made.records[0]);
 }
 
-TEST_P(MessageUnmarshal, OnlySurvivesEveryFailingAllocation) {
+TEST_P(UnmarshalCalls, only_survives_every_failing_allocation) {
   for (unsigned nth = 1; nth <= 40; ++nth) {
     same({"allocation " + std::to_string(nth), 0, 0, nth});
   }
 }
 
-TEST_P(MessageUnmarshal, OnlyDoesNotLookAtTheIdentifierOrTheHeadersValues) {
-  const family::Handle handle = family::make_handle();
+TEST_P(UnmarshalCalls, only_does_not_look_at_the_identifier_or_the_headers_values) {
+  const messages::Handle handle = messages::make_handle();
   std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   std::fill_n(bytes.begin(), 43, uint8_t{0x5A});
   uint32_t err = 0;
@@ -188,10 +188,10 @@ TEST_P(MessageUnmarshal, OnlyDoesNotLookAtTheIdentifierOrTheHeadersValues) {
   message.destroy(handle.get(), 0, msg);
 }
 
-TEST_P(MessageUnmarshal, OnlyAsksNoDomain) {
-  const family::Handle handle = family::make_handle();
+TEST_P(UnmarshalCalls, only_asks_no_domain) {
+  const messages::Handle handle = messages::make_handle();
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
-  family::set_peer_without(handle, {message.name()});
+  messages::set_peer_without(handle, {message.name()});
   uint32_t err = 0;
   void* msg = nullptr;
   message.unmarshal_only(handle.get(), 0, &msg, bytes.data(), static_cast<int32_t>(bytes.size()),
@@ -202,7 +202,7 @@ TEST_P(MessageUnmarshal, OnlyAsksNoDomain) {
 
 // A negative length is the header's reader's to refuse; nothing of the buffer is the library's
 // then.
-TEST_P(MessageUnmarshal, OnlyHandsANegativeLengthToTheHeadersReader) {
+TEST_P(UnmarshalCalls, only_hands_a_negative_length_to_the_headers_reader) {
   for (const int32_t length : {-1, INT32_MIN}) {
     Stage stage(message, ORK_TRACKING_OFF);
     uint8_t& byte = stage.give_buffer(0)[0];
@@ -239,7 +239,7 @@ void take(ork_handle* handle, uint32_t each, void* ctx, void* msg, uint32_t* err
   *err = static_cast<Delivered*>(ctx)->answer;
 }
 
-TEST_P(MessageUnmarshal, DeliversToTheHandlerItWasGiven) {
+TEST_P(UnmarshalCalls, delivers_to_the_handler_it_was_given) {
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   for (const uint32_t answer : {0u, 5u}) {
     Stage stage(message, ORK_TRACKING_ABSENT);
@@ -260,7 +260,7 @@ TEST_P(MessageUnmarshal, DeliversToTheHandlerItWasGiven) {
   }
 }
 
-TEST_P(MessageUnmarshal, WithoutAnyHandlerGives38AndTheMessage) {
+TEST_P(UnmarshalCalls, without_any_handler_gives_38_and_the_message) {
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   for (const bool with_out : {true, false}) {
     Stage stage(message, ORK_TRACKING_ABSENT);
@@ -295,7 +295,7 @@ TEST_P(MessageUnmarshal, WithoutAnyHandlerGives38AndTheMessage) {
   }
 }
 
-TEST_P(MessageUnmarshal, FailedReadRunsNoHandlerAndLosesTheMessage) {
+TEST_P(UnmarshalCalls, failed_read_runs_no_handler_and_loses_the_message) {
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   for (const size_t length :
        {size_t{0}, size_t{26}, size_t{27}, size_t{42}, size_t{43}, bytes.size() - 1}) {
@@ -319,7 +319,7 @@ TEST_P(MessageUnmarshal, FailedReadRunsNoHandlerAndLosesTheMessage) {
       stage.lose();
     }
     const Outcome& made = ways[1];
-    spied::expect_same(made, ways[0], "length " + std::to_string(length));
+    messages::expect_same(made, ways[0], "length " + std::to_string(length));
     EXPECT_EQ(made.err, 90u);
     EXPECT_GE(made.live_blocks, 1 + message.record_count())
         << "the partial message stays allocated";
@@ -337,7 +337,7 @@ struct Seen {
   void* at_handler;
 };
 
-TEST_P(MessageUnmarshal, OutMsgHoldsTheMessageBeforeItIsRecordedAndDelivered) {
+TEST_P(UnmarshalCalls, out_msg_holds_the_message_before_it_is_recorded_and_delivered) {
   Stage stage(message, ORK_TRACKING_ABSENT);
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   Seen seen{&stage, nullptr, nullptr};
@@ -358,7 +358,7 @@ TEST_P(MessageUnmarshal, OutMsgHoldsTheMessageBeforeItIsRecordedAndDelivered) {
   message.destroy(stage.handle(), instance, seen.out);
 }
 
-TEST_P(MessageUnmarshal, PendingErrorLeavesOutMsgAlone) {
+TEST_P(UnmarshalCalls, pending_error_leaves_out_msg_alone) {
   Stage stage(message, ORK_TRACKING_ABSENT);
   stage.err = 5;
   Delivered delivered;
@@ -375,7 +375,7 @@ TEST_P(MessageUnmarshal, PendingErrorLeavesOutMsgAlone) {
                                     message.name() + " message unmarshal: Input/output error)"});
 }
 
-TEST_P(MessageUnmarshal, OrderOfDelivery) {
+TEST_P(UnmarshalCalls, order_of_delivery) {
   Stage stage(message, ORK_TRACKING_ABSENT);
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   Delivered delivered;
@@ -394,7 +394,7 @@ TEST_P(MessageUnmarshal, OrderOfDelivery) {
   message.destroy(stage.handle(), instance, out);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageUnmarshal, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, UnmarshalCalls, testing::ValuesIn(messages::all()),
+                         messages::ByName());
 
 }  // namespace

@@ -4,14 +4,15 @@
 
 namespace {
 
-using family::Message;
-using spied::instance;
-using spied::Stage;
+using messages::Message;
+using messages::instance;
+using messages::Stage;
 
-class MessageUnmarshalSteps : public testing::TestWithParam<Message> {
+class UnmarshalSteps : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
-  const std::vector<uint8_t> frame = family::Made(message, family::make_handle().get(), 3).frame();
+  const std::vector<uint8_t> frame =
+      messages::Made(message, messages::make_handle().get(), 3).frame();
 
   uint32_t only(Stage& stage, void** out) const {
     return message.unmarshal_only(stage.handle(), instance, out, frame.data(),
@@ -40,7 +41,7 @@ class Watch {
   spy::Replacement header_, made_, read_;
 };
 
-TEST_P(MessageUnmarshalSteps, OnlySetsOutMsgAfterEverythingElse) {
+TEST_P(UnmarshalSteps, only_sets_out_msg_after_everything_else) {
   Stage stage(message, ORK_TRACKING_OFF);
   void* out = &stage;
   size_t looks = 0;
@@ -55,7 +56,7 @@ TEST_P(MessageUnmarshalSteps, OnlySetsOutMsgAfterEverythingElse) {
   message.destroy(stage.handle(), instance, out);
 }
 
-TEST_P(MessageUnmarshalSteps, OutMsgIsClearedBehindTheLastErrorAndBeforeTheRead) {
+TEST_P(UnmarshalSteps, out_msg_is_cleared_behind_the_last_error_and_before_the_read) {
   for (const bool fails : {false, true}) {
     Stage stage(message, ORK_TRACKING_OFF);
     void* out = &stage;
@@ -87,7 +88,7 @@ TEST_P(MessageUnmarshalSteps, OutMsgIsClearedBehindTheLastErrorAndBeforeTheRead)
 
 // What the header's reader gives counts, whatever it is: the first record lies the identifier's 16
 // bytes behind that.
-TEST_P(MessageUnmarshalSteps, RecordLiesSixteenBytesBehindWhatTheHeaderTook) {
+TEST_P(UnmarshalSteps, record_lies_sixteen_bytes_behind_what_the_header_took) {
   for (const uint32_t taken : {0u, 5u, 27u, 30u}) {
     for (const uint32_t error : {0u, 5u}) {
       Stage stage(message, ORK_TRACKING_OFF);
@@ -111,12 +112,13 @@ TEST_P(MessageUnmarshalSteps, RecordLiesSixteenBytesBehindWhatTheHeaderTook) {
       }
       EXPECT_EQ(stage.err, error);
       ASSERT_NE(out, nullptr);
-      const family::Made sent(message, stage.handle(), 3, instance);
+      const messages::Made sent(message, stage.handle(), 3, instance);
       for (size_t i = 0; i < message.record_count(); ++i) {
         ASSERT_NE(message.slots(out)[i], nullptr) << "made in any case";
         if (error == 0) {
           EXPECT_EQ(
-              family::Record(message.record(i)).compare(message.slots(out)[i], sent.record(i)), 0);
+              messages::Record(message.record(i)).compare(message.slots(out)[i], sent.record(i)),
+              0);
         }
       }
       message.destroy(stage.handle(), instance, out);
@@ -124,7 +126,7 @@ TEST_P(MessageUnmarshalSteps, RecordLiesSixteenBytesBehindWhatTheHeaderTook) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageUnmarshalSteps, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, UnmarshalSteps, testing::ValuesIn(messages::all()),
+                         messages::ByName());
 
 }  // namespace

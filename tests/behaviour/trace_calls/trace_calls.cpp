@@ -38,10 +38,10 @@ HEAR(15, (CALL_SITE, const char* a, const void* b), a, b)
 
 namespace {
 
-using family::Bundle;
-using family::Handle;
-using family::Kind;
-using family::Message;
+using messages::Bundle;
+using messages::Handle;
+using messages::Kind;
+using messages::Message;
 
 constexpr Kind kinds[] = {Kind::start, Kind::abort, Kind::commit};
 
@@ -55,7 +55,7 @@ void use(const Message& message, ork_handle* handle) {
     message.set(handle, 0, msg, nullptr, &err, i);
     message.free_and_set(handle, 0, msg, nullptr, &err, i);
   }
-  uint8_t frame[family::frame_size] = {};
+  uint8_t frame[messages::frame_size] = {};
   char text[64];
   void* out = nullptr;
   message.marshal(handle, 0, frame, msg, sizeof frame, &err);
@@ -83,11 +83,11 @@ void use(const Bundle& bundle, ork_handle* handle) {
 
 size_t traces_of_all_others(uint32_t expected_module) {
   modules.clear();
-  const Handle handle = family::make_handle();
-  for (const Message& message : family::messages()) {
+  const Handle handle = messages::make_handle();
+  for (const Message& message : messages::all()) {
     use(message, handle.get());
   }
-  for (const Bundle& bundle : family::bundles()) {
+  for (const Bundle& bundle : messages::bundles()) {
     use(bundle, handle.get());
   }
   return static_cast<size_t>(std::count(modules.begin(), modules.end(), expected_module));
@@ -107,8 +107,8 @@ size_t traces_of_all_others(uint32_t expected_module) {
   demand(before == modules.size() && before > 28 * 10, "traces pass 0");
   demand(id == 0, "neither messages nor bundles ask for a number");
   {
-    const Handle handle = family::make_handle();
-    const Message message = family::messages()[0];
+    const Handle handle = messages::make_handle();
+    const Message message = messages::all()[0];
     message.destroy(handle.get(), 0, message.create(handle.get(), 0));
   }
   demand(id != 0, "the first record asks");
@@ -117,18 +117,18 @@ size_t traces_of_all_others(uint32_t expected_module) {
   std::_Exit(0);
 }
 
-TEST(TraceModuleDeathTest, NumberIsZeroUntilARecordIsCreatedAndTracesPassIt) {
+TEST(TraceModuleDeathTest, number_is_zero_until_a_record_is_created_and_traces_pass_it) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // a fresh process
   EXPECT_EXIT(begin(), testing::ExitedWithCode(0), "");
 }
 
-TEST(TraceModule, StubNumberIsNeverWritten) {
+TEST(TraceModule, stub_number_is_never_written) {
   EXPECT_EQ(g_ork_fwe_ui_wayfind_stub_trace_module_id, 0);
   g_ork_fwe_ui_wayfind_stub_trace_module_id = 0xA55A;
   ork_fwe_ui_wayfind_trace_init();
   {
-    const Handle handle = family::make_handle();
-    for (const Message& message : family::messages()) {
+    const Handle handle = messages::make_handle();
+    for (const Message& message : messages::all()) {
       message.destroy(handle.get(), 0, message.create(handle.get(), 0));
     }
   }
@@ -146,7 +146,7 @@ void run(ork_handle*, uint32_t, void*, uint32_t*) { ++runs; }
 class TracedCommit : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
-  const Handle handle = family::make_handle();
+  const Handle handle = messages::make_handle();
   ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
 
   void TearDown() override {
@@ -161,7 +161,7 @@ class TracedCommit : public testing::TestWithParam<Bundle> {
   }
 };
 
-TEST_P(TracedCommit, HandlerThatWasFoundStillRunsWhenItIsTakenAwayMeanwhile) {
+TEST_P(TracedCommit, handler_that_was_found_still_runs_when_it_is_taken_away_meanwhile) {
   const auto dispatching = spy::replace(orklib_in_dispatch_message_info, [&](ork_handle*, void**) {
     return static_cast<const ork_bundle_dispatch_info*>(&info);
   });
@@ -185,6 +185,7 @@ TEST_P(TracedCommit, HandlerThatWasFoundStillRunsWhenItIsTakenAwayMeanwhile) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, TracedCommit, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, TracedCommit, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

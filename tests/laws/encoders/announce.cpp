@@ -4,7 +4,7 @@
 #include "behaviour/encoders/values.h"
 #include "laws/frame/announce_watch.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -71,16 +71,16 @@ void allow_old_elements(Watch& watch, const told::Record& record, uint8_t* obj) 
 }
 
 void fill(Handle& h, const Type& type, void* obj, uint32_t elements, const std::string& path) {
-  forms::Filler filler(h, elements);
+  encoders::Filler filler(h, elements);
   filler.fill(type.schema, obj, path);
   ASSERT_EQ(filler.err, 0u);
 }
 
-const forms::Calls& calls(const Type& type) { return forms::calls_of(type.told.name); }
+const encoders::Calls& calls(const Type& type) { return encoders::calls_of(type.told.name); }
 
-class EncodersAnnounce : public testing::TestWithParam<unsigned> {
+class Announce : public testing::TestWithParam<unsigned> {
  protected:
-  const Type& type() const { return frame_law::type(wayfind_records[GetParam()].name); }
+  const Type& type() const { return frame::type(wayfind_records[GetParam()].name); }
 
   // Makes a filled object another one, with every change of the arrays' lengths, by the call that
   // `prepare` gives for handle, source and object.
@@ -88,11 +88,11 @@ class EncodersAnnounce : public testing::TestWithParam<unsigned> {
   void expect_announced(const Silent& silent, bool reuse, Prepare prepare) const {
     for (const Mode& mode : fixture::all_modes()) {
       for (const auto& [had, gets] : {std::pair{2u, 2u}, {2u, 3u}, {3u, 2u}, {2u, 0u}, {0u, 2u}}) {
-        if (had != gets && !forms::holds_arrays(type().schema)) {
+        if (had != gets && !encoders::holds_arrays(type().schema)) {
           continue;
         }
         Handle h(mode);
-        if (!reuse && forms::nests_arrays(type().schema)) {
+        if (!reuse && encoders::nests_arrays(type().schema)) {
           h.expect_leaks(); /* the elements' own arrays are not destroyed */
         }
         const Object obj(h, type());
@@ -140,10 +140,10 @@ class EncodersAnnounce : public testing::TestWithParam<unsigned> {
   }
 };
 
-TEST_P(EncodersAnnounce, UnmarshalStoresNoPointerAndIntoNoBlockUnannounced) {
+TEST_P(Announce, unmarshal_stores_no_pointer_and_into_no_block_unannounced) {
   for (const bool reuse : {false, true}) {
     expect_announced(off_the_wire, reuse, [&](Handle& h, void* src, void* obj) {
-      return [&h, obj, reuse, this, image = forms::marshalled(h, calls(type()), src)] {
+      return [&h, obj, reuse, this, image = encoders::marshalled(h, calls(type()), src)] {
         const auto length = static_cast<int32_t>(image.size());
         EXPECT_EQ(calls(type()).unmarshal(h, instance, image.data(), obj, length, reuse, &h.err),
                   image.size());
@@ -152,29 +152,30 @@ TEST_P(EncodersAnnounce, UnmarshalStoresNoPointerAndIntoNoBlockUnannounced) {
   }
 }
 
-TEST_P(EncodersAnnounce, CloneIntoAFilledSlotStoresNoPointerUnannounced) {
+TEST_P(Announce, clone_into_a_filled_slot_stores_no_pointer_unannounced) {
   expect_announced(off_the_wire, false, [&](Handle& h, void* src, void* obj) {
     return [&h, src, obj, this] {
-      forms::Bytes workspace(forms::ample + 1);
+      encoders::Bytes workspace(encoders::ample + 1);
       void* slot = obj;
-      calls(type()).clone_internal(h, instance, src, &slot, workspace.data(), forms::ample, &h.err);
+      calls(type()).clone_internal(h, instance, src, &slot, workspace.data(), encoders::ample,
+                                   &h.err);
       EXPECT_EQ(slot, obj);
     };
   });
 }
 
-TEST_P(EncodersAnnounce, FromXmlStoresValuesInSilenceAndNothingElse) {
+TEST_P(Announce, from_xml_stores_values_in_silence_and_nothing_else) {
   expect_announced(from_a_document, false, [&](Handle& h, void* src, void* obj) {
     return [&h, obj, this,
-            document =
-                std::shared_ptr<ork_xml>(forms::parsed(forms::as_xml(h, calls(type()), src)))] {
+            document = std::shared_ptr<ork_xml>(
+                encoders::parsed(encoders::as_xml(h, calls(type()), src)))] {
       const std::string path = "//" + type().told.name;
       calls(type()).from_xml(h, instance, path.c_str(), document.get(), obj, &h.err, nullptr, 0);
     };
   });
 }
 
-TEST_P(EncodersAnnounce, OffsetUpdateAndRemoveStoreNothingUnannounced) {
+TEST_P(Announce, offset_update_and_remove_store_nothing_unannounced) {
   for (const bool shared : {false, true}) {
     Handle h({.shared = shared, .tracking = ORK_TRACKING_ON});
     const Object obj(h, type());
@@ -202,37 +203,37 @@ TEST_P(EncodersAnnounce, OffsetUpdateAndRemoveStoreNothingUnannounced) {
   }
 }
 
-TEST_P(EncodersAnnounce, WhatReadsARecordStoresNothingInIt) {
+TEST_P(Announce, what_reads_a_record_stores_nothing_in_it) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     const Object obj(h, type());
     fill(h, type(), obj.get(), 2, "had");
-    forms::Bytes workspace(forms::ample + 1);
+    encoders::Bytes workspace(encoders::ample + 1);
     void* slot = nullptr;
     spy::Log log;
     Watch watch(log);
     watch_object(watch, h, type(), obj.get());
-    forms::marshalled(h, calls(type()), obj.get());
-    forms::printed(h, calls(type()), obj.get());
-    forms::as_xml(h, calls(type()), obj.get());
+    encoders::marshalled(h, calls(type()), obj.get());
+    encoders::printed(h, calls(type()), obj.get());
+    encoders::as_xml(h, calls(type()), obj.get());
     calls(type()).len(h, instance, obj.get());
     calls(type()).compare(obj.get(), obj.get());
     calls(type()).hash(obj.get(), 0);
     EXPECT_TRUE(log.announcements().empty()) << type().told.name;
-    calls(type()).clone(h, instance, obj.get(), &slot, workspace.data(), forms::ample, &h.err);
+    calls(type()).clone(h, instance, obj.get(), &slot, workspace.data(), encoders::ample, &h.err);
     watch.check();
     EXPECT_TRUE(watch.unannounced().empty())
         << type().told.name << ", " << mode.text() << ":" << list(watch.unannounced());
-    const forms::Object clone(h, calls(type()), slot);
+    const encoders::Object clone(h, calls(type()), slot);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, EncodersAnnounce, testing::Range(0U, wayfind_record_count),
-                         forms::short_name);
+INSTANTIATE_TEST_SUITE_P(Records, Announce, testing::Range(0U, wayfind_record_count),
+                         encoders::short_name);
 
 // An element that is there is filled by a clone as any target of one; all that makes place for it
 // is announced.
-TEST(EncodersAnnounceElement, FilledByACloneIsMarkedAndPlacedAnnounced) {
+TEST(AnnouncedElement, filled_by_a_clone_is_marked_and_placed_announced) {
   for (const Mode& mode : fixture::all_modes()) {
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::record_array) {
@@ -266,4 +267,4 @@ TEST(EncodersAnnounceElement, FilledByACloneIsMarkedAndPlacedAnnounced) {
 
 }  // namespace
 
-}  // namespace frame_law
+}  // namespace frame

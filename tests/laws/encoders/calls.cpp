@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 class FormCalls : public testing::TestWithParam<unsigned> {
  protected:
@@ -17,7 +17,7 @@ bool takes_instance(const std::string& call) {
          !call.starts_with("ork_get_instance_variant(");
 }
 
-TEST_P(FormCalls, InCrStyleAreMadeForTheHandlesInstanceUnderTheTypesName) {
+TEST_P(FormCalls, in_cr_style_are_made_for_the_handles_instance_under_the_types_name) {
   const std::string name = calls().name();
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const fixture::Handle h({.tracking = tracking, .cr_instance = 9});
@@ -49,7 +49,7 @@ TEST_P(FormCalls, InCrStyleAreMadeForTheHandlesInstanceUnderTheTypesName) {
   }
 }
 
-TEST_P(FormCalls, OfUnmarshalHandOnTheRoomThatIsLeftAndReuseStorage) {
+TEST_P(FormCalls, of_unmarshal_hand_on_the_room_that_is_left_and_reuse_storage) {
   fixture::Handle h;
   const Bytes image = marshalled(h, calls(), filled(h, calls(), 2).get());
   const Object object(h, calls());
@@ -87,7 +87,7 @@ unsigned record_scratches(const wayfind_record& record, unsigned elements) {
 
 // What is allocated next after each start is the scratch; behind the scratch that finds nothing
 // there is no start.
-TEST_P(FormCalls, OfFromXmlStartTheTraceModuleBeforeEachRecordScratch) {
+TEST_P(FormCalls, of_from_xml_start_the_trace_module_before_each_record_scratch) {
   for (const unsigned elements : {0U, 2U}) {
     fixture::Handle h;
     const Document document = parsed(as_xml(h, calls(), filled(h, calls(), elements).get()));

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 // Bytes from the heap without any to spare, but for the one that a flag set at the end may be read
 // from.
@@ -81,13 +81,13 @@ void for_all_images(const Calls& calls,
   }
 }
 
-class DamagedImage : public testing::TestWithParam<unsigned> {
+class DamagedImages : public testing::TestWithParam<unsigned> {
  protected:
   const Calls& calls() const { return all_records()[GetParam()]; }
   size_t spare() const { return holds_flag_set(*calls().schema) ? 1 : 0; }
 };
 
-TEST_P(DamagedImage, CutAtAnyByteGivesAnErrorOrAToldResult) {
+TEST_P(DamagedImages, cut_at_any_byte_gives_an_error_or_a_told_result) {
   for_all_images(calls(), [&](const Bytes& image, ork_tracking writer) {
     for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
       const Handle reader(tracking);
@@ -113,7 +113,7 @@ TEST_P(DamagedImage, CutAtAnyByteGivesAnErrorOrAToldResult) {
   });
 }
 
-TEST_P(DamagedImage, WithAnyByteWrongIsReadWithinItsBuffer) {
+TEST_P(DamagedImages, with_any_byte_wrong_is_read_within_its_buffer) {
   for_all_images(calls(), [&](const Bytes& image, ork_tracking) {
     for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
       const Handle reader(Handle::Options{.tracking = tracking, .memory_budget = 1 << 16});
@@ -138,7 +138,7 @@ TEST_P(DamagedImage, WithAnyByteWrongIsReadWithinItsBuffer) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, DamagedImage, testing::Range(0U, wayfind_record_count),
+INSTANTIATE_TEST_SUITE_P(Records, DamagedImages, testing::Range(0U, wayfind_record_count),
                          short_name);
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr uint32_t elements = 3;
 
@@ -26,7 +26,7 @@ unsigned array_blocks(const wayfind_record& record, bool tracking) {
   return result;
 }
 
-class FailedAllocation : public testing::TestWithParam<unsigned> {
+class FailedAllocations : public testing::TestWithParam<unsigned> {
  protected:
   const Calls& calls() const { return all_records()[GetParam()]; }
 
@@ -55,7 +55,7 @@ class FailedAllocation : public testing::TestWithParam<unsigned> {
   }
 };
 
-TEST_P(FailedAllocation, InUnmarshalLeavesARecordThatCanBeUsed) {
+TEST_P(FailedAllocations, in_unmarshal_leaves_a_record_that_can_be_used) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     for (const uint32_t reuse : {0U, 1U}) {
       const Handle handle(tracking);
@@ -72,7 +72,7 @@ TEST_P(FailedAllocation, InUnmarshalLeavesARecordThatCanBeUsed) {
   }
 }
 
-TEST_P(FailedAllocation, InUnmarshalIntoAFilledRecordLeavesOneThatCanBeUsed) {
+TEST_P(FailedAllocations, in_unmarshal_into_a_filled_record_leaves_one_that_can_be_used) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     for (const uint32_t before : {1U, elements}) {
       const Handle handle(tracking);
@@ -90,7 +90,7 @@ TEST_P(FailedAllocation, InUnmarshalIntoAFilledRecordLeavesOneThatCanBeUsed) {
 
 // A peer that lacks the type makes the clone's target one of no field, until it has been read to
 // its end.
-TEST_P(FailedAllocation, InCloneLeavesNoObject) {
+TEST_P(FailedAllocations, in_clone_leaves_no_object) {
   const TypeList lacking = release_list(9, calls().name(), -1);
   for (const bool lacks : {false, true}) {
     for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
@@ -117,7 +117,7 @@ TEST_P(FailedAllocation, InCloneLeavesNoObject) {
 
 // An element is a fresh one of no field, too, when the peer lacks its type; whatever had been read
 // into it goes when it is made anew.
-TEST_P(FailedAllocation, InCloneToAnElementLosesNothing) {
+TEST_P(FailedAllocations, in_clone_to_an_element_loses_nothing) {
   for (unsigned i = 0; i < calls().schema->field_count; ++i) {
     const wayfind_field& field = calls().schema->fields[i];
     if (field.cls != WAYFIND_RECORD_ARRAY) {
@@ -143,7 +143,7 @@ TEST_P(FailedAllocation, InCloneToAnElementLosesNothing) {
   }
 }
 
-TEST_P(FailedAllocation, InCloneToACallersObjectDestroysThat) {
+TEST_P(FailedAllocations, in_clone_to_a_callers_object_destroys_that) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle handle(tracking);
     const Object source = filled(handle, calls(), elements);
@@ -185,7 +185,7 @@ void raise(const Handle& handle, const wayfind_record& record, void* object) {
 
 // A document may hold fields that an older release's records do not know: they are read all the
 // same. None may be lost with a scratch element.
-TEST_P(FailedAllocation, InFromXmlKeepsWhatWasRead) {
+TEST_P(FailedAllocations, in_from_xml_keeps_what_was_read) {
   const std::string path = std::string("//") + calls().name();
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     const Handle newest(tracking);
@@ -206,7 +206,7 @@ TEST_P(FailedAllocation, InFromXmlKeepsWhatWasRead) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, FailedAllocation, testing::Range(0U, wayfind_record_count),
+INSTANTIATE_TEST_SUITE_P(Records, FailedAllocations, testing::Range(0U, wayfind_record_count),
                          short_name);
 
 }  // namespace

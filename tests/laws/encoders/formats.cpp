@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 using Formats = std::vector<std::string>;
 
 uint32_t print_small(const fixture::Handle& h, const wayfind_small_type& type, const void* object) {
@@ -18,7 +18,7 @@ uint32_t print_small(const fixture::Handle& h, const wayfind_small_type& type, c
                                                              sizeof text, &err);
 }
 
-TEST(Formats, OfEnumsAndTheFlagSetAreToldAndTakeTextsAsArguments) {
+TEST(Formats, of_enums_and_the_flag_set_are_told_and_take_texts_as_arguments) {
   const fixture::Handle h;
   for (unsigned i = 0; i < wayfind_small_type_count; ++i) {
     const wayfind_small_type& type = wayfind_small_types[i];
@@ -61,7 +61,7 @@ void append_formats(const wayfind_record& record, uint32_t elements, Formats& ou
   out.emplace_back("}\n");
 }
 
-TEST(Formats, OfEveryRecordAreTold) {
+TEST(Formats, of_every_record_are_told) {
   const fixture::Handle h;
   for (const Calls& calls : all_records()) {
     const Object object = filled(h, calls, 2);

@@ -3,7 +3,7 @@
 
 #include "behaviour/encoders/values.h"
 
-namespace forms {
+namespace encoders {
 
 struct Span {
   size_t begin;
@@ -101,4 +101,4 @@ inline Bytes with_tail(const Bytes& image, const std::vector<Span>& spans, const
   return result;
 }
 
-}  // namespace forms
+}  // namespace encoders

@@ -4,7 +4,7 @@
 
 #include "behaviour/encoders/values.h"
 
-namespace forms {
+namespace encoders {
 
 using InitializeFn = void(ork_handle*, uint32_t, void*, const ork_type_info*, uint32_t, uint32_t,
                           uint32_t, uint8_t*, uint32_t*);
@@ -68,4 +68,4 @@ inline Object old_record(ork_handle* handle, const Calls& calls, unsigned layout
   return Object(handle, calls, object);
 }
 
-}  // namespace forms
+}  // namespace encoders

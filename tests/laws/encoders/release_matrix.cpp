@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr uint32_t elements = 2;
 
@@ -261,7 +261,7 @@ void for_each_pair(const Calls& calls, Visit visit) {
   }
 }
 
-TEST(ReleaseMatrix, EveryReaderTakesWhatBothKnowAndLandsOnTheJump) {
+TEST(ReleaseMatrix, every_reader_takes_what_both_know_and_lands_on_the_jump) {
   unsigned pairs = 0;
   unsigned combinations = 0;
   for (const Calls& calls : all_records()) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr uint32_t seeds[] = {0, 0x9e3779b9};
 
@@ -65,12 +65,12 @@ void expect_equal(const Calls& calls, const void* a, const void* b) {
   }
 }
 
-class EveryRecord : public testing::TestWithParam<unsigned> {
+class Roundtrip : public testing::TestWithParam<unsigned> {
  protected:
   const Calls& calls() const { return all_records()[GetParam()]; }
 };
 
-TEST_P(EveryRecord, ComesBackFromTheWireAndGoesOutTheSame) {
+TEST_P(Roundtrip, every_record_comes_back_from_the_wire_and_goes_out_the_same) {
   for_all_shapes(calls(), [&](const Handle& handle, const Object& object) {
     const Bytes image = marshalled(handle, calls(), object.get());
     for (const uint32_t reuse : {0U, 1U}) {
@@ -88,7 +88,7 @@ TEST_P(EveryRecord, ComesBackFromTheWireAndGoesOutTheSame) {
   });
 }
 
-TEST_P(EveryRecord, IsAsLongOnTheWireAsItsLengthButForStatesThatAreNotSent) {
+TEST_P(Roundtrip, every_record_is_as_long_on_the_wire_as_its_length_but_for_states_not_sent) {
   for_all_shapes(calls(), [&](const Handle& handle, const Object& object) {
     const uint32_t length = calls().len(handle, instance, object.get());
     const Bytes image = marshalled(handle, calls(), object.get());
@@ -101,7 +101,7 @@ TEST_P(EveryRecord, IsAsLongOnTheWireAsItsLengthButForStatesThatAreNotSent) {
   });
 }
 
-TEST_P(EveryRecord, EqualsItsClonesInAllFourWays) {
+TEST_P(Roundtrip, every_record_equals_its_clones_in_all_four_ways) {
   for_all_shapes(calls(), [&](const Handle& handle, const Object& object) {
     Bytes workspace(ample + 1);
     const std::string xml = as_xml(handle, calls(), object.get());
@@ -132,7 +132,7 @@ TEST_P(EveryRecord, EqualsItsClonesInAllFourWays) {
   });
 }
 
-TEST_P(EveryRecord, ComesBackFromXml) {
+TEST_P(Roundtrip, every_record_comes_back_from_xml) {
   for_all_shapes(calls(), [&](const Handle& handle, const Object& object) {
     const Document document = parsed(as_xml(handle, calls(), object.get()));
     const Object copy(handle, calls());
@@ -144,7 +144,7 @@ TEST_P(EveryRecord, ComesBackFromXml) {
   });
 }
 
-TEST_P(EveryRecord, PrintsTheSameInBothStyles) {
+TEST_P(Roundtrip, every_record_prints_the_same_in_both_styles) {
   for_all_shapes(calls(), [&](const Handle& handle, const Object& object) {
     std::string text(ample, '\0');
     text.resize(calls().print_cr(handle, object.get(), text.data(), static_cast<uint32_t>(ample)));
@@ -155,7 +155,7 @@ TEST_P(EveryRecord, PrintsTheSameInBothStyles) {
   });
 }
 
-TEST_P(EveryRecord, DiffersByEachFieldAloneTheSameWayInCompareAndHash) {
+TEST_P(Roundtrip, every_record_differs_by_each_field_alone_the_same_way_in_compare_and_hash) {
   const Handle handle(ORK_TRACKING_OFF);
   const wayfind_record& schema = *calls().schema;
   for (unsigned i = 0; i < schema.field_count; ++i) {
@@ -184,7 +184,7 @@ TEST_P(EveryRecord, DiffersByEachFieldAloneTheSameWayInCompareAndHash) {
   }
 }
 
-TEST_P(EveryRecord, SortsNullFirstAndHashesItToTheSeed) {
+TEST_P(Roundtrip, every_record_sorts_null_first_and_hashes_it_to_the_seed) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object(handle, calls());
   EXPECT_EQ(calls().compare(nullptr, nullptr), 0);
@@ -195,7 +195,7 @@ TEST_P(EveryRecord, SortsNullFirstAndHashesItToTheSeed) {
   }
 }
 
-TEST_P(EveryRecord, DoesNothingOnceAnErrorStands) {
+TEST_P(Roundtrip, every_record_does_nothing_once_an_error_stands) {
   const Handle handle(ORK_TRACKING_OFF);
   const Object object = filled(handle, calls(), 1);
   const Bytes image = marshalled(handle, calls(), object.get());
@@ -229,7 +229,6 @@ TEST_P(EveryRecord, DoesNothingOnceAnErrorStands) {
   EXPECT_STREQ(text, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, EveryRecord, testing::Range(0U, wayfind_record_count),
-                         short_name);
+INSTANTIATE_TEST_SUITE_P(Records, Roundtrip, testing::Range(0U, wayfind_record_count), short_name);
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace forms;
+using namespace encoders;
 
 constexpr uint8_t guard = 0xa5;
 constexpr size_t guards = 64;
@@ -26,7 +26,7 @@ bool ends_in_array(const wayfind_record& record) {
   return cls == WAYFIND_VALUE_ARRAY || cls == WAYFIND_RECORD_ARRAY;
 }
 
-class ShortBuffer : public testing::TestWithParam<unsigned> {
+class ShortBuffers : public testing::TestWithParam<unsigned> {
  protected:
   const Calls& calls() const { return all_records()[GetParam()]; }
 };
@@ -42,7 +42,7 @@ void expect_guarded(const Bytes& bytes, int32_t length, bool tracking, const std
   }
 }
 
-TEST_P(ShortBuffer, IsFilledAsFarAsItGoesAndNeverLeft) {
+TEST_P(ShortBuffers, is_filled_as_far_as_it_goes_and_never_left) {
   for (const uint32_t elements : {0U, 3U}) {
     if (elements != 0 && !holds_arrays(*calls().schema)) {
       continue;
@@ -92,7 +92,7 @@ TEST_P(ShortBuffer, IsFilledAsFarAsItGoesAndNeverLeft) {
   }
 }
 
-TEST_P(ShortBuffer, OfTextOrXmlEndsInANulAndIsNeverLeft) {
+TEST_P(ShortBuffers, of_text_or_xml_ends_in_a_nul_and_is_never_left) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, calls(), 2);
   const std::string text = printed(handle, calls(), object.get());
@@ -117,7 +117,7 @@ TEST_P(ShortBuffer, OfTextOrXmlEndsInANulAndIsNeverLeft) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, ShortBuffer, testing::Range(0U, wayfind_record_count),
+INSTANTIATE_TEST_SUITE_P(Records, ShortBuffers, testing::Range(0U, wayfind_record_count),
                          short_name);
 
 }  // namespace

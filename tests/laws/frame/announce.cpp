@@ -3,7 +3,7 @@
 #include "laws/frame/announce_watch.h"
 #include "laws/frame/calls.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -17,7 +17,7 @@ const std::set<std::string> silent = {
 
 }  // namespace
 
-TEST(FrameLawAnnounce, accessors_store_nothing_that_was_not_announced) {
+TEST(Announce, accessors_store_nothing_that_was_not_announced) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -72,7 +72,7 @@ TEST(FrameLawAnnounce, accessors_store_nothing_that_was_not_announced) {
   }
 }
 
-TEST(FrameLawAnnounce, functions_of_the_whole_record_store_nothing_that_was_not_announced) {
+TEST(Announce, functions_of_the_whole_record_store_nothing_that_was_not_announced) {
   for (const Mode& mode : fixture::all_modes()) {
     for (const Type& type : types()) {
       for (const char* const suffix : {"_set", "_post_copyout_cleanup", "_set_all",
@@ -113,7 +113,7 @@ TEST(FrameLawAnnounce, functions_of_the_whole_record_store_nothing_that_was_not_
   }
 }
 
-TEST(FrameLawAnnounce, initialize_with_notify_stores_nothing_that_was_not_announced) {
+TEST(Announce, initialize_with_notify_stores_nothing_that_was_not_announced) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     fixture::function<void*(ork_handle*, uint32_t)>(
@@ -140,8 +140,7 @@ TEST(FrameLawAnnounce, initialize_with_notify_stores_nothing_that_was_not_announ
   }
 }
 
-TEST(FrameLawAnnounce,
-     destroy_in_place_and_removal_clear_nothing_silently_but_the_element_bytes_pointer) {
+TEST(Announce, destroy_in_place_and_removal_clear_nothing_silently_but_the_element_bytes_pointer) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -166,7 +165,7 @@ TEST(FrameLawAnnounce,
   }
 }
 
-TEST(FrameLawAnnounce, removal_of_elements_clears_pointer_and_count_behind_their_announcements) {
+TEST(Announce, removal_of_elements_clears_pointer_and_count_behind_their_announcements) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_array([&](const Field& f) {
@@ -185,7 +184,7 @@ TEST(FrameLawAnnounce, removal_of_elements_clears_pointer_and_count_behind_their
   }
 }
 
-TEST(FrameLawAnnounce, the_silent_stores_are_silent) {
+TEST(Announce, the_silent_stores_are_silent) {
   Handle h(fixture::tracked);
   for (const Type& type : types()) {
     Object obj(h, type);
@@ -199,4 +198,4 @@ TEST(FrameLawAnnounce, the_silent_stores_are_silent) {
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -7,7 +7,7 @@
 
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 // Memory that is somebody's, watched while a function runs.
 class Watch {
@@ -125,9 +125,9 @@ inline void fill_arrays(Handle& h, const Type& type, uint64_t obj) {
       Source src(h, f, "element");
       f.call("_set", {word(h), instance, obj, 1, src.word(), word(&h.err)});
     } else if (f.told.cls == Class::object && f.is_record()) {
-      fill_arrays(h, frame_law::type(f.told.type), obj + f.told.offset);
+      fill_arrays(h, frame::type(f.told.type), obj + f.told.offset);
     }
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -3,7 +3,7 @@
 
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 struct FieldCall {
   std::string suffix;
@@ -91,4 +91,4 @@ inline std::vector<FieldCall> accessors(const Field& f, Handle& h, void* obj, co
   return calls;
 }
 
-}  // namespace frame_law
+}  // namespace frame

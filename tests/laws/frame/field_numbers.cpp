@@ -2,7 +2,7 @@
 // has.
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -40,8 +40,7 @@ std::map<unsigned, int> oldest_variants(const told::Record& record) {
 
 }  // namespace
 
-TEST(FrameLawFieldNumbers,
-     are_in_use_from_their_variant_on_as_the_lower_of_domain_and_object_tells) {
+TEST(FieldNumbers, are_in_use_from_their_variant_on_as_the_lower_of_domain_and_object_tells) {
   Handle h;
   for (const Type& type : types()) {
     const std::map<unsigned, int> oldest = oldest_variants(type.told);
@@ -71,4 +70,4 @@ TEST(FrameLawFieldNumbers,
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -6,7 +6,7 @@
 
 #include "support/fixture.h"
 
-namespace frame_law {
+namespace frame {
 
 using fixture::bytes;
 using fixture::Handle;
@@ -222,4 +222,4 @@ inline std::string offset_text(const std::string& name, size_t offset) {
   return offset ? name + "+" + std::to_string(offset) : name;
 }
 
-}  // namespace frame_law
+}  // namespace frame

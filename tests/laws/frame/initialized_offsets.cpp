@@ -2,7 +2,7 @@
 // embedded in these, whose headers are still zero at that time.
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -95,4 +95,4 @@ TEST(InitializedOffsets, of_channel_data_tell_of_the_four_arrays_of_its_channel_
   type("fwe_cl_wayfind_channel_data").destroy(h, obj);
 }
 
-}  // namespace frame_law
+}  // namespace frame

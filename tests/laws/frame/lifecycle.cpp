@@ -2,7 +2,7 @@
 // mode.
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -89,7 +89,7 @@ bool embeds(const told::Record& record) {
 
 }  // namespace
 
-TEST(FrameLawLifecycle, memory_distances_and_statistics_balance) {
+TEST(Lifecycle, memory_distances_and_statistics_balance) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -114,7 +114,7 @@ TEST(FrameLawLifecycle, memory_distances_and_statistics_balance) {
   }
 }
 
-TEST(FrameLawLifecycle, cr_mode_makes_the_same_and_destroys_it_whatever_error_stands) {
+TEST(Lifecycle, cr_mode_makes_the_same_and_destroys_it_whatever_error_stands) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -139,7 +139,7 @@ TEST(FrameLawLifecycle, cr_mode_makes_the_same_and_destroys_it_whatever_error_st
   }
 }
 
-TEST(FrameLawLifecycle, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
+TEST(Lifecycle, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
   Handle h;
   std::map<void*, std::string> seen;
   for (const Type& type : types()) {
@@ -158,7 +158,7 @@ TEST(FrameLawLifecycle, each_type_has_a_sentinel_of_its_own_that_nothing_writes)
   }
 }
 
-TEST(FrameLawLifecycle, a_new_record_is_zero_but_for_the_headers_inside_it) {
+TEST(Lifecycle, a_new_record_is_zero_but_for_the_headers_inside_it) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -181,7 +181,7 @@ TEST(FrameLawLifecycle, a_new_record_is_zero_but_for_the_headers_inside_it) {
   }
 }
 
-TEST(FrameLawLifecycle, an_allocation_that_fails_leaves_nothing_behind) {
+TEST(Lifecycle, an_allocation_that_fails_leaves_nothing_behind) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -200,7 +200,7 @@ TEST(FrameLawLifecycle, an_allocation_that_fails_leaves_nothing_behind) {
   }
 }
 
-TEST(FrameLawLifecycle, the_objects_inside_are_made_in_field_order) {
+TEST(Lifecycle, the_objects_inside_are_made_in_field_order) {
   for (const Mode& mode : {fixture::plain, fixture::tracked}) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -237,8 +237,7 @@ TEST(FrameLawLifecycle, the_objects_inside_are_made_in_field_order) {
   }
 }
 
-TEST(FrameLawLifecycle,
-     the_fields_that_own_something_are_destroyed_in_field_order_before_their_record) {
+TEST(Lifecycle, the_fields_that_own_something_are_destroyed_in_field_order_before_their_record) {
   for (const Mode& mode : {fixture::plain, fixture::tracked}) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -275,8 +274,7 @@ TEST(FrameLawLifecycle,
   }
 }
 
-TEST(FrameLawLifecycle,
-     the_mark_of_the_embedded_goes_over_every_object_inside_the_body_in_field_order) {
+TEST(Lifecycle, the_mark_of_the_embedded_goes_over_every_object_inside_the_body_in_field_order) {
   Handle h;
   for (const Type& type : types()) {
     Object obj(h, type);
@@ -306,7 +304,7 @@ TEST(FrameLawLifecycle,
   }
 }
 
-TEST(FrameLawLifecycle, whatever_makes_a_record_starts_the_trace_channel_first) {
+TEST(Lifecycle, whatever_makes_a_record_starts_the_trace_channel_first) {
   Handle h;
   for (const Type& type : types()) {
     const auto starts = [&](const char* suffix, const std::vector<uint64_t>& words) {
@@ -339,7 +337,7 @@ TEST(FrameLawLifecycle, whatever_makes_a_record_starts_the_trace_channel_first) 
   }
 }
 
-TEST(FrameLawSizes, sizeof_gives_the_told_bytes) {
+TEST(Sizes, sizeof_gives_the_told_bytes) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -357,7 +355,7 @@ TEST(FrameLawSizes, sizeof_gives_the_told_bytes) {
   }
 }
 
-TEST(FrameLawVariantIndex, is_capped_to_the_newest) {
+TEST(VariantIndex, is_capped_to_the_newest) {
   for (const Type& type : types()) {
     const int newest = static_cast<int>(type.told.newest_variant());
     for (int v = -128; v < 128; ++v) {
@@ -370,4 +368,4 @@ TEST(FrameLawVariantIndex, is_capped_to_the_newest) {
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

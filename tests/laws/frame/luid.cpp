@@ -26,9 +26,9 @@ uint64_t get_luid_of_nine(uint64_t a, uint64_t b, uint64_t c, uint64_t d, uint64
   return answer;
 }
 
-namespace frame_law {
+namespace frame {
 
-TEST(FrameLawLuid, every_type_hands_all_arguments_on_and_gives_the_answer_back) {
+TEST(Luid, every_type_hands_all_arguments_on_and_gives_the_answer_back) {
   uint64_t asked = 0;
   const auto ask = [&](const std::string& name, const wayfind_function* functions) {
     Words given;
@@ -51,4 +51,4 @@ TEST(FrameLawLuid, every_type_hands_all_arguments_on_and_gives_the_answer_back) 
   EXPECT_EQ(asked, 9u * (56 + 11 + 1));
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -4,7 +4,7 @@
 #include "laws/frame/calls.h"
 #include "support/guarded_blocks.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -270,7 +270,7 @@ TEST(OlderLayouts, upgraded_while_tracked_have_their_states_read_where_they_are_
   for (const Upgrade& upgrade : upgrades) {
     Handle h(fixture::tracked);
     const GuardedBlocks blocks(h);
-    const Type& type = frame_law::type(upgrade.record);
+    const Type& type = frame::type(upgrade.record);
     const OlderObject obj(h, type, upgrade.cap, upgrade.variant);
     const auto upgraded = upgrades_to(upgrade.variant);
     obj.call("_adjust_variant", {});
@@ -318,4 +318,4 @@ TEST(OlderLayouts, answer_0_for_the_state_of_a_field_that_neither_layout_nor_var
   });
 }
 
-}  // namespace frame_law
+}  // namespace frame

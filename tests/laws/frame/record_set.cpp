@@ -1,7 +1,7 @@
 // A whole record set from another: every field and state byte arrives, arrays move.
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -83,7 +83,7 @@ void leave(const told::Record& record, uint8_t* body, uint8_t* state) {
 
 }  // namespace
 
-TEST(FrameLawRecordSet, every_field_and_state_byte_arrives_and_arrays_move) {
+TEST(RecordSet, every_field_and_state_byte_arrives_and_arrays_move) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -120,4 +120,4 @@ TEST(FrameLawRecordSet, every_field_and_state_byte_arrives_and_arrays_move) {
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -1,7 +1,7 @@
 // The calls of every accessor of every field, in order: what one field of a kind does, all do.
 #include "laws/frame/calls.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -169,7 +169,7 @@ testing::AssertionResult begins_and_ends(const Calls& got, const Calls& begin, c
 
 }  // namespace
 
-TEST(FrameLawSequence, of_values) {
+TEST(Sequences, of_values) {
   for (const Mode& mode : modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -202,7 +202,7 @@ TEST(FrameLawSequence, of_values) {
   }
 }
 
-TEST(FrameLawSequence, of_counts) {
+TEST(Sequences, of_counts) {
   for (const Mode& mode : modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -221,7 +221,7 @@ TEST(FrameLawSequence, of_counts) {
   }
 }
 
-TEST(FrameLawSequence, of_objects) {
+TEST(Sequences, of_objects) {
   for (const Mode& mode : modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -264,7 +264,7 @@ TEST(FrameLawSequence, of_objects) {
   }
 }
 
-TEST(FrameLawSequence, of_texts) {
+TEST(Sequences, of_texts) {
   for (const Mode& mode : modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -284,7 +284,7 @@ TEST(FrameLawSequence, of_texts) {
   }
 }
 
-TEST(FrameLawSequence, of_values_arrays_that_grow_from_nothing) {
+TEST(Sequences, of_values_arrays_that_grow_from_nothing) {
   for (const Mode& mode : modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -329,7 +329,7 @@ TEST(FrameLawSequence, of_values_arrays_that_grow_from_nothing) {
   }
 }
 
-TEST(FrameLawSequence, of_record_arrays_that_grow_from_nothing) {
+TEST(Sequences, of_record_arrays_that_grow_from_nothing) {
   for (const Mode& mode : modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -378,4 +378,4 @@ TEST(FrameLawSequence, of_record_arrays_that_grow_from_nothing) {
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

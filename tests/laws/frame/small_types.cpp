@@ -3,7 +3,7 @@
 #include "behaviour/encoders/records.h"
 #include "laws/frame/announce_watch.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -31,7 +31,7 @@ void for_each_small(const std::function<void(const Small&)>& visit) {
 
 }  // namespace
 
-TEST(FrameLawSmall, create_and_destroy_balance_in_every_mode) {
+TEST(SmallTypes, create_and_destroy_balance_in_every_mode) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_small([&](const Small& small) {
@@ -54,7 +54,7 @@ TEST(FrameLawSmall, create_and_destroy_balance_in_every_mode) {
   }
 }
 
-TEST(FrameLawSmall, every_value_is_taken_and_none_above) {
+TEST(SmallTypes, every_value_is_taken_and_none_above) {
   Handle h;
   for_each_small([&](const Small& small) {
     if (small.told.flags) {
@@ -85,7 +85,7 @@ TEST(FrameLawSmall, every_value_is_taken_and_none_above) {
   });
 }
 
-TEST(FrameLawSmall, an_error_standing_stops_them) {
+TEST(SmallTypes, an_error_standing_stops_them) {
   Handle h({.recording = true});
   for_each_small([&](const Small& small) {
     void* const obj = small.create(h);
@@ -119,7 +119,7 @@ TEST(FrameLawSmall, an_error_standing_stops_them) {
   });
 }
 
-TEST(FrameLawSmall, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
+TEST(SmallTypes, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
   Handle h;
   std::set<void*> seen;
   for_each_small([&](const Small& small) {
@@ -140,7 +140,7 @@ TEST(FrameLawSmall, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
   });
 }
 
-TEST(FrameLawSmall, set_copies_the_object_whole_and_announced) {
+TEST(SmallTypes, set_copies_the_object_whole_and_announced) {
   Handle h;
   for_each_small([&](const Small& small) {
     void* const obj = small.create(h);
@@ -164,7 +164,7 @@ TEST(FrameLawSmall, set_copies_the_object_whole_and_announced) {
 
 // What is stored without a word: all that comes off the wire, and an enum's value out of a
 // document. A flag out of a document is announced.
-TEST(FrameLawSmall, store_nothing_that_was_not_announced_but_what_is_told_to_be_silent) {
+TEST(SmallTypes, store_nothing_that_was_not_announced_but_what_is_told_to_be_silent) {
   struct Store {
     std::string suffix;
     std::vector<uint64_t> words; /* behind the handle */
@@ -181,7 +181,8 @@ TEST(FrameLawSmall, store_nothing_that_was_not_announced_but_what_is_told_to_be_
       if (flags) {
         image = {0, 0, 0, 0, 5, 2};
       }
-      const forms::Document document = forms::parsed("<e><" + small.told.values[2] + "/></e>");
+      const encoders::Document document =
+          encoders::parsed("<e><" + small.told.values[2] + "/></e>");
       alignas(8) uint8_t block[24] = {};
       void* const src = small.create(h);
       bytes(src)[value] = 1;
@@ -239,4 +240,4 @@ TEST(FrameLawSmall, store_nothing_that_was_not_announced_but_what_is_told_to_be_
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -2,7 +2,7 @@
 // leaves.
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -21,7 +21,7 @@ void append_children(const told::Record& record, unsigned at, int state,
 
 }  // namespace
 
-TEST(FrameLawState, every_byte_can_be_set_and_read_on_its_own) {
+TEST(State, every_byte_can_be_set_and_read_on_its_own) {
   Handle h(fixture::tracked);
   for_each_field([&](const Field& f) {
     if (f.told.cls == Class::counter) {
@@ -43,7 +43,7 @@ TEST(FrameLawState, every_byte_can_be_set_and_read_on_its_own) {
   });
 }
 
-TEST(FrameLawState, a_nested_records_bytes_lie_in_its_parents_block) {
+TEST(State, a_nested_records_bytes_lie_in_its_parents_block) {
   Handle h(fixture::tracked);
   for_each_field([&](const Field& f) {
     if (f.told.cls != Class::object || !f.is_record()) {
@@ -68,7 +68,7 @@ TEST(FrameLawState, a_nested_records_bytes_lie_in_its_parents_block) {
   });
 }
 
-TEST(FrameLawState, a_getter_reads_the_byte_whatever_the_variant) {
+TEST(State, a_getter_reads_the_byte_whatever_the_variant) {
   Handle h(fixture::tracked);
   for_each_field([&](const Field& f) {
     if (f.told.cls == Class::counter) {
@@ -106,7 +106,7 @@ TEST(FrameLawState, a_getter_reads_the_byte_whatever_the_variant) {
   });
 }
 
-TEST(FrameLawState, the_byte_of_an_element_is_not_set_in_an_object_without_the_array) {
+TEST(State, the_byte_of_an_element_is_not_set_in_an_object_without_the_array) {
   Handle h(fixture::tracked);
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   unsigned arrays = 0;
@@ -131,7 +131,7 @@ TEST(FrameLawState, the_byte_of_an_element_is_not_set_in_an_object_without_the_a
   EXPECT_EQ(arrays, 9u);
 }
 
-TEST(FrameLawOffsets, go_down_the_embedded_records_in_field_order_where_there_are_any) {
+TEST(Offsets, go_down_the_embedded_records_in_field_order_where_there_are_any) {
   Handle h(fixture::tracked);
   unsigned parents = 0;
   for (const Type& type : types()) {
@@ -160,7 +160,7 @@ TEST(FrameLawOffsets, go_down_the_embedded_records_in_field_order_where_there_ar
   EXPECT_EQ(parents, 13u);
 }
 
-TEST(FrameLawMark, a_set_whose_mark_fails_has_written_and_tells_the_database_nothing) {
+TEST(Mark, a_set_whose_mark_fails_has_written_and_tells_the_database_nothing) {
   Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
   for_each_field([&](const Field& f) {
     if (f.told.cls != Class::value && f.told.cls != Class::object) {
@@ -188,4 +188,4 @@ TEST(FrameLawMark, a_set_whose_mark_fails_has_written_and_tells_the_database_not
   });
 }
 
-}  // namespace frame_law
+}  // namespace frame

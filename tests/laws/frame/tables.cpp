@@ -6,7 +6,7 @@
 
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -117,7 +117,7 @@ std::vector<std::string> dump() {
 
 }  // namespace
 
-TEST(FrameLawTables, agree_line_by_line_with_the_golden_dump) {
+TEST(Tables, agree_line_by_line_with_the_golden_dump) {
   std::vector<std::string> golden;
   std::ifstream file(told::path());
   for (std::string text; std::getline(file, text);) {
@@ -134,7 +134,7 @@ TEST(FrameLawTables, agree_line_by_line_with_the_golden_dump) {
   }
 }
 
-TEST(FrameLawTables, count_what_there_is) {
+TEST(Tables, count_what_there_is) {
   size_t fields = 0;
   for (const Type& type : types()) {
     fields += type.told.fields.size();
@@ -152,7 +152,7 @@ TEST(FrameLawTables, count_what_there_is) {
   EXPECT_EQ(traces, 5656u);
 }
 
-TEST(FrameLawTables, each_field_has_exactly_the_accessors_of_its_class) {
+TEST(Tables, each_field_has_exactly_the_accessors_of_its_class) {
   const std::map<Class, std::vector<std::string>> told = {
       {Class::value,
        {"_get", "_get_value", "_state_flag_get", "_set", "_set_value", "_state_flag_set"}},
@@ -195,4 +195,4 @@ TEST(FrameLawTables, each_field_has_exactly_the_accessors_of_its_class) {
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

@@ -1,9 +1,9 @@
 // An error that stands stops every function that looks at it: no call, no byte, no number changes.
 #include "laws/frame/calls.h"
 
-namespace frame_law {
+namespace frame {
 
-TEST(FrameLawSticky, no_accessor_does_anything_with_an_error_standing) {
+TEST(Sticky, no_accessor_does_anything_with_an_error_standing) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h({.shared = mode.shared, .tracking = mode.tracking, .recording = true});
     for_each_field([&](const Field& f) {
@@ -39,7 +39,7 @@ TEST(FrameLawSticky, no_accessor_does_anything_with_an_error_standing) {
   }
 }
 
-TEST(FrameLawSticky, no_function_of_the_whole_record_does_that_is_to_look_at_it) {
+TEST(Sticky, no_function_of_the_whole_record_does_that_is_to_look_at_it) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h({.shared = mode.shared, .tracking = mode.tracking, .recording = true});
     for (const Type& type : types()) {
@@ -83,7 +83,7 @@ TEST(FrameLawSticky, no_function_of_the_whole_record_does_that_is_to_look_at_it)
   }
 }
 
-TEST(FrameLawUntouched, with_tracking_off_or_untracked_every_state_accessor_refuses_with_22) {
+TEST(Untouched, with_tracking_off_or_untracked_every_state_accessor_refuses_with_22) {
   Handle h({.tracking = ORK_TRACKING_OFF});
   for_each_field([&](const Field& f) {
     Object obj(h, f.type);
@@ -114,4 +114,4 @@ TEST(FrameLawUntouched, with_tracking_off_or_untracked_every_state_accessor_refu
   });
 }
 
-}  // namespace frame_law
+}  // namespace frame

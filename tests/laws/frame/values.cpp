@@ -2,7 +2,7 @@
 // 43 and touches nothing.
 #include "laws/frame/fields.h"
 
-namespace frame_law {
+namespace frame {
 
 namespace {
 
@@ -18,7 +18,7 @@ ptrdiff_t change_outside(const Snapshot& before, size_t from, size_t length) {
 
 }  // namespace
 
-TEST(FrameLawValues, a_value_set_is_the_value_got_and_nothing_else_changes) {
+TEST(Values, a_value_set_is_the_value_got_and_nothing_else_changes) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -51,7 +51,7 @@ TEST(FrameLawValues, a_value_set_is_the_value_got_and_nothing_else_changes) {
   }
 }
 
-TEST(FrameLawValues, a_set_from_a_source_copies_it) {
+TEST(Values, a_set_from_a_source_copies_it) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -75,7 +75,7 @@ TEST(FrameLawValues, a_set_from_a_source_copies_it) {
   }
 }
 
-TEST(FrameLawValues, a_text_of_any_length_comes_back_up_to_its_end) {
+TEST(Values, a_text_of_any_length_comes_back_up_to_its_end) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -104,8 +104,7 @@ TEST(FrameLawValues, a_text_of_any_length_comes_back_up_to_its_end) {
   }
 }
 
-TEST(FrameLawValues,
-     a_full_text_is_cut_to_any_room_with_28_and_refused_with_22_where_there_is_none) {
+TEST(Values, a_full_text_is_cut_to_any_room_with_28_and_refused_with_22_where_there_is_none) {
   Handle h;
   unsigned texts = 0;
   for_each_field([&](const Field& f) {
@@ -130,7 +129,7 @@ TEST(FrameLawValues,
   EXPECT_EQ(texts, 28u);
 }
 
-TEST(FrameLawValues, an_array_holds_what_was_written_at_each_index) {
+TEST(Values, an_array_holds_what_was_written_at_each_index) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_array([&](const Field& f) {
@@ -170,7 +169,7 @@ TEST(FrameLawValues, an_array_holds_what_was_written_at_each_index) {
   }
 }
 
-TEST(FrameLawValues, set_all_is_read_back_by_get_all_and_marks_nothing) {
+TEST(Values, set_all_is_read_back_by_get_all_and_marks_nothing) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for (const Type& type : types()) {
@@ -220,7 +219,7 @@ TEST(FrameLawValues, set_all_is_read_back_by_get_all_and_marks_nothing) {
 
 // ---- Beyond the variant ----
 
-TEST(FrameLawGate, a_getter_beyond_the_variant_gives_43_and_touches_nothing) {
+TEST(Gate, a_getter_beyond_the_variant_gives_43_and_touches_nothing) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -254,8 +253,7 @@ TEST(FrameLawGate, a_getter_beyond_the_variant_gives_43_and_touches_nothing) {
   }
 }
 
-TEST(FrameLawGate,
-     a_setter_beyond_the_variant_gives_43_and_touches_nothing_when_the_object_cannot_rise) {
+TEST(Gate, a_setter_beyond_the_variant_gives_43_and_touches_nothing_when_the_object_cannot_rise) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     const auto stay = spy::answer(orklib_adjust_variant, 0);
@@ -307,7 +305,7 @@ TEST(FrameLawGate,
   }
 }
 
-TEST(FrameLawGate, a_setter_raises_an_object_of_an_older_variant_and_writes) {
+TEST(Gate, a_setter_raises_an_object_of_an_older_variant_and_writes) {
   for (const Mode& mode : fixture::all_modes()) {
     Handle h(mode);
     for_each_field([&](const Field& f) {
@@ -345,4 +343,4 @@ TEST(FrameLawGate, a_setter_raises_an_object_of_an_older_variant_and_writes) {
   }
 }
 
-}  // namespace frame_law
+}  // namespace frame

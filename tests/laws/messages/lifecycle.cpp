@@ -3,13 +3,13 @@
 
 namespace {
 
-using family::Handle;
-using family::Message;
-using family::Record;
+using messages::Handle;
+using messages::Message;
+using messages::Record;
 
 constexpr uint32_t instance = 7;
 
-class MessageLife : public testing::TestWithParam<Message> {
+class Lifecycle : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
   const ork_variant_entry& entry() const { return message.schema().type->varinfo->entries[0]; }
@@ -35,9 +35,9 @@ void expect_fresh(const Message& message, const void* object, bool tracked) {
   EXPECT_EQ(header.length, 0u);
 }
 
-TEST_P(MessageLife, CreateGivesAFreshMessageWithItsRecords) {
+TEST_P(Lifecycle, create_gives_a_fresh_message_with_its_records) {
   for (const ork_tracking tracking : all_trackings) {
-    const Handle handle = family::tracking_handle(tracking);
+    const Handle handle = messages::tracking_handle(tracking);
     void* object = message.create(handle.get(), instance);
     ASSERT_NE(object, nullptr);
     expect_fresh(message, object, tracking == ORK_TRACKING_ON);
@@ -50,22 +50,22 @@ TEST_P(MessageLife, CreateGivesAFreshMessageWithItsRecords) {
   }
 }
 
-TEST_P(MessageLife, CreateShallowGivesAFreshMessageWithoutRecords) {
+TEST_P(Lifecycle, create_shallow_gives_a_fresh_message_without_records) {
   for (const ork_tracking tracking : all_trackings) {
-    const Handle handle = family::tracking_handle(tracking);
+    const Handle handle = messages::tracking_handle(tracking);
     void* object = message.create_shallow(handle.get(), instance);
     ASSERT_NE(object, nullptr);
     expect_fresh(message, object, tracking == ORK_TRACKING_ON);
     for (const void* record : message.slots(object)) {
       EXPECT_EQ(record, nullptr);
     }
-    EXPECT_EQ(family::live_blocks(handle), 1u);
+    EXPECT_EQ(messages::live_blocks(handle), 1u);
     message.destroy(handle.get(), instance, object);
   }
 }
 
-TEST_P(MessageLife, CreateCrClearsCrActive) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, create_cr_clears_cr_active) {
+  const Handle handle = messages::make_handle();
   void* object = message.create_cr(handle.get());
   ASSERT_NE(object, nullptr);
   expect_fresh(message, object, false);
@@ -74,8 +74,8 @@ TEST_P(MessageLife, CreateCrClearsCrActive) {
   message.destroy_cr(handle.get(), object);
 }
 
-TEST_P(MessageLife, CountersBalance) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, counters_balance) {
+  const Handle handle = messages::make_handle();
   const ork_variant_entry before = entry();
   void* deep = message.create(handle.get(), instance);
   void* shallow = message.create_shallow(handle.get(), instance);
@@ -95,9 +95,9 @@ struct Told {
   std::vector<uint64_t> values;  // at the moment of the notice
 };
 
-TEST_P(MessageLife, CountersAreAnnouncedBeforeTheyAreWritten) {
+TEST_P(Lifecycle, counters_are_announced_before_they_are_written) {
   Told told;
-  const Handle handle = family::make_handle([&](ork_options& options) {
+  const Handle handle = messages::make_handle([&](ork_options& options) {
     options.observers.ctx = &told;
     options.observers.counter_notify = [](void* ctx, void* counter, uint32_t each) {
       auto* into = static_cast<Told*>(ctx);
@@ -116,13 +116,13 @@ TEST_P(MessageLife, CountersAreAnnouncedBeforeTheyAreWritten) {
   EXPECT_EQ(told.values, (std::vector<uint64_t>{created, destroyed}));
 }
 
-TEST_P(MessageLife, NothingOfTheObjectIsAnnouncedAsAWrite) {
+TEST_P(Lifecycle, nothing_of_the_object_is_announced_as_a_write) {
   struct Range {
     const uint8_t* begin;
     size_t size;
     bool touched;
   } range{nullptr, 0, false};
-  const Handle handle = family::make_handle([&](ork_options& options) {
+  const Handle handle = messages::make_handle([&](ork_options& options) {
     options.observers.ctx = &range;
     options.observers.write_notify = [](void* ctx, ork_handle*, const void* address, size_t,
                                         uint32_t, const void*) {
@@ -149,16 +149,16 @@ TEST_P(MessageLife, NothingOfTheObjectIsAnnouncedAsAWrite) {
   EXPECT_FALSE(range.touched);
 }
 
-TEST_P(MessageLife, NullIsIgnoredByDestroy) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, null_is_ignored_by_destroy) {
+  const Handle handle = messages::make_handle();
   const uint64_t destroyed = entry().destroy_count;
   message.destroy(handle.get(), instance, nullptr);
   message.destroy_cr(handle.get(), nullptr);
   EXPECT_EQ(entry().destroy_count, destroyed);
 }
 
-TEST_P(MessageLife, ObjectThatCannotBeAllocatedIsNullAndStoresNothing) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, object_that_cannot_be_allocated_is_null_and_stores_nothing) {
+  const Handle handle = messages::make_handle();
   const uint64_t created = entry().create_count;
   ork_handle_fail_allocation(handle.get(), 1);
   EXPECT_EQ(message.create(handle.get(), instance), nullptr);
@@ -167,23 +167,23 @@ TEST_P(MessageLife, ObjectThatCannotBeAllocatedIsNullAndStoresNothing) {
   EXPECT_EQ(message.create_shallow(handle.get(), instance), nullptr);
   EXPECT_EQ(ork_handle_last_error(handle.get()), 0u);
   EXPECT_EQ(entry().create_count, created);
-  EXPECT_EQ(family::live_blocks(handle), 0u);
+  EXPECT_EQ(messages::live_blocks(handle), 0u);
 }
 
-TEST_P(MessageLife, RecordThatCannotBeAllocatedTakesTheWholeMessageWithIt) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, record_that_cannot_be_allocated_takes_the_whole_message_with_it) {
+  const Handle handle = messages::make_handle();
   const uint64_t created = entry().create_count;
   for (uint64_t i = 0; i < message.record_count(); ++i) {
     ork_handle_fail_allocation(handle.get(), 2 + i);
     EXPECT_EQ(message.create(handle.get(), instance), nullptr);
-    EXPECT_EQ(family::live_blocks(handle), 0u);
+    EXPECT_EQ(messages::live_blocks(handle), 0u);
     ork_handle_fail_allocation(handle.get(), 0);
   }
   EXPECT_EQ(entry().create_count, created) << "the object is counted after its records are there";
 }
 
-TEST_P(MessageLife, CrCreateWithoutMemoryGivesTheSentinelAndTwelve) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, cr_create_without_memory_gives_the_sentinel_and_twelve) {
+  const Handle handle = messages::make_handle();
   const uint64_t created = entry().create_count;
   const uint64_t destroyed = entry().destroy_count;
   ork_handle_fail_allocation(handle.get(), 1);
@@ -198,7 +198,7 @@ TEST_P(MessageLife, CrCreateWithoutMemoryGivesTheSentinelAndTwelve) {
     EXPECT_NE(record, nullptr) << "a record pointer lands in it";
     EXPECT_EQ(ork_get_manifested_type_info(record), nullptr) << "that of the record's sentinel";
   }
-  EXPECT_EQ(family::live_blocks(handle), 0u);
+  EXPECT_EQ(messages::live_blocks(handle), 0u);
   handle->cr_error = 0;
   message.destroy_cr(handle.get(), sentinel);
   message.destroy(handle.get(), instance, sentinel);
@@ -207,8 +207,8 @@ TEST_P(MessageLife, CrCreateWithoutMemoryGivesTheSentinelAndTwelve) {
   EXPECT_EQ(entry().destroy_count, destroyed);
 }
 
-TEST_P(MessageLife, CrCreateWithAPendingErrorTriesNoAllocation) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, cr_create_with_a_pending_error_tries_no_allocation) {
+  const Handle handle = messages::make_handle();
   handle->cr_error = 5;
   ork_memory_report before;
   ork_handle_memory(handle.get(), &before);
@@ -222,10 +222,10 @@ TEST_P(MessageLife, CrCreateWithAPendingErrorTriesNoAllocation) {
   handle->cr_error = 0;
 }
 
-TEST_P(MessageLife, LengthIsTheRecordsAndFortyThree) {
+TEST_P(Lifecycle, length_is_the_records_and_forty_three) {
   for (const ork_tracking tracking : all_trackings) {
-    const Handle handle = family::tracking_handle(tracking);
-    const family::Made made(message, handle.get());
+    const Handle handle = messages::tracking_handle(tracking);
+    const messages::Made made(message, handle.get());
     uint32_t expected = 43;
     for (size_t i = 0; i < message.record_count(); ++i) {
       expected += Record(message.record(i)).len(handle.get(), 0, made.record(i));
@@ -239,11 +239,11 @@ TEST_P(MessageLife, LengthIsTheRecordsAndFortyThree) {
   }
 }
 
-TEST_P(MessageLife, GetLendsAndDetachGivesAway) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, get_lends_and_detach_gives_away) {
+  const Handle handle = messages::make_handle();
   uint32_t err = 0;
   for (size_t i = 0; i < message.record_count(); ++i) {
-    const family::Made made(message, handle.get());
+    const messages::Made made(message, handle.get());
     void* record = made.record(i);
     EXPECT_EQ(message.get(handle.get(), 0, made.get(), &err, i), record);
     EXPECT_EQ(made.record(i), record);
@@ -256,8 +256,8 @@ TEST_P(MessageLife, GetLendsAndDetachGivesAway) {
   EXPECT_EQ(err, 0u);
 }
 
-TEST_P(MessageLife, DestroyAfterDetachLeavesTheRecordAlive) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, destroy_after_detach_leaves_the_record_alive) {
+  const Handle handle = messages::make_handle();
   uint32_t err = 0;
   void* object = message.create(handle.get(), 0);
   std::vector<void*> records;
@@ -271,40 +271,40 @@ TEST_P(MessageLife, DestroyAfterDetachLeavesTheRecordAlive) {
   }
 }
 
-TEST_P(MessageLife, SetLeavesTheOldRecordAndFreeAndSetDestroysIt) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, set_leaves_the_old_record_and_free_and_set_destroys_it) {
+  const Handle handle = messages::make_handle();
   uint32_t err = 0;
   for (size_t i = 0; i < message.record_count(); ++i) {
     const Record record(message.record(i));
-    const family::Made made(message, handle.get());
+    const messages::Made made(message, handle.get());
     void* first = made.record(i);
     void* second = record.create(handle.get(), 0);
-    const uint64_t blocks = family::live_blocks(handle);
+    const uint64_t blocks = messages::live_blocks(handle);
     message.set(handle.get(), 0, made.get(), second, &err, i);
     EXPECT_EQ(made.record(i), second);
-    EXPECT_EQ(family::live_blocks(handle), blocks) << "the old record stays";
+    EXPECT_EQ(messages::live_blocks(handle), blocks) << "the old record stays";
     message.free_and_set(handle.get(), 0, made.get(), first, &err, i);
     EXPECT_EQ(made.record(i), first);
-    EXPECT_LT(family::live_blocks(handle), blocks) << "the old record goes";
+    EXPECT_LT(messages::live_blocks(handle), blocks) << "the old record goes";
     message.free_and_set(handle.get(), 0, made.get(), nullptr, &err, i);
     EXPECT_EQ(made.record(i), nullptr);
     void* third = record.create(handle.get(), 0);
-    const uint64_t then = family::live_blocks(handle);
+    const uint64_t then = messages::live_blocks(handle);
     message.free_and_set(handle.get(), 0, made.get(), third, &err, i);
     EXPECT_EQ(made.record(i), third) << "over an empty slot it only stores";
-    EXPECT_EQ(family::live_blocks(handle), then);
+    EXPECT_EQ(messages::live_blocks(handle), then);
   }
   EXPECT_EQ(err, 0u);
 }
 
-TEST_P(MessageLife, AccessorsDoNothingWithAnErrorPendingOrWithoutAMessage) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, accessors_do_nothing_with_an_error_pending_or_without_a_message) {
+  const Handle handle = messages::make_handle();
   for (size_t i = 0; i < message.record_count(); ++i) {
     const Record type(message.record(i));
-    const family::Made made(message, handle.get());
+    const messages::Made made(message, handle.get());
     void* const own = made.record(i);
     void* const other = type.create(handle.get(), 0);
-    const uint64_t blocks = family::live_blocks(handle);
+    const uint64_t blocks = messages::live_blocks(handle);
     for (const bool pending : {true, false}) {
       uint32_t err = pending ? 22 : 0;
       void* target = pending ? made.get() : nullptr;
@@ -315,18 +315,18 @@ TEST_P(MessageLife, AccessorsDoNothingWithAnErrorPendingOrWithoutAMessage) {
       EXPECT_EQ(err, pending ? 22u : 0u);
       EXPECT_EQ(ork_handle_last_error(handle.get()), 0u);
       EXPECT_EQ(made.record(i), own);
-      EXPECT_EQ(family::live_blocks(handle), blocks);
+      EXPECT_EQ(messages::live_blocks(handle), blocks);
     }
     type.destroy(handle.get(), 0, other);
   }
 }
 
-TEST_P(MessageLife, IsValidAsksTheDomain) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, is_valid_asks_the_domain) {
+  const Handle handle = messages::make_handle();
   EXPECT_NE(message.is_valid_cr(handle.get()), 0u);
-  family::set_peer_without(handle, {message.name()});
+  messages::set_peer_without(handle, {message.name()});
   EXPECT_EQ(message.is_valid_cr(handle.get()), 0u);
-  family::set_peer_without(handle, {"nothing"});
+  messages::set_peer_without(handle, {"nothing"});
   handle->cr_error = 5;
   EXPECT_NE(message.is_valid_cr(handle.get()), 0u) << "a pending error is not looked at";
   EXPECT_EQ(handle->cr_error, 5u);
@@ -349,8 +349,8 @@ int64_t account(uint32_t tag) {
   return 0;
 }
 
-TEST_P(MessageLife, RecordsAreAccountedUnderTheirTags) {
-  const Handle handle = family::make_handle();
+TEST_P(Lifecycle, records_are_accounted_under_their_tags) {
+  const Handle handle = messages::make_handle();
   const uint32_t tag = message.schema().call_site_tag;
   const auto count = static_cast<uint32_t>(message.record_count());
   std::vector<int64_t> before;
@@ -369,6 +369,6 @@ TEST_P(MessageLife, RecordsAreAccountedUnderTheirTags) {
   message.destroy(handle.get(), 0, shallow);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageLife, testing::ValuesIn(family::messages()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, Lifecycle, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

@@ -3,9 +3,9 @@
 
 namespace {
 
-using family::Handle;
-using family::Message;
-using family::Record;
+using messages::Handle;
+using messages::Message;
+using messages::Record;
 
 struct Pairing {
   ork_tracking sender;
@@ -18,7 +18,7 @@ const Pairing pairings[] = {{ORK_TRACKING_ABSENT, ORK_TRACKING_ABSENT},
                             {ORK_TRACKING_ON, ORK_TRACKING_OFF},
                             {ORK_TRACKING_OFF, ORK_TRACKING_ON}};
 
-class MessageRoundTrip : public testing::TestWithParam<Message> {
+class RoundTrip : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
 
@@ -41,11 +41,11 @@ class MessageRoundTrip : public testing::TestWithParam<Message> {
   }
 };
 
-TEST_P(MessageRoundTrip, RecordsComeBackEqual) {
+TEST_P(RoundTrip, records_come_back_equal) {
   for (const auto& [sends, receives] : pairings) {
-    const Handle sender = family::tracking_handle(sends);
-    const Handle receiver = family::tracking_handle(receives);
-    const family::Made made(message, sender.get(), 9);
+    const Handle sender = messages::tracking_handle(sends);
+    const Handle receiver = messages::tracking_handle(receives);
+    const messages::Made made(message, sender.get(), 9);
     void* msg = receive(receiver, send(sender, made.get()));
     for (size_t i = 0; i < message.record_count(); ++i) {
       EXPECT_EQ(Record(message.record(i)).compare(message.slots(msg)[i], made.record(i)), 0);
@@ -56,11 +56,11 @@ TEST_P(MessageRoundTrip, RecordsComeBackEqual) {
   }
 }
 
-TEST_P(MessageRoundTrip, MarshalOfWhatCameBackIsIdentical) {
+TEST_P(RoundTrip, marshal_of_what_came_back_is_identical) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle sender = family::tracking_handle(tracking);
-    const Handle receiver = family::tracking_handle(tracking);
-    const family::Made made(message, sender.get(), 9);
+    const Handle sender = messages::tracking_handle(tracking);
+    const Handle receiver = messages::tracking_handle(tracking);
+    const messages::Made made(message, sender.get(), 9);
     const std::vector<uint8_t> frame = send(sender, made.get());
     void* msg = receive(receiver, frame);
     EXPECT_EQ(send(receiver, msg), frame);
@@ -68,10 +68,10 @@ TEST_P(MessageRoundTrip, MarshalOfWhatCameBackIsIdentical) {
   }
 }
 
-TEST_P(MessageRoundTrip, ConsumedIsTheLengthOfTheResult) {
+TEST_P(RoundTrip, consumed_is_the_length_of_the_result) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
-    const Handle handle = family::tracking_handle(tracking);
-    const family::Made made(message, handle.get(), 9);
+    const Handle handle = messages::tracking_handle(tracking);
+    const messages::Made made(message, handle.get(), 9);
     const std::vector<uint8_t> frame = send(handle, made.get());
     void* msg = receive(handle, frame);
     EXPECT_EQ(message.len(handle.get(), 0, msg), frame.size());
@@ -79,17 +79,17 @@ TEST_P(MessageRoundTrip, ConsumedIsTheLengthOfTheResult) {
   }
 }
 
-TEST_P(MessageRoundTrip, LengthIsNeverTooShort) {
+TEST_P(RoundTrip, length_is_never_too_short) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle handle = family::tracking_handle(tracking);
-    const family::Made made(message, handle.get(), 9);
+    const Handle handle = messages::tracking_handle(tracking);
+    const messages::Made made(message, handle.get(), 9);
     EXPECT_LE(send(handle, made.get()).size(), message.len(handle.get(), 0, made.get()));
   }
 }
 
-TEST_P(MessageRoundTrip, FrameEndsWithTheRecordsImages) {
-  const Handle handle = family::tracking_handle(ORK_TRACKING_OFF);
-  const family::Made made(message, handle.get(), 9);
+TEST_P(RoundTrip, frame_ends_with_the_records_images) {
+  const Handle handle = messages::tracking_handle(ORK_TRACKING_OFF);
+  const messages::Made made(message, handle.get(), 9);
   const std::vector<uint8_t> frame = send(handle, made.get());
   EXPECT_TRUE(std::equal(message.schema().luid, message.schema().luid + 16, frame.begin() + 27));
   std::vector<uint8_t> images;
@@ -106,9 +106,9 @@ TEST_P(MessageRoundTrip, FrameEndsWithTheRecordsImages) {
       << "one behind the other and nothing after them";
 }
 
-TEST_P(MessageRoundTrip, XmlThereAndBackGivesTheSameFrame) {
-  const Handle handle = family::tracking_handle(ORK_TRACKING_OFF);
-  const family::Made made(message, handle.get(), 9);
+TEST_P(RoundTrip, xml_there_and_back_gives_the_same_frame) {
+  const Handle handle = messages::tracking_handle(ORK_TRACKING_OFF);
+  const messages::Made made(message, handle.get(), 9);
   std::string text(1 << 16, '\0');
   uint32_t err = 0;
   text.resize(message.to_xml(handle.get(), 0, text.data(), made.get(), 1 << 16, &err));
@@ -122,15 +122,14 @@ TEST_P(MessageRoundTrip, XmlThereAndBackGivesTheSameFrame) {
   message.destroy(handle.get(), 0, back);
 }
 
-TEST_P(MessageRoundTrip, TwoMessagesOfAnotherSeedDiffer) {
-  const Handle handle = family::make_handle();
-  const family::Made one(message, handle.get(), 1);
-  const family::Made other(message, handle.get(), 3);
+TEST_P(RoundTrip, two_messages_of_another_seed_differ) {
+  const Handle handle = messages::make_handle();
+  const messages::Made one(message, handle.get(), 1);
+  const messages::Made other(message, handle.get(), 3);
   EXPECT_NE(send(handle, one.get()), send(handle, other.get()))
       << "else the laws above would say nothing";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MessageRoundTrip, testing::ValuesIn(family::messages()),
-                         family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, RoundTrip, testing::ValuesIn(messages::all()), messages::ByName());
 
 }  // namespace

@@ -30,12 +30,12 @@ void expect_identity(const std::string& name, const std::string& hex) {
   const auto* text = exported<char>("message_" + name + "_luid_text");
   const auto* label = exported<char>("message_" + name + "_name");
   ASSERT_TRUE(luid != nullptr && text != nullptr && label != nullptr) << name;
-  EXPECT_EQ(std::vector<uint8_t>(luid, luid + family::luid_size), bytes_of(hex)) << name;
+  EXPECT_EQ(std::vector<uint8_t>(luid, luid + messages::luid_size), bytes_of(hex)) << name;
   EXPECT_EQ(text, hex);
   EXPECT_EQ(label, "message " + name);
 }
 
-TEST(MessageTables, TwentyEightInDefinitionOrder) {
+TEST(Tables, twenty_eight_in_definition_order) {
   ASSERT_EQ(wayfind_message_count, 28u);
   ASSERT_EQ(told::tables().messages.size(), 28u);
   for (size_t i = 0; i < 28; ++i) {
@@ -43,7 +43,7 @@ TEST(MessageTables, TwentyEightInDefinitionOrder) {
   }
 }
 
-TEST(MessageTables, RecordsInWireOrder) {
+TEST(Tables, records_in_wire_order) {
   for (size_t i = 0; i < 28; ++i) {
     const wayfind_message& message = wayfind_messages[i];
     const std::vector<told::Carried>& records = told::tables().messages[i].records;
@@ -54,7 +54,7 @@ TEST(MessageTables, RecordsInWireOrder) {
   }
 }
 
-TEST(MessageTables, CallSiteTagsHaveNoGap) {
+TEST(Tables, call_site_tags_have_no_gap) {
   uint32_t next = 0xA0910400;
   for (size_t i = 0; i < 28; ++i) {
     EXPECT_EQ(wayfind_messages[i].call_site_tag, next) << wayfind_messages[i].name;
@@ -65,13 +65,13 @@ TEST(MessageTables, CallSiteTagsHaveNoGap) {
   EXPECT_EQ(next, 0xA091041Du);
 }
 
-TEST(MessageTables, IdentityObjectsOfMessages) {
+TEST(Tables, identity_objects_of_messages) {
   for (const told::Message& message : told::tables().messages) {
     expect_identity(message.name, message.luid);
   }
 }
 
-TEST(MessageTables, IdentityObjectsOfControlMessages) {
+TEST(Tables, identity_objects_of_control_messages) {
   for (const told::Bundle& bundle : told::tables().bundles) {
     expect_identity(bundle.name + "_bundle_start", bundle.start);
     expect_identity(bundle.name + "_bundle_abort", bundle.abort);
@@ -79,7 +79,7 @@ TEST(MessageTables, IdentityObjectsOfControlMessages) {
   }
 }
 
-TEST(MessageTables, EveryIdentifierIsItsOwn) {
+TEST(Tables, every_identifier_is_its_own) {
   std::set<std::string> seen;
   for (const told::Message& message : told::tables().messages) {
     EXPECT_TRUE(seen.insert(message.luid).second) << message.name;
@@ -92,13 +92,13 @@ TEST(MessageTables, EveryIdentifierIsItsOwn) {
   EXPECT_EQ(seen.size(), 82u);
 }
 
-TEST(MessageTables, DescriptorsHaveOneVariantOfTheObjectsSize) {
+TEST(Tables, descriptors_have_one_variant_of_the_objects_size) {
   for (const told::Message& message : told::tables().messages) {
     const std::string name = "_" + message.name + "_message_type_info_internal";
     const auto* type = exported<ork_type_info>(name);
     ASSERT_NE(type, nullptr) << name;
     EXPECT_EQ(type->magic, ORK_TYPE_INFO_MAGIC) << name;
-    EXPECT_EQ(std::vector<uint8_t>(type->luid, type->luid + family::luid_size),
+    EXPECT_EQ(std::vector<uint8_t>(type->luid, type->luid + messages::luid_size),
               bytes_of(message.luid))
         << name;
     EXPECT_EQ(type->luid_text, message.luid);
@@ -115,8 +115,8 @@ TEST(MessageTables, DescriptorsHaveOneVariantOfTheObjectsSize) {
   }
 }
 
-TEST(MessageTables, EveryMessageHasItsWholeFamily) {
-  for (const family::Message& message : family::messages()) {
+TEST(Tables, every_message_has_its_whole_family) {
+  for (const messages::Message& message : messages::all()) {
     size_t functions = 0;
     for (const wayfind_function* f = message.schema().functions; f->suffix != nullptr;
          ++f, ++functions) {
@@ -127,7 +127,7 @@ TEST(MessageTables, EveryMessageHasItsWholeFamily) {
   }
 }
 
-TEST(BundleTables, EighteenInDefinitionOrder) {
+TEST(BundleTables, eighteen_in_definition_order) {
   ASSERT_EQ(wayfind_bundle_count, 18u);
   ASSERT_EQ(told::tables().bundles.size(), 18u);
   for (size_t i = 0; i < 18; ++i) {
@@ -136,13 +136,13 @@ TEST(BundleTables, EighteenInDefinitionOrder) {
     const std::string* const luids[] = {&agreed.start, &agreed.abort, &agreed.commit};
     for (size_t kind = 0; kind < 3; ++kind) {
       const uint8_t* luid = wayfind_bundles[i].luids[kind];
-      EXPECT_EQ(std::vector<uint8_t>(luid, luid + family::luid_size), bytes_of(*luids[kind]));
+      EXPECT_EQ(std::vector<uint8_t>(luid, luid + messages::luid_size), bytes_of(*luids[kind]));
     }
   }
 }
 
-TEST(BundleTables, EveryBundleHasItsWholeFamily) {
-  for (const family::Bundle& bundle : family::bundles()) {
+TEST(BundleTables, every_bundle_has_its_whole_family) {
+  for (const messages::Bundle& bundle : messages::bundles()) {
     size_t functions = 0;
     for (const wayfind_function* f = bundle.schema().functions; f->suffix != nullptr;
          ++f, ++functions) {
@@ -157,15 +157,15 @@ TEST(BundleTables, EveryBundleHasItsWholeFamily) {
   }
 }
 
-class BundleTable : public testing::TestWithParam<family::Bundle> {};
+class BundleTable : public testing::TestWithParam<messages::Bundle> {};
 
-TEST_P(BundleTable, LeadsFromStartToTheAgreedRows) {
-  const family::Bundle bundle = GetParam();
+TEST_P(BundleTable, leads_from_start_to_the_agreed_rows) {
+  const messages::Bundle bundle = GetParam();
   const std::vector<told::Bundle>& all = told::tables().bundles;
   const auto agreed = std::find_if(
       all.begin(), all.end(), [&](const told::Bundle& each) { return each.name == bundle.name(); });
   ASSERT_NE(agreed, all.end());
-  const family::Handle handle = family::make_handle();
+  const messages::Handle handle = messages::make_handle();
   uint8_t buffer[43];
   uint32_t err = 0;
   bundle.start().marshal(handle.get(), 0, buffer, sizeof buffer, &err);
@@ -187,6 +187,7 @@ TEST_P(BundleTable, LeadsFromStartToTheAgreedRows) {
   EXPECT_EQ(err, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BundleTable, testing::ValuesIn(family::bundles()), family::ByName());
+INSTANTIATE_TEST_SUITE_P(All, BundleTable, testing::ValuesIn(messages::bundles()),
+                         messages::ByName());
 
 }  // namespace

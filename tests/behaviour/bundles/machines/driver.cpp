@@ -9,15 +9,15 @@
 
 namespace {
 
-using family::Bundle;
-using family::Control;
-using family::Message;
+using messages::Bundle;
+using messages::Control;
+using messages::Message;
 
 constexpr uint32_t pending_error = 5;
 
-const Bundle bundle = family::bundle("fwe_cl_wayfind_show_sitetohop_response");
-const Message member = family::message("fwe_cl_wayfind_sitetohop_msg");
-const Message stranger = family::message("fwe_cl_wayfind_debug_msg");
+const Bundle bundle = messages::bundle("fwe_cl_wayfind_show_sitetohop_response");
+const Message member = messages::message("fwe_cl_wayfind_sitetohop_msg");
+const Message stranger = messages::message("fwe_cl_wayfind_debug_msg");
 
 struct Event {
   bool is_short;
@@ -83,8 +83,8 @@ class Sender {
 
  private:
   ork_handle* handle_;
-  family::Made member_;
-  family::Made stranger_;
+  messages::Made member_;
+  messages::Made stranger_;
   size_t member_size_;
   size_t stranger_size_;
   uint8_t buffer_[4096];
@@ -107,7 +107,7 @@ class Receiver {
       control_of(what).marshal(sender, 0, frame->data(), 43, &err);
     }
     sender->bundle_ctx = 0;
-    member_ = family::Made(member, sender).frame();
+    member_ = messages::Made(member, sender).frame();
     failing_ = member_;
     failing_.pop_back();
     failing_[15] = static_cast<uint8_t>(
