@@ -314,10 +314,12 @@ void* ork_bundle_member_take(struct ork_bundle_member* member);
 /* ---- XML documents ------------------------------------------------------- */
 
 /*
- * Parses a document from memory: there is no network access, no entity is expanded, and a document
- * type is refused. The element of an enum value out of range, whose name has blanks, is read as an
- * empty element. Returns null on an error. Errors: ENOMEM (12); EINVAL (22) if text is no document:
- * err_text then receives "line N: reason", unless it is null.
+ * Parses a document in UTF-8 from memory: there is no network access, no entity is expanded, and a
+ * document type is refused, as is a document of more than 256 MiB, 2,000,000 parts or 64 levels,
+ * with a start tag of more than 64 KiB or 64 attributes, or a text of more than 1 MiB. The element
+ * of an enum value out of range, whose name has blanks, is read as an empty element. Returns null
+ * on an error. Errors: ENOMEM (12); EINVAL (22) if text is no such document: err_text then receives
+ * "line N: reason", unless it is null.
  */
 struct ork_xml* ork_xml_parse(const char* text, size_t length, uint32_t* err, char* err_text,
                               uint32_t err_text_len);

@@ -1,13 +1,13 @@
 // From text to a document. The text is hostile until it has come through here.
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
-#include <libxml/parserInternals.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
+#include <cinttypes>
 #include <cstdio>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +15,7 @@
 #include "ork/platform.h"
 #include "support/export.h"
 #include "xml_document.h"
+#include "xml_limits.h"
 
 namespace ork {
 namespace {
@@ -41,27 +42,19 @@ void mend_values_out_of_range(std::string& text) {
   }
 }
 
+// The first error: the ones behind it are its consequences.
 struct Attempt {
-  bool has_document_type = false;
-  int line = 0;  // of the first error: the ones behind it are its consequences
-  std::string message;
+  std::optional<XmlRefusal> error;
 };
-
-// Called at "<!DOCTYPE", before anything in it is read: no entity is ever declared.
-void refuse_document_type(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-  auto* parser = static_cast<xmlParserCtxt*>(context);
-  static_cast<Attempt*>(parser->_private)->has_document_type = true;
-  xmlStopParser(parser);
-}
 
 void keep_first_error(void* context, xmlError* error) {
   auto& attempt = *static_cast<Attempt*>(static_cast<xmlParserCtxt*>(context)->_private);
-  if (attempt.line != 0 || error->message == nullptr) {
+  if (attempt.error || error->message == nullptr) {
     return;
   }
-  attempt.line = error->line;
   const std::string_view message = error->message;
-  attempt.message = message.substr(0, message.find('\n'));
+  attempt.error = {static_cast<uint64_t>(error->line),
+                   std::string(message.substr(0, message.find('\n')))};
 }
 
 // The parser stands at the end of a start tag, and no "<" can stand in one but its own.
@@ -94,29 +87,32 @@ uint32_t line_of(const xmlNode* node) {
   return node != nullptr ? static_cast<uint32_t>(reinterpret_cast<uintptr_t>(node->_private)) : 0;
 }
 
-void explain(const xmlParserCtxt* parser, const Attempt& attempt, char* err_text,
-             uint32_t err_text_len) {
-  if (err_text == nullptr) {
-    return;
+ork_xml* refuse(const XmlRefusal& refusal, uint32_t* err, char* err_text, uint32_t err_text_len) {
+  *err = EINVAL;
+  if (err_text != nullptr) {
+    std::snprintf(err_text, err_text_len, "line %" PRIu64 ": %s", refusal.line,
+                  refusal.reason.c_str());
   }
-  if (attempt.has_document_type) {
-    const int line = parser->input != nullptr ? parser->input->line : 1;
-    std::snprintf(err_text, err_text_len, "line %d: a document type is not accepted", line);
-    return;
-  }
-  const char* message = attempt.message.empty() ? "no document" : attempt.message.c_str();
-  std::snprintf(err_text, err_text_len, "line %d: %s", attempt.line, message);
+  return nullptr;
 }
+
+// The scan has seen to it that what the parser builds is bounded, so the parser's own limits are off:
+// one of them depends on how the last tag lies in the text. The scan goes by UTF-8, so the parser
+// must not go by what the text says of itself.
+constexpr int parser_options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
+                               XML_PARSE_IGNORE_ENC | XML_PARSE_HUGE;
 
 ork_xml* parse(std::string_view original, uint32_t* err, char* err_text, uint32_t err_text_len) {
   static std::once_flag once;
   std::call_once(once, xmlInitParser);
-  if (original.size() > INT_MAX) {
-    *err = EINVAL;
-    return nullptr;
+  if (const auto refusal = refusal_of_size(original.size())) {
+    return refuse(*refusal, err, err_text, err_text_len);
   }
   std::string text(original);
   mend_values_out_of_range(text);
+  if (const auto refusal = refusal_of(text)) {
+    return refuse(*refusal, err, err_text, err_text_len);
+  }
   const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(),
                                                                             xmlFreeParserCtxt);
   if (!parser) {
@@ -124,17 +120,13 @@ ork_xml* parse(std::string_view original, uint32_t* err, char* err_text, uint32_
   }
   Attempt attempt;
   parser->_private = &attempt;
-  parser->sax->internalSubset = refuse_document_type;
   parser->sax->startElementNs = start_element;
   parser->sax->serror = keep_first_error;
-  xmlDoc* document =
-      xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr,
-                        XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
-  if (document == nullptr || attempt.has_document_type) {
-    xmlFreeDoc(document);
-    *err = EINVAL;
-    explain(parser.get(), attempt, err_text, err_text_len);
-    return nullptr;
+  xmlDoc* document = xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()),
+                                       nullptr, "UTF-8", parser_options);
+  if (document == nullptr) {
+    return refuse(attempt.error.value_or(XmlRefusal{0, "no document"}), err, err_text,
+                  err_text_len);
   }
   return new ork_xml(document);
 }
