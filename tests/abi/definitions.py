@@ -72,6 +72,20 @@ def built_types(library, schema_json):
         yield Type("message", name, descriptor(name + "_message")[0], [message["records"]])
 
 
+def told_types(facts):
+    """What the facts say of the same types."""
+    records = facts.of_kind("record")
+
+    def text(f):
+        return field_text(f.name, f.cls, f.type, 0 if f.type in records else f.width)
+    for told in facts.types:
+        if told.kind == "record":
+            variants = by_variant([(f.variant, text(f)) for f in told.parts], len(told.variants))
+        else:
+            variants = [[part[0] if told.kind == "message" else part for part in told.parts]]
+        yield Type(told.kind, told.name, told.definition, variants)
+
+
 def read_ledger(path=LEDGER):
     return {row.split()[1]: row for row in path.read_text().splitlines() if not row.startswith("#")}
 

@@ -4,7 +4,7 @@ import os
 import unittest
 
 import definitions
-from subject import LIBRARY
+from subject import LIBRARY, facts
 
 NEW = "0" * 31 + "1"  # a definition hash that no type has
 
@@ -43,6 +43,9 @@ class Ledger(unittest.TestCase):
         self.assertEqual(definitions.problems(self.ledger, self.built), [])
         self.assertEqual(list(self.ledger), [type_.name for type_ in self.built])
         self.assertEqual(len(self.built), 56 + 11 + 1 + 28)
+
+    def test_stands_for_the_facts_as_well(self):
+        self.assertEqual([type_.row() for type_ in definitions.told_types(facts())], list(self.ledger.values()))
 
     def test_every_type_that_changes_needs_a_new_hash(self):
         for type_ in self.built:

@@ -3,7 +3,7 @@ import struct
 import unittest
 
 from elf import ALLOC, EXECUTE, WRITE
-from subject import built, rows, types
+from subject import built, controls, types
 
 WORDS = {"type": "type", "enum": "enum", "flag": "flag", "message": "message"}
 
@@ -43,7 +43,7 @@ class Descriptors(unittest.TestCase):
 
 
 class Identifiers(unittest.TestCase):
-    told = [(t.name, t.luid) for t in types if t.kind == "message"] + [tuple(row) for row in rows("controls.tsv")]
+    told = [(t.name, t.luid) for t in types if t.kind == "message"] + controls
 
     def test_82_messages_have_luid_text_and_name(self):
         self.assertEqual(len(self.told), 82)

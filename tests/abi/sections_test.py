@@ -7,10 +7,9 @@ import struct
 import unittest
 
 from elf import ALLOC, EXECUTE, WRITE
-from subject import HERE, built, rows, stripped, types
+from subject import HERE, built, facts, rows, stripped, types
 
-INDEX = [("d8386ffc9b58056dfed00107189c605a", 611), ("865a9f4b483b8238b89d4ae9c97bf0ff", 3865),
-         ("9e8b28a9eb796d25a381ca4855746a0f", 1180)]
+INDEX = [(traces.luid, traces.entries) for traces in facts().traces]
 PATTERNS = ["1", "0", "44", "444", "51", "15", "111", "11", "4"]
 DIGITS = {"s": "1", "d": "4", "u": "4", "p": "5"}
 DECODER = ("01 03 04 01 01 03 04 04 04 04 04 04 04 05 04 01 04 04 01 05 07 04 01 04 01 04 01 05 04 01 04 01 02 04")

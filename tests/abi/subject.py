@@ -1,12 +1,16 @@
-"""What is under test, as the build hands it over in the environment, and the tables beside this file."""
+"""What is under test, as the build hands it over in the environment, and what the facts say of its types."""
 import os
 import pathlib
 import subprocess
+import sys
 import tempfile
 
 import elf
 
-HERE = pathlib.Path(__file__).parent
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent))
+from facts import facts  # noqa: E402
+
 LIBRARY = pathlib.Path(os.environ["WAYFIND_LIBRARY"])
 GENERATED = pathlib.Path(os.environ["WAYFIND_GENERATED"])
 LEDGER = HERE.parent.parent / "model" / "exports.txt"
@@ -27,14 +31,16 @@ def rows(name):
 
 
 class Type:
-    """A row of types.tsv, which stand in the order of registration: kind, name, LUID, definition, used+slop of each variant."""
+    """kind as the descriptor has it; used and slop of each variant."""
 
-    def __init__(self, kind, name, luid, definition, variants):
-        self.kind, self.name, self.luid, self.definition = kind, name, luid, definition
-        self.variants = [tuple(map(int, variant.split("+"))) for variant in variants.split()]
+    def __init__(self, told):
+        self.kind = {"record": "type", "flags": "flag"}.get(told.kind, told.kind)
+        self.name, self.luid, self.definition = told.name, told.luid, told.definition
+        self.variants = [(variant["used"], variant["slop"]) for variant in told.variants]
 
     def descriptor(self):
         return f"_{self.name}{'_message' if self.kind == 'message' else ''}_type_info_internal"
 
 
-types = [Type(*row) for row in rows("types.tsv")]
+types = [Type(told) for told in facts().types]
+controls = [(f"{bundle.name}_bundle_{kind}", luid) for bundle in facts().bundles for kind, luid in zip(("start", "abort", "commit"), bundle.luids)]

@@ -1,59 +1,50 @@
 """The schema, and the values that tests send through two processes."""
 import functools
 import ipaddress
-import json
 import os
+import pathlib
 import random
-import subprocess
+import sys
 from xml.sax.saxutils import escape
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
+from facts import facts  # noqa: E402
 
 CL = "fwe_cl_wayfind_"
 
 # Counts that the agent fills in: record, field, and the messages counted; none: all that may repeat in the show.
-COUNTS = {
-    CL + "hop_chan_state_data": {"num_hop_chans": None},
-    CL + "channel_state_data": {"num_channels": None},
-    CL + "nb_channel_state_data": {"num_nb_channels": None},
-    CL + "select_state_data": {"count": None},
-    CL + "global_state_data": {"count": None},
-    CL + "auto_tunnel_gstatus": {"number": None},
-    CL + "global_info_data": {
-        "num_inst": CL + "inst_msg", "num_color": CL + "color_msg", "num_chan": CL + "channel_msg",
-        "num_chan_nb": CL + "nb_channel_msg", "num_sel_tc": CL + "select_tc_msg", "num_sel_flow": CL + "select_flow_msg",
-        "num_auto_tunnel": CL + "auto_tunnel_show", "num_hop_chan": CL + "hop_chan_msg", "num_enf_hop": CL + "enforce_hop_msg"},
-}
+COUNTS = {name: {f.name: None if f.counts == "all" else f.counts for f in record.parts if f.counts}
+          for name, record in facts().of_kind("record").items()}
+
+# Subject by subject, the bundle that is shown.
+SUBJECTS = {bundle.show: bundle.name for bundle in facts().bundles}
+
+
+def kind_of(type_):
+    for kind, word in (("enum", "enum"), ("flags", "flag set"), ("record", "record")):
+        if type_ in facts().of_kind(kind):
+            return word
+    return type_
 
 
 @functools.cache
 def schema():
-    return json.loads(subprocess.check_output([os.environ["WAYFIND_SCHEMA_JSON"]]))
+    """The tables by name, in plain lists and dictionaries."""
+    def row(f):
+        return {"name": f.name, "class": f.cls, "kind": kind_of(f.type), "type": f.type, "variant": f.variant, "width": f.width}
+    return {
+        "records": {name: {"luid": record.luid, "variants": len(record.variants), "fields": [row(f) for f in record.parts]}
+                    for name, record in facts().of_kind("record").items()},
+        "types": {name: type_.parts for kind in ("enum", "flags") for name, type_ in facts().of_kind(kind).items()},
+        "messages": {name: {"luid": message.luid, "records": [record for record, _ in message.parts]}
+                     for name, message in facts().of_kind("message").items()},
+        # The request message that ends every table has no data.
+        "bundles": {bundle.name: {"luids": bundle.luids, "members": bundle.members[:-1]} for bundle in facts().bundles},
+    }
 
 
 def record(name):
     return schema()["records"][name]
-
-
-# Subject by subject, the bundle that is shown.
-SUBJECTS = {
-    "site-prefix": "fwe_pal_wayfind_show_site_prefix_response",
-    "prefixtosite": "fwe_cl_wayfind_show_prefixtosite_response",
-    "sitetohop": "fwe_cl_wayfind_show_sitetohop_response",
-    "pal-debug": "fwe_pal_wayfind_show_debug_response",
-    "cl-debug": "fwe_cl_wayfind_show_debug_response",
-    "global": "fwe_cl_wayfind_show_global_response",
-    "global-new": "fwe_cl_wayfind_show_global_new_response",
-    "auto-tunnel": "fwe_cl_wayfind_show_auto_tunnel_response",
-    "selection": "fwe_cl_wayfind_show_selection_response",
-    "traffic-class": "fwe_cl_wayfind_show_traffic_class_response",
-    "nb-channel": "fwe_cl_wayfind_show_nb_channel_response",
-    "enforce-hop": "fwe_cl_wayfind_show_enforce_hop_resp",
-    "multi-nh-map": "fwe_cl_wayfind_show_multi_nh_map_resp",
-    "dcid-siteip-map": "fwe_cl_wayfind_show_dcid_siteip_map_resp",
-    "channel": "fwe_cl_wayfind_show_channel_response",
-    "hop-chan": "fwe_cl_wayfind_show_hop_chan_response",
-    "dp-debug": "fwe_dp_wayfind_show_debug_response",
-    "intf": "fwe_cl_wayfind_show_intf_response",
-}
 
 
 def number(bits, dice):

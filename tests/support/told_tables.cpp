@@ -2,40 +2,37 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <type_traits>
 
 namespace told {
 
 namespace {
 
-// One line, word by word: a word that names what follows is passed over by expect.
+// One line, word by word.
 class Line {
  public:
   explicit Line(const std::string& text) : words_(text), text_(text) {}
 
   std::string word() {
     std::string next;
-    if (!(words_ >> next)) {
-      throw std::runtime_error("too short: " + text_);
-    }
+    if (!(words_ >> next)) throw std::runtime_error("too short: " + text_);
     return next;
   }
-  std::string after(const std::string& label) {
-    if (word() != label) {
-      throw std::runtime_error("no " + label + " where it should be: " + text_);
-    }
-    return word();
-  }
-  unsigned number(const std::string& label) {
-    return static_cast<unsigned>(std::stoul(after(label), nullptr, 0));
-  }
-  int number_or_none(const std::string& label) {
-    const std::string next = after(label);
+  unsigned number() { return static_cast<unsigned>(std::stoul(word(), nullptr, 0)); }
+  int number_or_none() {
+    const std::string next = word();
     return next == "-" ? -1 : std::stoi(next);
   }
-  bool empty() { return (words_ >> std::ws).eof(); }
+  // The number behind its name.
+  unsigned number(const std::string& label) {
+    if (word() != label) throw std::runtime_error("no " + label + " where it should be: " + text_);
+    return number();
+  }
+  bool empty() { return (words_ >> std::ws).eof() || words_.peek() == '#'; }
 
  private:
   std::istringstream words_;
@@ -52,79 +49,124 @@ Class class_of(const std::string& word) {
   return classes.at(word);
 }
 
-void read_line(Tables& all, Line line) {
-  if (line.empty()) {
-    return;
+Field read_field(Line& line) {
+  Field field{};
+  field.name = line.word();
+  field.cls = class_of(line.word());
+  field.type = line.word();
+  if (const size_t bracket = field.type.find('['); bracket != std::string::npos) {
+    field.counter = field.type.substr(bracket + 1, field.type.size() - bracket - 2);
+    field.type.resize(bracket);
   }
-  const std::string what = line.word();
-  if (what == "record") {
-    Record& record = all.records.emplace_back();
-    record.name = line.word();
-    record.luid = line.after("luid");
-    record.definition = line.after("definition");
-  } else if (what == "variant") {
-    Layout layout{};
+  field.variant = line.number();
+  field.number = line.number();
+  field.offset = line.number();
+  field.width = line.number();
+  field.state = line.number_or_none();
+  field.nested = line.number_or_none();
+  return field;
+}
+
+// The lines behind a name, by the kind of what it names.
+void read_line(Record& record, const std::string& what, Line& line) {
+  if (what == "variant") {
     line.word();
+    Layout layout{};
     layout.used = line.number("used");
     layout.slop = line.number("slop");
     layout.body = line.number("body");
     layout.state = line.number("state");
-    layout.fields = line.number("fields");
     layout.bound = line.number("bound");
-    all.records.back().layouts.push_back(layout);
-  } else if (what == "field") {
-    Field field{};
-    field.name = line.word();
-    field.cls = class_of(line.word());
-    field.type = line.word();
-    field.number = line.number("number");
-    field.variant = line.number("variant");
-    field.offset = line.number("offset");
-    field.width = line.number("width");
-    field.state = line.number_or_none("state");
-    field.nested = line.number_or_none("nested");
-    all.records.back().fields.push_back(field);
-  } else if (what == "enum" || what == "flags") {
-    Small& small = all.smalls.emplace_back();
-    small.flags = what == "flags";
-    small.name = line.word();
-    small.luid = line.after("luid");
-    small.definition = line.after("definition");
+    record.layouts.push_back(layout);
+  } else {
+    record.fields.push_back(read_field(line));
+    for (size_t v = record.fields.back().variant; v < record.layouts.size(); ++v)
+      ++record.layouts[v].fields;
+  }
+}
+
+void read_line(Small& small, const std::string& what, Line& line) {
+  line.word();
+  if (what == "variant") {
     small.size = line.number("size");
     small.used = line.number("used");
     small.slop = line.number("slop");
-  } else if (what == "value") {
+  } else {
+    small.values.push_back(line.word());
+  }
+}
+
+void read_line(Message& message, const std::string& what, Line& line) {
+  if (what == "variant") {
     line.word();
-    all.smalls.back().values.push_back(line.word());
-  } else if (what == "message") {
-    Message& message = all.messages.emplace_back();
-    message.name = line.word();
-    message.luid = line.after("luid");
-    message.definition = line.after("definition");
     message.used = line.number("used");
     message.slop = line.number("slop");
-  } else if (what == "carries") {
+  } else {
     Carried carried{line.word(), 0};
     carried.tag = line.number("tag");
-    all.messages.back().records.push_back(carried);
-  } else if (what == "bundle") {
-    Bundle& bundle = all.bundles.emplace_back();
-    bundle.name = line.word();
-    bundle.start = line.after("start");
-    bundle.abort = line.after("abort");
-    bundle.commit = line.after("commit");
-  } else if (what == "member") {
+    message.records.push_back(carried);
+  }
+}
+
+void read_line(Bundle& bundle, const std::string& what, Line& line) {
+  if (what == "member") {
     Member member{line.word(), false};
-    member.repeatable = line.number("repeatable") != 0;
-    all.bundles.back().members.push_back(member);
-  } else if (what == "traces") {
-    Traces traces{};
-    traces.section = static_cast<unsigned>(std::stoul(line.word()));
-    traces.id = line.word();
-    traces.entries = line.number("entries");
-    all.traces.push_back(traces);
+    member.repeatable = line.word() == "repeatable";
+    bundle.members.push_back(member);
   } else {
-    throw std::runtime_error("unknown line: " + what);
+    (what == "show"    ? bundle.show
+     : what == "start" ? bundle.start
+     : what == "abort" ? bundle.abort
+                       : bundle.commit) = line.word();
+  }
+}
+
+// What the lines behind a name go to.
+using Rest = std::function<void(const std::string& what, Line& line)>;
+
+template <class Row>
+Rest begin(std::vector<Row>& rows, const std::string& name) {
+  rows.emplace_back();
+  rows.back().name = name;
+  return [&rows](const std::string& what, Line& line) {
+    Row& row = rows.back();
+    if constexpr (!std::is_same_v<Row, Bundle>) {
+      if (what == "luid" || what == "definition") {
+        (what == "luid" ? row.luid : row.definition) = line.word();
+        return;
+      }
+    }
+    read_line(row, what, line);
+  };
+}
+
+Rest begin_traces(std::vector<Traces>& rows, unsigned section) {
+  rows.push_back({section, {}, 0});
+  return [&rows](const std::string& what, Line& line) {
+    if (what == "luid") {
+      rows.back().id = line.word();
+    } else {
+      rows.back().entries = line.number();
+    }
+  };
+}
+
+void read_line(Tables& all, Rest& rest, Line line) {
+  if (line.empty()) return;
+  const std::string what = line.word();
+  if (what == "record") {
+    rest = begin(all.records, line.word());
+  } else if (what == "enum" || what == "flags") {
+    rest = begin(all.smalls, line.word());
+    all.smalls.back().flags = what == "flags";
+  } else if (what == "message") {
+    rest = begin(all.messages, line.word());
+  } else if (what == "bundle") {
+    rest = begin(all.bundles, line.word());
+  } else if (what == "traces") {
+    rest = begin_traces(all.traces, line.number());
+  } else {
+    rest(what, line);
   }
 }
 
@@ -137,15 +179,14 @@ auto find_by_name(const Rows& rows, const std::string& name) {
 
 }  // namespace
 
-const char* path() { return WAYFIND_GOLDEN_DIR "/tables.txt"; }
+const char* path() { return WAYFIND_FACTS; }
 
 const Tables& tables() {
   static const Tables all = [] {
     Tables read;
+    Rest rest;
     std::ifstream file(path());
-    for (std::string text; std::getline(file, text);) {
-      read_line(read, Line(text));
-    }
+    for (std::string text; std::getline(file, text);) read_line(read, rest, Line(text));
     return read;
   }();
   return all;

@@ -1,5 +1,5 @@
-// The schema as tests expect it: read from golden/tables.txt, whose content was worked out apart
-// from the library.
+// The schema as tests expect it, read from facts.txt, whose content was worked out apart from the
+// library and which says what each line means.
 #pragma once
 
 #include <cstdint>
@@ -15,12 +15,13 @@ struct Field {
   Class cls;
   std::string
       type; /* "u_int32", "char", "ip_address", or the name of a record, an enum or the flag set */
-  unsigned number;  /* as is_valid_cr counts */
-  unsigned variant; /* the oldest that has it */
-  unsigned offset;  /* in the object */
-  unsigned width;   /* of the value, of the whole text, or of an array's element */
-  int state;        /* its byte in the state block, or an array's entry there; -1: a counter */
-  int nested;       /* an embedded record's state block in its parent's; -1: none */
+  std::string counter; /* of an array, the field that holds its length */
+  unsigned number;     /* as is_valid_cr counts */
+  unsigned variant;    /* the oldest that has it */
+  unsigned offset;     /* in the object */
+  unsigned width;      /* of the value, of the whole text, or of an array's element */
+  int state;           /* its byte in the state block, or an array's entry there; -1: a counter */
+  int nested;          /* an embedded record's state block in its parent's; -1: none */
 };
 
 struct Layout {
@@ -62,7 +63,7 @@ struct Member {
 };
 
 struct Bundle {
-  std::string name, start, abort, commit; /* LUIDs of the control messages */
+  std::string name, show, start, abort, commit; /* LUIDs of the control messages */
   std::vector<Member> members;
 };
 

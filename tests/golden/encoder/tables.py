@@ -1,8 +1,11 @@
-"""The records, enums and the flag set, read from schema.txt."""
+"""The records, enums and the flag set, as far as the encoder has to know them."""
 
 import pathlib
-import re
+import sys
 from dataclasses import dataclass, field
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2]))
+from facts import facts  # noqa: E402
 
 PRIMITIVES = ("u_int8", "u_int16", "u_int32", "u_int64", "ork_boolean", "ip_address", "link_type")
 
@@ -28,10 +31,9 @@ class Record:
 
 class Schema:
     def __init__(self):
-        self.records = {}
-        self.enums = {}
-        self.flags = {}
-        self._read(pathlib.Path(__file__).with_name("schema.txt"))
+        self.records = {name: Record(name, [_field(f) for f in record.parts]) for name, record in facts().of_kind("record").items()}
+        self.enums = {name: enum.parts for name, enum in facts().of_kind("enum").items()}
+        self.flags = {name: flags.parts for name, flags in facts().of_kind("flags").items()}
 
     def counters(self, record):
         return {f.count for f in record.fields if f.count}
@@ -45,24 +47,6 @@ class Schema:
         inner = (self.holds_arrays(self.records[f.type]) for f in record.fields if f.type in self.records)
         return bool(self.counters(record)) or any(inner)
 
-    def _read(self, path):
-        lines = None
-        for line in path.read_text().splitlines():
-            if not line or line.startswith("#"):
-                continue
-            words = line.split()
-            if line.startswith(" "):
-                lines.append(_field(words) if len(words) == 3 else words[0])
-                continue
-            kind, name = words
-            lines = []
-            if kind == "record":
-                self.records[name] = Record(name, lines)
-            else:
-                {"enum": self.enums, "flags": self.flags}[kind][name] = lines
 
-
-def _field(words):
-    name, type_text, variant = words
-    match = re.fullmatch(r"(\w+?)(?:\*(\d+)|\[(\w+)\])?", type_text)
-    return Field(name, match[1], int(match[2] or 0), match[3] or "", int(variant))
+def _field(told):
+    return Field(told.name, told.type, told.width if told.type == "char" else 0, told.counter, told.variant)

@@ -13,7 +13,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "encoder"))
 
 from golden import hex_lines  # noqa: E402
-from tables import Schema  # noqa: E402
+from tables import Schema, facts  # noqa: E402
 from values import Filler  # noqa: E402
 from wire_image import WireImage  # noqa: E402
 
@@ -43,34 +43,19 @@ def message_file(schema, luid, records):
 
 
 def bundle_file(luids):
-    for kind in KINDS:
-        yield from section(kind, frame(luids[kind], False))
+    for kind, luid in zip(KINDS, luids):
+        yield from section(kind, frame(luid, False))
 
 
 def schema_newest(schema):
     return max(record.newest for record in schema.records.values())
 
 
-def tables():
-    """The messages with their identifiers and records, and the bundles with theirs."""
-    messages, bundles = {}, {}
-    for line in (HERE.parent / "tables.txt").read_text().splitlines():
-        words = line.split()
-        if line.startswith("message "):
-            carried = []
-            messages[words[1]] = (words[3], carried)
-        elif words[:1] == ["carries"]:
-            carried.append(words[1])
-        elif line.startswith("bundle "):
-            bundles[words[1]] = dict(zip(words[2::2], words[3::2]))
-    return messages, bundles
-
-
 def wanted():
     schema = Schema()
-    messages, bundles = tables()
-    files = {name: "".join(message_file(schema, luid, records)) for name, (luid, records) in messages.items()}
-    files.update({name: "".join(bundle_file(luids)) for name, luids in bundles.items()})
+    files = {name: "".join(message_file(schema, message.luid, [record for record, _ in message.parts]))
+             for name, message in facts().of_kind("message").items()}
+    files.update({bundle.name: "".join(bundle_file(bundle.luids)) for bundle in facts().bundles})
     return {f"{name}.golden": text for name, text in files.items()}
 
 

@@ -146,7 +146,7 @@ class Growth(unittest.TestCase):
             self.assertEqual(lines, [rest.encode()])
 
     def test_the_ledger_of_definitions_takes_one_row_for_each(self):
-        schema_json = program("schema_json", "tests/product/schema_json.cpp", "-lwayfind_schema")
+        schema_json = program("schema_json", "tests/abi/schema_json.cpp", "-lwayfind_schema")
         types = list(definitions.built_types(OUT / "model/libfwe_ui_wayfind.so", schema_json))
         ledger = definitions.read_ledger()
         self.assertEqual(list(definitions.refusals(ledger, types)), [])
