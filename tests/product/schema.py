@@ -123,7 +123,8 @@ def content(field, value):
 
 
 class Data:
-    """Entries for every message: so many of those that may repeat, one of the others. The same seed gives the same entries."""
+    """Entries for every message: so many of those that may repeat, one of the others. The same seed gives the same entries.
+    entries: a number, or by message a number."""
 
     def __init__(self, entries, seed=1, only=None):
         self.messages = {}
@@ -133,7 +134,8 @@ class Data:
                 self.messages[message] = []
                 continue
             dice = random.Random(f"{seed} {message}")
-            several = entries if message in repeatable else 1
+            wanted = entries if isinstance(entries, int) else entries[message]
+            several = wanted if message in repeatable else 1
             self.messages[message] = [[values(name, dice) for name in row["records"]] for _ in range(several)]
 
     def write(self, folder):

@@ -68,6 +68,14 @@ class AllShows(ShowCase):
         self.go_through(OLD, 0, ())
 
 
+class Counts(ShowCase):
+    def test_are_those_of_their_own_messages(self):
+        data = Data({message: 2 + place for place, message in enumerate(schema()["messages"])})
+        self.start_with(data)
+        for subject in ("global", "global-new"):
+            self.compare(data, subject, NEWEST, "off")
+
+
 class Releases(ShowCase):
     def test_client_says_what_was_lowered_for_it(self):
         self.start_agent()
