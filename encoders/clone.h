@@ -13,6 +13,7 @@ struct Workspace {
 };
 
 // The two wire functions of a record.
+// marshal_for_clone does not lower the record to what a peer knows.
 struct WireForm {
   uint32_t (*marshal_for_clone)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);
   uint32_t (*unmarshal)(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*);

@@ -1,5 +1,17 @@
 // Record to wire image. Allocates nothing. Bytes are written once, front to back, except for the jump,
 // which is known last.
+//
+//   variant   1 byte, signed
+//   flags     1 byte: whether ra data and state bytes are in the image
+//   ra data   only with its flag; always zero
+//   jump      4 bytes: the distance from here to the end, for readers that know less
+//   fields    in definition order, as far as the variant reaches
+//
+// With tracking on, each field is followed by its state byte. A counter has none; its array has one
+// for the whole and one per element, unless it is empty. A record inside a record is a whole image.
+//
+// A field that does not fit sets *err and advances by nothing; the fields after it are tried all the
+// same.
 #pragma once
 
 #include "encoders/cursor.h"

@@ -7,7 +7,7 @@
 namespace encoders {
 namespace {
 
-constexpr uint32_t step = 2;  // blanks per level
+constexpr uint32_t step = 2;  // blanks per level of nesting
 constexpr size_t element_name_size = 80;
 
 #pragma GCC diagnostic push
@@ -79,12 +79,13 @@ uint32_t enum_print(const Call& call, TextBuffer& out, const void* object, const
 uint32_t flag_set_print(const Call& call, TextBuffer& out, const void* object,
                         const SmallRow& type) {
   for (uint8_t flag = 0; flag < type.values; ++flag) {
+    // The runtime decides whether asking a null object for a flag is an error.
     if (object == nullptr) {
       uint32_t scratch = 0;
       ork_store_epoch_err(call.handle, EIDRM, &scratch);
       if (scratch != 0) put(call, out, "%s", "ERR ");
     } else if ((frame::flag_bits(object) >> flag & 1) != 0) {
-      char text[sizeof type.texts[flag] + 1];
+      char text[sizeof type.texts[flag] + 1];  // the runtime is given the blank with the text
       snprintf(text, sizeof text, "%s ", type.texts[flag]);
       put(call, out, "%s", static_cast<const char*>(text));
     }

@@ -1,4 +1,5 @@
-// Text for people: a header line, a line per field, a closing line.
+// Text for people: a header line "name@type: {", a line per field, a closing line. Elements of arrays
+// are fields with the name "field[index]".
 #pragma once
 
 #include "encoders/walk.h"

@@ -31,7 +31,7 @@ void unmarshal_base(const Call& call, Reader& in, Image& image, void* object,
   in.consume(_ork_instance_obj_flag_unmarshal(call.handle, call.instance, in.here(), &image.flags,
                                               in.room(), call.err));
   if ((image.flags & OBJ_RA_DATA) != 0) {
-    uint64_t word = 0;
+    uint64_t word = 0;  // read and dropped
     uint8_t byte = 0;
     in.consume(_ork_instance_ra_data_unmarshal(call.handle, call.instance, in.here(), &word, &byte,
                                                in.room(), call.err));

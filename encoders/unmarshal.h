@@ -1,5 +1,9 @@
-// Wire image to record. The record exists already. What a newer writer added to the image is skipped
-// by its jump.
+// Wire image to record; encoders/marshal.h has the format. The record exists already. What a newer
+// writer added to the image is skipped by its jump, and an older image ends before the record's later
+// fields, which stay as they are.
+//
+// Nothing in an image is trusted: lengths are clamped to the buffer, flags masked, and a count is only
+// used once its block has been allocated.
 #pragma once
 
 #include "encoders/cursor.h"
@@ -14,10 +18,10 @@ enum class States : uint8_t { none, copy, skip };
 
 // The fixed bytes of an image, and what follows from them and the handle.
 struct Image {
-  int8_t variant = 0;
+  int8_t variant = 0;  // lowered to the variant_cap of the record
   uint8_t flags = 0;
   uint32_t jump = 0;
-  int64_t jump_base = 0;
+  int64_t jump_base = 0;  // the position that the jump counts from
   States states = States::none;
   bool tracked = false;      // the handle tracks
   uint8_t* block = nullptr;  // the record's state block, when bytes are copied to it

@@ -56,6 +56,7 @@ void write_field(const Call& call, TextBuffer& out, void* object, bool tracked,
                  const FieldRow& field) {
   if (field.array != model::no_type) return write_array(call, out, object, tracked, field);
   uint8_t state = 0;
+  // Counters have no state byte.
   if (tracked && field.cls != Class::counter)
     state = frame::state_flag_get(call.handle, call.instance, object, call.err, field);
   out.position += write_at(call, out, frame::field_of(object, field), state, field);
@@ -80,6 +81,7 @@ void write_enum(const Call& call, TextBuffer& out, const void* object, const Sma
 
 void write_flags(const Call& call, TextBuffer& out, const void* object, const SmallRow& type) {
   for (uint8_t flag = 0; flag < type.values; ++flag) {
+    // The runtime decides whether asking a null object for a flag is an error.
     if (object == nullptr) {
       uint32_t scratch = 0;
       ork_store_epoch_err(call.handle, EIDRM, &scratch);

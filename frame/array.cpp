@@ -13,6 +13,7 @@ void* array_get(ork_handle* handle, uint32_t instance, void* object, uint32_t in
     return nullptr;
   }
   void* element = element_at(object, field, index);
+  // Observers get what the element's own record_get() would tell them, then the array's call.
   if (field.cls == model::Class::record_array) contain(call, element, nullptr);
   contain(call, element, object);
   return element;

@@ -2,6 +2,12 @@
 // entry in the state block with one byte for the whole array and a pointer to one byte per element.
 // Here is where these lie, and what arrays of values and arrays of records have in common;
 // frame/array_storage.h has all that allocates or frees.
+//
+//   object:       ... counter, pointer ...           block: element 0, element 1, ...
+//   state block:  ... whole (1), unused (7), pointer ...    element bytes: one, one, ...
+//
+// The element bytes may be missing although there are elements, as may the block although there is a
+// counter: both after an allocation that failed.
 #pragma once
 
 #include "frame/primitives.h"

@@ -47,6 +47,7 @@ uint8_t array_state_get(ork_handle* handle, uint32_t instance, void* object, uin
     call.fail(ENOENT);
     return 0;
   }
+  // An array whose element bytes are missing reads as untouched.
   const uint8_t* elements = element_states(state_entry(call, object, field));
   return elements == nullptr ? 0 : elements[index];
 }

@@ -20,6 +20,7 @@ using std::uint8_t;
 
 inline const char* error_text(uint32_t error) { return strerror(static_cast<int>(error)); }
 
+// Exported functions of the cr form are given the handle alone, and use its cr_instance and cr_error.
 struct Call {
   ork_handle* handle;
   uint32_t instance;
@@ -100,6 +101,7 @@ void store(const Call& call, void* at, T value, const void* owner) {
   put(at, value);
 }
 
+// Not cleared. Null when there is no memory, which is the caller's to report.
 inline void* allocate(const Call& call, size_t size) {
   return call.handle->alloc_fn(call.handle->mem_pool, call.instance, size);
 }

@@ -30,6 +30,7 @@ void reinitialize(const Call& call, void* element, const RecordRow& record) {
       mapped ? orklib_get_sttr_offset(call.handle, call.instance, element) : int32_t{layout.body};
   uint8_t* states = static_cast<uint8_t*>(element) + distance;
   destroy_filled(call.handle, call.instance, element, 0, record);
+  // That removed the registered offset as well, so it is read before and registered again.
   announce(own, element, layout.body, element);
   memset(element, 0, layout.body);
   if (mapped) {

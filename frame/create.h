@@ -5,6 +5,7 @@
 
 namespace frame {
 
+// The first create of a process starts the trace channel; create_internal leaves that out.
 void* create(ork_handle* handle, uint32_t instance, const RecordRow& record);
 void* create_internal(ork_handle* handle, uint32_t instance, const RecordRow& record);
 void* create_cr(ork_handle* handle, const RecordRow& record);

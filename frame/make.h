@@ -16,6 +16,7 @@ void* make(ork_handle* handle, uint32_t instance, const Row& type) {
   if (handle->cr_active == 0 || handle->cr_error == 0)
     object = allocate(call, size_of(handle, type));
   if (object != nullptr) {
+    // Not announced: nobody can know the block yet.
     memset(object, 0, size_of(handle, type));
     initialize(call, object, descriptor(type), {1, 0, 0, nullptr}, type);
     if (call.failed()) {

@@ -1,5 +1,14 @@
 // The header that every object begins with, and what follows from it: variant, layout, state block,
 // tracking mode.
+//
+//    0  type          8 bytes, the descriptor
+//    8  variant       signed; the fields that the object has now
+//    9  variant_cap   the newest variant that its storage was allocated for: the layout
+//   10  flags         of these, only "tracked" and "has ra data" are sent to peers
+//   11  fields        in definition order, aligned; then some room for later variants
+//
+// With tracking on, the state block follows the body. Where it lies elsewhere, as for records inside
+// others, the runtime keeps its offset, and a flag says so.
 #pragma once
 
 #include "frame/call.h"

@@ -12,7 +12,7 @@ void* object_get(ork_handle* handle, uint32_t instance, void* object, uint32_t* 
   const Call call{handle, instance, err};
   if (!call.start() || !gate(call, object, field)) return nullptr;
   void* at = field_of(object, field);
-  contain(call, at, nullptr);
+  contain(call, at, nullptr);  // the object's own getter
   contain(call, at, object);
   return at;
 }

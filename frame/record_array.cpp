@@ -13,7 +13,7 @@ void array_set_record(const Call& call, void* object, uint32_t index, const void
     return trace::raise<Function::array_set_record, Form::value_not_tracked>(field);
   }
   if (index >= usable_count(object, field) && !grow_records(call, object, index, field)) return;
-  if (from == nullptr) return;
+  if (from == nullptr) return;  // the caller only wanted the array to grow
   void* element = element_at(object, field, index);
   contain(call, element, object);
   fill(call, element, from, child_record(field));

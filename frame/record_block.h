@@ -6,6 +6,9 @@
 
 namespace frame {
 
+//   element 0, element 1, ..., state block 0, state block 1, ...
+//
+// Elements are indexed with one stride, whether the block has state blocks or not.
 struct RecordBlock {
   uint8_t* start;
   uint64_t count;

@@ -54,6 +54,7 @@ void array_set_mem(ork_handle* handle, uint32_t instance, void* object, const vo
 
   const bool on = checked_mode<Function::array_set_mem>(handle, field) == Tracking::on;
   if (!tracked_as_asked<Function::array_set_mem, 0>(call, object, field)) {
+    // The block is new, so the old values are lost; a counter must not exceed it.
     memset(block.start, 0, block.size);
     if (old_count > count) store_count(call, object, field, count);
     return;
@@ -74,7 +75,7 @@ void array_set(const Call& call, void* object, uint32_t index, const void* from,
   if (!begin_write(call, object, field)) return;
   if (!tracked_as_asked<Function::array_set, 0>(call, object, field)) return;
   if (index >= usable_count(object, field) && !grow_values(call, object, index, field)) return;
-  if (from == nullptr) return;
+  if (from == nullptr) return;  // the caller only wanted the array to grow
   void* element = element_at(object, field, index);
   contain(call, element, object);
   with_element(field.kind, [&](auto kind) { kind.set(call, element, from); });

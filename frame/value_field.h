@@ -35,6 +35,7 @@ void set(ork_handle* handle, uint32_t instance, void* object, const void* from, 
   const Call call{handle, instance, err};
   if (!begin_write(call, object, field)) return;
   Primitive<K>::set(call, field_of(object, field), from);
+  // A value that could not be marked has been written all the same, but the hook is not called.
   if (mark<Function::set>(call, object, field)) contain(call, from, object);
 }
 

@@ -31,6 +31,7 @@ uint32_t marshal_start(const Call& call, uint8_t* buffer, int32_t length, const 
   Writer out(buffer, length);
   begin_frame(call, out, luid(Control::start, bundle));
   if (call.failed()) return out.produced();
+  // From here on messages check themselves against the table (messages/message_wire.cpp).
   handle->bundle_ctx = 1;
   handle->bundle_table = bundle.table;
   handle->bundle_send_list.next = &handle->bundle_send_list;

@@ -8,9 +8,11 @@
 namespace messages {
 namespace {
 
-constexpr uint32_t recording_size = 0x10000;
+constexpr uint32_t recording_size = 0x10000;  // a message whose XML is longer is not recorded
 constexpr char outer_element[] = "fwe_ui_wayfind";
 
+// The handler that the caller gives wins over the one that the process defines. Without either the
+// message is lost, with ENOSYS (38).
 void deliver(ork_handle* handle, uint32_t instance, const Delivery& delivery, void* object,
              uint32_t* err, const Message& message) {
   if (delivery.handler != nullptr)

@@ -16,6 +16,7 @@ const ork_type_info* type_of(const void* object) {
   return frame::load<const ork_type_info*>(object);
 }
 
+// Stores into message objects are not announced.
 template <Function F>
 void fill_header(const Call& call, void* object, const Message& message) {
   const ork_type_info* type = frame::shared_copy_of(call, descriptor(message.row));
@@ -74,6 +75,7 @@ void* create(ork_handle* handle, uint32_t instance, const Message& message) {
     frame::release(call, object);
     return nullptr;
   }
+  // The sentinel has no header, but gets records like an object.
   if (object != sentinel(message)) fill_header<Function::message_create>(call, object, message);
   return object;
 }

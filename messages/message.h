@@ -27,7 +27,7 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
-// Offsets in the object.
+// Offsets in the object. Messages have no fields or state bytes; the records that they point to do.
 inline constexpr size_t at_message_header = 12;
 inline constexpr size_t at_records = 32;
 constexpr size_t object_size(const model::MessageRow& row) {
@@ -37,7 +37,7 @@ constexpr size_t object_size(const model::MessageRow& row) {
 inline constexpr uint32_t header_length = ORK_MESSAGE_HEADER_WIRE_SIZE;
 inline constexpr uint32_t frame_length = header_length + ORK_LUID_SIZE;
 
-// The wire functions of one carried record.
+// The wire functions of one carried record, which are unrolled for its type.
 struct RecordWire {
   uint32_t (*length)(ork_handle*, uint32_t, const void*);
   uint32_t (*marshal)(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*);

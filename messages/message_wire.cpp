@@ -6,6 +6,8 @@
 namespace messages {
 namespace {
 
+// EBADE (52) when the peer does not know the message. The runtime decides whether *err is written, but
+// nothing is sent either way.
 bool domain_allows(const Call& call, const void* object, const Message& message) {
   ork_handle* handle = call.handle;
   const auto* type = frame::load<const ork_type_info*>(object);
@@ -17,6 +19,8 @@ bool domain_allows(const Call& call, const void* object, const Message& message)
   return false;
 }
 
+// Inside a bundle: whether its table has the message, and whether it may be sent once more. Outside,
+// only whether nothing has failed.
 bool bundle_allows(const Call& call, const Message& message) {
   if (call.handle->bundle_ctx == 0) return !call.failed();
   bundle_message_validate_add(call.handle, call.instance, message.luid, message.bundle_name,
@@ -27,6 +31,7 @@ bool bundle_allows(const Call& call, const Message& message) {
   return false;
 }
 
+// Counts the message in the open bundle. A message that could not be counted gets no header.
 bool counted(const Call& call, const Message& message) {
   if (call.handle->bundle_ctx == 0) return true;
   bundle_message_increment_count(call.handle, message.luid, call.err);
@@ -36,6 +41,7 @@ bool counted(const Call& call, const Message& message) {
   return false;
 }
 
+// At level debug while the runtime suppresses messages, else at level error.
 void report_failure(const Call& call, const Message& message) {
   constexpr const model::FormText& form =
       model::form_texts[static_cast<size_t>(Form::marshal_failed)];
