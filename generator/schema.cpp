@@ -51,6 +51,24 @@ std::string function_table(const std::string& symbol, const Interface& interface
   return text + "    {0, 0}};\n";
 }
 
+// A message by its name, as the tables of fields have it.
+std::string counted_message(const model::Field& field) {
+  for (size_t m = 0; m < model::message_count; ++m) {
+    if (field.roles.counted != nullptr &&
+        model::same_text(model::messages[m]->name, field.roles.counted))
+      return "&wayfind_messages[" + number(m) + "]";
+  }
+  return "0";
+}
+
+std::string key_list(const model::Key& key) {
+  std::string list;
+  size_t count = 0;
+  for (; count < model::max_key && key.paths[count] != nullptr; ++count)
+    list += (count == 0 ? "" : ", ") + quoted(key.paths[count]);
+  return number(count) + ", {" + (list.empty() ? "0" : list) + "}";
+}
+
 std::string field_tables(const Interfaces& all) {
   std::string text;
   for (const model::FieldRow& field : model::field_rows) {
@@ -71,6 +89,7 @@ std::string field_tables(const Interfaces& all) {
               number(row.nested) + ", " +
               (of_record ? "&wayfind_records[" + number(row.type) + "]" : "0") + ", " +
               (typed && !of_record ? "&wayfind_small_types[" + number(row.type) + "]" : "0") +
+              ", " + number(field.roles.bits) + ", " + counted_message(field) +
               ", field_functions_" + number(row.index) + "},\n";
     }
   }
@@ -137,8 +156,8 @@ std::string message_tables(const Interfaces& all) {
       text += std::string(c == 0 ? "" : ", ") + "&wayfind_records[" +
               number(model::carried_rows[row.carried + c].record) + "]";
     }
-    text += "}, " + number(model::carried_rows[row.carried].tag) + "u, message_functions_" +
-            number(row.index) + "},\n";
+    text += "}, " + number(model::carried_rows[row.carried].tag) + "u, " + key_list(message.key) +
+            ", message_functions_" + number(row.index) + "},\n";
   }
   return text + "};\nconst unsigned wayfind_message_count = " + number(model::message_count) +
          ";\n";

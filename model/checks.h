@@ -93,6 +93,7 @@ constexpr bool is_element_kind(Kind kind) {
   return kind == Kind::u_int8 || kind == Kind::u_int16 || kind == Kind::u_int32;
 }
 constexpr bool is_counter_kind(Kind kind) { return kind == Kind::u_int8 || kind == Kind::u_int32; }
+constexpr bool is_number_kind(Kind kind) { return is_element_kind(kind) || kind == Kind::u_int64; }
 
 constexpr bool has_counter(const FieldPlace& at) {
   return at.before != nullptr && at.before->cls == Class::counter;
@@ -148,10 +149,25 @@ inline constexpr Rule<FieldPlace> record_array_rules[] = {
      [](const FieldPlace& at) { return at.field.record != &at.record; }},
 };
 
+inline constexpr Rule<FieldPlace> role_rules[] = {
+    {"a field that grows is a value of u_int8, u_int16, u_int32 or u_int64",
+     [](const FieldPlace& at) {
+       return !has(at.field.roles, grows) ||
+              (at.field.cls == Class::value && is_number_kind(at.field.kind));
+     }},
+    {"a field that tells how many messages there are is a value of u_int32",
+     [](const FieldPlace& at) {
+       return !has(at.field.roles, entries) ||
+              (at.field.cls == Class::value && at.field.kind == Kind::u_int32);
+     }},
+};
+
 constexpr const char* first_broken(const FieldPlace& at) {
   if (const char* sentence = first_broken(name_rules, at); sentence[0] != '\0') return sentence;
   const char* sentence = at.before == nullptr ? first_broken(first_field_rules, at)
                                               : first_broken(later_field_rules, at);
+  if (sentence[0] != '\0') return sentence;
+  sentence = first_broken(role_rules, at);
   if (sentence[0] != '\0') return sentence;
   switch (at.field.cls) {
     case Class::value: return first_broken(value_rules, at);

@@ -57,6 +57,25 @@ inline constexpr Rule<ListedField> listed_field_rules[] = {
      [](const ListedField& at) { return is_listed(at.field.enumeration, at.tables.enums); }},
     {"the flag set of a field is listed in model/order.h",
      [](const ListedField& at) { return is_listed(at.field.flags, at.tables.flag_sets); }},
+    {"what a field counts is a message that model/order.h lists",
+     [](const ListedField& at) {
+       const char* counted = at.field.roles.counted;
+       if (counted == nullptr) return true;
+       for (const Message* message : at.tables.messages) {
+         if (same_text(message->name, counted)) return true;
+       }
+       return false;
+     }},
+    {"a field that tells how many messages there are stands in a record that a message carries",
+     [](const ListedField& at) {
+       if (!has(at.field.roles, entries)) return true;
+       for (const Message* message : at.tables.messages) {
+         for (size_t slot = 0; slot < message->load.count; ++slot) {
+           if (message->load.records[slot] == &at.record) return true;
+         }
+       }
+       return false;
+     }},
 };
 
 struct Carried {
@@ -70,6 +89,38 @@ inline constexpr Rule<Carried> carried_rules[] = {
     {"a message carries a record once",
      [](const Carried& at) {
        return at.slot == 0 || at.load.records[at.slot] != at.load.records[at.slot - 1];
+     }},
+};
+
+// The field that a path names in a record, name by name with dots between them; null when there is
+// none or an array is on the way.
+constexpr const Field* field_at(const Record& record, const char* path) {
+  size_t end = 0;
+  while (path[end] != '\0' && path[end] != '.') ++end;
+  for (size_t i = 0; i < field_count(record); ++i) {
+    const Field& field = record.fields[i];
+    size_t same = 0;
+    while (same < end && field.name[same] == path[same]) ++same;
+    if (same < end || field.name[end] != '\0' || is_array(field)) continue;
+    if (path[end] == '\0') return &field;
+    return field.record != nullptr ? field_at(*field.record, path + end + 1) : nullptr;
+  }
+  return nullptr;
+}
+
+struct KeyPlace {
+  const Message& message;
+  const char* path;
+};
+inline constexpr Rule<KeyPlace> key_rules[] = {
+    {"a path of a key leads to a value, a text or an address in a record of its message",
+     [](const KeyPlace& at) {
+       const Load& load = at.message.load;
+       for (size_t slot = 0; slot < load.count; ++slot) {
+         const Field* field = field_at(*load.records[slot], at.path);
+         if (field != nullptr) return field->kind != Kind::record && field->kind != Kind::flag_set;
+       }
+       return false;
      }},
 };
 
@@ -91,6 +142,10 @@ inline constexpr Rule<MemberPlace> member_rules[] = {
        }
        return true;
      }},
+    {"a message that repeats in a bundle has a key, or says no_key",
+     [](const MemberPlace& at) {
+       return at.bundle.members[at.index].occurs == Occurs::once || at.message()->key.is_told;
+     }},
 };
 
 constexpr Fault row_fault(const Tables& tables) {
@@ -106,6 +161,10 @@ constexpr Fault row_fault(const Tables& tables) {
     for (size_t slot = 0; slot < message->load.count; ++slot) {
       const char* sentence = first_broken(carried_rules, Carried{tables, message->load, slot});
       if (sentence[0] != '\0') return {sentence, message->name, message->load.records[slot]->name};
+    }
+    for (size_t i = 0; i < max_key && message->key.paths[i] != nullptr; ++i) {
+      const char* sentence = first_broken(key_rules, KeyPlace{*message, message->key.paths[i]});
+      if (sentence[0] != '\0') return {sentence, message->name, message->key.paths[i]};
     }
   }
   for (const Bundle* bundle : tables.bundles) {

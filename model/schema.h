@@ -53,6 +53,7 @@ inline constexpr size_t max_values = 8;
 inline constexpr size_t max_fields = 40;
 inline constexpr size_t max_variants = 4;
 inline constexpr size_t max_members = 6;
+inline constexpr size_t max_key = 3;
 
 // What names may measure, in characters: they lie in rows and descriptors of fixed size.
 inline constexpr size_t max_type_name = 63;
@@ -75,6 +76,25 @@ struct FlagSet {
 
 struct Record;
 
+// What a field is there for, as far as tools have to know; the library asks for none of it. A row
+// tells it behind its meaning: `grows`, `stamp | column`.
+struct Roles {
+  uint8_t bits = 0;
+  const char* counted = nullptr;  // the message that count_of names
+};
+inline constexpr Roles grows{1};     // counts events: how fast it grows tells something
+inline constexpr Roles stamp{2};     // when something happened
+inline constexpr Roles column{4};    // stands in a table unless other columns are asked for
+inline constexpr Roles asked{8};     // what a show asked for
+inline constexpr Roles entries{16};  // how many messages repeat in the show
+// How many messages of that name there are, whatever the show.
+constexpr Roles count_of(const char* message) { return {entries.bits, message}; }
+
+constexpr Roles operator|(Roles a, Roles b) {
+  return {static_cast<uint8_t>(a.bits | b.bits), a.counted != nullptr ? a.counted : b.counted};
+}
+constexpr bool has(Roles roles, Roles one) { return (roles.bits & one.bits) != 0; }
+
 struct Field {
   const char* name;
   Class cls;
@@ -85,6 +105,7 @@ struct Field {
   const Enum* enumeration;  // of an enum
   const FlagSet* flags;     // of a flag set
   const char* meaning;
+  Roles roles;
 };
 
 struct Record {
@@ -102,11 +123,24 @@ struct Load {
   constexpr Load(const Record* first, const Record* second) : records{first, second}, count(2) {}
 };
 
+// What tells one message from the others of its type: paths to values of its records, as
+// "hop_chan.hop_chan_id".
+struct Key {
+  const char* paths[max_key]{};
+  bool is_told = false;
+};
+template <class... Paths>
+constexpr Key key(Paths... paths) {
+  return {{paths...}, true};
+}
+inline constexpr Key no_key{{}, true};  // nothing does
+
 struct Message {
   const char* name;
   Identity identity;
   const char* meaning;
   Load load;
+  Key key{};  // of one that a bundle repeats it has to be told
 };
 
 enum class Occurs : uint8_t { once, repeatedly };
@@ -135,36 +169,46 @@ struct Bundle {
 
 // Rows. -----------------------------------------------------------------------
 
-constexpr Field value(const char* name, Primitive type, uint8_t variant, const char* meaning) {
-  return {name, Class::value, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+constexpr Field value(const char* name, Primitive type, uint8_t variant, const char* meaning,
+                      Roles roles = {}) {
+  return {name, Class::value, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning, roles};
 }
-constexpr Field value(const char* name, const Enum& type, uint8_t variant, const char* meaning) {
-  return {name, Class::value, Kind::enumeration, variant, 1, nullptr, &type, nullptr, meaning};
+constexpr Field value(const char* name, const Enum& type, uint8_t variant, const char* meaning,
+                      Roles roles = {}) {
+  return {name,    Class::value, Kind::enumeration, variant, 1,
+          nullptr, &type,        nullptr,           meaning, roles};
 }
-constexpr Field object(const char* name, Primitive type, uint8_t variant, const char* meaning) {
-  return {name, Class::object, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+constexpr Field object(const char* name, Primitive type, uint8_t variant, const char* meaning,
+                       Roles roles = {}) {
+  return {name, Class::object, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning, roles};
 }
-constexpr Field object(const char* name, const Record& type, uint8_t variant, const char* meaning) {
-  return {name, Class::object, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
+constexpr Field object(const char* name, const Record& type, uint8_t variant, const char* meaning,
+                       Roles roles = {}) {
+  return {name, Class::object, Kind::record, variant, 1, &type, nullptr, nullptr, meaning, roles};
 }
-constexpr Field object(const char* name, const FlagSet& type, uint8_t variant,
-                       const char* meaning) {
-  return {name, Class::object, Kind::flag_set, variant, 1, nullptr, nullptr, &type, meaning};
+constexpr Field object(const char* name, const FlagSet& type, uint8_t variant, const char* meaning,
+                       Roles roles = {}) {
+  return {name, Class::object, Kind::flag_set, variant, 1, nullptr, nullptr, &type, meaning, roles};
 }
-constexpr Field text(const char* name, uint16_t size, uint8_t variant, const char* meaning) {
-  return {name, Class::text, Kind::character, variant, size, nullptr, nullptr, nullptr, meaning};
+constexpr Field text(const char* name, uint16_t size, uint8_t variant, const char* meaning,
+                     Roles roles = {}) {
+  return {name,    Class::text, Kind::character, variant, size,
+          nullptr, nullptr,     nullptr,         meaning, roles};
 }
 // A counter stands directly in front of the array that it counts.
-constexpr Field counter(const char* name, Primitive type, uint8_t variant, const char* meaning) {
-  return {name, Class::counter, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+constexpr Field counter(const char* name, Primitive type, uint8_t variant, const char* meaning,
+                        Roles roles = {}) {
+  return {name, Class::counter, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning, roles};
 }
-constexpr Field value_array(const char* name, Primitive type, uint8_t variant,
-                            const char* meaning) {
-  return {name, Class::value_array, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning};
+constexpr Field value_array(const char* name, Primitive type, uint8_t variant, const char* meaning,
+                            Roles roles = {}) {
+  return {name, Class::value_array, type.kind, variant, 1, nullptr, nullptr, nullptr, meaning,
+          roles};
 }
 constexpr Field record_array(const char* name, const Record& type, uint8_t variant,
-                             const char* meaning) {
-  return {name, Class::record_array, Kind::record, variant, 1, &type, nullptr, nullptr, meaning};
+                             const char* meaning, Roles roles = {}) {
+  return {name, Class::record_array, Kind::record, variant, 1, &type, nullptr, nullptr, meaning,
+          roles};
 }
 
 // Members of a bundle.

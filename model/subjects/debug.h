@@ -44,9 +44,10 @@ inline constexpr Record dp_debug_data{
     "What the data-plane layer debugs.",
     {
         counter     ("num_complexes",   u_int8,                    0,
-                     "Elements of dbg_per_complex, low 8 bits."),
+                     "Elements of dbg_per_complex, low 8 bits.", column),
         record_array("dbg_per_complex", dp_debug_data_per_complex, 0, "Settings of each complex."),
-        value       ("is_none",         ork_boolean,               0, "Stands for no setting."),
+        value       ("is_none",         ork_boolean,               0, "Stands for no setting.",
+                     column),
     }};
 static_assert(layout_is<dp_debug_data, Manifest{.size = 32},
     Sizes{.used = 28, .slop = 12, .body = 40, .state = 24, .bound = 3}>());
@@ -56,11 +57,11 @@ inline constexpr Record pal_debug_data{
     {.luid = "f8097734088d70eca2209a2548fa85b9", .definition = "e3d5056484e25d9299807dad8eb02f67"},
     "What the platform layer debugs; a switch is a number, not an ork_boolean.",
     {
-        value("info_enabled",  u_int32,     0, "Nonzero when class info is on."),
-        value("trace_enabled", u_int32,     0, "Nonzero when class trace is on."),
-        value("warn_enabled",  u_int32,     0, "Nonzero when class warn is on."),
-        value("error_enabled", u_int32,     0, "Nonzero when class error is on."),
-        value("is_none",       ork_boolean, 0, "Stands for no setting."),
+        value("info_enabled",  u_int32,     0, "Nonzero when class info is on.", column),
+        value("trace_enabled", u_int32,     0, "Nonzero when class trace is on.", column),
+        value("warn_enabled",  u_int32,     0, "Nonzero when class warn is on.", column),
+        value("error_enabled", u_int32,     0, "Nonzero when class error is on.", column),
+        value("is_none",       ork_boolean, 0, "Stands for no setting.", column),
     }};
 static_assert(layout_is<pal_debug_data, Manifest{.size = 32},
     Sizes{.used = 32, .slop = 8, .body = 40, .state = 5, .bound = 5}>());
@@ -70,12 +71,12 @@ inline constexpr Record cl_debug_data{
     {.luid = "dfb8073f9d067348365595f476b895ec", .definition = "67ac3b0b8234583d47d3102d337cb160"},
     "What the client layer debugs; a switch is a number, not an ork_boolean.",
     {
-        value("info_enabled",  u_int32,     0, "Nonzero when class info is on."),
-        value("trace_enabled", u_int32,     0, "Nonzero when class trace is on."),
-        value("warn_enabled",  u_int32,     0, "Nonzero when class warn is on."),
-        value("error_enabled", u_int32,     0, "Nonzero when class error is on."),
-        value("stats_enabled", u_int32,     0, "Nonzero when class stats is on."),
-        value("is_none",       ork_boolean, 0, "Stands for no setting."),
+        value("info_enabled",  u_int32,     0, "Nonzero when class info is on.", column),
+        value("trace_enabled", u_int32,     0, "Nonzero when class trace is on.", column),
+        value("warn_enabled",  u_int32,     0, "Nonzero when class warn is on.", column),
+        value("error_enabled", u_int32,     0, "Nonzero when class error is on.", column),
+        value("stats_enabled", u_int32,     0, "Nonzero when class stats is on.", column),
+        value("is_none",       ork_boolean, 0, "Stands for no setting.", column),
     }};
 static_assert(layout_is<cl_debug_data, Manifest{.size = 40},
     Sizes{.used = 36, .slop = 12, .body = 48, .state = 6, .bound = 6}>());

@@ -37,11 +37,13 @@ inline constexpr Record inst_st{
     {
         value ("table_id",        u_int32,    0, "Routing table, by identifier."),
         value ("symmetry",        u_int32,    0, "Setting of symmetry."),
-        object("probe_src",       ip_address, 0, "Address that probes come from."),
+        object("probe_src",       ip_address, 0, "Address that probes come from.", column),
         value ("unreach_time",    u_int32,    0, "Time until unreachable, in the sender's unit."),
-        value ("probe_period",    u_int32,    0, "Period of probes, in the sender's unit."),
-        value ("src_port",        u_int16,    0, "Source port; 32 bits in global_param_data."),
-        value ("dst_port",        u_int16,    0, "Destination port; 32 bits in global_param_data."),
+        value ("probe_period",    u_int32,    0, "Period of probes, in the sender's unit.", column),
+        value ("src_port",        u_int16,    0, "Source port; 32 bits in global_param_data.",
+               column),
+        value ("dst_port",        u_int16,    0, "Destination port; 32 bits in global_param_data.",
+               column),
         value ("dscp_bitmap",     u_int64,    0, "Set of DSCP values, one bit for each of the 64."),
         value ("interval",        u_int32,    0, "Interval, in the sender's unit."),
         value ("discovery",       u_int32,    0, "Setting of discovery."),
@@ -57,9 +59,10 @@ inline constexpr Record color_st{
     "A colour: its name and tag on one interface.",
     {
         value("fwe_if_h", u_int32, 0, "Forwarding-engine interface handle."),
-        text ("if_name",  32,      0, "Name of the interface."),
-        text ("color",    20,      0, "Name of the colour; channel_data and intf_data hold 8."),
-        value("tag",      u_int16, 0, "Tag of the colour."),
+        text ("if_name",  32,      0, "Name of the interface.", column),
+        text ("color",    20,      0, "Name of the colour; channel_data and intf_data hold 8.",
+              column),
+        value("tag",      u_int16, 0, "Tag of the colour.", column),
     }};
 static_assert(layout_is<color_st, Manifest{.size = 72},
     Sizes{.used = 70, .slop = 18, .body = 88, .state = 4, .bound = 4}>());
@@ -92,9 +95,9 @@ inline constexpr Record proxy_stats{
     {.luid = "f8a4a9db12d121d92a7556a05c955b5c", .definition = "bca947a995d67dc2948acfa99fa4d419"},
     "Counters of the proxy.",
     {
-        value("proxy_sendcnt", u_int32, 0, "How often the proxy sent."),
-        value("proxy_rcvcnt",  u_int32, 0, "How often the proxy received."),
-        value("proxy_errcnt",  u_int32, 0, "How often the proxy met an error."),
+        value("proxy_sendcnt", u_int32, 0, "How often the proxy sent.", grows),
+        value("proxy_rcvcnt",  u_int32, 0, "How often the proxy received.", grows),
+        value("proxy_errcnt",  u_int32, 0, "How often the proxy met an error.", grows),
     }};
 static_assert(layout_is<proxy_stats, Manifest{.size = 24},
     Sizes{.used = 24, .slop = 8, .body = 32, .state = 3, .bound = 3}>());
@@ -104,17 +107,27 @@ inline constexpr Record global_info_data{
     {.luid = "ada2fe2ea98d67a58e917c6597cac985", .definition = "1a69bb704330b085f20220f145ee86c9"},
     "How many entries each table holds, and the counters of the proxy.",
     {
-        value ("num_inst",        u_int32,     0, "How many instances there are."),
-        value ("num_color",       u_int32,     0, "How many colours there are."),
-        value ("num_chan",        u_int32,     0, "How many channels there are."),
-        value ("num_chan_nb",     u_int32,     0, "How many neighbour channels there are."),
-        value ("num_sel_tc",      u_int32,     0, "How many traffic classes there are."),
-        value ("num_sel_flow",    u_int32,     0, "How many flows there are."),
-        value ("num_auto_tunnel", u_int32,     0, "How many auto tunnels there are."),
+        value ("num_inst",        u_int32,     0, "How many instances there are.",
+               column | count_of("fwe_cl_wayfind_inst_msg")),
+        value ("num_color",       u_int32,     0, "How many colours there are.",
+               column | count_of("fwe_cl_wayfind_color_msg")),
+        value ("num_chan",        u_int32,     0, "How many channels there are.",
+               column | count_of("fwe_cl_wayfind_channel_msg")),
+        value ("num_chan_nb",     u_int32,     0, "How many neighbour channels there are.",
+               column | count_of("fwe_cl_wayfind_nb_channel_msg")),
+        value ("num_sel_tc",      u_int32,     0, "How many traffic classes there are.",
+               column | count_of("fwe_cl_wayfind_select_tc_msg")),
+        value ("num_sel_flow",    u_int32,     0, "How many flows there are.",
+               column | count_of("fwe_cl_wayfind_select_flow_msg")),
+        value ("num_auto_tunnel", u_int32,     0, "How many auto tunnels there are.",
+               column | count_of("fwe_cl_wayfind_auto_tunnel_show")),
         object("proxy_stats",     proxy_stats, 0, "Counters of the proxy."),
-        value ("num_hop_chan",    u_int32,     1, "How many hop channels there are."),
-        value ("num_sel_flow_tc", u_int32,     1, "How many traffic classes are under flows."),
-        value ("num_enf_hop",     u_int32,     1, "How many enforced hops there are."),
+        value ("num_hop_chan",    u_int32,     1, "How many hop channels there are.",
+               column | count_of("fwe_cl_wayfind_hop_chan_msg")),
+        value ("num_sel_flow_tc", u_int32,     1, "How many traffic classes are under flows.",
+               column),
+        value ("num_enf_hop",     u_int32,     1, "How many enforced hops there are.",
+               column | count_of("fwe_cl_wayfind_enforce_hop_msg")),
     }};
 static_assert(layout_is<global_info_data, Manifest{.size = 88},
     Sizes{.used = 72, .slop = 32, .body = 88, .state = 11, .bound = 8},
@@ -125,10 +138,13 @@ inline constexpr Record global_state_data{
     {.luid = "9491f81a00b4fd68b507514bc359a130", .definition = "ad8e36089b9e1f3ae3f5309b8ffad70a"},
     "What a show of instances, colours and counts asks for, and how probes burst.",
     {
-        value("db_type",                    show_db_type_e, 0, "Table that the show is about."),
-        value("show_all",                   ork_boolean,    0, "Asks for every entry."),
-        value("show_detail",                ork_boolean,    0, "Asks for the detailed form."),
-        value("count",                      u_int32,        0, "How many entries there are."),
+        value("db_type",                    show_db_type_e, 0, "Table that the show is about.",
+              asked),
+        value("show_all",                   ork_boolean,    0, "Asks for every entry.", asked),
+        value("show_detail",                ork_boolean,    0, "Asks for the detailed form.",
+              asked),
+        value("count",                      u_int32,        0, "How many entries there are.",
+              entries),
         value("probe_burst",                u_int16,        1, "Probe burst."),
         value("probe_burst_interval",       u_int16,        1, "Interval of probe bursts."),
         value("quick_probe_burst",          u_int16,        1, "Quick probe burst."),
@@ -146,23 +162,23 @@ inline constexpr Record global_param_data{
     {.luid = "f4a13387a39ec4c67d257d469877f8a1", .definition = "3a3d3f5626a0f4066e6a7e0f1d6c72a5"},
     "Parameters of the device as a whole.",
     {
-        value("site_id",          u_int32,     0, "Own site, by identifier."),
+        value("site_id",          u_int32,     0, "Own site, by identifier.", column),
         value("unreach_time",     u_int32,     0, "Time until unreachable, in the sender's unit."),
         value("sample_period",    u_int32,     0, "Period of samples, in the sender's unit."),
         value("monitor_interval", u_int32,     0, "Interval of monitoring, in the sender's unit."),
         value("src_port",         u_int32,     0, "Source port; inst_st has 16 bits."),
         value("dst_port",         u_int32,     0, "Destination port; inst_st has 16 bits."),
-        value("region_id",        u_int32,     0, "Region, by identifier."),
-        value("tenant_id",        u_int32,     0, "Tenant, by identifier."),
-        value("device_id",        u_int32,     0, "Device, by identifier."),
+        value("region_id",        u_int32,     0, "Region, by identifier.", column),
+        value("tenant_id",        u_int32,     0, "Tenant, by identifier.", column),
+        value("device_id",        u_int32,     0, "Device, by identifier.", column),
         value("is_no_type",       ork_boolean, 0, "Role: none; the five are independent."),
         value("is_pxtr",          ork_boolean, 0, "Role: pxtr."),
         value("is_rtr",           ork_boolean, 0, "Role: rtr."),
         value("is_ntr",           ork_boolean, 0, "Role: ntr."),
         value("is_xtr",           ork_boolean, 0, "Role: xtr."),
         value("ageout_max_phase", u_int32,     0, "Highest phase of ageing."),
-        text ("create_ts_msec",   32,          0, "Creation time in ms, as text."),
-        text ("update_ts_msec",   32,          0, "Last update in ms, as text."),
+        text ("create_ts_msec",   32,          0, "Creation time in ms, as text.", stamp),
+        text ("update_ts_msec",   32,          0, "Last update in ms, as text.", stamp | column),
     }};
 static_assert(layout_is<global_param_data, Manifest{.size = 136},
     Sizes{.used = 136, .slop = 16, .body = 152, .state = 17, .bound = 17}>());
@@ -172,7 +188,7 @@ inline constexpr Record global_show_type_data{
     {.luid = "ee5bcf75c1ae9a5c9a40d3b942404ecc", .definition = "b52e630d04ebbedb3b774b00846d50bc"},
     "What a show of parameters and counts asks for.",
     {
-        value("db_type", show_global_type_e, 0, "Block that the show is about."),
+        value("db_type", show_global_type_e, 0, "Block that the show is about.", asked),
     }};
 static_assert(layout_is<global_show_type_data, Manifest{.size = 32},
     Sizes{.used = 32, .slop = 8, .body = 40, .state = 1, .bound = 1}>());
@@ -187,13 +203,15 @@ inline constexpr Message inst_msg{
     "fwe_cl_wayfind_inst_msg",
     {.luid = "af2686b7f81864d58fc24bc63c05e492", .definition = "e2b89cbc507084a3df001138a7939bf7"},
     "One instance.",
-    {&inst_data}};
+    {&inst_data},
+    key("inst.table_id")};
 
 inline constexpr Message color_msg{
     "fwe_cl_wayfind_color_msg",
     {.luid = "c5d3dc32bfaae97fe3de5b76c67ed802", .definition = "c68c24bf98c673463d8ab518be285bf3"},
     "One colour.",
-    {&color_data}};
+    {&color_data},
+    key("color.fwe_if_h")};
 
 inline constexpr Message global_info_msg{
     "fwe_cl_wayfind_global_info_msg",

@@ -26,14 +26,17 @@ inline constexpr Record intf_data{
     "How one interface stands: what is enabled on it, and its plr.",
     {
         value("fwe_if_h",            u_int32,          0, "Forwarding-engine interface handle."),
-        text ("if_name",             32,               0, "Name of the interface."),
-        value("sel_enabled",         u_int32,          0, "Nonzero when selection is on."),
-        value("ingress_smp_enabled", u_int32,          0, "Nonzero when smp is on for ingress."),
-        value("egress_smp_enabled",  u_int32,          0, "Nonzero when smp is on for egress."),
+        text ("if_name",             32,               0, "Name of the interface.", column),
+        value("sel_enabled",         u_int32,          0, "Nonzero when selection is on.", column),
+        value("ingress_smp_enabled", u_int32,          0, "Nonzero when smp is on for ingress.",
+              column),
+        value("egress_smp_enabled",  u_int32,          0, "Nonzero when smp is on for egress.",
+              column),
         value("zero_sla_type",       u_int8,           0, "Type of zero SLA."),
         value("zero_sla_dscp",       u_int8,           0, "DSCP of zero SLA."),
-        text ("color",               8,                0, "Name of the colour; color_st holds 20."),
-        value("plr_type",            intf_plr_state_e, 0, "State of plr on the interface."),
+        text ("color",               8,                0, "Name of the colour; color_st holds 20.",
+              column),
+        value("plr_type",            intf_plr_state_e, 0, "State of plr on the interface.", column),
     }};
 static_assert(layout_is<intf_data, Manifest{.size = 88},
     Sizes{.used = 88, .slop = 16, .body = 104, .state = 9, .bound = 9}>());
@@ -43,8 +46,9 @@ inline constexpr Record intf_sum{
     {.luid = "3a63956cd7e37a9e2416e98ceef4976c", .definition = "c3ebdcacb23d1dab1c1f30328eeed6ba"},
     "Which debug paths are on, over all interfaces.",
     {
-        value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the selection debug path is on."),
-        value("smp_dbg_path_enabled", u_int32, 0, "Nonzero when the smp debug path is on."),
+        value("sel_dbg_path_enabled", u_int32, 0, "Nonzero when the selection debug path is on.",
+              column),
+        value("smp_dbg_path_enabled", u_int32, 0, "Nonzero when the smp debug path is on.", column),
     }};
 static_assert(layout_is<intf_sum, Manifest{.size = 24},
     Sizes{.used = 20, .slop = 12, .body = 32, .state = 2, .bound = 2}>());
@@ -53,7 +57,8 @@ inline constexpr Message intf_data_msg{
     "fwe_cl_wayfind_intf_data_msg",
     {.luid = "0830917da510805efe1232a3dafb30d7", .definition = "23dd99063075ba121f2c06c522ae8d3a"},
     "One interface.",
-    {&intf_data}};
+    {&intf_data},
+    key("fwe_if_h")};
 
 inline constexpr Message intf_sum_msg{
     "fwe_cl_wayfind_intf_sum_msg",

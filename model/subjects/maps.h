@@ -15,8 +15,8 @@ inline constexpr Record pal_site_prefix_data{
     "From a prefix to its site, as the platform layer knows it.",
     {
         value ("table_id", u_int32,    0, "Routing table, by identifier."),
-        value ("site_id",  u_int32,    0, "Site identifier; an address in chan_st."),
-        value ("flags",    u_int32,    0, "Flag word; no bit has a name."),
+        value ("site_id",  u_int32,    0, "Site identifier; an address in chan_st.", column),
+        value ("flags",    u_int32,    0, "Flag word; no bit has a name.", column),
         object("pfx",      ip_address, 0, "The prefix."),
     }};
 static_assert(layout_is<pal_site_prefix_data, Manifest{.size = 72},
@@ -27,12 +27,12 @@ inline constexpr Record prefixtosite_stats_st{
     {.luid = "b8b3e68f725963c5c6d71ba3c9714b04", .definition = "bd9d967ef11e1e1a0d89c86406e1854d"},
     "Counters of one prefix, by way of its primary and of its backup site.",
     {
-        value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary."),
-        value("pri_send_packets",    u_int64, 0, "Packets that went by the primary."),
-        value("backup_send_bytes",   u_int64, 0, "Bytes that went by the backup."),
-        value("backup_send_packets", u_int64, 0, "Packets that went by the backup."),
-        value("total_send_bytes",    u_int64, 0, "Total bytes sent."),
-        value("total_send_packets",  u_int64, 0, "Total packets sent."),
+        value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary.", grows),
+        value("pri_send_packets",    u_int64, 0, "Packets that went by the primary.", grows),
+        value("backup_send_bytes",   u_int64, 0, "Bytes that went by the backup.", grows),
+        value("backup_send_packets", u_int64, 0, "Packets that went by the backup.", grows),
+        value("total_send_bytes",    u_int64, 0, "Total bytes sent.", grows),
+        value("total_send_packets",  u_int64, 0, "Total packets sent.", grows),
     }};
 static_assert(layout_is<prefixtosite_stats_st, Manifest{.size = 64},
     Sizes{.used = 64, .slop = 8, .body = 72, .state = 6, .bound = 6}>());
@@ -45,9 +45,9 @@ inline constexpr Record prefixtosite_data{
         object("pfx",            ip_address,            0, "The prefix."),
         value ("table_id",       u_int32,               0, "Routing table, by identifier."),
         value ("flags",          u_int32,               0, "Flag word; no bit has a name."),
-        value ("instance_id",    u_int32,               0, "Instance, by identifier."),
-        value ("pri_site_id",    u_int32,               0, "Primary site, by identifier."),
-        value ("backup_site_id", u_int32,               0, "Backup site, by identifier."),
+        value ("instance_id",    u_int32,               0, "Instance, by identifier.", column),
+        value ("pri_site_id",    u_int32,               0, "Primary site, by identifier.", column),
+        value ("backup_site_id", u_int32,               0, "Backup site, by identifier.", column),
         object("stats",          prefixtosite_stats_st, 0, "Counters of the prefix."),
     }};
 static_assert(layout_is<prefixtosite_data, Manifest{.size = 160},
@@ -58,12 +58,12 @@ inline constexpr Record sitetohop_stats_st{
     {.luid = "400addd989ff15c04b7a77e4c8b86053", .definition = "3823ace25ec0d8fb01d8f530f18a87d7"},
     "Counters of one site, by its primary and backup hop; no prefixtosite_stats_st.",
     {
-        value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary."),
-        value("pri_send_packets",    u_int64, 0, "Packets that went by the primary."),
-        value("backup_send_bytes",   u_int64, 0, "Bytes that went by the backup."),
-        value("backup_send_packets", u_int64, 0, "Packets that went by the backup."),
-        value("total_send_bytes",    u_int64, 0, "Total bytes sent."),
-        value("total_send_packets",  u_int64, 0, "Total packets sent."),
+        value("pri_send_bytes",      u_int64, 0, "Bytes that went by the primary.", grows),
+        value("pri_send_packets",    u_int64, 0, "Packets that went by the primary.", grows),
+        value("backup_send_bytes",   u_int64, 0, "Bytes that went by the backup.", grows),
+        value("backup_send_packets", u_int64, 0, "Packets that went by the backup.", grows),
+        value("total_send_bytes",    u_int64, 0, "Total bytes sent.", grows),
+        value("total_send_packets",  u_int64, 0, "Total packets sent.", grows),
     }};
 static_assert(layout_is<sitetohop_stats_st, Manifest{.size = 64},
     Sizes{.used = 64, .slop = 8, .body = 72, .state = 6, .bound = 6}>());
@@ -75,8 +75,8 @@ inline constexpr Record sitetohop_data{
     {
         value ("site_id",       u_int32,            0, "Site identifier; an address in chan_st."),
         value ("flags",         u_int32,            0, "Flag word; no bit has a name."),
-        value ("pri_hop_id",    u_int32,            0, "Primary hop, by identifier."),
-        value ("backup_hop_id", u_int32,            0, "Backup hop, by identifier."),
+        value ("pri_hop_id",    u_int32,            0, "Primary hop, by identifier.", column),
+        value ("backup_hop_id", u_int32,            0, "Backup hop, by identifier.", column),
         object("stats",         sitetohop_stats_st, 0, "Counters of the site."),
     }};
 static_assert(layout_is<sitetohop_data, Manifest{.size = 104},
@@ -89,11 +89,11 @@ inline constexpr Record enforce_hop{
     {
         value("hop_id",         u_int32,   0, "The hop, by identifier."),
         value("inst_id",        u_int32,   0, "Instance, by identifier."),
-        value("linktype",       link_type, 0, "Type of the link."),
-        value("adj_id",         u_int32,   0, "Adjacency, by identifier."),
+        value("linktype",       link_type, 0, "Type of the link.", column),
+        value("adj_id",         u_int32,   0, "Adjacency, by identifier.", column),
         value("sa_id",          u_int32,   0, "The sa, by identifier; not interpreted."),
-        text ("create_ts_msec", 32,        1, "Creation time in ms, as text."),
-        text ("update_ts_msec", 32,        1, "Last update in ms, as text."),
+        text ("create_ts_msec", 32,        1, "Creation time in ms, as text.", stamp),
+        text ("update_ts_msec", 32,        1, "Last update in ms, as text.", stamp | column),
     }};
 static_assert(layout_is<enforce_hop, Manifest{.size = 112},
     Sizes{.used = 48, .slop = 80, .body = 56, .state = 5, .bound = 5},
@@ -107,7 +107,7 @@ inline constexpr Record multi_nh_map{
         value ("vrf_id",          u_int32,    0, "VRF, by identifier."),
         object("remote_endpoint", ip_address, 0, "Remote end point, by address."),
         object("remote_ip",       ip_address, 0, "Remote side, by IP address."),
-        value ("tag",             u_int16,    0, "Tag; 0 is a tag like any other."),
+        value ("tag",             u_int16,    0, "Tag; 0 is a tag like any other.", column),
     }};
 static_assert(layout_is<multi_nh_map, Manifest{.size = 120},
     Sizes{.used = 114, .slop = 22, .body = 136, .state = 4, .bound = 4}>());
@@ -119,7 +119,7 @@ inline constexpr Record dcid_siteip_map{
     {
         value ("vrf_id",  u_int32,    0, "VRF, by identifier."),
         value ("dc_id",   u_int8,     0, "The dcid; 0 is a dcid like any other."),
-        object("site_ip", ip_address, 0, "Site, by address."),
+        object("site_ip", ip_address, 0, "Site, by address.", column),
     }};
 static_assert(layout_is<dcid_siteip_map, Manifest{.size = 72},
     Sizes{.used = 72, .slop = 16, .body = 88, .state = 3, .bound = 3}>());
@@ -128,37 +128,43 @@ inline constexpr Message pal_site_prefix_msg{
     "fwe_pal_wayfind_site_prefix_msg",
     {.luid = "8163e8975dd691b9f7b82f91d23869c7", .definition = "8ca819adb0cb73b63647ead4865398d5"},
     "The site of a prefix, from the platform layer.",
-    {&pal_site_prefix_data}};
+    {&pal_site_prefix_data},
+    key("table_id", "pfx")};
 
 inline constexpr Message prefixtosite_msg{
     "fwe_cl_wayfind_prefixtosite_msg",
     {.luid = "b67c437b85f16ea0d0502d7b13394e88", .definition = "fc254143f9927dcb9f8ad53fe06eea0a"},
     "The sites of one prefix, from the client layer.",
-    {&prefixtosite_data}};
+    {&prefixtosite_data},
+    key("table_id", "pfx")};
 
 inline constexpr Message sitetohop_msg{
     "fwe_cl_wayfind_sitetohop_msg",
     {.luid = "d1b59668de413522d96fa338fffa4ca2", .definition = "f35e905534e7e29e59ecb22e5a13ac97"},
     "The hops of one site.",
-    {&sitetohop_data}};
+    {&sitetohop_data},
+    key("site_id")};
 
 inline constexpr Message enforce_hop_msg{
     "fwe_cl_wayfind_enforce_hop_msg",
     {.luid = "a563984a1aa84bb7a950f92710461479", .definition = "cc6fb7b58158c9bd1983af9b9e7ad024"},
     "One enforced hop.",
-    {&enforce_hop}};
+    {&enforce_hop},
+    key("hop_id", "inst_id")};
 
 inline constexpr Message multi_nh_map_msg{
     "fwe_cl_wayfind_multi_nh_map_msg",
     {.luid = "cefbd67a3d1715a7569c58715004cbe5", .definition = "d11236e28073e1e76cc2e15e119ab0b2"},
     "One next hop of a remote end point.",
-    {&multi_nh_map}};
+    {&multi_nh_map},
+    key("vrf_id", "remote_endpoint", "remote_ip")};
 
 inline constexpr Message dcid_siteip_map_msg{
     "fwe_cl_wayfind_dcid_siteip_map_msg",
     {.luid = "80ddab35407f8e2e8e5c6d8013a60c7f", .definition = "79a461a4c3c6d9df896a0c5599c4732c"},
     "The site address of one dcid.",
-    {&dcid_siteip_map}};
+    {&dcid_siteip_map},
+    key("vrf_id", "dc_id")};
 
 inline constexpr Bundle show_site_prefix{
     "fwe_pal_wayfind_show_site_prefix_response",

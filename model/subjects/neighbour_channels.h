@@ -26,9 +26,9 @@ inline constexpr Record chan_nb_st{
     "A channel as it is seen towards a neighbour.",
     {
         value("chan_id",  u_int32,         0, "The channel, by identifier."),
-        value("state",    chan_nb_state_e, 0, "Whether the neighbour channel is up."),
-        value("tx_state", chan_tx_state_e, 0, "State of the transmit side."),
-        value("vrf_id",   u_int32,         0, "VRF, by identifier."),
+        value("state",    chan_nb_state_e, 0, "Whether the neighbour channel is up.", column),
+        value("tx_state", chan_tx_state_e, 0, "State of the transmit side.", column),
+        value("vrf_id",   u_int32,         0, "VRF, by identifier.", column),
     }};
 static_assert(layout_is<chan_nb_st, Manifest{.size = 56},
     Sizes{.used = 52, .slop = 12, .body = 64, .state = 4, .bound = 4}>());
@@ -49,10 +49,10 @@ inline constexpr Record nb_channel_state_data{
     {.luid = "f7f883a6a3551dc4775d0cb8075a4785", .definition = "9091dc0c77ed8d44798937846f100276"},
     "What a show of neighbour channels asks for, and how many there are.",
     {
-        value("show_all",        ork_boolean, 0, "Asks for every entry."),
-        value("show_detail",     ork_boolean, 0, "Asks for the detailed form."),
-        value("num_nb_channels", u_int32,     0, "How many neighbour channels there are."),
-        value("new_walk",        ork_boolean, 0, "Asks for a new walk, not the last one."),
+        value("show_all",        ork_boolean, 0, "Asks for every entry.", asked),
+        value("show_detail",     ork_boolean, 0, "Asks for the detailed form.", asked),
+        value("num_nb_channels", u_int32,     0, "How many neighbour channels there are.", entries),
+        value("new_walk",        ork_boolean, 0, "Asks for a new walk, not the last one.", asked),
     }};
 static_assert(layout_is<nb_channel_state_data, Manifest{.size = 32},
     Sizes{.used = 28, .slop = 12, .body = 40, .state = 4, .bound = 4}>());
@@ -61,7 +61,8 @@ inline constexpr Message nb_channel_msg{
     "fwe_cl_wayfind_nb_channel_msg",
     {.luid = "862a0bca19501da355fc722ffbefe4b8", .definition = "e4341023abecc384e289772369b356c4"},
     "One neighbour channel.",
-    {&nb_channel_data}};
+    {&nb_channel_data},
+    key("chan_nb.chan_id")};
 
 inline constexpr Message nb_channel_state_msg{
     "fwe_cl_wayfind_nb_channel_state_msg",

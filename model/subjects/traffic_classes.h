@@ -40,8 +40,8 @@ inline constexpr Record select_tc_stats_st{
     {.luid = "2270e9173e5fb6aa3139df7bdbe94216", .definition = "3c1fb820bfc6a27b1f808d9e34a36865"},
     "Counters of one traffic class.",
     {
-        value("send_bytes",   u_int64, 0, "Bytes that went out."),
-        value("send_packets", u_int64, 0, "Packets that went out."),
+        value("send_bytes",   u_int64, 0, "Bytes that went out.", grows),
+        value("send_packets", u_int64, 0, "Packets that went out.", grows),
     }};
 static_assert(layout_is<select_tc_stats_st, Manifest{.size = 32},
     Sizes{.used = 32, .slop = 8, .body = 40, .state = 2, .bound = 2}>());
@@ -57,7 +57,7 @@ inline constexpr Record select_tc_ageout_st{
         value("ageout_nr",             u_int32, 0, "Count of ageing."),
         value("fwe_ageout_phase_init", u_int32, 0, "Phase at its start on the forwarding engine."),
         value("fwe_ageout_phase_last", u_int32, 0, "Last phase on the forwarding engine."),
-        value("fwe_ageout_times",      u_int32, 0, "Times aged on the forwarding engine."),
+        value("fwe_ageout_times",      u_int32, 0, "Times aged on the forwarding engine.", grows),
     }};
 static_assert(layout_is<select_tc_ageout_st, Manifest{.size = 40},
     Sizes{.used = 40, .slop = 8, .body = 48, .state = 7, .bound = 7}>());
@@ -82,8 +82,10 @@ inline constexpr Record select_loadbalance_channel_st{
         value ("chan_id",     u_int32,                       0, "The channel, by identifier."),
         value ("weight",      u_int16,                       0, "Share of the load, as a weight."),
         value ("dscp",        u_int8,                        0, "DSCP; chan_st has it in 32 bits."),
-        value ("fwd_bytes",   u_int64,                       0, "Bytes that were forwarded."),
-        value ("fwd_packets", u_int64,                       0, "Packets that were forwarded."),
+        value ("fwd_bytes",   u_int64,                       0, "Bytes that were forwarded.",
+               grows),
+        value ("fwd_packets", u_int64,                       0, "Packets that were forwarded.",
+               grows),
         object("path",        sel_lb_path_st,                0, "Identifier per hop."),
         value ("hops_cnt",    u_int8,                        0, "Hops; not tied to the arrays."),
         value ("ext_int_id",  u_int8,                        0, "External interface identifier."),
@@ -101,7 +103,8 @@ inline constexpr Record select_tc_lb_channels_st{
     {.luid = "a398aa8db01182acd6411dfcff9e1f31", .definition = "12a825669707df489d341c7484548f3f"},
     "The channels over which a load is balanced.",
     {
-        counter     ("num_channels", u_int32,                       0, "Elements of channels."),
+        counter     ("num_channels", u_int32,                       0, "Elements of channels.",
+                     column),
         record_array("channels",     select_loadbalance_channel_st, 0, "Channels with weights."),
     }};
 static_assert(layout_is<select_tc_lb_channels_st, Manifest{.size = 24},
@@ -113,24 +116,29 @@ inline constexpr Record select_tc_data{
     "One traffic class: what classifies it, and the channels that its load is balanced over.",
     {
         value ("tc_id",            u_int32,                  0, "Traffic class, by identifier."),
-        value ("table_id",         u_int32,                  0, "Routing table, by identifier."),
+        value ("table_id",         u_int32,                  0, "Routing table, by identifier.",
+               column),
         value ("instance_id",      u_int32,                  0, "Instance, by identifier."),
         value ("spi",              u_int32,                  0, "The spi; not interpreted."),
         value ("svc_index",        u_int32,                  0, "Index of the service."),
-        object("src_prefix",       ip_address,               0, "Source prefix."),
-        object("dst_prefix",       ip_address,               0, "Destination prefix."),
-        value ("tc_type",          select_tc_type_e,         0, "What classifies the traffic."),
+        object("src_prefix",       ip_address,               0, "Source prefix.", column),
+        object("dst_prefix",       ip_address,               0, "Destination prefix.", column),
+        value ("tc_type",          select_tc_type_e,         0, "What classifies the traffic.",
+               column),
         value ("appid",            u_int32,                  0, "Application, by identifier."),
-        value ("dscp",             u_int8,                   0, "DSCP; chan_st has it in 32 bits."),
+        value ("dscp",             u_int8,                   0, "DSCP; chan_st has it in 32 bits.",
+               column),
         object("stats",            select_tc_stats_st,       0, "Counters of the traffic class."),
         object("ageout",           select_tc_ageout_st,      0, "Ageing of the traffic class."),
         object("primary_channels", select_tc_lb_channels_st, 0, "Primary channels; may be empty."),
         object("backup_channels",  select_tc_lb_channels_st, 0, "Backup channels; may be empty."),
         value ("flags",            u_int32,                  0, "Flag word; no bit has a name."),
         value ("epoch",            u_int16,                  0, "Epoch; channel_data has 32 bits."),
-        value ("tc_ui_status",     select_tc_ui_status_e,    1, "Status for display."),
-        text  ("create_ts_msec",   32,                       1, "Creation time in ms, as text."),
-        text  ("update_ts_msec",   32,                       1, "Last update in ms, as text."),
+        value ("tc_ui_status",     select_tc_ui_status_e,    1, "Status for display.", column),
+        text  ("create_ts_msec",   32,                       1, "Creation time in ms, as text.",
+               stamp),
+        text  ("update_ts_msec",   32,                       1, "Last update in ms, as text.",
+               stamp | column),
     }};
 static_assert(layout_is<select_tc_data, Manifest{.size = 392},
     Sizes{.used = 310, .slop = 98, .body = 328, .state = 72, .bound = 16},
@@ -140,7 +148,8 @@ inline constexpr Message select_tc_msg{
     "fwe_cl_wayfind_select_tc_msg",
     {.luid = "3f84fb53ac6c878894f64a37558d4db0", .definition = "68be94fa0fc7917410069783d5ee5245"},
     "One traffic class.",
-    {&select_tc_data}};
+    {&select_tc_data},
+    key("tc_id")};
 
 // Both shows stand here, where all their messages are known: that of selection carries flows
 // besides traffic classes.

@@ -16,9 +16,10 @@ const char* comma(unsigned index, unsigned count) { return index + 1 < count ? "
 void print_field(const wayfind_field& field) {
   std::printf(
       "{\"name\":\"%s\",\"class\":\"%s\",\"kind\":\"%s\",\"type\":\"%s\",\"variant\":%u,\"width\":%"
-      "u}",
+      "u,\"roles\":%u,\"counted\":\"%s\"}",
       field.name, classes[field.cls], kinds[field.kind],
-      field.type_name != nullptr ? field.type_name : "", field.variant, field.width);
+      field.type_name != nullptr ? field.type_name : "", field.variant, field.width, field.roles,
+      field.counted != nullptr ? field.counted->name : "");
 }
 
 void print_record(const wayfind_record& record) {
@@ -42,6 +43,9 @@ void print_message(const wayfind_message& message) {
   std::printf("\"%s\":{\"luid\":\"%s\",\"records\":[", message.name, message.luid_text);
   for (unsigned i = 0; i < message.record_count; ++i)
     std::printf("\"%s\"%s", message.records[i]->name, comma(i, message.record_count));
+  std::printf("],\"key\":[");
+  for (unsigned i = 0; i < message.key_count; ++i)
+    std::printf("\"%s\"%s", message.key[i], comma(i, message.key_count));
   std::printf("]}");
 }
 

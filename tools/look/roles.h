@@ -10,11 +10,11 @@ namespace look {
 
 // Of a field; it may have several.
 enum Role : uint8_t {
-  counter_role = 1,  // counts events and only grows: its rate tells something
-  stamp_role = 2,    // when something happened
-  column_role = 4,   // stands in a table unless other columns are asked for
-  request_role = 8,  // what was asked for
-  count_role = 16  // how many messages there are: of `counted`, or of those that repeat in the show
+  counter_role = WAYFIND_GROWS,
+  stamp_role = WAYFIND_STAMP,
+  column_role = WAYFIND_COLUMN,
+  request_role = WAYFIND_ASKED,
+  count_role = WAYFIND_ENTRIES
 };
 
 struct FieldRoles {
@@ -30,5 +30,8 @@ class Roles {
   // The paths that tell one message from the others of its type; empty when nothing does.
   virtual std::span<const char* const> key(const wayfind_message& message) const = 0;
 };
+
+// Those that the tables tell.
+const Roles& roles_of_tables();
 
 }  // namespace look

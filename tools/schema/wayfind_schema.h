@@ -39,6 +39,16 @@ enum wayfind_kind {
   WAYFIND_RECORD
 };
 
+/* What a field is there for; several may stand together. */
+enum wayfind_role {
+  WAYFIND_GROWS = 1,   /* counts events: how fast it grows tells something */
+  WAYFIND_STAMP = 2,   /* when something happened */
+  WAYFIND_COLUMN = 4,  /* stands in a table unless other columns are asked for */
+  WAYFIND_ASKED = 8,   /* what a show asked for */
+  WAYFIND_ENTRIES = 16 /* how many messages there are: of `counted`, or without one of all that
+                          repeat in the show */
+};
+
 /* An exported function, by what stands behind the name of its type or field ("_create",
    "_get_value"). Cast the address to its prototype. */
 struct wayfind_function {
@@ -48,6 +58,7 @@ struct wayfind_function {
 
 struct wayfind_record;
 struct wayfind_small_type;
+struct wayfind_message;
 
 struct wayfind_field {
   const char* name;
@@ -62,6 +73,8 @@ struct wayfind_field {
   uint16_t nested;       /* the state block of an embedded record */
   const struct wayfind_record* record;   /* embedded or element, else null */
   const struct wayfind_small_type* type; /* enum or flag set, else null */
+  uint8_t roles;                         /* of enum wayfind_role, one bit each */
+  const struct wayfind_message* counted; /* what it counts, else null */
   const struct wayfind_function* functions;
 };
 
@@ -110,6 +123,8 @@ struct wayfind_message {
   uint8_t record_count;
   const struct wayfind_record* records[2]; /* in wire order */
   uint32_t call_site_tag;                  /* of the first record; a second has the next */
+  uint8_t key_count;
+  const char* key[3]; /* paths to what tells one from the others of its type */
   const struct wayfind_function* functions;
 };
 

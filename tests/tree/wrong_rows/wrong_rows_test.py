@@ -115,13 +115,13 @@ ROWS = [
     ),
     (
         "a_record_that_holds_itself",
-        'value("altitude", u_int32, 0, "A value."),',
+        'value("altitude", u_int32, 0, "A value.", column | count_of("trail_msg")),',
         'object("self", camp_st, 0, "A record."),',
         "a record does not hold itself", "camp_st", "self",
     ),
     (
         "a_record_without_fields",
-        'value("altitude", u_int32, 0, "A value."),',
+        'value("altitude", u_int32, 0, "A value.", column | count_of("trail_msg")),',
         "",
         "a record has a field", "camp_st", "",
     ),
@@ -175,9 +175,63 @@ ROWS = [
     ),
     (
         "a_message_that_carries_a_record_twice",
-        "{&trail_st, &stages_st}};",
-        "{&trail_st, &trail_st}};",
+        "{&trail_st, &stages_st},",
+        "{&trail_st, &trail_st},",
         "a message carries a record once", "trail_msg", "trail_st",
+    ),
+    (
+        "a_message_that_repeats_without_a_key",
+        "    {&stages_st},\n    no_key};",
+        "    {&stages_st}};",
+        "a message that repeats in a bundle has a key, or says no_key", "trail_response", "stages_msg",
+    ),
+    (
+        "a_key_of_a_field_that_is_not_there",
+        'key("camp.altitude", "name")',
+        'key("camp.altitud", "name")',
+        "a path of a key leads to a value, a text or an address in a record of its message", "trail_msg", "camp.altitud",
+    ),
+    (
+        "a_key_of_a_whole_record",
+        'key("camp.altitude", "name")',
+        'key("name", "camp")',
+        "a path of a key leads to a value, a text or an address in a record of its message", "trail_msg", "camp",
+    ),
+    (
+        "a_key_that_leads_into_an_array",
+        'key("camp.altitude", "name")',
+        'key("stages.altitude")',
+        "a path of a key leads to a value, a text or an address in a record of its message", "trail_msg", "stages.altitude",
+    ),
+    (
+        "a_key_that_goes_on_behind_a_value",
+        'key("camp.altitude", "name")',
+        'key("camp.altitude.metres")',
+        "a path of a key leads to a value, a text or an address in a record of its message", "trail_msg", "camp.altitude.metres",
+    ),
+    (
+        "a_count_of_what_is_no_message",
+        'count_of("trail_msg")',
+        'count_of("trail_st")',
+        "what a field counts is a message that model/order.h lists", "camp_st", "altitude",
+    ),
+    (
+        "a_count_in_a_record_that_no_message_carries",
+        "{&camp_st},",
+        "{&stages_st},",
+        "a field that tells how many messages there are stands in a record that a message carries", "camp_st", "altitude",
+    ),
+    (
+        "a_count_of_u_int64",
+        'value("length", u_int64, 0, "A value.", grows)',
+        'value("length", u_int64, 0, "A value.", entries)',
+        "a field that tells how many messages there are is a value of u_int32", "trail_st", "length",
+    ),
+    (
+        "a_text_that_grows",
+        'text("name", 12, 1, "A text."),',
+        'text("name", 12, 1, "A text.", grows),',
+        "a field that grows is a value of u_int8, u_int16, u_int32 or u_int64", "trail_st", "name",
     ),
     (
         "a_member_of_a_bundle_that_is_a_record",
@@ -187,8 +241,8 @@ ROWS = [
     ),
     (
         "a_member_of_a_bundle_that_is_not_listed",
-        "{&trail_msg, &camp_msg}",
-        "{&trail_msg}",
+        "{&trail_msg, &camp_msg, &stages_msg}",
+        "{&trail_msg, &stages_msg}",
         "a member of a bundle is listed in model/order.h", "trail_response", "camp_msg",
     ),
     (
