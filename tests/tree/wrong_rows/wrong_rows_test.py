@@ -242,8 +242,8 @@ ROWS = [
     (
         "a_member_of_a_bundle_that_is_not_listed",
         "{&trail_msg, &camp_msg, &stages_msg}",
-        "{&trail_msg, &stages_msg}",
-        "a member of a bundle is listed in model/order.h", "trail_response", "camp_msg",
+        "{&trail_msg, &camp_msg}",
+        "a member of a bundle is listed in model/order.h", "trail_response", "stages_msg",
     ),
     (
         "a_member_that_stands_twice_in_its_bundle",
