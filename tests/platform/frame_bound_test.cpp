@@ -5,19 +5,19 @@
 #include <map>
 #include <set>
 
-#include "tests/behaviour/encoders_values.h"
+#include "behaviour/encoders/values.h"
 
 namespace {
 
-using forms::Bytes;
-using forms::TypeList;
+using encoders::Bytes;
+using encoders::TypeList;
 
 constexpr size_t frame_minimum = 43;
 
 // The exported function of a message.
 template <class Prototype>
 Prototype* of(const wayfind_message& message, const char* suffix) {
-  return forms::find<Prototype>(message.functions, suffix);
+  return encoders::find<Prototype>(message.functions, suffix);
 }
 
 // ---- Reading ----------------------------------------------------------------
@@ -63,7 +63,7 @@ class Reader {
     EXPECT_EQ(outcome.err, 0u);
     Bytes readable = frame;
     readable.push_back(0);
-    ork_dispatch(dispatcher_, handle, forms::instance, const_cast<Reader*>(this), readable.data(),
+    ork_dispatch(dispatcher_, handle, encoders::instance, const_cast<Reader*>(this), readable.data(),
                  static_cast<uint32_t>(frame.size()), &outcome.err);
     ork_memory_report report;
     ork_handle_destroy(handle, &report);
@@ -98,21 +98,21 @@ struct Writer {
 };
 
 // Gives every array of records that many elements at once, or as many as its counter can tell.
-void grow(const forms::Handle& handle, const wayfind_record& record, void* object,
+void grow(const encoders::Handle& handle, const wayfind_record& record, void* object,
           uint32_t elements) {
   uint32_t err = 0;
   for (unsigned i = 0; i < record.field_count; ++i) {
     const wayfind_field& field = record.fields[i];
     if (field.cls == WAYFIND_OBJECT && field.record != nullptr) {
       grow(handle, *field.record,
-           forms::find<void*(ork_handle*, uint32_t, void*, uint32_t*)>(field.functions, "_get")(
-               handle, forms::instance, object, &err),
+           encoders::find<void*(ork_handle*, uint32_t, void*, uint32_t*)>(field.functions, "_get")(
+               handle, encoders::instance, object, &err),
            elements);
     } else if (field.cls == WAYFIND_RECORD_ARRAY) {
       const uint32_t most = record.fields[i - 1].width == 1 ? 255 : elements;
-      const forms::Object element(handle, forms::calls_of(field.record->name));
-      forms::find<void(ork_handle*, uint32_t, void*, uint32_t, void*, uint32_t*)>(
-          field.functions, "_set")(handle, forms::instance, object, std::min(elements, most) - 1,
+      const encoders::Object element(handle, encoders::calls_of(field.record->name));
+      encoders::find<void(ork_handle*, uint32_t, void*, uint32_t, void*, uint32_t*)>(
+          field.functions, "_set")(handle, encoders::instance, object, std::min(elements, most) - 1,
                                    element.get(), &err);
     }
   }
@@ -121,18 +121,18 @@ void grow(const forms::Handle& handle, const wayfind_record& record, void* objec
 
 // The frame of a filled message.
 Bytes written(const wayfind_message& message, const Writer& how) {
-  const forms::Handle handle(
-      forms::Handle::Options{.tracking = how.tracking, .release = how.release});
-  void* object = of<void*(ork_handle*, uint32_t)>(message, "_create")(handle, forms::instance);
+  const encoders::Handle handle(
+      encoders::Handle::Options{.tracking = how.tracking, .release = how.release});
+  void* object = of<void*(ork_handle*, uint32_t)>(message, "_create")(handle, encoders::instance);
   for (unsigned i = 0; i < message.record_count; ++i) {
     uint32_t err = 0;
     void* record = of<void*(ork_handle*, uint32_t, void*, uint32_t*)>(
         message, (std::string("_") + message.records[i]->name + "_get").c_str())(
-        handle, forms::instance, object, &err);
+        handle, encoders::instance, object, &err);
     if (how.fresh_elements) {
       grow(handle, *message.records[i], record, how.elements);
     } else {
-      forms::Filler filler(handle, how.elements);
+      encoders::Filler filler(handle, how.elements);
       filler.fill(*message.records[i], record, message.records[i]->name);
       err |= filler.err;
     }
@@ -142,14 +142,14 @@ Bytes written(const wayfind_message& message, const Writer& how) {
     handle.set_peer(how.peer);
   }
   Bytes frame(of<uint32_t(ork_handle*, uint32_t, const void*)>(message, "_len")(
-                  handle, forms::instance, object) +
+                  handle, encoders::instance, object) +
               1);
   uint32_t err = 0;
   frame.resize(of<uint32_t(ork_handle*, uint32_t, uint8_t*, void*, int32_t, uint32_t*)>(
-      message, "_marshal")(handle, forms::instance, frame.data(), object,
+      message, "_marshal")(handle, encoders::instance, frame.data(), object,
                            static_cast<int32_t>(frame.size()) - 1, &err));
   EXPECT_EQ(err, 0u);
-  of<void(ork_handle*, uint32_t, void*)>(message, "_destroy")(handle, forms::instance, object);
+  of<void(ork_handle*, uint32_t, void*)>(message, "_destroy")(handle, encoders::instance, object);
   return frame;
 }
 
@@ -207,13 +207,13 @@ class FrameBound : public testing::TestWithParam<const wayfind_message*> {
 
 TEST_P(FrameBound, every_release_is_read_by_every_release) {
   for (unsigned theirs = 0; theirs < 4; ++theirs) {
-    const TypeList written_by = forms::release_list(theirs);
+    const TypeList written_by = encoders::release_list(theirs);
     for (const ork_tracking writer : both) {
       for (const uint32_t elements : {0, 1, 3}) {
         const Bytes frame = written(
             message, {.tracking = writer, .release = written_by.get(), .elements = elements});
         for (unsigned ours = 0; ours < 4; ++ours) {
-          const TypeList release = forms::release_list(ours);
+          const TypeList release = encoders::release_list(ours);
           expect_accepted(frame, release.get(),
                           "release " + std::to_string(theirs) + " to " + std::to_string(ours));
         }
@@ -237,7 +237,7 @@ TEST_P(FrameBound, long_arrays_are_read) {
 // The peer does not know the elements' type, so each is an image of six bytes.
 TEST_P(FrameBound, elements_of_negative_variant_are_read) {
   for (const wayfind_record* element : element_records(message)) {
-    const TypeList peer = forms::release_list(9, element->name, -1);
+    const TypeList peer = encoders::release_list(9, element->name, -1);
     for (const ork_tracking writer : both) {
       const auto expect = [&](uint32_t elements, bool fresh) {
         const Bytes frame = written(message, {.tracking = writer,

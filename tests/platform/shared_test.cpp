@@ -301,8 +301,8 @@ TEST_F(Shared, storage_whose_lock_died_says_so_in_every_process) {
     EXPECT_EQ(report.live_blocks, 0u) << "unknown";
     EXPECT_EQ(handle->alloc_fn(handle->mem_pool, 0, 100), nullptr);
   }
-  const forms::Calls& calls = forms::calls_of("fwe_cl_wayfind_mem_st");
-  EXPECT_EQ(calls.create(handle, forms::instance), nullptr);
+  const encoders::Calls& calls = encoders::calls_of("fwe_cl_wayfind_mem_st");
+  EXPECT_EQ(calls.create(handle, encoders::instance), nullptr);
 }
 
 TEST_F(Shared, full_storage_is_not_broken) {
