@@ -106,10 +106,10 @@ def build():
 
 def program(name, source, *options):
     """One of this tree's sources, compiled against the grown library."""
-    libraries = OUT / "model", OUT / "platform"
+    libraries = OUT / "lib", OUT / "model"
     run(CXX_COMPILER, "-std=c++20", "-Wall", "-Wextra", "-Werror", f"-I{COPY}", f"-I{COPY}/include", f"-I{OUT}/generated/include",
         ROOT / source, "-o", BUILD / name, *[f"-L{folder}" for folder in libraries], *options, "-lfwe_ui_wayfind", "-lorklib",
-        "-Wl,-rpath," + ":".join(map(str, libraries)), f"-Wl,-rpath-link,{OUT / 'platform'}")
+        f"-Wl,-rpath,{OUT / 'lib'}")
     return BUILD / name
 
 
@@ -147,7 +147,7 @@ class Growth(unittest.TestCase):
 
     def test_the_ledger_of_definitions_takes_one_row_for_each(self):
         schema_json = program("schema_json", "tests/abi/schema_json.cpp", "-lwayfind_schema")
-        types = list(definitions.built_types(OUT / "model/libfwe_ui_wayfind.so", schema_json))
+        types = list(definitions.built_types(OUT / "lib/libfwe_ui_wayfind.so", schema_json))
         ledger = definitions.read_ledger()
         self.assertEqual(list(definitions.refusals(ledger, types)), [])
         field = next(type_ for type_ in types if type_.name == "fwe_cl_wayfind_hop_chan_data")
