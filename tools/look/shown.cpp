@@ -5,6 +5,8 @@
 #include <charconv>
 #include <vector>
 
+#include "tools/common/printable.h"
+
 namespace look {
 namespace {
 
@@ -43,7 +45,7 @@ void put_shown(std::string& out, ork_handle* handle, const Value& value) {
   const uint32_t length = null_string_print(handle, ORK_NO_INSTANCE, line.data(), 0, "",
                                             chars.data(), static_cast<int32_t>(line.size()),
                                             static_cast<uint32_t>(chars.size()), &err);
-  out += value_in({line.data(), length});
+  out += wayfind::printable(value_in({line.data(), length}));
 }
 
 }  // namespace look

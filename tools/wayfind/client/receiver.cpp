@@ -39,9 +39,9 @@ std::string reason_of(uint32_t err) {
 
 }  // namespace
 
-Receiver::Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer,
+Receiver::Receiver(ork_handle* handle, const Subject& subject, ShowOutput& output,
                    Recorder& recorder)
-    : handle_(handle), subject_(subject), printer_(printer), recorder_(recorder) {
+    : handle_(handle), subject_(subject), output_(output), recorder_(recorder) {
   uint32_t err = 0;
   dispatcher_.reset(ork_dispatcher_create(&err));
   expect_done(err, "no dispatcher");
@@ -105,7 +105,7 @@ std::string Receiver::described(std::span<const uint8_t> frame) const {
 void Receiver::on_commit(ork_handle*, uint32_t, void* ctx, uint32_t* err) {
   auto& receiver = *static_cast<Receiver*>(ctx);
   try {
-    receiver.print_bundle();
+    receiver.give_bundle();
     receiver.committed_ = true;
   } catch (...) {
     receiver.failure_ = std::current_exception();
@@ -113,20 +113,20 @@ void Receiver::on_commit(ork_handle*, uint32_t, void* ctx, uint32_t* err) {
   }
 }
 
-void Receiver::print_bundle() {
+void Receiver::give_bundle() {
   const std::string name = orklib_in_dispatch_message_info(handle_, nullptr)->name;
   if (name != subject_.bundle->name)
     throw Failure("the agent answers with " + name + " instead of " + subject_.bundle->name);
   check_members();
-  printer_.open(name);
+  std::vector<look::Message> shown;
   for (const ork_bundle_member* member = nullptr;
        (member = ork_bundle_next(handle_, member)) != nullptr;)
-    printer_.print(type_of(*member), ork_bundle_member_message(member));
-  printer_.close(name);
+    shown.emplace_back(handle_, *type_of(*member).schema, ork_bundle_member_message(member));
+  output_.put(name, shown);
 }
 
 // The library keeps what comes between start and commit; what the bundle's table allows is looked
-// at here. What does not belong in it ends the show; what came too often is printed first.
+// at here. What does not belong in it ends the show; what came too often is given on first.
 void Receiver::check_members() {
   std::map<const MessageType*, size_t> seen;
   for (const ork_bundle_member* member = nullptr;

@@ -1,4 +1,4 @@
-// Takes the frames of one show to the dispatcher, until its bundle is committed and printed.
+// Takes the frames of one show to the dispatcher, until its bundle is committed and given on.
 #pragma once
 
 #include <exception>
@@ -7,22 +7,23 @@
 #include <string>
 
 #include "tools/common/owned.h"
-#include "tools/wayfind/client/message_printer.h"
 #include "tools/wayfind/client/recorder.h"
+#include "tools/wayfind/client/show_output.h"
+#include "tools/wayfind/data/message_type.h"
 #include "tools/wayfind/data/subject.h"
 
 namespace wayfind {
 
 class Receiver {
  public:
-  Receiver(ork_handle* handle, const Subject& subject, MessagePrinter& printer, Recorder& recorder);
+  Receiver(ork_handle* handle, const Subject& subject, ShowOutput& output, Recorder& recorder);
 
   // Anything but the frames of the show that was asked for is a Failure.
   void take(std::span<const uint8_t> frame);
 
   bool committed() const { return committed_; }
 
-  // What is wrong with the show that was printed all the same; empty when nothing is.
+  // What is wrong with the show that was given on all the same; empty when nothing is.
   const std::string& objection() const { return objection_; }
 
  private:
@@ -35,7 +36,7 @@ class Receiver {
   void add_bundle(const wayfind_bundle& bundle);
   void add(const ork_dispatch_entry& entry, const Known& known);
   static void on_commit(ork_handle* handle, uint32_t instance, void* ctx, uint32_t* err);
-  void print_bundle();
+  void give_bundle();
   void check_members();
   const wayfind_member& row_of(const MessageType& type) const;
   const MessageType& type_of(const ork_bundle_member& member) const;
@@ -43,7 +44,7 @@ class Receiver {
 
   ork_handle* handle_;
   const Subject& subject_;
-  MessagePrinter& printer_;
+  ShowOutput& output_;
   Recorder& recorder_;
   Dispatcher dispatcher_;
   std::map<std::string, Known> known_;  // by LUID

@@ -16,6 +16,8 @@ class Session {
   // --release and --tracking. The session must outlive the parsing.
   void add_options(CLI::App& command);
 
+  bool tracks() const { return tracking_ == "on"; }
+
   // Reads the release file, if one was named. To be called once before the rest.
   void begin();
 
