@@ -5,6 +5,14 @@
 #include "tools/common/failure.h"
 
 namespace wayfind {
+namespace {
+
+std::string is_count(const std::string& text) {
+  const bool is_one = text.find_first_not_of("0123456789") == std::string::npos;
+  return is_one ? "" : "write a number from 0 on, not " + text;
+}
+
+}  // namespace
 
 void LookOptions::add_to(CLI::App& command) {
   command.add_option("--format", format, "How to print")
@@ -20,7 +28,7 @@ void LookOptions::add_to(CLI::App& command) {
   command.add_option("--id", wishes.id, "Only what has this key: its values, by commas")
       ->type_name("KEY");
   command.add_option("--limit", wishes.limit, "At most so many of what repeats")
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::Validator(is_count, ""));
   command.add_flag("--count", count, "Print how many there are, and nothing else");
 }
 
