@@ -1,6 +1,6 @@
 // A type of which the runtime knows as many variants as a signed byte can count, since a newer
 // module entered it first.
-#include "tests/behaviour/frame_objects.h"
+#include "behaviour/frame/objects.h"
 
 namespace frame {
 

@@ -1,5 +1,5 @@
 // The references of one field lie on the stack while they are given up: 4,096 of them at most.
-#include "tests/behaviour/frame_objects.h"
+#include "behaviour/frame/objects.h"
 
 namespace frame {
 
