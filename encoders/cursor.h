@@ -1,5 +1,5 @@
-// The only code that walks raw bytes: positions in a caller's buffer that never lead a read or a write
-// outside it.
+// The only code that walks raw bytes: positions in a caller's buffer that never lead a read or a
+// write outside it.
 #pragma once
 
 #include "frame/call.h"
@@ -70,8 +70,8 @@ class Writer {
   int32_t position_ = 0;
 };
 
-// A jump may lead past the end. position() keeps counting there, but here() is clamped to the end, so
-// nothing out of bounds is read.
+// A jump may lead past the end. position() keeps counting there, but here() is clamped to the end,
+// so nothing out of bounds is read.
 class Reader {
  public:
   Reader(const uint8_t* buffer, int32_t length)
@@ -96,8 +96,8 @@ class Reader {
     room_ -= static_cast<int64_t>(bytes);
   }
 
-  // Reads one byte. At the end: false, and the position stays. Past the end: false, and the position
-  // advances by one.
+  // Reads one byte. At the end: false, and the position stays. Past the end: false, and the
+  // position advances by one.
   bool get_state(uint8_t& state) {
     if (room_ > 0) {
       state = *here_;

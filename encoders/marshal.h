@@ -1,5 +1,5 @@
-// Record to wire image. Allocates nothing. Bytes are written once, front to back, except for the jump,
-// which is known last.
+// Record to wire image. Allocates nothing. Bytes are written once, front to back, except for the
+// jump, which is known last.
 //
 //   variant   1 byte, signed
 //   flags     1 byte: whether ra data and state bytes are in the image
@@ -10,8 +10,8 @@
 // With tracking on, each field is followed by its state byte. A counter has none; its array has one
 // for the whole and one per element, unless it is empty. A record inside a record is a whole image.
 //
-// A field that does not fit sets *err and advances by nothing; the fields after it are tried all the
-// same.
+// A field that does not fit sets *err and advances by nothing; the fields after it are tried all
+// the same.
 #pragma once
 
 #include "encoders/cursor.h"

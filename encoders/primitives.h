@@ -7,7 +7,8 @@
 
 namespace encoders {
 
-// Functions are static and take the object as void pointer, so that an engine can name them by kind.
+// Functions are static and take the object as void pointer, so that an engine can name them by
+// kind.
 template <Kind>
 struct Coded;
 

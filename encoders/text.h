@@ -1,13 +1,13 @@
-// Text for people: a header line "name@type: {", a line per field, a closing line. Elements of arrays
-// are fields with the name "field[index]".
+// Text for people: a header line "name@type: {", a line per field, a closing line. Elements of
+// arrays are fields with the name "field[index]".
 #pragma once
 
 #include "encoders/walk.h"
 
 namespace encoders {
 
-// A caller's text buffer. here() is clamped to its end, so after a failed write only the position is
-// too large.
+// A caller's text buffer. here() is clamped to its end, so after a failed write only the position
+// is too large.
 struct TextBuffer {
   char* start;
   uint32_t length;

@@ -1,9 +1,9 @@
 // Wire image to record; encoders/marshal.h has the format. The record exists already. What a newer
-// writer added to the image is skipped by its jump, and an older image ends before the record's later
-// fields, which stay as they are.
+// writer added to the image is skipped by its jump, and an older image ends before the record's
+// later fields, which stay as they are.
 //
-// Nothing in an image is trusted: lengths are clamped to the buffer, flags masked, and a count is only
-// used once its block has been allocated.
+// Nothing in an image is trusted: lengths are clamped to the buffer, flags masked, and a count is
+// only used once its block has been allocated.
 #pragma once
 
 #include "encoders/cursor.h"
@@ -13,7 +13,8 @@
 
 namespace encoders {
 
-// What happens to the state bytes in an image: there are none, they are copied, or they are skipped.
+// What happens to the state bytes in an image: there are none, they are copied, or they are
+// skipped.
 enum class States : uint8_t { none, copy, skip };
 
 // The fixed bytes of an image, and what follows from them and the handle.

@@ -73,8 +73,8 @@ void store_element(const Call& call, void* object, uint32_t index, const void* s
   frame::array_set_record(call, object, index, scratch, frame::record_set, field);
 }
 
-// Whether from_xml() checks *err after a field. It does not after a failed scratch allocation: later
-// fields are still looked up.
+// Whether from_xml() checks *err after a field. It does not after a failed scratch allocation:
+// later fields are still looked up.
 enum class AfterField : uint8_t { check_error, keep_going };
 
 AfterField read_array(const Call& call, const char* parent, const Document& document, void* object,
@@ -101,8 +101,8 @@ AfterField read_field(const Call& call, const char* parent, const Document& docu
   return AfterField::check_error;
 }
 
-// Result of looking up one enumerator's element. Anything but `found` is also stored as the handle's
-// last error.
+// Result of looking up one enumerator's element. Anything but `found` is also stored as the
+// handle's last error.
 enum class Probe : uint8_t { found, missing, failed };
 
 Probe probe(const Call& call, const char* parent, const char* name, const Document& document) {

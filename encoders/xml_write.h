@@ -1,5 +1,5 @@
-// Objects to XML: a record is an element, its fields are child elements of their names. With tracking
-// on, the tag of a field shows its state byte. Enums and flags are empty elements with the
+// Objects to XML: a record is an element, its fields are child elements of their names. With
+// tracking on, the tag of a field shows its state byte. Enums and flags are empty elements with the
 // enumerator's name.
 #pragma once
 

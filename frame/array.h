@@ -6,8 +6,8 @@
 //   object:       ... counter, pointer ...           block: element 0, element 1, ...
 //   state block:  ... whole (1), unused (7), pointer ...    element bytes: one, one, ...
 //
-// The element bytes may be missing although there are elements, as may the block although there is a
-// counter: both after an allocation that failed.
+// The element bytes may be missing although there are elements, as may the block although there is
+// a counter: both after an allocation that failed.
 #pragma once
 
 #include "frame/primitives.h"

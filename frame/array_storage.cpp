@@ -1,5 +1,5 @@
-// Observers see announcements, allocations and releases, so their order is fixed for each operation.
-// Where two operations differ, the comment on each says why.
+// Observers see announcements, allocations and releases, so their order is fixed for each
+// operation. Where two operations differ, the comment on each says why.
 #include "frame/array_storage.h"
 
 #include "frame/destroy.h"
@@ -37,8 +37,8 @@ size_t width_of(const Call& call, const FieldRow& field) {
 
 namespace {
 
-// The old block is needed until its elements have moved, and a failed allocation leaves the array as
-// it is: so allocate, announce and store the pointer, move, free, and count last.
+// The old block is needed until its elements have moved, and a failed allocation leaves the array
+// as it is: so allocate, announce and store the pointer, move, free, and count last.
 template <class Move>
 bool grow_block(const Call& call, void* object, uint64_t count, size_t size, const FieldRow& field,
                 Move move) {

@@ -1,6 +1,6 @@
-// Storage of variable arrays: the block of elements, and the block of one state byte per element that
-// the array's state entry points to. All code that allocates, replaces, hands over or frees either
-// stands in this file's source.
+// Storage of variable arrays: the block of elements, and the block of one state byte per element
+// that the array's state entry points to. All code that allocates, replaces, hands over or frees
+// either stands in this file's source.
 //
 //   grow     to a larger block that keeps the elements: the setters
 //   replace  by a block that keeps nothing: set_mem, unmarshal

@@ -20,7 +20,8 @@ using std::uint8_t;
 
 inline const char* error_text(uint32_t error) { return strerror(static_cast<int>(error)); }
 
-// Exported functions of the cr form are given the handle alone, and use its cr_instance and cr_error.
+// Exported functions of the cr form are given the handle alone, and use its cr_instance and
+// cr_error.
 struct Call {
   ork_handle* handle;
   uint32_t instance;
@@ -91,7 +92,8 @@ void put(void* at, T value) {
   memcpy(at, &value, sizeof value);
 }
 
-// Storage may be shared between processes, so the runtime is told of every change before it happens.
+// Storage may be shared between processes, so the runtime is told of every change before it
+// happens.
 inline void announce(const Call& call, const void* at, size_t length, const void* owner) {
   call.handle->write_notify_fn(call.handle, at, length, call.instance, owner);
 }

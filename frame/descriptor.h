@@ -1,5 +1,5 @@
-// The contents of type descriptors, as constants. Only the statistics in the variant entries are ever
-// written.
+// The contents of type descriptors, as constants. Only the statistics in the variant entries are
+// ever written.
 #pragma once
 
 #include <array>

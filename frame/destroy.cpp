@@ -88,8 +88,8 @@ uint8_t* last_state_block(const Call& call, void* object, const RecordRow& recor
 
 constexpr int nothing_reached = INT8_MIN;
 
-// Frees the arrays that destroying the object would leave, as it visits only fields up to the variant
-// `reached`.
+// Frees the arrays that destroying the object would leave, as it visits only fields up to the
+// variant `reached`.
 void release_unreached_arrays(const Call& call, void* object, int reached,
                               const RecordRow& record) {
   for (const FieldRow& field : fields_in_layout(record, object)) {

@@ -1,5 +1,5 @@
-// What makes an object of a zeroed block: header, statistics, place of the state bytes, and the fields
-// that are objects.
+// What makes an object of a zeroed block: header, statistics, place of the state bytes, and the
+// fields that are objects.
 #pragma once
 
 #include "frame/typeinfo.h"

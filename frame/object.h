@@ -7,8 +7,8 @@
 //   10  flags         of these, only "tracked" and "has ra data" are sent to peers
 //   11  fields        in definition order, aligned; then some room for later variants
 //
-// With tracking on, the state block follows the body. Where it lies elsewhere, as for records inside
-// others, the runtime keeps its offset, and a flag says so.
+// With tracking on, the state block follows the body. Where it lies elsewhere, as for records
+// inside others, the runtime keeps its offset, and a flag says so.
 #pragma once
 
 #include "frame/call.h"
@@ -55,8 +55,8 @@ inline model::FieldSpan fields_in_layout(const RecordRow& record, const void* ob
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).fields};
 }
-// The fields that lie inside the object's storage: those of its layout, and later ones for which the
-// end of the body happens to have room. An object that is upgraded in place gets to use them.
+// The fields that lie inside the object's storage: those of its layout, and later ones for which
+// the end of the body happens to have room. An object that is upgraded in place gets to use them.
 inline model::FieldSpan fields_in_body(const RecordRow& record, const void* object) {
   const FieldRow* first = model::fields_of(record).begin();
   return {first, first + layout_of(record, object).held};

@@ -52,8 +52,8 @@ uint64_t initialize_elements(const Call& call, const RecordBlock& block, uint64_
 // whether `to` has room for state blocks.
 void move_elements(const Call& call, void* object, const RecordBlock& from, const RecordBlock& to,
                    bool tracked, const FieldRow& field);
-// After a partial growth: moves the state blocks of the first `kept` elements down to the end of the
-// last of them, and registers their offsets again.
+// After a partial growth: moves the state blocks of the first `kept` elements down to the end of
+// the last of them, and registers their offsets again.
 void compact_states(const Call& call, const RecordBlock& block, uint64_t kept,
                     const FieldRow& field);
 

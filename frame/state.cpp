@@ -8,8 +8,8 @@ uint8_t state_flag_get(ork_handle* handle, uint32_t instance, void* object, uint
                        const FieldRow& field) {
   const Call call{handle, instance, err};
   if (!allow_state_read<Function::state_flag_get>(call, object, field)) return 0;
-  // An object that was upgraded in place uses bytes for all fields of its variant, even past the end
-  // of its layout's block.
+  // An object that was upgraded in place uses bytes for all fields of its variant, even past the
+  // end of its layout's block.
   const bool there = handle->sttr_info == nullptr ||
                      field.variant <= static_cast<int8_t>(*byte_at(object, at_variant)) ||
                      field.state < layout_of(owner(field), object).state;

@@ -1,5 +1,5 @@
-// State bytes: one per field, in a block that lies after the object or at a registered offset. Every
-// write through an accessor sets the field's byte to 2.
+// State bytes: one per field, in a block that lies after the object or at a registered offset.
+// Every write through an accessor sets the field's byte to 2.
 #pragma once
 
 #include "frame/object.h"
@@ -22,8 +22,8 @@ bool mark(const Call& call, void* object, const FieldRow& field) {
   return true;
 }
 
-// The state block as accessors of single bytes locate it: without sttr_info on the handle the newest
-// layout is assumed, whatever the header says.
+// The state block as accessors of single bytes locate it: without sttr_info on the handle the
+// newest layout is assumed, whatever the header says.
 inline uint8_t* seen_state_block(const Call& call, void* object, const RecordRow& record) {
   const bool newest = call.handle->sttr_info == nullptr;
   return state_block(call, object, newest ? record.newest_layout() : layout_of(record, object));
@@ -69,8 +69,8 @@ void set_all_state_tracking_flag(ork_handle* handle, uint32_t instance, void* ob
 // Registers with the runtime where the state blocks of embedded records lie, for a state block at
 // `block`.
 void offset_update(const Call& call, void* object, uint8_t* block, const RecordRow& record);
-// The same while the object is being initialized. The headers of embedded records are still zero, so
-// this assumes the newest layout, which they are about to get.
+// The same while the object is being initialized. The headers of embedded records are still zero,
+// so this assumes the newest layout, which they are about to get.
 void initialize_offsets(const Call& call, void* object, uint8_t* block, const RecordRow& record);
 // Removes the registrations again.
 void offset_remove(const Call& call, void* object, const RecordRow& record);

@@ -52,7 +52,8 @@ void emit(model::Site site, uint32_t level, Args... args) {
   }
 }
 
-// `Nth` distinguishes entries of one form within one function, in the order of the function's steps.
+// `Nth` distinguishes entries of one form within one function, in the order of the function's
+// steps.
 template <Function F, Form M, size_t Nth = 0, class Row, class... Args>
 [[gnu::cold]] void raise(const Row& row, Args... args) {
   constexpr const model::FormText& form = model::form_texts[static_cast<size_t>(M)];

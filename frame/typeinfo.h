@@ -4,8 +4,8 @@
 
 #include "frame/object.h"
 
-// Enters every type into the handle's shared table, or updates its entry. Declared under its exported
-// name, because the runtime is given the address of that.
+// Enters every type into the handle's shared table, or updates its entry. Declared under its
+// exported name, because the runtime is given the address of that.
 extern "C" void fwe_ui_wayfind_typeinfo_initialize(ork_handle* handle, uint32_t instance,
                                                    uint32_t* err);
 
@@ -58,8 +58,9 @@ inline void* statistics(const ork_type_info* type, int variant) {
                                  static_cast<uintptr_t>(index) * sizeof(ork_variant_entry) +
                                  offsetof(ork_variant_entry, create_count));
 }
-// Enums, the flag set and messages count for themselves, without the runtime's statistics. A private
-// descriptor is used by all threads of the process, so its counters are incremented atomically.
+// Enums, the flag set and messages count for themselves, without the runtime's statistics. A
+// private descriptor is used by all threads of the process, so its counters are incremented
+// atomically.
 inline void increment(const Call& call, const ork_type_info* type, uint64_t& counter) {
   call.handle->counter_notify_fn(call.handle->mem_pool, &counter, 1, call.instance);
   if (type->shared != 0) {

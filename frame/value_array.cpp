@@ -6,8 +6,8 @@
 namespace frame {
 namespace {
 
-// The element to write a value to. Grows the array first if there is no such element. Null when *err
-// is set.
+// The element to write a value to. Grows the array first if there is no such element. Null when
+// *err is set.
 void* reach_element(const Call& call, void* object, uint32_t index, const FieldRow& field) {
   if (index < stored_count(object, field)) {
     const DetachedCall own(call);

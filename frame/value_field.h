@@ -39,9 +39,9 @@ void set(ork_handle* handle, uint32_t instance, void* object, const void* from, 
   if (mark<Function::set>(call, object, field)) contain(call, from, object);
 }
 
-// Upgrades and gates the object, then returns the field's address for a write by value, which `reach`
-// finds. Calls the containment hook twice; observers rely on both calls. Null, with *err set, when
-// there is nothing to write to.
+// Upgrades and gates the object, then returns the field's address for a write by value, which
+// `reach` finds. Calls the containment hook twice; observers rely on both calls. Null, with *err
+// set, when there is nothing to write to.
 template <class Reach>
 void* reach_field(const Call& call, void* object, const FieldRow& field, Reach reach) {
   if (!begin_write(call, object, field)) return nullptr;

@@ -57,7 +57,8 @@ void record_set(const Call& call, void* to, const void* source, const RecordRow&
   if (to == from) return;
   if (variant_of(to) < variant_of(from) || variant_cap_of(to) != variant_cap_of(from))
     return call.lacks();
-  // The target's element bytes will not match the elements that it gets, unless the source's follow.
+  // The target's element bytes will not match the elements that it gets, unless the source's
+  // follow.
   const Tracking mode = checked_mode<Function::record_set>(call.handle, record);
   if (mode != Tracking::on || !has_flag(from, OBJ_STATE_TRACKED))
     drop_all_element_states(call, to, record);

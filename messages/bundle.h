@@ -1,6 +1,6 @@
-// Bundles: a start message, member messages, then a commit or an abort. The sender's handle remembers
-// which bundle is open, and so which messages may be sent; the receiver's handle keeps the messages
-// until the commit, when one handler is called for all of them.
+// Bundles: a start message, member messages, then a commit or an abort. The sender's handle
+// remembers which bundle is open, and so which messages may be sent; the receiver's handle keeps
+// the messages until the commit, when one handler is called for all of them.
 #pragma once
 
 #include "messages/message.h"

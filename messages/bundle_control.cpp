@@ -58,7 +58,8 @@ uint32_t marshal_end(const Call& call, uint8_t* buffer, int32_t length, Control 
 
 }  // namespace
 
-// Control messages have no contents: an allocation of 0 bytes, so that there is something to destroy.
+// Control messages have no contents: an allocation of 0 bytes, so that there is something to
+// destroy.
 void* control_create(ork_handle* handle, uint32_t instance) {
   return handle->alloc_fn(handle->mem_pool, instance, 0);
 }

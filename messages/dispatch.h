@@ -1,5 +1,5 @@
-// What happens to a received buffer: a message object is made of it, recorded if that is on, and given
-// to a handler.
+// What happens to a received buffer: a message object is made of it, recorded if that is on, and
+// given to a handler.
 #pragma once
 
 #include "messages/message.h"

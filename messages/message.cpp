@@ -31,8 +31,8 @@ void fill_header(const Call& call, void* object, const Message& message) {
   }
 }
 
-// False when a record could not be made. Those before it are destroyed again, and later ones are not
-// tried.
+// False when a record could not be made. Those before it are destroyed again, and later ones are
+// not tried.
 bool create_records(const Call& call, void* object, const Message& message) {
   for (size_t slot = 0; slot < message.row.records; ++slot) {
     const CarriedRow& place = carried(message, slot);
@@ -96,8 +96,8 @@ void* create_shallow(ork_handle* handle, uint32_t instance, const Message& messa
   return object;
 }
 
-// Destroys the records before it checks the descriptor: those of a corrupted message are freed before
-// the process ends.
+// Destroys the records before it checks the descriptor: those of a corrupted message are freed
+// before the process ends.
 void destroy(ork_handle* handle, uint32_t instance, void* object, const Message& message) {
   if (object == nullptr || object == sentinel(message)) return;
   const DetachedCall call(handle, instance);

@@ -1,5 +1,5 @@
-// Message objects: a header, a message header and one or two records, which the message owns until they
-// are detached.
+// Message objects: a header, a message header and one or two records, which the message owns until
+// they are detached.
 #pragma once
 
 #include "encoders/length.h"

@@ -73,9 +73,9 @@ uint32_t to_xml_cr(ork_handle* handle, const void* object, char* buffer, uint32_
                                             buffer, object, length, message));
 }
 
-// A record that the document lacks keeps its defaults. *err is examined only after the last record, so
-// a missing first record also keeps the second from being read. After any other error the message is
-// not returned, and stays allocated.
+// A record that the document lacks keeps its defaults. *err is examined only after the last record,
+// so a missing first record also keeps the second from being read. After any other error the
+// message is not returned, and stays allocated.
 void* from_xml(const Call& call, const encoders::Document& document, const Message& message) {
   if (call.failed()) {
     trace::raise<Function::message_from_xml, Form::from_xml_error>(message.row, call.error_text());

@@ -6,8 +6,8 @@
 namespace messages {
 namespace {
 
-// EBADE (52) when the peer does not know the message. The runtime decides whether *err is written, but
-// nothing is sent either way.
+// EBADE (52) when the peer does not know the message. The runtime decides whether *err is written,
+// but nothing is sent either way.
 bool domain_allows(const Call& call, const void* object, const Message& message) {
   ork_handle* handle = call.handle;
   const auto* type = frame::load<const ork_type_info*>(object);
@@ -19,8 +19,8 @@ bool domain_allows(const Call& call, const void* object, const Message& message)
   return false;
 }
 
-// Inside a bundle: whether its table has the message, and whether it may be sent once more. Outside,
-// only whether nothing has failed.
+// Inside a bundle: whether its table has the message, and whether it may be sent once more.
+// Outside, only whether nothing has failed.
 bool bundle_allows(const Call& call, const Message& message) {
   if (call.handle->bundle_ctx == 0) return !call.failed();
   bundle_message_validate_add(call.handle, call.instance, message.luid, message.bundle_name,

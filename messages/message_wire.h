@@ -1,6 +1,6 @@
 // Messages as frames: 27 bytes of header, which are written last, 16 of LUID, then the records.
-// marshal() first asks the peer's domain and, in a bundle, the bundle's table whether the message may
-// be sent.
+// marshal() first asks the peer's domain and, in a bundle, the bundle's table whether the message
+// may be sent.
 #pragma once
 
 #include "messages/message.h"

@@ -1,5 +1,5 @@
-// One handler for all bundles of the module. It is registered as well with the seven modules that this
-// one is built on, in the order of their dependencies.
+// One handler for all bundles of the module. It is registered as well with the seven modules that
+// this one is built on, in the order of their dependencies.
 #pragma once
 
 #include "messages/bundle.h"

@@ -1,5 +1,5 @@
-// Messages, the records that they carry, bundles and the module as rows for the engines; model/rows.h
-// has those of types and fields.
+// Messages, the records that they carry, bundles and the module as rows for the engines.
+// model/rows.h has the rows of types and fields.
 #pragma once
 
 #include "model/rows.h"
