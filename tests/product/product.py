@@ -18,8 +18,8 @@ CONTROL_LENGTH = 43
 DRIP = 0.2  # seconds between two bytes
 
 
-def environment_with(*variables):
-    """That of the test, and these pairs. Under a sanitizer freed memory would otherwise be kept, and no measure of memory would say anything;
+def environment_with(variables):
+    """That of the test, and these, a dictionary or its pairs. Under a sanitizer freed memory would otherwise be kept, and no measure of memory would say anything;
     and nothing could be preloaded."""
     options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1:verify_asan_link_order=0"
     return {**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(variables)}
@@ -37,7 +37,7 @@ class Agent:
         self.path = str(socket_path)
         self.log_file = tempfile.TemporaryFile("w+")
         self.process = subprocess.Popen([WAYFIND, "agent", "--listen", self.path, *map(str, options)], stderr=self.log_file,
-                                        env=environment_with(*environment))
+                                        env=environment_with(environment))
         end = time.monotonic() + PATIENCE
         while "listening at" not in self.log():
             if self.process.poll() is not None or time.monotonic() > end:
@@ -63,11 +63,8 @@ class Agent:
 
 
 def run(*arguments, environment=(), **how):
-    # Under a sanitizer nothing could be preloaded otherwise.
-    options_of_sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
     how = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **how}
-    return subprocess.run([WAYFIND, *map(str, arguments)], text=True, timeout=PATIENCE, check=False,
-                          env={**os.environ, "ASAN_OPTIONS": options_of_sanitizer, **dict(environment)}, **how)
+    return subprocess.run([WAYFIND, *map(str, arguments)], text=True, timeout=PATIENCE, check=False, env=environment_with(environment), **how)
 
 
 class Case(unittest.TestCase):

@@ -3,7 +3,7 @@ import os
 import resource
 import stat
 
-from product import TREE, Case, environment_with, preloaded, run
+from product import TREE, Case, preloaded, run
 
 
 class SocketMode(Case):
@@ -46,6 +46,6 @@ class Resources(Case):
     def test_without_memory_for_its_types_a_client_announces_nothing(self):
         self.start_agent()
         for call in (1, 2):
-            result = self.show("intf", env=environment_with(*preloaded(refused_list=call)))
+            result = self.show("intf", environment=preloaded(refused_list=call))
             self.assert_fails(result, "no memory for the list of this release's types")
             self.assertEqual(result.stdout, "")

@@ -6,7 +6,7 @@ import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from product import OLD_RELEASE, WAYFIND, Case, environment_with, preloaded, run
+from product import OLD_RELEASE, WAYFIND, Case, preloaded, run
 from schema import CL, SUBJECTS, Data, schema
 from shown_xml import Comparison
 
@@ -171,8 +171,7 @@ class Output(ShowCase):
     def passes(self, subject, counted, *options):
         """How often a show begins to write an element, or begins or ends the text of a message; and the show."""
         count = self.folder / "count"
-        variables = preloaded(counted_tag=counted, count=count)
-        shown = self.show(subject, *options, env=environment_with(*variables))
+        shown = self.show(subject, *options, environment=preloaded(counted_tag=counted, count=count))
         self.assertEqual((shown.returncode, shown.stderr), (0, ""))
         return int(count.read_text()), shown.stdout
 
