@@ -9,6 +9,7 @@
 
 #include "tools/common/failure.h"
 #include "tools/common/owned.h"
+#include "tools/common/uninterrupted.h"
 
 namespace wayfind {
 namespace {
@@ -45,9 +46,7 @@ std::string content(int file, const std::string& path, size_t size, size_t large
   for (;;) {
     const size_t have = text.size();
     text.resize(have + block);
-    ssize_t got = 0;
-    do got = read(file, text.data() + have, block);
-    while (got < 0 && errno == EINTR);
+    const ssize_t got = uninterrupted([&] { return read(file, text.data() + have, block); });
     if (got < 0) fail(path, words_for(errno));
     text.resize(have + static_cast<size_t>(got));
     if (got == 0) return text;

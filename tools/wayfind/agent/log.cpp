@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "tools/common/printable.h"
+#include "tools/common/uninterrupted.h"
 
 namespace wayfind {
 namespace {
@@ -70,8 +71,9 @@ bool Log::write(const std::string& line) {
   const std::string whole = "wayfind agent: " + line;
   if (is_socket_) return send(stderr_, whole.data(), whole.size(), MSG_DONTWAIT | MSG_NOSIGNAL) > 0;
   pollfd place{stderr_, POLLOUT, 0};
-  if (poll(&place, 1, 0) != 1 || (place.revents & POLLOUT) == 0) return false;
-  return ::write(stderr_, whole.data(), whole.size()) > 0;
+  const int ready = uninterrupted([&] { return poll(&place, 1, 0); });
+  if (ready != 1 || (place.revents & POLLOUT) == 0) return false;
+  return uninterrupted([&] { return ::write(stderr_, whole.data(), whole.size()); }) > 0;
 }
 
 ClientLog::ClientLog(Log& log, const std::string& client)

@@ -11,6 +11,7 @@
 
 #include "tools/common/failure.h"
 #include "tools/common/report.h"
+#include "tools/common/uninterrupted.h"
 
 namespace wayfind {
 namespace {
@@ -85,7 +86,7 @@ void Server::run() {
                                {is_full() ? -1 : listener_.get(), POLLIN, 0}};
     for (const Connection& client : clients_)
       places.push_back({client.socket(), client.wanted_events(), 0});
-    if (poll(places.data(), places.size(), tick_ms) < 0 && errno != EINTR)
+    if (uninterrupted([&] { return poll(places.data(), places.size(), tick_ms); }) < 0)
       throw Failure("cannot wait: " + words_for(errno));
     if (places[0].revents != 0) break;
     std::vector<short> events;
@@ -105,7 +106,7 @@ bool Server::is_full() const { return clients_.size() >= most_clients; }
 
 bool Server::somebody_waits() const {
   pollfd place{listener_.get(), POLLIN, 0};
-  return poll(&place, 1, 0) == 1;
+  return uninterrupted([&] { return poll(&place, 1, 0); }) == 1;
 }
 
 template <class Ends>
