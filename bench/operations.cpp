@@ -8,6 +8,7 @@
 #include "bench/bare.h"
 #include "bench/table_driven.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
+#include "tests/support/exports.h"
 #include "tests/support/sample.h"
 
 namespace {
@@ -52,7 +53,7 @@ struct Subject {
 
   template <class Prototype>
   Prototype function(const char* suffix) const {
-    return sample::function<Prototype>(type.functions, suffix);
+    return kit::function<Prototype>(type.functions, suffix);
   }
 };
 
@@ -154,7 +155,7 @@ class Catalogue {
 // Never destroyed: operations refer to it until the process ends.
 Subject& subject(ork_handle* handle, const char* name) {
   static auto& subjects = *new std::deque<Subject>;
-  const wayfind_record* type = sample::record(name);
+  const wayfind_record* type = kit::find_record(name);
   if (type == nullptr) std::abort();
   return subjects.emplace_back(handle, *type);
 }

@@ -6,13 +6,14 @@
 #include "bench/bare.h"
 #include "bench/table_driven.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
+#include "tests/support/exports.h"
 #include "tests/support/sample.h"
 
 namespace {
 
 template <class Prototype>
 Prototype function(const wayfind_record& type, const char* suffix) {
-  return sample::function<Prototype>(type.functions, suffix);
+  return kit::function<Prototype>(type.functions, suffix);
 }
 
 template <class Record>
@@ -21,7 +22,7 @@ void expect_same_work(const char* name) {
   ork_options_init(&options);
   uint32_t err = 0;
   ork_handle* handle = ork_handle_create(&options, &err);
-  const wayfind_record& type = *sample::record(name);
+  const wayfind_record& type = *kit::find_record(name);
   const bare::Wire wire{handle, 1, &err};
   void* filled = sample::create(handle, type);
   sample::fill(handle, type, filled, 0);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fuzz/world.h"
+#include "tests/support/exports.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ std::vector<uint8_t> control_frame(ork_handle* handle, unsigned kind, unsigned n
   const wayfind_bundle& bundle = wayfind_bundles[number % wayfind_bundle_count];
   // A handle refuses what does not fit its own state; the receiver is to see every order.
   handle->bundle_ctx = kind == 0 ? 0 : 1;
-  frame.resize(sample::function<Marshal>(bundle.functions, names[kind])(
+  frame.resize(kit::function<Marshal>(bundle.functions, names[kind])(
       handle, fuzz::instance, frame.data(), nullptr, 64, &err));
   return frame;
 }
@@ -32,21 +33,21 @@ std::vector<uint8_t> message_frame(ork_handle* handle, unsigned number) {
   using Marshal = uint32_t (*)(ork_handle*, uint32_t, uint8_t*, void*, int32_t, uint32_t*);
   const wayfind_message& message = wayfind_messages[number % wayfind_message_count];
   std::vector<uint8_t> frame(8192);
-  void* object = sample::function<Create>(message.functions, "_create")(handle, fuzz::instance);
+  void* object = kit::function<Create>(message.functions, "_create")(handle, fuzz::instance);
   if (object == nullptr) return {};
   uint32_t err = 0;
   for (unsigned r = 0; r < message.record_count; ++r) {
     const wayfind_record& type = *message.records[r];
     const std::string getter = std::string("_") + type.name + "_get";
     void* record =
-        sample::function<Get>(message.functions, getter)(handle, fuzz::instance, object, &err);
+        kit::function<Get>(message.functions, getter)(handle, fuzz::instance, object, &err);
     if (record != nullptr) sample::fill(handle, type, record, number % 3);
   }
   handle->bundle_ctx = 0;
-  frame.resize(sample::function<Marshal>(message.functions, "_marshal")(
+  frame.resize(kit::function<Marshal>(message.functions, "_marshal")(
       handle, fuzz::instance, frame.data(), object, 8192, &err));
-  sample::function<ork_message_destroy_fn>(message.functions, "_destroy")(handle, fuzz::instance,
-                                                                          object);
+  kit::function<ork_message_destroy_fn>(message.functions, "_destroy")(handle, fuzz::instance,
+                                                                       object);
   return frame;
 }
 

@@ -4,6 +4,7 @@
 // storage, bit 1 a record that was filled before, bit 2 else, without tracking, one that was laid
 // out for its first variant; the rest is the image.
 #include "fuzz/world.h"
+#include "tests/support/exports.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ using Compare = int32_t (*)(const void*, const void*);
 
 template <class Prototype>
 Prototype function(const wayfind_record& type, const char* suffix) {
-  return sample::function<Prototype>(type.functions, suffix);
+  return kit::function<Prototype>(type.functions, suffix);
 }
 
 // What was read can be written, into any room, and read again as the same record.
@@ -85,9 +86,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   uint8_t* workspace = nullptr;
   int32_t workspace_size = 0;
   orklib_get_handle_ws(handle, &workspace, &workspace_size);
-  sample::function<void (*)(ork_handle*, uint32_t, const void*, void**, uint8_t*, int32_t,
-                            uint32_t*)>(type.functions, "_clone")(
-      handle, fuzz::instance, object, &copy, workspace, workspace_size, &err);
+  kit::function<void (*)(ork_handle*, uint32_t, const void*, void**, uint8_t*, int32_t, uint32_t*)>(
+      type.functions, "_clone")(handle, fuzz::instance, object, &copy, workspace, workspace_size,
+                                &err);
   fuzz::require(err == 0 || copy == nullptr, "a clone that failed leaves nothing");
   if (copy != nullptr) sample::destroy(handle, type, copy);
   if ((how & 2) != 0) fuzz::raise(type, object);

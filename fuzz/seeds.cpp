@@ -10,6 +10,7 @@
 
 #include "fuzz/small_library.h"
 #include "fuzz/world.h"
+#include "tests/support/exports.h"
 #include "tools/offline/manifest_digest.h"
 #include "tools/offline/trace_texts.h"
 
@@ -30,7 +31,7 @@ std::string head(std::initializer_list<int> bytes) {
 
 template <class Prototype>
 Prototype get(const wayfind_function* functions, const std::string& suffix) {
-  return sample::function<Prototype>(functions, suffix);
+  return kit::function<Prototype>(functions, suffix);
 }
 
 void record_seeds(unsigned number, uint8_t bits) {

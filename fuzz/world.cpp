@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/exports.h"
+
 namespace fuzz {
 namespace {
 
@@ -31,7 +33,7 @@ constexpr uint8_t canary = 0xA5;
 
 template <class Prototype>
 Prototype get(const wayfind_function* functions, const char* suffix) {
-  return sample::function<Prototype>(functions, suffix);
+  return kit::function<Prototype>(functions, suffix);
 }
 
 // Outside a bundle a message belongs to its handler: this one gives it back.

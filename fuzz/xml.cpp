@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "fuzz/world.h"
+#include "tests/support/exports.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using FromXml =
@@ -22,9 +23,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   void* object = sample::create(world.handle(), type);
   if (object != nullptr) {
     world.err = 0;
-    sample::function<FromXml>(type.functions, "_from_xml")(world.handle(), fuzz::instance,
-                                                           "/record", document, object, &world.err,
-                                                           reason, sizeof reason);
+    kit::function<FromXml>(type.functions, "_from_xml")(world.handle(), fuzz::instance, "/record",
+                                                        document, object, &world.err, reason,
+                                                        sizeof reason);
     fuzz::require(std::memchr(reason, '\0', sizeof reason) != nullptr, "a reason is ended");
     fuzz::render(world, type, object);
     fuzz::raise(type, object);

@@ -8,7 +8,7 @@
 namespace {
 
 using messages::Bundle;
-using messages::Handle;
+using kit::Handle;
 using messages::Message;
 
 constexpr uint32_t sequence = 0x01020304;
@@ -45,8 +45,7 @@ TEST_P(GoldenMessage, marshals_to_the_frame) {
   const std::vector<Section> sections = golden(message.name());
   ASSERT_EQ(sections.size(), 2u);
   for (const Section& section : sections) {
-    const Handle handle = messages::tracking_handle(
-        section.title == "tracking on" ? ORK_TRACKING_ON : ORK_TRACKING_OFF);
+    const Handle handle(section.title == "tracking on" ? ORK_TRACKING_ON : ORK_TRACKING_OFF);
     handle->send_sequence = sequence;
     void* msg = message.create(handle.get(), 0);
     for (size_t i = 0; i < message.record_count(); ++i) {
@@ -65,8 +64,7 @@ TEST_P(GoldenMessage, marshals_to_the_frame) {
 
 TEST_P(GoldenMessage, unmarshals_and_marshals_back_the_same) {
   for (const Section& section : golden(message.name())) {
-    const Handle handle = messages::tracking_handle(
-        section.title == "tracking on" ? ORK_TRACKING_ON : ORK_TRACKING_OFF);
+    const Handle handle(section.title == "tracking on" ? ORK_TRACKING_ON : ORK_TRACKING_OFF);
     handle->send_sequence = sequence;
     void* msg = nullptr;
     uint32_t err = 0;
@@ -93,7 +91,7 @@ TEST_P(GoldenBundle, control_messages_marshal_to_their_frames) {
   const std::vector<Section> sections = golden(bundle.name());
   ASSERT_EQ(sections.size(), 3u);
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     handle->send_sequence = sequence;
     const auto frame = [&](messages::Kind kind) {
       std::vector<uint8_t> bytes(43);

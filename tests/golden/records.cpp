@@ -33,7 +33,10 @@ std::string golden_case(const Calls& calls, unsigned release, uint32_t elements)
   std::string text =
       "== release " + std::to_string(release) + ", arrays of " + std::to_string(elements) + "\n";
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle handle(Handle::Options{.tracking = tracking, .release = list.get()});
+    const Handle handle([&](ork_options& options) {
+      options.tracking = tracking;
+      options.release = list.get();
+    });
     const Object object = filled(handle, calls, elements);
     const char* const mode = tracking == ORK_TRACKING_ON ? "on" : "off";
     if (tracking == ORK_TRACKING_OFF) {

@@ -11,7 +11,7 @@ const ork_bundle_message_row table[] = {
 
 // What a start marshal does.
 Handle open_bundle() {
-  Handle handle = make_handle();
+  Handle handle;
   handle->bundle_ctx = 1;
   handle->bundle_table = table;
   return handle;
@@ -100,8 +100,8 @@ TEST(Recorder, tells_at_the_end_that_the_file_took_not_all) {
 }
 
 TEST(Suppress, is_an_option) {
-  EXPECT_EQ(orklib_suppress_messages_enabled(make_handle().get()), 0u);
-  const Handle quiet = make_handle([](ork_options& options) { options.suppress_messages = 1; });
+  EXPECT_EQ(orklib_suppress_messages_enabled(Handle().get()), 0u);
+  const Handle quiet([](ork_options& options) { options.suppress_messages = 1; });
   EXPECT_NE(orklib_suppress_messages_enabled(quiet.get()), 0u);
 }
 

@@ -12,8 +12,7 @@ namespace {
 constexpr int rounds = 2000;
 
 void work(TestType& type) {
-  const Handle handle =
-      make_handle([](ork_options& options) { options.tracking = ORK_TRACKING_ON; });
+  const Handle handle([](ork_options& options) { options.tracking = ORK_TRACKING_ON; });
   static const unsigned char section[16] = {};
   static uint16_t module_id = 0;
   static uint32_t once = 0;

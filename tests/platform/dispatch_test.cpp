@@ -91,7 +91,7 @@ void take_bundle(ork_handle* handle, uint32_t, void* ctx, uint32_t*) {
 std::vector<uint8_t> frame(const uint8_t* luid, std::string_view payload) {
   std::vector<uint8_t> bytes(27);
   const ork_message_header header{0xBC, {}, 0, 0, static_cast<uint32_t>(43 + payload.size())};
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   _ork_message_header_marshal(handle.get(), 0, bytes.data(), &header, 27, &err);
   bytes.insert(bytes.end(), luid, luid + 16);
@@ -101,7 +101,7 @@ std::vector<uint8_t> frame(const uint8_t* luid, std::string_view payload) {
 
 class Dispatch : public testing::Test {
  protected:
-  explicit Dispatch() : dispatcher_(ork_dispatcher_create(&err_)), handle_(make_handle()) {}
+  explicit Dispatch() : dispatcher_(ork_dispatcher_create(&err_)), handle_(Handle()) {}
   ~Dispatch() override { ork_dispatcher_free(dispatcher_); }
 
   void add_rows(ork_message_handler item_handler) {
@@ -136,7 +136,7 @@ TEST_F(Dispatch, message_outside_a_bundle_goes_to_its_handler) {
   EXPECT_EQ(dispatch(frame(item_luid, "x")), 0u);
   EXPECT_EQ(dispatch(frame(item_luid, "e")), 5u);
   EXPECT_EQ(received_.payloads, "xe");
-  EXPECT_EQ(memory_of(handle_).live_blocks, 0u);
+  EXPECT_EQ(handle_.memory().live_blocks, 0u);
 }
 
 TEST_F(Dispatch, bundle_keeps_its_members_until_commit) {
@@ -146,10 +146,10 @@ TEST_F(Dispatch, bundle_keeps_its_members_until_commit) {
   EXPECT_STREQ(handle_->bundle_rx_dispatch->name, "bundle");
   EXPECT_EQ(dispatch(frame(item_luid, "1")), 0u);
   EXPECT_EQ(dispatch(frame(item_luid, "2")), 0u);
-  EXPECT_EQ(memory_of(handle_).live_blocks, 2u);
+  EXPECT_EQ(handle_.memory().live_blocks, 2u);
   EXPECT_EQ(dispatch(frame(commit_luid, "")), 0u);
   EXPECT_EQ(received_.payloads, "item1item2");
-  EXPECT_EQ(memory_of(handle_).live_blocks, 1u) << "the one that was taken";
+  EXPECT_EQ(handle_.memory().live_blocks, 1u) << "the one that was taken";
   destroy_item(handle_.get(), 0, received_.kept.at(0));
   EXPECT_EQ(orklib_is_accumulating_bundle(handle_.get()), 0u);
 }
@@ -226,8 +226,8 @@ TEST_F(Dispatch, memory_stays_flat_over_a_million_bad_frames) {
     EXPECT_EQ(dispatch(unreadable), 90u);
     EXPECT_EQ(dispatch(unwanted), 38u);
   }
-  EXPECT_EQ(memory_of(handle_).live_blocks, 0u);
-  EXPECT_EQ(memory_of(handle_).allocations, 1'000'000u);
+  EXPECT_EQ(handle_.memory().live_blocks, 0u);
+  EXPECT_EQ(handle_.memory().allocations, 1'000'000u);
 }
 
 TEST_F(Dispatch, bad_member_leaves_the_others_alone) {
@@ -237,7 +237,7 @@ TEST_F(Dispatch, bad_member_leaves_the_others_alone) {
   EXPECT_EQ(dispatch(frame(item_luid, "b")), 90u);
   ork_handle_fail_allocation(handle_.get(), 1);
   EXPECT_EQ(dispatch(frame(item_luid, "2")), 12u);
-  EXPECT_EQ(memory_of(handle_).live_blocks, 1u);
+  EXPECT_EQ(handle_.memory().live_blocks, 1u);
 }
 
 TEST(FrameLength, cuts_a_stream) {
@@ -251,7 +251,7 @@ TEST(FrameLength, cuts_a_stream) {
 }
 
 TEST(Send, advances_the_sequence_behind_each_frame) {
-  const Handle handle = make_handle();
+  const Handle handle;
   int ends[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
   const uint8_t bytes[5] = {1, 2, 3, 4, 5};

@@ -64,12 +64,12 @@ TEST(TypeList, unreadable_file_gives_its_reason) {
 }
 
 TEST(Domain, without_a_peer_every_type_is_at_its_newest) {
-  const Handle handle = make_handle();
+  const Handle handle;
   EXPECT_EQ(look_up(handle, TestType(1, "one", {20, 30, 40})), 2);
 }
 
 TEST(Domain, peer_decides_and_may_be_newer) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType one(1, "one", {20, 30});
   const TestType two(2, "two", {20, 30});
   uint32_t err = 0;
@@ -87,7 +87,7 @@ TEST(Domain, peer_decides_and_may_be_newer) {
 
 TEST(Domain, own_release_holds_back_before_and_after_the_peer_is_known) {
   const List release = parse_list(line("one", luid_1, 1));
-  const Handle handle = make_handle([&](ork_options& options) { options.release = release.get(); });
+  const Handle handle([&](ork_options& options) { options.release = release.get(); });
   const TestType one(1, "one", {20, 30});
   const TestType two(2, "two", {20, 30});
   EXPECT_EQ(look_up(handle, one), 0);
@@ -109,7 +109,7 @@ TEST(Domain, announcement_is_what_the_modules_and_the_release_both_know) {
   const List all(ork_type_list_from_modules(&err));
   EXPECT_EQ(ork_type_list_size(all.get()), 2u);
   EXPECT_EQ(ork_type_list_variants(all.get(), one.get()->luid), 2u);
-  const Handle handle = make_handle([&](ork_options& options) { options.release = release.get(); });
+  const Handle handle([&](ork_options& options) { options.release = release.get(); });
   const List announced(ork_handle_announcement(handle.get(), &err));
   EXPECT_EQ(ork_type_list_size(announced.get()), 1u);
   EXPECT_EQ(ork_type_list_variants(announced.get(), one.get()->luid), 1u);

@@ -81,7 +81,7 @@ TEST(Flood, announcement_costs_the_same_whatever_its_luids_are) {
 }
 
 TEST(Flood, learning_of_a_peer_costs_the_same_whatever_its_luids_are) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const List lists[] = {parse_list(announcement(Equal::first_half, most_lines)),
                         parse_list(announcement(Equal::last_half, most_lines))};
   expect_same_cost([&](Equal equal) {

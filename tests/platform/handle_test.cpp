@@ -4,7 +4,7 @@ namespace platform_test {
 namespace {
 
 TEST(Handle, fresh_one_has_no_error_no_bundle_no_peer) {
-  const Handle handle = make_handle();
+  const Handle handle;
   EXPECT_EQ(ork_handle_last_error(handle.get()), 0u);
   EXPECT_EQ(handle->bundle_ctx, 0u);
   EXPECT_EQ(handle->bundle_send_list.next, &handle->bundle_send_list);
@@ -16,8 +16,7 @@ TEST(Handle, fresh_one_has_no_error_no_bundle_no_peer) {
 }
 
 TEST(Handle, tracking_is_absent_off_or_on) {
-  const Handle handle =
-      make_handle([](ork_options& options) { options.tracking = ORK_TRACKING_OFF; });
+  const Handle handle([](ork_options& options) { options.tracking = ORK_TRACKING_OFF; });
   EXPECT_EQ(handle->sttr_info->sttr_mode, 0xDDDDu);
   ork_handle_set_tracking(handle.get(), ORK_TRACKING_ON);
   EXPECT_EQ(handle->sttr_info->sttr_mode, 0xEEEEu);
@@ -30,8 +29,8 @@ TEST(Handle, shared_storage_sets_shared_types) {
   ork_storage* storage = ork_storage_create(0, &err);
   {
     const auto on_storage = [&](ork_options& options) { options.storage = storage; };
-    const Handle a = make_handle(on_storage);
-    const Handle b = make_handle(on_storage);
+    const Handle a(on_storage);
+    const Handle b(on_storage);
     EXPECT_EQ(a->shared_types, 1u);
     EXPECT_EQ(a->mem_pool, b->mem_pool);
     EXPECT_EQ(a->type_table, b->type_table);
@@ -40,7 +39,7 @@ TEST(Handle, shared_storage_sets_shared_types) {
 }
 
 TEST(Errors, store_reaches_the_cr_slot_only_while_cr_mode_runs) {
-  const Handle handle = make_handle();
+  const Handle handle;
   ork_store_err(handle.get(), 22);
   EXPECT_EQ(ork_handle_last_error(handle.get()), 22u);
   EXPECT_EQ(handle->cr_error, 0u);
@@ -54,7 +53,7 @@ TEST(Errors, store_reaches_the_cr_slot_only_while_cr_mode_runs) {
 }
 
 TEST(Errors, epoch_error_leaves_the_slot_alone_except_for_a_refused_message) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   ork_store_epoch_err(handle.get(), 43, &err);
   EXPECT_EQ(err, 0u);
@@ -65,7 +64,7 @@ TEST(Errors, epoch_error_leaves_the_slot_alone_except_for_a_refused_message) {
 }
 
 TEST(Errors, strict_handle_writes_the_slot_for_both) {
-  const Handle handle = make_handle([](ork_options& options) { options.strict_epoch = 1; });
+  const Handle handle([](ork_options& options) { options.strict_epoch = 1; });
   uint32_t err = 0;
   ork_store_epoch_err(handle.get(), 43, &err);
   EXPECT_EQ(err, 43u);
@@ -74,7 +73,7 @@ TEST(Errors, strict_handle_writes_the_slot_for_both) {
 }
 
 TEST(Handle, workspace_has_the_size_asked_for) {
-  const Handle handle = make_handle([](ork_options& options) { options.workspace_size = 777; });
+  const Handle handle([](ork_options& options) { options.workspace_size = 777; });
   uint8_t* ws = nullptr;
   int32_t ws_len = 0;
   orklib_get_handle_ws(handle.get(), &ws, &ws_len);
@@ -88,7 +87,7 @@ struct Seen {
 
 TEST(Observers, are_told_of_writes_and_of_the_database_hooks) {
   Seen seen;
-  const Handle handle = make_handle([&](ork_options& options) {
+  const Handle handle([&](ork_options& options) {
     options.observers.ctx = &seen;
     options.observers.write_notify = [](void* ctx, ork_handle*, const void*, size_t length,
                                         uint32_t, const void*) {

@@ -87,25 +87,25 @@ TEST(Memory, distances_count_and_find_room_kept_for_them) {
 }
 
 TEST(Memory, hostile_sizes_are_refused) {
-  const Handle handle = make_handle();
+  const Handle handle;
   EXPECT_EQ(allocate(handle, SIZE_MAX), nullptr);
   EXPECT_EQ(allocate(handle, SIZE_MAX - 16), nullptr);
   EXPECT_EQ(allocate(handle, PTRDIFF_MAX), nullptr);
 }
 
 TEST(Memory, size_zero_gives_blocks_of_their_own) {
-  const Handle handle = make_handle();
+  const Handle handle;
   void* a = allocate(handle, 0);
   void* b = allocate(handle, 0);
   EXPECT_NE(a, nullptr);
   EXPECT_NE(a, b);
   release(handle, a);
   release(handle, b);
-  EXPECT_EQ(memory_of(handle).live_blocks, 0u);
+  EXPECT_EQ(handle.memory().live_blocks, 0u);
 }
 
 TEST(Memory, leaks_are_counted) {
-  Handle handle = make_handle();
+  Handle handle;
   allocate(handle, 10);
   allocate(handle, 20);
   ork_memory_report report;
@@ -116,7 +116,7 @@ TEST(Memory, leaks_are_counted) {
 }
 
 TEST(Memory, nth_allocation_fails_once) {
-  const Handle handle = make_handle();
+  const Handle handle;
   ork_handle_fail_allocation(handle.get(), 2);
   void* a = allocate(handle, 1);
   EXPECT_EQ(allocate(handle, 1), nullptr);
@@ -127,11 +127,11 @@ TEST(Memory, nth_allocation_fails_once) {
 }
 
 TEST(Memory, block_freed_through_another_handle_goes_back_to_its_own_account) {
-  const Handle a = make_handle();
-  const Handle b = make_handle();
+  const Handle a;
+  const Handle b;
   release(b, allocate(a, 100));
-  EXPECT_EQ(memory_of(a).live_bytes, 0u);
-  EXPECT_EQ(memory_of(b).live_bytes, 0u);
+  EXPECT_EQ(a.memory().live_bytes, 0u);
+  EXPECT_EQ(b.memory().live_bytes, 0u);
 }
 
 struct alignas(8) Block {
@@ -139,18 +139,19 @@ struct alignas(8) Block {
 };
 
 TEST(Mapping, distance_is_kept_and_the_flag_set) {
-  const Handle handle = make_handle();
+  Handle handle;
+  handle.expect_leaks();
   Block block{};
   orklib_update_sttr_offset(handle.get(), 0, &block, 48);
   EXPECT_EQ(block.bytes[ORK_OFFSET_OBJ_FLAGS], OBJ_STTR_OFFSET);
   EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, &block), 48);
   orklib_update_sttr_offset(handle.get(), 0, &block, 56);
   EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, &block), 56);
-  EXPECT_EQ(memory_of(handle).live_distances, 1u);
+  EXPECT_EQ(handle.memory().live_distances, 1u);
 }
 
 TEST(Mapping, destroy_of_nothing_is_no_error) {
-  const Handle handle = make_handle();
+  const Handle handle;
   Block block{};
   uint32_t err = 0;
   ork_hd_mapping_destroy(handle.get(), 0, &block, &err);
@@ -158,7 +159,7 @@ TEST(Mapping, destroy_of_nothing_is_no_error) {
 }
 
 TEST(Mapping, freeing_a_block_drops_every_distance_inside_it_and_no_other) {
-  const Handle handle = make_handle();
+  const Handle handle;
   auto* a = static_cast<unsigned char*>(allocate(handle, 128));
   auto* b = static_cast<unsigned char*>(allocate(handle, 128));
   std::memset(a, 0, 128);
@@ -168,14 +169,14 @@ TEST(Mapping, freeing_a_block_drops_every_distance_inside_it_and_no_other) {
     orklib_update_sttr_offset(handle.get(), 0, b + at, 2);
   }
   release(handle, a);
-  EXPECT_EQ(memory_of(handle).live_distances, 3u);
+  EXPECT_EQ(handle.memory().live_distances, 3u);
   EXPECT_EQ(orklib_get_sttr_offset(handle.get(), 0, b), 2);
   release(handle, b);
-  EXPECT_EQ(memory_of(handle).live_distances, 0u);
+  EXPECT_EQ(handle.memory().live_distances, 0u);
 }
 
 TEST(Mapping, untold_distance_of_an_array_record_leads_to_an_empty_entry_in_its_own_body) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType type(1, "array", {24});
   alignas(8) unsigned char object[32] = {};
   *ork_get_manifested_type_info_ptr_mem(object) = type.get();
@@ -183,7 +184,7 @@ TEST(Mapping, untold_distance_of_an_array_record_leads_to_an_empty_entry_in_its_
 }
 
 TEST(Tawny, tag_belongs_to_the_next_allocation) {
-  const Handle handle = make_handle();
+  const Handle handle;
   struct Account {
     int64_t bytes = 0;
     int64_t blocks = 0;
@@ -212,7 +213,7 @@ TEST(Tawny, tag_belongs_to_the_next_allocation) {
 }
 
 TEST(Tawny, prints_a_line_for_each_tag) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const auto printed = [] {
     char* text = nullptr;
     size_t size = 0;

@@ -11,7 +11,7 @@ struct alignas(8) Object {
 void destroy(ork_handle*, uint32_t, void* obj) { static_cast<Object*>(obj)->destroyed += 1; }
 
 TEST(Oid, without_references_the_mapping_goes_at_once) {
-  const Handle handle = make_handle();
+  const Handle handle;
   Object object;
   uint32_t err = 0;
   void* oid = ork_oid_map(handle.get(), 0, &object, destroy, &err);
@@ -24,7 +24,7 @@ TEST(Oid, without_references_the_mapping_goes_at_once) {
 }
 
 TEST(Oid, referenced_object_is_destroyed_when_the_last_one_goes) {
-  const Handle handle = make_handle();
+  const Handle handle;
   Object object;
   uint32_t err = 0;
   void* oid = ork_oid_map(handle.get(), 0, &object, destroy, &err);
@@ -41,7 +41,7 @@ TEST(Oid, referenced_object_is_destroyed_when_the_last_one_goes) {
 }
 
 TEST(Oid, wrong_calls_are_refused) {
-  const Handle handle = make_handle();
+  const Handle handle;
   Object object;
   uint32_t err = 0;
   ork_request_oid_mapping_destroy(handle.get(), 0, &object, &err);

@@ -19,7 +19,7 @@ struct Family {
 
 template <typename Value>
 void expect_wire(const Family<Value>& family, const Value& value, const Bytes& image) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   ASSERT_EQ(family.width, image.size());
   EXPECT_EQ(family.len(handle.get(), 0, nullptr), family.width);
@@ -75,7 +75,7 @@ TEST(Primitives, wire_images_and_short_room) {
 }
 
 TEST(Primitives, boolean_is_normalised_from_the_wire) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const uint8_t byte = 0xFF;
   ork_boolean value = 0;
   uint32_t err = 0;
@@ -84,7 +84,7 @@ TEST(Primitives, boolean_is_normalised_from_the_wire) {
 }
 
 TEST(Primitives, set_announces_and_refuses_null) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   uint16_t value = 0;
   const uint16_t source = 7;
@@ -99,20 +99,20 @@ TEST(Primitives, set_announces_and_refuses_null) {
 }
 
 TEST(Primitives, scratch_values_come_zeroed_from_the_handle) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t* value = u_int32_create(handle.get(), 0);
   ASSERT_NE(value, nullptr);
   EXPECT_EQ(*value, 0u);
-  EXPECT_EQ(memory_of(handle).live_blocks, 1u);
+  EXPECT_EQ(handle.memory().live_blocks, 1u);
   u_int32_destroy(handle.get(), 0, value);
   u_int32_destroy(handle.get(), 0, nullptr);
-  EXPECT_EQ(memory_of(handle).live_blocks, 0u);
+  EXPECT_EQ(handle.memory().live_blocks, 0u);
   ork_handle_fail_allocation(handle.get(), 1);
   EXPECT_EQ(u_int8_create(handle.get(), 0), nullptr);
 }
 
 TEST(Primitives, addresses_initialize_set_and_compare) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   ork_ip_address object{};
   ip_address_initialize(handle.get(), 0, &object, &_ip_address_type_info_internal, 1, 0, OBJ_NESTED,
@@ -132,7 +132,7 @@ TEST(Primitives, addresses_initialize_set_and_compare) {
 }
 
 TEST(Primitives, link_types_set_their_value_alone) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   ork_link_type object{};
   link_type_initialize(handle.get(), 0, &object, &_link_type_type_info_internal, 0, 0, OBJ_NESTED,

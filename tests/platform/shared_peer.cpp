@@ -29,7 +29,7 @@ int read_all(Process& process, char** addresses) {
     const std::string wire =
         shared_test::hexadecimal(encoders::marshalled(process.handle, calls, object));
     process.destroyed.clear();
-    calls.destroy(process.handle, encoders::instance, object);
+    calls.destroy(process.handle, kit::instance, object);
     const bool told = process.destroyed == std::vector<const void*>{object};
     std::printf("%s %" PRIu32 " %s %s\n", calls.name(), reader.fields, wire.c_str(),
                 told ? "told" : "not told");
@@ -39,7 +39,7 @@ int read_all(Process& process, char** addresses) {
 
 int leave(Process& process) {
   const encoders::Calls& calls = encoders::calls_of("fwe_cl_wayfind_hop_chan_data");
-  void* object = calls.create(process.handle, encoders::instance);
+  void* object = calls.create(process.handle, kit::instance);
   encoders::Filler(process.handle, 2).fill(*calls.schema, object, calls.name());
   std::printf("%p\n", object);
   std::fflush(stdout);

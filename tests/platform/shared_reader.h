@@ -34,8 +34,8 @@ class Reader {
   template <class Result, class... Arguments>
   Result call(const wayfind_function* functions, const char* suffix, void* object,
               Arguments... arguments) {
-    return encoders::find<Result(ork_handle*, uint32_t, void*, Arguments..., uint32_t*)>(
-        functions, suffix)(handle_, encoders::instance, object, arguments..., &err_);
+    return kit::function<Result(ork_handle*, uint32_t, void*, Arguments..., uint32_t*)>(
+        functions, suffix)(handle_, kit::instance, object, arguments..., &err_);
   }
 
   void read_field(const wayfind_field& field, void* object, const std::string& path) {
@@ -153,22 +153,22 @@ class Process {
     if (storage == nullptr) {
       return;
     }
-    ork_options options;
-    ork_options_init(&options);
-    options.storage = storage;
-    options.tracking = tracking;
-    options.db_recording = db_recording;
-    options.observers.ctx = this;
-    options.observers.containment = [](void* ctx, uint32_t, const void* child, const void* parent) {
-      static_cast<Process*>(ctx)->contained.emplace_back(child, parent);
-    };
-    options.observers.set_dirty = [](void* ctx, uint32_t, const void* obj) {
-      static_cast<Process*>(ctx)->dirty.push_back(obj);
-    };
-    options.observers.set_destroy = [](void* ctx, uint32_t, const void* obj) {
-      static_cast<Process*>(ctx)->destroyed.push_back(obj);
-    };
-    handle = ork_handle_create(&options, &err);
+    handle = kit::Handle([&](ork_options& options) {
+               options.storage = storage;
+               options.tracking = tracking;
+               options.db_recording = db_recording;
+               options.observers.ctx = this;
+               options.observers.containment = [](void* ctx, uint32_t, const void* child,
+                                                  const void* parent) {
+                 static_cast<Process*>(ctx)->contained.emplace_back(child, parent);
+               };
+               options.observers.set_dirty = [](void* ctx, uint32_t, const void* obj) {
+                 static_cast<Process*>(ctx)->dirty.push_back(obj);
+               };
+               options.observers.set_destroy = [](void* ctx, uint32_t, const void* obj) {
+                 static_cast<Process*>(ctx)->destroyed.push_back(obj);
+               };
+             }).release();
   }
   ~Process() {
     ork_handle_destroy(handle, nullptr);

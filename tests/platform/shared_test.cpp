@@ -91,7 +91,7 @@ TEST_P(SharedTracking, objects_of_every_record_are_read_and_destroyed_by_another
   for (const encoders::Calls& calls : encoders::all_records()) {
     process.contained.clear();
     process.dirty.clear();
-    void* object = calls.create(process.handle, encoders::instance);
+    void* object = calls.create(process.handle, kit::instance);
     ASSERT_NE(object, nullptr);
     EXPECT_EQ(process.contained, (decltype(process.contained){{object, nullptr}})) << calls.name();
     EXPECT_EQ(process.dirty, std::vector<const void*>{object}) << calls.name();
@@ -143,7 +143,7 @@ TEST_F(Shared, object_outlives_its_process) {
   Reader reader(process.handle, 2);
   reader.read(*calls.schema, object, calls.name());
   EXPECT_EQ(reader.strange, std::vector<std::string>{});
-  calls.destroy(process.handle, encoders::instance, object);
+  calls.destroy(process.handle, kit::instance, object);
   EXPECT_EQ(process.memory().live_blocks, 0u);
 }
 
@@ -162,8 +162,7 @@ TEST_F(Shared, hooks_want_recording_and_an_instance) {
   const encoders::Calls& calls = encoders::calls_of("fwe_cl_wayfind_mem_st");
   {
     Process silent(name(), room, ORK_TRACKING_OFF, 0);
-    calls.destroy(silent.handle, encoders::instance,
-                  calls.create(silent.handle, encoders::instance));
+    calls.destroy(silent.handle, kit::instance, calls.create(silent.handle, kit::instance));
     EXPECT_TRUE(silent.contained.empty() && silent.dirty.empty() && silent.destroyed.empty());
   }
   Process process(name(), 0, ORK_TRACKING_OFF);

@@ -4,7 +4,7 @@ namespace platform_test {
 namespace {
 
 TEST(Statistics, count_by_variant) {
-  const Handle handle = make_handle();
+  const Handle handle;
   TestType type(1, "counted", {20, 30});
   const TestModule module({type.get()});
   uint32_t err = 0;
@@ -25,7 +25,7 @@ TEST(Statistics, count_by_variant) {
 }
 
 TEST(Statistics, nothing_is_written_in_front_of_the_entries) {
-  const Handle handle = make_handle();
+  const Handle handle;
   ork_variant_entry entries[2]{};
   ork_variant_info variants{1, {}, &entries[1]};
   ork_type_info type{};
@@ -41,7 +41,7 @@ TEST(Statistics, counters_are_announced) {
   struct Seen {
     void* counter = nullptr;
   } seen;
-  const Handle handle = make_handle([&](ork_options& options) {
+  const Handle handle([&](ork_options& options) {
     options.observers.ctx = &seen;
     options.observers.counter_notify = [](void* ctx, void* counter, uint32_t) {
       static_cast<Seen*>(ctx)->counter = counter;

@@ -12,36 +12,17 @@
 
 #include "ork/orklib.h"
 #include "ork/platform.h"
+#include "support/handle.h"
 
 namespace platform_test {
 
-struct HandleDestroyer {
-  void operator()(ork_handle* handle) const { ork_handle_destroy(handle, nullptr); }
-};
-using Handle = std::unique_ptr<ork_handle, HandleDestroyer>;
-
-// change sets the options that the test is about.
-inline Handle make_handle(const std::function<void(ork_options&)>& change = [](ork_options&) {}) {
-  ork_options options;
-  ork_options_init(&options);
-  change(options);
-  uint32_t err = 0;
-  Handle handle(ork_handle_create(&options, &err));
-  EXPECT_EQ(err, 0u);
-  return handle;
-}
+using kit::Handle;
 
 inline void* allocate(const Handle& handle, size_t size) {
   return handle->alloc_fn(handle->mem_pool, 0, size);
 }
 
 inline void release(const Handle& handle, void* ptr) { handle->free_fn(handle->mem_pool, 0, ptr); }
-
-inline ork_memory_report memory_of(const Handle& handle) {
-  ork_memory_report report;
-  ork_handle_memory(handle.get(), &report);
-  return report;
-}
 
 // A descriptor with the given used lengths, its LUID filled with one byte.
 class TestType {

@@ -16,7 +16,7 @@ struct Exact {
 };
 
 TEST(Text, lines_name_the_field_at_its_indent) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[256] = "";
   uint32_t err = 0;
   const uint64_t big = UINT64_MAX;
@@ -40,7 +40,7 @@ TEST(Text, lines_name_the_field_at_its_indent) {
 }
 
 TEST(Text, fixed_strings_stop_at_their_end_and_show_no_control_byte) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[256] = "";
   uint32_t err = 0;
   null_string_print(handle.get(), 0, buffer, 4, "if_name", "GigabitEthernet1", sizeof buffer, 7,
@@ -53,7 +53,7 @@ TEST(Text, fixed_strings_stop_at_their_end_and_show_no_control_byte) {
 }
 
 TEST(Text, short_room_cuts_the_line_and_says_so) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const uint32_t value = 12345;
   for (int32_t room = 1; room < 12; ++room) {
     const Exact exact(static_cast<size_t>(room));
@@ -75,7 +75,7 @@ TEST(Text, short_room_cuts_the_line_and_says_so) {
 }
 
 TEST(Text, fixed_string_with_short_room_stays_terminated) {
-  const Handle handle = make_handle();
+  const Handle handle;
   for (int32_t room = 1; room < 14; ++room) {
     const Exact exact(static_cast<size_t>(room));
     uint32_t err = 0;
@@ -87,7 +87,7 @@ TEST(Text, fixed_string_with_short_room_stays_terminated) {
 }
 
 TEST(Text, huge_indent_is_cut_not_followed) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[16] = "";
   uint32_t err = 0;
   const uint8_t value = 1;
@@ -123,7 +123,7 @@ void expect_at_once(const std::function<uint32_t(int32_t room, uint32_t* err)>& 
 }
 
 TEST(Text, printers_without_room_look_at_neither_value_nor_name) {
-  const Handle handle = make_handle();
+  const Handle handle;
   ork_handle* h = handle.get();
   const Unreadable none;
   const char* name = none.as<char>();
@@ -145,7 +145,7 @@ TEST(Text, printers_without_room_look_at_neither_value_nor_name) {
 }
 
 TEST(Text, xml_writers_without_room_look_at_neither_value_nor_name) {
-  const Handle handle = make_handle();
+  const Handle handle;
   ork_handle* h = handle.get();
   const Unreadable none;
   const char* name = none.as<char>();
@@ -177,7 +177,7 @@ TEST(Text, xml_writers_without_room_look_at_neither_value_nor_name) {
 }
 
 TEST(PrintSpace, appends_to_the_text_that_begins_at_the_buffer) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[16] = "ab";
   uint32_t err = 0;
   EXPECT_EQ(ork_print_space(handle.get(), 0, buffer, 3, 14, &err), 3u);
@@ -189,7 +189,7 @@ TEST(PrintSpace, appends_to_the_text_that_begins_at_the_buffer) {
 }
 
 TEST(Snprintf, cuts_counts_and_closes_after_an_error) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[5] = "";
   uint32_t err = 0;
   EXPECT_EQ(ork_snprintf(handle.get(), 0, buffer, 5, &err, "%s", "abcdefg"), 4u);

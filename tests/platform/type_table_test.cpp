@@ -6,12 +6,14 @@ namespace {
 // Handles on shared storage with one type to enter.
 class TypeTable : public testing::Test {
  protected:
-  TypeTable() : storage_(ork_storage_create(0, &err_)), type_(1, "type", {20, 30}) {
-    handle_ = make_handle([&](ork_options& options) { options.storage = storage_; });
+  TypeTable()
+      : storage_(ork_storage_create(0, &err_)),
+        type_(1, "type", {20, 30}),
+        handle_([&](ork_options& options) { options.storage = storage_; }) {
     current_ = &type_;
   }
   ~TypeTable() override {
-    handle_.reset();
+    handle_.destroy();
     ork_storage_destroy(storage_);
   }
 

@@ -16,7 +16,7 @@ uint32_t adjust(const Handle& handle, Object& object, const TestType& type) {
 }
 
 int risen_from(std::vector<uint32_t> used_lengths, uint8_t cap, int8_t variant, uint8_t flags = 0) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType type(1, "type", std::move(used_lengths));
   Object object;
   object.header.variant_cap = cap;
@@ -50,7 +50,7 @@ TEST(Variant, tracked_object_of_an_older_layout_stays_in_it) {
 }
 
 TEST(Variant, domain_sets_the_limit) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType type(1, "type", {20, 30, 40});
   uint32_t err = 0;
   ork_handle_set_peer(handle.get(), "peer",
@@ -63,7 +63,7 @@ TEST(Variant, domain_sets_the_limit) {
 }
 
 TEST(Variant, null_object_or_descriptor_is_left_alone) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType type(1, "type", {20, 30});
   uint32_t err = 0;
   Object object;
@@ -84,7 +84,7 @@ TEST(Object, header_is_read_and_null_is_answered) {
   EXPECT_EQ(ork_get_manifested_type_info(&object), nullptr);
   const TestType type(7, "type", {20});
   *ork_get_manifested_type_info_ptr_mem(&object) = type.get();
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   EXPECT_EQ(ork_get_luid(handle.get(), 0, &object, &err), type.get()->luid);
   EXPECT_EQ(ork_get_luid(handle.get(), 0, nullptr, &err), nullptr);

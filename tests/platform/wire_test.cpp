@@ -6,7 +6,7 @@ namespace platform_test {
 namespace {
 
 TEST(Wire, header_is_twenty_seven_bytes_in_network_order) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const ork_message_header header{
       0xBC, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 1, 0x01020304, 0x0A0B0C0D};
   std::array<uint8_t, 28> bytes;
@@ -24,7 +24,7 @@ TEST(Wire, header_is_twenty_seven_bytes_in_network_order) {
 }
 
 TEST(Wire, base_of_a_record_image) {
-  const Handle handle = make_handle();
+  const Handle handle;
   std::array<uint8_t, 15> bytes{};
   uint32_t err = 0;
   const int8_t variant = -1;
@@ -58,7 +58,7 @@ TEST(Wire, base_of_a_record_image) {
 
 // Null buffers: a touch would not survive.
 TEST(Wire, short_and_negative_room_touches_nothing) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const ork_message_header header{};
   const uint64_t word = 0;
   const uint8_t byte = 0;

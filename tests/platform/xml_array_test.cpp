@@ -74,7 +74,7 @@ TEST_F(XmlArrays, long_ones_are_read_in_one_pass) {
   for (uint32_t i = 1; i <= many; ++i) {
     text += "<n><v>" + std::to_string(i) + "</v></n>";
   }
-  const Handle handle = make_handle();
+  const Handle handle;
   const Xml xml = parse_xml(text + "</m>");
   uint32_t err = 0;
   uint32_t right = 0;

@@ -14,7 +14,7 @@ std::string refusal(std::string_view text) {
 }
 
 TEST(XmlWrite, elements_carry_a_state_that_is_not_zero) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[128];
   uint32_t err = 0;
   const uint32_t value = 7;
@@ -32,7 +32,7 @@ TEST(XmlWrite, elements_carry_a_state_that_is_not_zero) {
 }
 
 TEST(XmlWrite, elements_are_whole_or_not_there) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const uint32_t value = 7;
   for (int32_t room = -1; room < 10; ++room) {
     std::unique_ptr<char[]> exact(new char[static_cast<size_t>(std::max(room, 0))]);
@@ -43,7 +43,7 @@ TEST(XmlWrite, elements_are_whole_or_not_there) {
 }
 
 TEST(XmlWrite, end_tag_is_written_after_an_error_too) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[16];
   uint32_t err = 12;
   EXPECT_EQ(end_tag(handle.get(), 0, buffer, "r", sizeof buffer, &err), 5u);
@@ -52,7 +52,7 @@ TEST(XmlWrite, end_tag_is_written_after_an_error_too) {
 }
 
 TEST(XmlWrite, timestamp_is_in_utc) {
-  const Handle handle = make_handle();
+  const Handle handle;
   char buffer[128];
   uint32_t err = 0;
   const uint32_t length = start_tag_timestamp(handle.get(), 0, buffer, "m", sizeof buffer, &err);
@@ -127,7 +127,7 @@ TEST(XmlRead, paths_select_as_x_path_does) {
 }
 
 TEST(XmlRead, numbers_are_read_whole_or_refused) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const Xml xml = parse_xml("<r><a> 255 </a><b>256</b><c>0xFf</c><d>-1</d><e></e><f>1x</f></r>");
   const auto read = [&](const char* path) {
     uint32_t err = 0;
@@ -153,7 +153,7 @@ TEST(XmlRead, numbers_are_read_whole_or_refused) {
 }
 
 TEST(XmlRead, addresses_and_booleans_round_trip) {
-  const Handle handle = make_handle();
+  const Handle handle;
   for (const char* text : {"10.1.2.3/24", "2001:db8::1/64", "none", "0.0.0.0/0"}) {
     const Xml xml = parse_xml("<r><a>" + std::string(text) + "</a></r>");
     uint32_t err = 0;
@@ -217,7 +217,7 @@ Image image_of(const Handle& handle, const std::string& text) {
 }
 
 TEST(XmlAddress, every_image_reads_back_from_text_and_xml) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const auto expect_back = [&](const Image& image) {
     const ork_ip_address address = address_of(handle, image);
     const std::string text = printed(handle, address);
@@ -243,7 +243,7 @@ TEST(XmlAddress, every_image_reads_back_from_text_and_xml) {
 }
 
 TEST(XmlAddress, ordinary_addresses_keep_their_form) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const std::pair<Image, const char*> told[] = {
       {{}, "none"},
       {{4, 24, 10, 0, 0, 1}, "10.0.0.1/24"},
@@ -256,7 +256,7 @@ TEST(XmlAddress, ordinary_addresses_keep_their_form) {
 }
 
 TEST(XmlAddress, image_that_the_ordinary_form_does_not_tell_is_written_out) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const std::pair<Image, const char*> told[] = {
       {{9, 24, 10}, "family 9/24 0a000000000000000000000000000000"},
       {{0, 1}, "family 0/1 00000000000000000000000000000000"},
@@ -269,13 +269,13 @@ TEST(XmlAddress, image_that_the_ordinary_form_does_not_tell_is_written_out) {
 }
 
 TEST(XmlAddress, empty_element_is_no_address) {
-  const Handle handle = make_handle();
+  const Handle handle;
   EXPECT_EQ(image_of(handle, ""), Image{});
   EXPECT_EQ(image_of(handle, " \n"), Image{});
 }
 
 TEST(XmlAddress, damaged_image_is_refused) {
-  const Handle handle = make_handle();
+  const Handle handle;
   Image refused;
   refused.fill(0xFF);
   const std::string digits = "0a000000000000000000000000000000";
@@ -291,7 +291,7 @@ TEST(XmlAddress, damaged_image_is_refused) {
 
 // The variant on the wire is passed over, so an object holds the value alone.
 TEST(XmlLinkType, every_image_reads_back_from_xml) {
-  const Handle handle = make_handle();
+  const Handle handle;
   for (const uint8_t variant : std::vector<uint8_t>{0, 1, 127, 128, 255}) {
     for (const uint8_t byte : std::vector<uint8_t>{0, 1, 0x7F, 0xFF}) {
       const uint8_t wire[5] = {variant, byte, 0, 7, byte};
@@ -326,7 +326,7 @@ std::string through_xml(const Handle& handle, const std::string& bytes) {
 }
 
 TEST(XmlText, every_byte_and_every_pair_round_trips) {
-  const Handle handle = make_handle();
+  const Handle handle;
   for (int a = 1; a < 256; ++a) {
     for (const int b :
          {1, 0x20, 0x5c, 0x78, 0x3c, 0x5d, 0x7f, 0x80, 0xa9, 0xbf, 0xc3, 0xed, 0xf4, 0xff}) {
@@ -337,7 +337,7 @@ TEST(XmlText, every_byte_and_every_pair_round_trips) {
 }
 
 TEST(XmlText, hard_ones_round_trip) {
-  const Handle handle = make_handle();
+  const Handle handle;
   for (const std::string& bytes :
        {std::string("]]>&amp;\"'"), std::string("\xef\xbf\xbe"), std::string("\xed\xa0\x80"),
         std::string("\xf4\x90\x80\x80"), std::string("\xf0\x9f\x98\x80"), std::string("\xc0\xaf"),
@@ -350,7 +350,7 @@ TEST(XmlText, hard_ones_round_trip) {
 }
 
 TEST(XmlText, too_long_and_bad_escapes_are_refused) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const Xml xml = parse_xml("<r><a>abcd</a><b>\\q</b><c>\\x4</c></r>");
   char target[4] = {'k', 'e', 'e', 'p'};
   const auto read = [&](const char* path, uint32_t size) {

@@ -23,7 +23,7 @@
 #include <sanitizer/asan_interface.h>
 #endif
 
-namespace fixture {
+namespace kit {
 
 // From its making to its end every block of the handle is exactly as long as it was asked for. One
 // at a time; blocks from before have no guards, and its own blocks have to go before it does.
@@ -105,4 +105,4 @@ class GuardedBlocks {
   std::map<uint8_t*, size_t> sizes_;
 };
 
-}  // namespace fixture
+}  // namespace kit

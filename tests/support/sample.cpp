@@ -1,11 +1,13 @@
 #include "tests/support/sample.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
+
+#include "tests/support/exports.h"
 
 namespace sample {
 namespace {
+
+using kit::function;
 
 constexpr uint32_t instance = 1;
 
@@ -91,21 +93,6 @@ void fill_record_array(ork_handle* handle, const wayfind_field& field, void* obj
 }
 
 }  // namespace
-
-const wayfind_record* record(std::string_view name) {
-  for (unsigned i = 0; i < wayfind_record_count; ++i) {
-    if (wayfind_records[i].name == name) return &wayfind_records[i];
-  }
-  return nullptr;
-}
-
-void (*find(const wayfind_function* functions, std::string_view suffix))(void) {
-  for (; functions->suffix != nullptr; ++functions) {
-    if (functions->suffix == suffix) return functions->address;
-  }
-  std::fprintf(stderr, "no function %.*s\n", static_cast<int>(suffix.size()), suffix.data());
-  std::abort();
-}
 
 void* create(ork_handle* handle, const wayfind_record& type) {
   return function<void* (*)(ork_handle*, uint32_t)>(type.functions, "_create")(handle, instance);

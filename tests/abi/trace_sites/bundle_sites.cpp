@@ -18,13 +18,13 @@ TEST(BundleSites, start) {
                   {bundle.prefixed("_bundle_start_message")}},
                  [&] {
                    const auto open = spy::answer(orklib_is_accumulating_bundle, 1);
-                   bundle.handle("start", Handle(), 0);
+                   bundle.handle("start", TickingHandle(), 0);
                  });
     expect_trace(
         {bundle.name("_start"), text::starting, "debug", {"the bundle", digits_of(dispatch_table)}},
         [&] {
           const auto info = dispatching(&dispatch());
-          bundle.handle("start", Handle(), 0);
+          bundle.handle("start", TickingHandle(), 0);
         });
     expect_trace({bundle.name("_start"),
                   text::starting_unnamed,
@@ -32,7 +32,7 @@ TEST(BundleSites, start) {
                   {bundle.prefixed(""), digits_of(dispatch_table)}},
                  [&] {
                    const auto info = dispatching(nullptr);
-                   bundle.handle("start", Handle(), 0);
+                   bundle.handle("start", TickingHandle(), 0);
                  });
   }
 }
@@ -42,7 +42,7 @@ TEST(BundleSites, abort) {
     const auto abort = [&](uint32_t error, bool open, const ork_bundle_dispatch_info* info) {
       const auto accumulating = spy::answer(orklib_is_accumulating_bundle, open ? 1 : 0);
       const auto dispatched = dispatching(info);
-      const Handle handle;
+      const TickingHandle handle;
       handle->bundle_receive_list.next = handle->bundle_receive_list.prev =
           &handle->bundle_receive_list;
       bundle.handle("abort", handle, error);
@@ -63,7 +63,7 @@ TEST(BundleSites, commit) {
                             ork_bundle_handler of_handle) {
       const auto accumulating = spy::answer(orklib_is_accumulating_bundle, open ? 1 : 0);
       const auto info = dispatching(&dispatch(dispatched));
-      const Handle handle;
+      const TickingHandle handle;
       handle->bundle_receive_list.next = handle->bundle_receive_list.prev =
           &handle->bundle_receive_list;
       handle->bundle_handler = of_handle;

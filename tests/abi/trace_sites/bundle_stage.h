@@ -35,7 +35,7 @@ struct Bundle {
   }
 
   // Which is "start", "abort" or "commit"; error stands in the slot beforehand.
-  void handle(const char* kind, const Handle& handle, uint32_t error) const {
+  void handle(const char* kind, const TickingHandle& handle, uint32_t error) const {
     handle.err = error;
     const std::string handler = prefixed("_bundle_") + kind + "_message_handler";
     function<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(schema.functions, handler)(

@@ -35,7 +35,7 @@ TEST(LinkedInSites, commit) {
                  [&] {
                    const auto accumulating = spy::answer(orklib_is_accumulating_bundle, 1);
                    const auto info = dispatching(&dispatch());
-                   const Handle handle;
+                   const TickingHandle handle;
                    handle->bundle_receive_list.next = handle->bundle_receive_list.prev =
                        &handle->bundle_receive_list;
                    bundle.handle("commit", handle, 0);

@@ -15,7 +15,7 @@ struct Message : messages::Message {
   std::string full(const char* suffix) const { return std::string(name()) + "_message" + suffix; }
 
   // A frame as a peer would send it.
-  std::vector<uint8_t> frame(const Handle& handle) const {
+  std::vector<uint8_t> frame(const TickingHandle& handle) const {
     void* msg = create(handle, instance);
     std::vector<uint8_t> bytes(len(handle, instance, msg));
     bytes.resize(marshal(handle, instance, bytes.data(), msg, static_cast<int32_t>(bytes.size()),
@@ -33,7 +33,7 @@ std::vector<Message> messages() {
 
 // The shared copy of the message's descriptor is the given one; other types have themselves for a
 // copy.
-spy::Replacement shared_copy(const Handle& handle, const Message& message,
+spy::Replacement shared_copy(const TickingHandle& handle, const Message& message,
                              const ork_type_info* copy) {
   handle->shared_types = 2;  // shared, but not the storage that the database hooks watch
   const ork_type_info* own = message.schema().type;
@@ -46,7 +46,7 @@ TEST(MessageSites, create) {
   for (const Message& message : messages()) {
     const ork_type_info& type = *message.schema().type;
     const auto create = [&](bool shallow, const ork_type_info* copy) {
-      const Handle handle;
+      const TickingHandle handle;
       const auto shared = shared_copy(handle, message, copy);
       shallow ? message.create_shallow(handle, instance) : message.create(handle, instance);
     };
@@ -58,16 +58,16 @@ TEST(MessageSites, create) {
                    [&] { create(shallow, with_fewer_variants(type)); });
     }
     expect_trace({message.full("_create_shallow"), text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       handle.corrupt();
       message.create_shallow(handle, instance);
     });
     // The records come before the message's own header, and would meet the corrupted handle first.
-    const Handle* handle = nullptr;
+    const TickingHandle* handle = nullptr;
     expect_trace_after_change(
         {message.full("_create"), text::corrupted, "fatal", {}},
         [&] {
-          handle = new Handle;
+          handle = new TickingHandle;
           const auto records = spy::replace(tawny_set_callsite_tag, [&](auto tag) {
             spy::next(tawny_set_callsite_tag)(tag);
             if (tag == message.schema().call_site_tag + message.record_count() - 1)
@@ -82,9 +82,9 @@ TEST(MessageSites, create) {
 TEST(MessageSites, destroy) {
   for (const Message& message : messages()) {
     const auto destroy = [&](const ork_type_info* type) {
-      const Handle handle;
+      const TickingHandle handle;
       void* msg = message.create(handle, instance);
-      fixture::store(msg, type);
+      kit::store(msg, type);
       message.destroy(handle, instance, msg);
     };
     expect_trace({message.full("_destroy"), text::no_variants, "fatal", {}},
@@ -105,7 +105,7 @@ TEST(MessageSites, accessors) {
       const auto expect = [&](const std::string& text,
                               const std::function<void(ork_handle*)>& access) {
         expect_trace({name, text, "debug", {words_of(EIO)}}, [&] {
-          const Handle handle;
+          const TickingHandle handle;
           access(handle);
         });
       };
@@ -127,7 +127,7 @@ TEST(MessageSites, marshal) {
   for (const Message& message : messages()) {
     const std::string name = message.full("_marshal");
     const auto marshal = [&](uint32_t error, bool in_bundle, int32_t length) {
-      const Handle handle;
+      const TickingHandle handle;
       void* msg = message.create(handle, instance);
       handle->bundle_ctx = in_bundle ? 1 : 0;
       handle.err = error;
@@ -142,7 +142,7 @@ TEST(MessageSites, marshal) {
                   "error",
                   {message.name(), message.schema().luid_text, "the peer"}},
                  [&] {
-                   const Handle handle;
+                   const TickingHandle handle;
                    void* msg = message.create(handle, instance);
                    handle->domain_name = "the peer";
                    const auto domain = spy::answer(ork_domain_lookup_message_ok, 0);
@@ -176,7 +176,7 @@ TEST(MessageSites, marshal) {
 TEST(MessageSites, unmarshal) {
   for (const Message& message : messages()) {
     const auto unmarshal = [&](uint32_t error, bool only) {
-      const Handle handle;
+      const TickingHandle handle;
       const std::vector<uint8_t> frame = message.frame(handle);
       void* out = nullptr;
       handle.err = error;
@@ -229,7 +229,7 @@ TEST(MessageSites, other_forms) {
     const auto expect = [&](const char* suffix, const std::string& text,
                             const std::function<void(ork_handle*)>& render) {
       expect_trace({message.full(suffix), text, "debug", {words_of(EIO)}}, [&] {
-        const Handle handle;
+        const TickingHandle handle;
         render(handle);
       });
     };

@@ -29,8 +29,8 @@ struct Record {
   void* create(ork_handle* handle) const {
     return call<void*(ork_handle*, uint32_t)>("_create")(handle, instance);
   }
-  void initialize(const Handle& handle, void* object, const ork_type_info* type, uint32_t flags,
-                  uint8_t* base) const {
+  void initialize(const TickingHandle& handle, void* object, const ork_type_info* type,
+                  uint32_t flags, uint8_t* base) const {
     call<void(ork_handle*, uint32_t, void*, const ork_type_info*, uint32_t, uint32_t, uint32_t,
               uint8_t*, uint32_t*)>("_initialize")(handle, instance, object, type, 0, 0, flags,
                                                    base, &handle.err);
@@ -39,11 +39,12 @@ struct Record {
     call<void(ork_handle*, uint32_t, void*, uint32_t)>("_destroy_internal")(handle, instance,
                                                                             object, 1);
   }
-  void set(const Handle& handle, void* to, void* from) const {
+  void set(const TickingHandle& handle, void* to, void* from) const {
     call<void(ork_handle*, uint32_t, void*, const void*, uint32_t*)>("_set")(handle, instance, to,
                                                                              from, &handle.err);
   }
-  void unmarshal(const Handle& handle, const uint8_t* image, size_t size, void* object) const {
+  void unmarshal(const TickingHandle& handle, const uint8_t* image, size_t size,
+                 void* object) const {
     call<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*)>(
         "_unmarshal")(handle, instance, image, object, static_cast<int32_t>(size), 0, &handle.err);
   }
@@ -69,13 +70,13 @@ TEST(RecordSites, create) {
                   "error",
                   {words_of(EIO)}},
                  [&] {
-                   const Handle handle;
+                   const TickingHandle handle;
                    const auto lookup = spy::fail(ork_domain_lookup_variant, EIO);
                    record.create(handle);
                  });
     const auto expect_corrupted = [&](const std::function<void(ork_handle*)>& ask_for_size) {
       expect_trace({record.name("_sizeof"), text::corrupted, "fatal", {}}, [&] {
-        const Handle handle;
+        const TickingHandle handle;
         handle.corrupt();
         ask_for_size(handle);
       });
@@ -93,11 +94,11 @@ TEST(RecordSites, create) {
 // The mode is read again behind an allocation, behind the count of a new object and behind the
 // announcement of a copy.
 TEST(RecordSites, handle_that_changes_under_way) {
-  static const Handle* handle;
+  static const TickingHandle* handle;
   for (const Record& record : records()) {
     const auto expect_corrupted = [&](const char* function, const Action& action) {
       expect_trace({record.name(function), text::corrupted, "fatal", {}}, [&] {
-        handle = new Handle;
+        handle = new TickingHandle;
         action();
       });
     };
@@ -129,12 +130,12 @@ TEST(RecordSites, initialize) {
     const ork_type_info& type = *record.schema.type;
     const std::string name = record.name("_initialize");
     expect_trace({name, text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       handle.corrupt();
       record.initialize(handle, record.block(), &type, 0, nullptr);
     });
     expect_trace({name, text::no_variants, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       record.initialize(handle, record.block(), without_variants(type), 0, nullptr);
     });
     expect_trace({name,
@@ -142,17 +143,17 @@ TEST(RecordSites, initialize) {
                   "info",
                   {std::to_string(record.schema.variants - 1), minus_one}},
                  [&] {
-                   const Handle handle;
+                   const TickingHandle handle;
                    const auto newest = spy::answer(ork_domain_lookup_variant,
                                                    static_cast<int8_t>(record.schema.variants - 1));
                    record.initialize(handle, record.block(), with_fewer_variants(type), 0, nullptr);
                  });
     expect_trace({name, text::no_state_base, "error", {}}, [&] {
-      const Handle handle(ORK_TRACKING_ON);
+      const TickingHandle handle(ORK_TRACKING_ON);
       record.initialize(handle, record.block(), &type, nested, nullptr);
     });
     expect_trace({record.name("_set_instance_embedded"), text::embed_object, "error", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       record.call<void(ork_handle*, uint32_t, void*)>("_set_instance_embedded")(handle, instance,
                                                                                 nullptr);
     });
@@ -162,13 +163,13 @@ TEST(RecordSites, initialize) {
 TEST(RecordSites, references) {
   for (const Record& record : records()) {
     const auto count = [&](int error) {
-      const Handle handle;
+      const TickingHandle handle;
       handle.err = static_cast<uint32_t>(error);
       record.call<uint32_t(ork_handle*, uint32_t, const void*, uint32_t*)>("_get_oid_count")(
           handle, instance, nullptr, &handle.err);
     };
     const auto list = [&](int error) {
-      const Handle handle;
+      const TickingHandle handle;
       handle.err = static_cast<uint32_t>(error);
       record.call<void(ork_handle*, uint32_t, const void*, void**, uint32_t, uint32_t*)>(
           "_get_object_references")(handle, instance, nullptr, nullptr, 0, &handle.err);
@@ -188,9 +189,9 @@ TEST(RecordSites, destroy_of_a_mapped_object) {
   for (const Record& record : records()) {
     const std::string type = record.schema.name;
     const auto destroy_mapped = [&] {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = record.create(handle);
-      fixture::header(object).obj_flags |= oid_mapped;
+      kit::header(object).obj_flags |= oid_mapped;
       record.destroy_internal(handle, object);
     };
     expect_trace(
@@ -210,9 +211,9 @@ TEST(RecordSites, destroy_of_a_mapped_object) {
     expect_trace(
         {record.name("_destroy_internal"), text::mapping_stays(type), "error", {words_of(EIO)}, 1},
         [&] {
-          const Handle handle;
+          const TickingHandle handle;
           void* object = record.create(handle);
-          fixture::header(object).obj_flags |= ra_data;
+          kit::header(object).obj_flags |= ra_data;
           handle->hd_mapping = object;  // any map but none
           const auto mapping =
               spy::replace(ork_hd_mapping_destroy, [](auto, auto, auto, uint32_t* err) -> uint32_t {
@@ -231,9 +232,9 @@ TEST(RecordSites, destroy_of_an_address_with_references) {
       const std::string name = record.name("_destroy_internal.") + field.name;
       void* const reference = reinterpret_cast<void*>(uintptr_t{0xABC0});
       const auto destroy = [&](uint32_t list_error, uint32_t count_error) {
-        const Handle handle;
+        const TickingHandle handle;
         void* object = record.create(handle);
-        const void* at = fixture::bytes(object) + field.offset;
+        const void* at = kit::bytes(object) + field.offset;
         const auto count =
             spy::replace(ip_address_get_oid_count,
                          [at](auto, auto, auto address, auto) { return address == at ? 1u : 0u; });
@@ -263,13 +264,13 @@ TEST(RecordSites, destroy_of_a_broken_object) {
   for (const Record& record : records()) {
     const std::string name = record.name("_destroy_internal");
     const auto destroy_typed = [&](const ork_type_info* type) {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = record.create(handle);
-      fixture::store(object, type);
+      kit::store(object, type);
       record.destroy_internal(handle, object);
     };
     expect_trace({name, text::corrupted, "fatal", {}}, [&] {
-      const Handle handle(ORK_TRACKING_ON);
+      const TickingHandle handle(ORK_TRACKING_ON);
       void* object = record.create(handle);
       handle.corrupt();
       record.destroy_internal(handle, object);
@@ -288,8 +289,8 @@ TEST(RecordSites, destroy_of_a_broken_object) {
 TEST(RecordSites, set) {
   for (const Record& record : records()) {
     const auto set = [&](bool corrupt) {
-      const Handle without;
-      const Handle tracking(ORK_TRACKING_ON);
+      const TickingHandle without;
+      const TickingHandle tracking(ORK_TRACKING_ON);
       void* to = record.create(without);
       void* from = record.create(without);
       if (corrupt) tracking.corrupt();
@@ -304,26 +305,26 @@ TEST(RecordSites, set) {
 // record itself.
 TEST(RecordSites, other_forms) {
   for (const Record& record : records()) {
-    const auto object_of = [&](const Handle& handle) {
+    const auto object_of = [&](const TickingHandle& handle) {
       void* object = record.create(handle);
-      fixture::header(object).variant = -1;
+      kit::header(object).variant = -1;
       handle.corrupt();
       return object;
     };
     expect_trace({record.name("_len"), text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = object_of(handle);
       record.call<uint32_t(ork_handle*, uint32_t, const void*)>("_len")(handle, instance, object);
     });
     expect_trace({record.name("_marshal"), text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = object_of(handle);
       uint8_t buffer[64];
       record.call<uint32_t(ork_handle*, uint32_t, uint8_t*, const void*, int32_t, uint32_t*)>(
           "_marshal")(handle, instance, buffer, object, sizeof buffer, &handle.err);
     });
     expect_trace({record.name("_to_xml"), text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = object_of(handle);
       char buffer[64];
       record.call<uint32_t(ork_handle*, uint32_t, const char*, char*, void*, uint32_t, uint8_t,
@@ -337,19 +338,19 @@ TEST(RecordSites, unmarshal) {
   for (const Record& record : records()) {
     const std::string name = record.name("_unmarshal");
     expect_trace({name, text::tracking_mismatch, "fatal", {}}, [&] {
-      const Handle without;
-      const Handle tracking(ORK_TRACKING_ON);
+      const TickingHandle without;
+      const TickingHandle tracking(ORK_TRACKING_ON);
       record.unmarshal(tracking, image, sizeof image, record.create(without));
     });
     expect_trace({name, text::corrupted, "fatal", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = record.create(handle);
       handle.corrupt();
       record.unmarshal(handle, image, sizeof image, object);
     });
     // Six bytes are read; the jump starts behind variant and flags.
     expect_trace({name, text::jump, "info", {"6", "2", "10"}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       record.unmarshal(handle, image, sizeof image, record.create(handle));
     });
   }

@@ -30,12 +30,12 @@ TEST_F(SmallTypeSites, create) {
     expect_trace(
         {name + "_create_internal", "error in " + name + " create %s", "error", {words_of(EIO)}},
         [&] {
-          const Handle handle;
+          const TickingHandle handle;
           const auto lookup = spy::fail(ork_domain_lookup_variant, EIO);
           create(type, handle);
         });
     expect_trace({name + "_set_instance_embedded", text::small_embed_object, "error", {}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       call<void(ork_handle*, uint32_t, void*)>(type, "_set_instance_embedded")(handle, instance,
                                                                                nullptr);
     });
@@ -45,7 +45,7 @@ TEST_F(SmallTypeSites, create) {
 TEST_F(SmallTypeSites, initialize) {
   each([](const wayfind_small_type& type, const std::string& name) {
     const auto initialize = [&](const ork_type_info* info) {
-      const Handle handle;
+      const TickingHandle handle;
       const auto newest = spy::answer(ork_domain_lookup_variant, int8_t{0});
       uint64_t object[4] = {};
       call<void(ork_handle*, uint32_t, void*, const ork_type_info*, uint32_t, uint32_t, uint32_t,
@@ -62,13 +62,13 @@ TEST_F(SmallTypeSites, initialize) {
 TEST_F(SmallTypeSites, references) {
   each([](const wayfind_small_type& type, const std::string& name) {
     const auto count = [&](int error) {
-      const Handle handle;
+      const TickingHandle handle;
       handle.err = static_cast<uint32_t>(error);
       call<uint32_t(ork_handle*, uint32_t, const void*, uint32_t*)>(type, "_get_oid_count")(
           handle, instance, nullptr, &handle.err);
     };
     const auto list = [&](int error) {
-      const Handle handle;
+      const TickingHandle handle;
       handle.err = static_cast<uint32_t>(error);
       call<void(ork_handle*, uint32_t, const void*, void**, uint32_t, uint32_t*)>(
           type, "_get_object_references")(handle, instance, nullptr, nullptr, 0, &handle.err);
@@ -86,9 +86,9 @@ TEST_F(SmallTypeSites, references) {
 TEST_F(SmallTypeSites, destroy) {
   each([](const wayfind_small_type& type, const std::string& name) {
     const auto destroy = [&](const ork_type_info* info) {
-      const Handle handle;
+      const TickingHandle handle;
       void* object = create(type, handle);
-      fixture::store(object, info);
+      kit::store(object, info);
       call<void(ork_handle*, uint32_t, void*, uint32_t)>(type, "_destroy_internal")(
           handle, instance, object, 1);
     };
@@ -106,7 +106,7 @@ TEST_F(SmallTypeSites, jump_of_the_flag_set) {
     if (!type.is_flag_set) return;
     // Variant, four bytes of jump, bits: the jump starts behind the first of six bytes.
     expect_trace({name + "_unmarshal", text::jump, "info", {"6", "1", "12"}}, [&] {
-      const Handle handle;
+      const TickingHandle handle;
       const uint8_t image[32] = {0, 0, 0, 0, 12, 1};
       call<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t, uint32_t*)>(
           type, "_unmarshal")(handle, instance, image, create(type, handle), sizeof image, 0,

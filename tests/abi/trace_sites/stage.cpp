@@ -205,20 +205,18 @@ void expect_trace_after_change(const Expected& expected, const Action& action,
   EXPECT_TRUE(reached) << expected.function << ": " << awaited.words << " " << expected.nth;
 }
 
-Handle::Handle(ork_tracking tracking) {
-  ork_options options;
-  ork_options_init(&options);
-  options.tracking = tracking;
-  options.cr_instance = instance;
-  uint32_t problem = 0;
-  handle_ = ork_handle_create(&options, &problem);
+TickingHandle::TickingHandle(ork_tracking tracking) {
+  handle_ = kit::Handle([tracking](ork_options& options) {
+              options.tracking = tracking;
+              options.cr_instance = instance;
+            }).release();
   next_alloc = std::exchange(handle_->alloc_fn, ticking_alloc);
   next_free = std::exchange(handle_->free_fn, ticking_free);
   next_write_notify = std::exchange(handle_->write_notify_fn, ticking_write_notify);
   next_counter_notify = std::exchange(handle_->counter_notify_fn, ticking_counter_notify);
 }
 
-void Handle::corrupt() const {
+void TickingHandle::corrupt() const {
   if (handle_->sttr_info == nullptr) handle_->sttr_info = new ork_sttr_info{};
   handle_->sttr_info->sttr_mode = 0x1234;
 }

@@ -10,13 +10,12 @@
 #include <vector>
 
 #include "ork/platform.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 #include "trace_order.h"
 
 namespace trace_sites {
 
-using fixture::function;
-using fixture::instance;
+using namespace kit;
 
 // A trace that is awaited.
 struct Expected {
@@ -46,9 +45,9 @@ void count_calls_from_now();
 std::set<Place>& raised();
 
 // A handle whose functions tick. Nothing is given back: it lives in a process that ends.
-class Handle {
+class TickingHandle {
  public:
-  explicit Handle(ork_tracking tracking = ORK_TRACKING_ABSENT);
+  explicit TickingHandle(ork_tracking tracking = ORK_TRACKING_ABSENT);
 
   operator ork_handle*() const { return handle_; }
   ork_handle* operator->() const { return handle_; }

@@ -10,7 +10,7 @@ namespace {
 
 using messages::Bundle;
 using messages::Control;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 
 constexpr uint32_t instance = 9;
@@ -58,8 +58,7 @@ class CrForms : public testing::TestWithParam<Bundle> {
     std::string buffer;
   };
   Done run(const Form& form, Kind kind, bool library) const {
-    const Handle handle =
-        messages::make_handle([](ork_options& options) { options.cr_instance = instance; });
+    const Handle handle([](ork_options& options) { options.cr_instance = instance; });
     if (kind != messages::start) {
       messages::open(bundle, handle.get());
     }
@@ -104,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(All, CrForms, testing::ValuesIn(messages::bundles()), m
 class ControlCreateCr : public testing::TestWithParam<Control> {
  protected:
   const Control control = GetParam();
-  const Handle handle = messages::make_handle();
+  const Handle handle;
 
   void* sentinel() const {
     const uint32_t before = std::exchange(handle->cr_error, 5);
@@ -163,7 +162,7 @@ INSTANTIATE_TEST_SUITE_P(All, ControlCreateCr, testing::ValuesIn(messages::contr
                          messages::ByName());
 
 TEST(ControlSentinels, each_control_message_has_one_of_its_own_in_the_library) {
-  const Handle handles[] = {messages::make_handle(), messages::make_handle()};
+  const Handle handles[] = {Handle(), Handle()};
   handles[0]->cr_error = handles[1]->cr_error = 5;
   std::set<const void*> found;
   for (const Control& control : messages::controls()) {

@@ -118,7 +118,7 @@ class Bundle {
  private:
   // Only an open bundle shows its table.
   static const ork_bundle_message_row* table_of(const wayfind_bundle& schema) {
-    const Handle handle = make_handle();
+    const Handle handle;
     uint8_t buffer[frame_size];
     uint32_t err = 0;
     Control(schema, Kind::start).marshal(handle.get(), 0, buffer, frame_size, &err);

@@ -6,7 +6,7 @@ namespace {
 
 using messages::Bundle;
 using messages::Control;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 
 constexpr uint32_t instance = 7;
@@ -38,7 +38,7 @@ class MarshalCalls : public testing::TestWithParam<Bundle> {
   const Bundle bundle = GetParam();
 
   Sent send(Kind kind, const Case& each, bool library) const {
-    const Handle handle = messages::tracking_handle(each.tracking);
+    const Handle handle(each.tracking);
     handle->send_sequence = 0x01020304;
     if (each.open) {
       uint8_t buffer[43];
@@ -212,7 +212,7 @@ TEST_P(MarshalCalls, header_carries_sequence_and_length) {
 }
 
 TEST_P(MarshalCalls, start_has_opened_the_bundle_when_the_header_is_written) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   ork_list_head& list = handle->bundle_send_list;
   ork_list_head stale_entry;
   list = {&stale_entry, &stale_entry};
@@ -235,7 +235,7 @@ TEST_P(MarshalCalls, start_has_opened_the_bundle_when_the_header_is_written) {
 
 // The member is a word of 32 bits: any value but 0 means an open bundle.
 TEST_P(MarshalCalls, any_value_but_zero_means_an_open_bundle) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   uint8_t buffer[43];
   for (const auto& [kind, expected] :
        {std::pair(messages::start, 17u), {messages::abort, 0u}, {messages::commit, 0u}}) {
@@ -249,7 +249,7 @@ TEST_P(MarshalCalls, any_value_but_zero_means_an_open_bundle) {
 }
 
 TEST_P(MarshalCalls, asks_neither_domain_nor_table) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   messages::set_peer_without(handle, {});
   for (const Kind kind : kinds) {
     const Case each{kind != messages::start, 43};
@@ -262,7 +262,7 @@ TEST_P(MarshalCalls, asks_neither_domain_nor_table) {
 }
 
 TEST_P(MarshalCalls, cr_forms_use_the_handles_slot) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   uint8_t buffer[43];
   EXPECT_EQ(bundle.commit().marshal_cr(handle.get(), buffer, 43), 0xFFFFFFFFu) << "no bundle";
   EXPECT_EQ(handle->cr_error, 2u);
@@ -288,8 +288,7 @@ class ControlMessage : public testing::TestWithParam<Control> {
 };
 
 TEST_P(ControlMessage, create_is_an_allocation_of_no_bytes) {
-  const Handle handle =
-      messages::make_handle([](ork_options& options) { options.cr_instance = 9; });
+  const Handle handle([](ork_options& options) { options.cr_instance = 9; });
   spy::forget_names();
   spy::observe(handle.get());
   {
@@ -314,8 +313,7 @@ TEST_P(ControlMessage, create_is_an_allocation_of_no_bytes) {
 }
 
 TEST_P(ControlMessage, cr_create_gives_the_sentinel) {
-  const Handle handle =
-      messages::make_handle([](ork_options& options) { options.cr_instance = 9; });
+  const Handle handle([](ork_options& options) { options.cr_instance = 9; });
   spy::forget_names();
   spy::observe(handle.get());
   void* sentinel;
@@ -342,7 +340,7 @@ TEST_P(ControlMessage, cr_create_gives_the_sentinel) {
 }
 
 TEST_P(ControlMessage, length_is_forty_three) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   EXPECT_EQ(control.len(), 43u);
   EXPECT_EQ(control.len_cr(handle.get()), 43u);
   handle->cr_error = 5;
@@ -353,7 +351,7 @@ TEST_P(ControlMessage, length_is_forty_three) {
 }
 
 TEST_P(ControlMessage, from_xml_looks_at_no_document) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   spy::forget_names();
   spy::observe(handle.get());
   uint32_t err = 0;
@@ -367,7 +365,7 @@ TEST_P(ControlMessage, from_xml_looks_at_no_document) {
 }
 
 TEST_P(ControlMessage, from_xml_may_give_null_without_an_error) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   spy::forget_names();
   spy::observe(handle.get());
   uint32_t err = 0;

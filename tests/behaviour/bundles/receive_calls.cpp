@@ -8,7 +8,7 @@ namespace {
 
 using messages::Bundle;
 using messages::Control;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 
 constexpr uint32_t instance = 7;
@@ -71,7 +71,7 @@ class ReceiveCalls : public testing::TestWithParam<Bundle> {
   }
 
   Received receive(Kind kind, const Case& each, bool library) {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     spy::forget_names();
     spy::observe(handle.get());
     uint32_t err = each.err;
@@ -293,7 +293,7 @@ TEST_P(ReceiveCalls, commit_with_no_handler_anywhere_is_traced_and_no_error) {
 // What the handle shows while the handler runs, and when the message is freed.
 TEST_P(ReceiveCalls, last_steps_of_abort_and_commit_come_in_opposite_order) {
   for (const Kind kind : {messages::abort, messages::commit}) {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     static const ork_handle* watched;
     static std::vector<bool> cleared_at_free;
     static ork_free_fn platform_free;
@@ -315,7 +315,7 @@ TEST_P(ReceiveCalls, last_steps_of_abort_and_commit_come_in_opposite_order) {
 }
 
 TEST_P(ReceiveCalls, handler_sees_the_dispatch_of_the_commit) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   handle->bundle_rx_active = 1;
   const auto dispatching = spy::replace(orklib_in_dispatch_message_info, [&](ork_handle*, void**) {
     return static_cast<const ork_bundle_dispatch_info*>(&info);

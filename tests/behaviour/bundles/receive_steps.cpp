@@ -5,7 +5,7 @@
 namespace {
 
 using messages::Bundle;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 
 constexpr uint32_t instance = 7;
@@ -50,7 +50,7 @@ class ReceiveSteps : public testing::TestWithParam<Bundle> {
   // What is seen at each stop on the way, from a handle that holds something else in each member.
   std::vector<Look> seen(Kind kind, uint32_t err, bool active, bool in_dispatch,
                          bool empty = true) const {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     looks.clear();
     spy::forget_names();
     spy::name_at(&new_lut, "new lut");
@@ -147,7 +147,7 @@ TEST_P(ReceiveSteps, commit_that_finds_no_dispatch_leaves_the_members_until_its_
 // The answer is a word of 32 bits: any but 0 means an open bundle.
 TEST_P(ReceiveSteps, any_answer_but_zero_means_an_open_bundle) {
   const auto accumulating = spy::answer(orklib_is_accumulating_bundle, 256);
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   for (const auto& [kind, expected] :
        {std::pair(messages::start, 17u), {messages::abort, 0u}, {messages::commit, 0u}}) {
     uint32_t err = 0;

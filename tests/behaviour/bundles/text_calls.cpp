@@ -4,7 +4,7 @@
 namespace {
 
 using messages::Bundle;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 
 constexpr uint32_t instance = 7;
@@ -24,7 +24,7 @@ class TextCalls : public testing::TestWithParam<Bundle> {
     bool operator==(const Text&) const = default;
   };
   Text render(Kind kind, bool xml, bool library, uint32_t length, uint32_t pending) const {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     std::string buffer(256, '\xA5');
     buffer[0] = '\0';
     spy::forget_names();
@@ -97,7 +97,7 @@ TEST_P(TextCalls, pending_error_calls_nothing) {
 }
 
 TEST_P(TextCalls, cr_forms_test_before_and_after) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   for (const Kind kind : kinds) {
     const messages::Control control = bundle.control(kind);
     char buffer[256] = "";

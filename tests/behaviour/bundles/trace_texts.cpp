@@ -25,6 +25,7 @@ HEAR(15, (CALL_SITE, const char* text, const void* address), text, address)
 
 namespace {
 
+using kit::Handle;
 using messages::Bundle;
 
 class TraceTexts : public testing::TestWithParam<Bundle> {
@@ -32,7 +33,7 @@ class TraceTexts : public testing::TestWithParam<Bundle> {
   const Bundle bundle = GetParam();
 
   const char* text_of_a_start(bool inside_another) const {
-    const messages::Handle handle = messages::make_handle();
+    const Handle handle;
     handle->bundle_rx_active = inside_another ? 1 : 0;
     uint32_t err = 0;
     heard = nullptr;

@@ -11,7 +11,7 @@
 namespace {
 
 using messages::Bundle;
-using messages::Handle;
+using kit::Handle;
 using messages::Made;
 using messages::Message;
 using messages::Rows;
@@ -41,9 +41,7 @@ class Socket {
 class Show {
  public:
   Show(const char* bundle, uint32_t seed, ork_tracking tracking, Socket socket)
-      : bundle_(messages::bundle(bundle)),
-        handle_(messages::tracking_handle(tracking)),
-        socket_(std::move(socket)) {
+      : bundle_(messages::bundle(bundle)), handle_(Handle(tracking)), socket_(std::move(socket)) {
     for (const wayfind_member& member :
          std::span(bundle_.schema().members, bundle_.schema().member_count)) {
       for (uint32_t i = 0; i < (member.repeatable != 0 ? entries : 1u); ++i) {
@@ -152,7 +150,7 @@ TEST_P(TwoConnections, each_thread_gets_the_show_of_its_own) {
                        Socket(ends[0]));
     received.push_back({&shows.back()});
     clients.emplace_back([&rows, &result = received.back(), socket = Socket(ends[1])] {
-      const Handle handle = messages::tracking_handle(GetParam());
+      const Handle handle(GetParam());
       receive(rows, handle, socket, result);
     });
   }

@@ -7,7 +7,7 @@ namespace {
 
 using messages::Bundle;
 using messages::Control;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 
 constexpr uint32_t instance = 7;
@@ -52,7 +52,7 @@ TEST_P(UnmarshalCalls, hands_handle_instance_and_context_to_the_handler_and_does
          {ork_message_handler{tell}, ork_message_handler{nullptr}}) {
       std::vector<std::vector<std::string>> calls;
       for (const bool library : {false, true}) {
-        const Handle handle = messages::make_handle();
+        const Handle handle;
         handle->bundle_rx_active = kind == messages::start ? 0 : 1;
         handle->bundle_handler = handle_bundle;
         uint32_t err = 0;
@@ -87,7 +87,7 @@ TEST_P(UnmarshalCalls, hands_handle_instance_and_context_to_the_handler_and_does
 TEST_P(UnmarshalCalls, gives_forty_three_without_a_look_at_the_buffer) {
   for (const Kind kind : kinds) {
     const Control control = bundle.control(kind);
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     Taken taken;
     uint32_t err = 0;
     void* out = &taken;
@@ -106,7 +106,7 @@ TEST_P(UnmarshalCalls, gives_forty_three_without_a_look_at_the_buffer) {
 
 TEST_P(UnmarshalCalls, out_msg_is_null_before_any_handler_runs) {
   for (const Kind kind : kinds) {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     uint32_t err = 0;
     void* out = &err;
     // The first that the library's own handlers do.
@@ -132,7 +132,7 @@ TEST_P(UnmarshalCalls, out_msg_is_null_before_any_handler_runs) {
 
 TEST_P(UnmarshalCalls, with_a_pending_error_calls_no_handler) {
   for (const Kind kind : kinds) {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     Taken taken;
     uint32_t err = 5;
     void* out = &taken;
@@ -150,7 +150,7 @@ TEST_P(UnmarshalCalls, with_a_pending_error_calls_no_handler) {
 }
 
 TEST_P(UnmarshalCalls, without_a_handler_runs_the_librarys_own) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   uint32_t err = 0;
   EXPECT_EQ(
       bundle.start().unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr, &err),
@@ -170,7 +170,7 @@ TEST_P(UnmarshalCalls, without_a_handler_runs_the_librarys_own) {
 TEST_P(UnmarshalCalls, no_control_message_is_recorded) {
   const auto on = spy::answer(orklib_msg_recorder_get_state, 1);
   for (const Kind kind : kinds) {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     uint32_t err = 0;
     const spy::Log log;
     bundle.control(kind).unmarshal(handle.get(), instance, nullptr, nullptr, nullptr, 0, nullptr,

@@ -1,7 +1,7 @@
 // The storage of arrays while they are read: which blocks go, which come, in which order, and that
 // the bytes of the elements' states never number fewer than the elements.
 #include "behaviour/encoders/arrays.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -46,7 +46,7 @@ class ElementStatesOfATrackedPath : public testing::Test {
     EXPECT_TRUE(entry_of(object).elements == nullptr ? held == 0 : held >= 5)
         << held << " bytes for 5 elements";
     uint32_t err = 0;
-    find<void(ork_handle*, uint32_t, void*, uint32_t, uint8_t, uint32_t*)>(
+    function<void(ork_handle*, uint32_t, void*, uint32_t, uint8_t, uint32_t*)>(
         path().schema->fields[1].functions, "_state_flag_set")(handle, instance, object.get(), 4, 9,
                                                                &err);
     EXPECT_EQ(err, 0u);
@@ -88,7 +88,7 @@ class ArrayReadWithoutTracking : public testing::TestWithParam<Without> {};
 // An element of the second record has a body of 40 bytes and one state byte.
 TEST_P(ArrayReadWithoutTracking, gets_room_for_its_states_once_they_are_sent_even_with_reuse) {
   const Calls& calls = calls_of(GetParam().record);
-  fixture::Handle handle(fixture::tracked);
+  SpiedHandle handle(kit::tracked);
   const Object object(handle, calls);
   read_without_tracking(handle, calls, object, 3);
   EXPECT_EQ(array_of(object).count, 3u);
@@ -144,7 +144,7 @@ std::vector<std::string> storage_calls(const spy::Log& log) {
 
 TEST(ArrayStorage, goes_before_the_pointer_is_announced_and_new_storage_comes_last) {
   for (const uint32_t hops : {0U, 2U}) {
-    fixture::Handle handle;
+    SpiedHandle handle;
     const Bytes image = image_of(path(), ORK_TRACKING_OFF, hops);
     const Object object = filled(handle, path(), 2);
     spy::name(object.get(), 32, "obj");
@@ -167,7 +167,7 @@ class TrackedArrayStorage : public testing::Test {
     spy::name(elements, 3, "elements");
   }
 
-  fixture::Handle handle{fixture::tracked};
+  SpiedHandle handle{kit::tracked};
   const Object object = filled(handle, path(), 3);
   const Bytes image = marshalled(handle, path(), object.get());
   uint8_t* const elements = entry_of(object).elements;
@@ -197,7 +197,7 @@ TEST_F(TrackedArrayStorage, that_is_kept_is_announced_before_it_is_cleared) {
 }
 
 TEST(ArrayStorage, holds_elements_whose_headers_are_announced_as_they_are_written) {
-  fixture::Handle handle;
+  SpiedHandle handle;
   const Object object(handle, readable());
   spy::name(object.get(), 32, "obj");
   const Bytes image = image_of(readable(), ORK_TRACKING_OFF, 1);
@@ -216,14 +216,14 @@ TEST(ArrayStorage, that_is_kept_is_announced_when_its_old_elements_are_gone) {
       "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_hop_id_readable_format_st),?,?)";
   const std::string first_element = "write_notify_fn(block+9,1,7,block)";
   for (const auto& [mode, expected] :
-       {std::pair{fixture::plain,
+       {std::pair{kit::plain,
                   std::vector<std::string>{destroy, destroy, "write_notify_fn(block,80,7,obj)",
                                            first_element}},
-        {fixture::tracked,
+        {kit::tracked,
          {destroy, "ork_hd_mapping_destroy(7,block,?)", destroy,
           "ork_hd_mapping_destroy(7,block+40,?)", "write_notify_fn(block,82,7,obj)",
           "write_notify_fn(elements,2,7,null)", first_element}}}) {
-    fixture::Handle handle(mode);
+    SpiedHandle handle(mode);
     const Object object = filled(handle, readable(), 2);
     const Bytes image = marshalled(handle, readable(), object.get());
     const bool tracked = handle.tracking();

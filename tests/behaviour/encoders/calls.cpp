@@ -2,7 +2,7 @@
 // types do.
 #include "behaviour/encoders/arrays.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ using namespace encoders;
 // A mem_st under a spy: fields at 12, 16 and 24, its states behind the body of 40.
 class MemStCalls : public testing::Test {
  protected:
-  explicit MemStCalls(const fixture::Mode& mode = fixture::plain)
+  explicit MemStCalls(const kit::Mode& mode = kit::plain)
       : h(mode), object(mem.create(h, instance)) {
     spy::name(object, 40, "obj");
     spy::name(buffer, sizeof buffer, "buf");
@@ -19,13 +19,13 @@ class MemStCalls : public testing::Test {
   ~MemStCalls() override { mem.destroy(h, instance, object); }
 
   const Calls& mem = calls_of("fwe_cl_wayfind_mem_st");
-  fixture::Handle h;
+  SpiedHandle h;
   void* object;
   uint8_t buffer[100] = {};
 };
 
 struct TrackedMemStCalls : MemStCalls {
-  TrackedMemStCalls() : MemStCalls(fixture::tracked) {}
+  TrackedMemStCalls() : MemStCalls(kit::tracked) {}
 };
 
 TEST_F(MemStCalls, of_marshal) {
@@ -163,7 +163,7 @@ TEST_F(MemStCalls, of_length_ask_for_each_width) {
 }
 
 TEST_F(MemStCalls, of_length_in_cr_style_are_for_the_handles_instance) {
-  const fixture::Handle other({.cr_instance = 9});
+  const SpiedHandle other({.cr_instance = 9});
   spy::Log log;
   EXPECT_EQ(mem.len_cr(other, object), 26u);
   EXPECT_CALLS(log.calls_of({"u_int32_len", "u_int64_len"}),
@@ -178,7 +178,7 @@ TEST_F(MemStCalls, of_length_of_null_ask_with_null) {
 }
 
 TEST(RecordCalls, forget_the_last_error_in_each_record_inside) {
-  fixture::Handle h;
+  SpiedHandle h;
   const Calls& policy = calls_of("fwe_cl_wayfind_select_policy");
   const Object object(h, policy);
   uint8_t buffer[100] = {};
@@ -199,7 +199,7 @@ TEST(RecordCalls, forget_the_last_error_in_each_record_inside) {
 template <class Value>
 void expect_widths(uint32_t (*len)(ork_handle*, uint32_t, const Value*),
                    std::initializer_list<std::tuple<const char*, uint32_t, uint32_t>> records) {
-  const fixture::Handle h;
+  const SpiedHandle h;
   for (const auto& [name, usual, wide] : records) {
     const Object object(h, calls_of(name));
     EXPECT_EQ(calls_of(name).len(h, instance, object.get()), usual) << name;
@@ -217,7 +217,7 @@ TEST(RecordCalls, of_length_take_the_width_that_the_primitive_reports_at_that_ti
 }
 
 TEST(ArrayCalls, of_unmarshal_announce_the_state_entry_without_an_owner) {
-  fixture::Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   void* const object = path.create(h, instance);
   const Bytes image = hex("00 08 0000000f 00000001 0a0b0c0d 02 02");
@@ -241,7 +241,7 @@ TEST(ArrayCalls, of_unmarshal_announce_the_state_entry_without_an_owner) {
 }
 
 TEST(ArrayCalls, of_length_of_fixed_elements_ask_the_first_one) {
-  fixture::Handle h;
+  SpiedHandle h;
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   void* const object = path.create(h, instance);
   fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_set(
@@ -259,7 +259,7 @@ TEST(ArrayCalls, of_length_of_numbers_ask_the_first_one_once) {
   for (const auto& [record, width] : {std::pair{"fwe_cl_wayfind_sel_lb_path_st", "u_int32_len"},
                                       {"fwe_cl_wayfind_sel_lb_dst_site_st", "u_int16_len"},
                                       {"fwe_cl_wayfind_sel_lb_src_intf_st", "u_int8_len"}}) {
-    const fixture::Handle h;
+    const SpiedHandle h;
     const Object object = filled(h, calls_of(record), 3);
     spy::name(object.get(), 32, "obj");
     spy::name(array_of(object).block, 3, "block");
@@ -274,7 +274,7 @@ TEST(ArrayCalls, of_length_of_numbers_ask_the_first_one_once) {
 TEST(ArrayCalls, of_bytes_are_none_for_the_elements) {
   for (const char* record :
        {"fwe_cl_wayfind_sel_lb_src_intf_st", "fwe_cl_wayfind_sel_lb_dst_intf_st"}) {
-    fixture::Handle h;
+    SpiedHandle h;
     const Calls& calls = calls_of(record);
     const Object object = filled(h, calls, 3);
     const spy::Log log;
@@ -289,7 +289,7 @@ TEST(ArrayCalls, of_bytes_are_none_for_the_elements) {
 
 // The counter, one element, and the one that ends early.
 TEST(ArrayCalls, of_unmarshal_end_with_the_first_element_that_fails) {
-  fixture::Handle h;
+  SpiedHandle h;
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   const Object object(h, path);
   const Bytes image = hex("00 00 0000001c 00000005 0000000a 0000");
@@ -308,7 +308,7 @@ TEST(ArrayCalls, of_unmarshal_tell_no_distance_without_tracking) {
     const Handle source(writer);
     const Bytes image = marshalled(source, path, filled(source, path, 2).get());
     for (const ork_tracking reader : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
-      fixture::Handle h({.tracking = reader});
+      SpiedHandle h({.tracking = reader});
       const Object object(h, path);
       const spy::Log log;
       path.unmarshal(h, instance, image.data(), object.get(), static_cast<int32_t>(image.size()), 0,
@@ -316,14 +316,14 @@ TEST(ArrayCalls, of_unmarshal_tell_no_distance_without_tracking) {
       EXPECT_EQ(h.err, 0u);
       EXPECT_EQ(log.count("orklib_update_sttr_offset"), 0u);
       auto* const block = static_cast<uint8_t*>(array_of(object).block);
-      EXPECT_EQ(fixture::header(block).obj_flags, OBJ_NESTED);
-      EXPECT_EQ(fixture::header(block + 40).obj_flags, OBJ_NESTED);
+      EXPECT_EQ(kit::header(block).obj_flags, OBJ_NESTED);
+      EXPECT_EQ(kit::header(block + 40).obj_flags, OBJ_NESTED);
     }
   }
 }
 
 TEST(ArrayCalls, of_unmarshal_tell_the_distance_before_the_element_is_initialised) {
-  fixture::Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_human_readable_st");
   void* const object = path.create(h, instance);
   const Bytes image =
@@ -350,7 +350,7 @@ TEST(ArrayCalls, of_unmarshal_tell_the_distance_before_the_element_is_initialise
 // ---- Enums and the flag set -------------------------------------------------
 
 TEST(EnumCalls, of_marshal_and_unmarshal) {
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const state = fwe_cl_wayfind_chan_state_e_create(h, instance);
   spy::name(state, 16, "obj");
   uint8_t buffer[10] = {};
@@ -374,7 +374,7 @@ TEST(EnumCalls, of_marshal_and_unmarshal) {
 }
 
 TEST(EnumCalls, of_from_xml_probe_each_name_in_turn_until_one_is_there) {
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const type = fwe_cl_wayfind_show_global_type_e_create(h, instance);
   const Document document = parsed("<e><WAYFIND_UI_GLOBAL_INFO/></e>");
   spy::name_at(document.get(), "xml");
@@ -392,7 +392,7 @@ TEST(EnumCalls, of_from_xml_probe_each_name_in_turn_until_one_is_there) {
 }
 
 TEST(FlagCalls, of_marshal_and_print) {
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const flags = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, flags, 2, 1, &h.err);
   spy::name(flags, 24, "obj");

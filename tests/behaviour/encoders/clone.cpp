@@ -1,7 +1,7 @@
 // Clones of records: what survives, and what a failure leaves.
 #include "behaviour/encoders/values.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -88,7 +88,7 @@ TEST_F(Clone, in_a_too_small_workspace_makes_nothing_and_touches_nothing) {
 }
 
 TEST_F(Clone, in_cr_style_uses_the_handles_workspace) {
-  const Handle small(Handle::Options{.workspace_size = 21});
+  const Handle small([&](ork_options& options) { options.workspace_size = 21; });
   const Object source = filled(small, path, 3);
   EXPECT_EQ(path.clone_cr(small, source.get()), nullptr);
   EXPECT_EQ(small->cr_error, 90u);
@@ -200,7 +200,10 @@ TEST_F(Clone, fills_an_array_element_and_leaves_the_source_its_arrays) {
 
 TEST_F(Clone, of_an_array_element_leaves_it_alone_where_the_handles_workspace_is_too_small) {
   for (const size_t room : {38u, 39u}) { /* the image has 39 bytes */
-    const Handle h(Handle::Options{.tracking = ORK_TRACKING_OFF, .workspace_size = room});
+    const Handle h([&](ork_options& options) {
+      options.tracking = ORK_TRACKING_OFF;
+      options.workspace_size = room;
+    });
     const Object object(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"));
     const Object source(h, calls_of("fwe_dp_wayfind_debug_setting"));
     auto* const record = static_cast<fwe_dp_wayfind_debug_data_per_complex*>(object.get());
@@ -225,7 +228,7 @@ TEST_F(Clone, of_an_array_element_leaves_it_alone_where_the_handles_workspace_is
 // ---- Call order -------------------------------------------------------------
 
 TEST_F(Clone, of_an_array_element_goes_by_way_of_the_handles_workspace) {
-  fixture::Handle h({.cr_instance = 11});
+  SpiedHandle h({.cr_instance = 11});
   const Object object(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"));
   const Object source(h, calls_of("fwe_dp_wayfind_debug_setting"));
   uint8_t* own = nullptr;
@@ -244,7 +247,7 @@ TEST_F(Clone, of_an_array_element_goes_by_way_of_the_handles_workspace) {
 }
 
 TEST_F(Clone, starts_the_trace_module_and_creates_only_for_an_empty_slot) {
-  fixture::Handle h;
+  SpiedHandle h;
   void* const source = mem.create(h, instance);
   spy::name(source, 40, "src");
   spy::name(workspace.data(), workspace.size(), "ws");
@@ -271,7 +274,7 @@ TEST_F(Clone, starts_the_trace_module_and_creates_only_for_an_empty_slot) {
 }
 
 TEST_F(Clone, reads_no_more_than_was_written_for_the_instance_of_its_style) {
-  fixture::Handle h({.cr_instance = 9});
+  SpiedHandle h({.cr_instance = 9});
   void* const source = mem.create(h, instance);
   spy::name(source, 40, "src");
   uint8_t* own = nullptr;
@@ -302,7 +305,7 @@ TEST_F(Clone, reads_no_more_than_was_written_for_the_instance_of_its_style) {
 }
 
 TEST_F(Clone, whose_unmarshal_fails_leaves_the_sentinel_alive) {
-  fixture::Handle h({.tracking = ORK_TRACKING_OFF});
+  SpiedHandle h({.tracking = ORK_TRACKING_OFF});
   const Object source = filled(h, path, 3);
   const auto failed_create = [&] {
     spy::fail_alloc(1);
@@ -312,7 +315,7 @@ TEST_F(Clone, whose_unmarshal_fails_leaves_the_sentinel_alive) {
   };
   void* const sentinel = failed_create();
   ASSERT_NE(sentinel, nullptr);
-  const fixture::Snapshot before(sentinel, 32);
+  const kit::Snapshot before(sentinel, 32);
   void* slot = sentinel;
   {
     spy::fail_alloc(1);

@@ -196,7 +196,7 @@ TEST_F(CompareHash, texts_differ_behind_their_terminator_as_well) {
   auto* const right = static_cast<fwe_cl_wayfind_auto_tunnel_misc*>(b.get());
   const wayfind_field& field = calls.schema->fields[0];
   const auto set = [&](void* object, const char* text) {
-    find<void(ork_handle*, uint32_t, void*, const char*, uint32_t, uint32_t*)>(
+    function<void(ork_handle*, uint32_t, void*, const char*, uint32_t, uint32_t*)>(
         field.functions, "_set")(handle, instance, object, text,
                                  static_cast<uint32_t>(std::strlen(text)), &err);
   };
@@ -265,7 +265,7 @@ TEST_F(CompareHash, an_older_record_equals_a_newer_one_whose_later_fields_are_ze
   const Calls& calls = calls_of("fwe_cl_wayfind_auto_tunnel");
   const Object newer(handle, calls);
   const TypeList list = release_list(0);
-  const Handle old_handle(Handle::Options{.release = list.get()});
+  const Handle old_handle([&](ork_options& options) { options.release = list.get(); });
   const Object older(old_handle, calls);
   fwe_cl_wayfind_auto_tunnel_table_id_set_value(
       handle, instance, static_cast<fwe_cl_wayfind_auto_tunnel*>(newer.get()), 4, &err);

@@ -1,8 +1,8 @@
 // The state bytes of an array's elements when there is no memory for them, and when an image
 // without any makes the array shorter.
 #include "behaviour/encoders/arrays.h"
-#include "support/fixture.h"
 #include "support/guarded_blocks.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ class ElementStatesWithoutMemory : public testing::Test {
     return log.calls_of({"alloc_fn", "free_fn", "write_notify_fn", "ork_store_err"});
   }
 
-  fixture::Handle handle{fixture::tracked};
+  SpiedHandle handle{kit::tracked};
   const Calls& calls;
   const Object object;
 };
@@ -112,7 +112,7 @@ TEST_F(ElementStatesWithoutMemory, end_growth_behind_the_count) {
   uint32_t err = 0;
   spy::fail_alloc(2);
   spy::Log log;
-  find<void(ork_handle*, uint32_t, void*, uint32_t, const void*, uint32_t*)>(
+  function<void(ork_handle*, uint32_t, void*, uint32_t, const void*, uint32_t*)>(
       calls.schema->fields[1].functions, "_set")(handle, instance, object.get(), 4, &value, &err);
   EXPECT_EQ(err, 12u);
   EXPECT_CALLS(log.calls_of({"alloc_fn", "free_fn", "write_notify_fn", "ork_store_err"}),
@@ -127,7 +127,7 @@ TEST_F(ElementStatesOfRecordsWithoutMemory, end_growth_behind_the_new_elements) 
   uint32_t err = 0;
   spy::fail_alloc(2);
   spy::Log log;
-  find<void(ork_handle*, uint32_t, void*, uint32_t, const void*, uint32_t*)>(
+  function<void(ork_handle*, uint32_t, void*, uint32_t, const void*, uint32_t*)>(
       calls.schema->fields[1].functions, "_set")(handle, instance, object.get(), 3, element.get(),
                                                  &err);
   EXPECT_EQ(err, 12u);
@@ -145,7 +145,7 @@ TEST_F(ElementStatesWithoutMemory, end_a_set_of_the_whole_array_behind_its_mark)
   uint32_t err = 0;
   spy::fail_alloc(2);
   spy::Log log;
-  find<void(ork_handle*, uint32_t, void*, const void*, uint32_t, uint32_t*)>(
+  function<void(ork_handle*, uint32_t, void*, const void*, uint32_t, uint32_t*)>(
       calls.schema->fields[1].functions, "_set_mem")(handle, instance, object.get(), values, 2,
                                                      &err);
   EXPECT_EQ(err, 12u);
@@ -163,7 +163,7 @@ TEST(ElementStatesOfAShrunkArray, are_kept_where_the_image_has_no_states) {
     const Calls& calls = calls_of(name);
     for (const uint32_t left : {1U, 2U}) {
       const Handle handle(ORK_TRACKING_ON);
-      const fixture::GuardedBlocks blocks(handle);
+      const kit::GuardedBlocks blocks(handle);
       const Object object = filled(handle, calls, 3);
       const Bytes states = hex("070809");
       std::copy(states.begin(), states.end(), entry_of(object).elements);

@@ -1,7 +1,7 @@
 // Enums in all their forms.
 #include "behaviour/encoders/small_types.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -198,7 +198,7 @@ TEST_P(EveryEnum, needs_room_for_all_its_bytes) {
 }
 
 TEST_P(EveryEnum, announces_its_value_even_when_none_could_be_read) {
-  fixture::Handle h;
+  SpiedHandle h;
   const Enum target(h, schema_of(name()));
   target.object().value = 2;
   spy::name(target.get(), 16, "obj");

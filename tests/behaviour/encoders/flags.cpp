@@ -1,7 +1,7 @@
 // The flag set in all its forms.
 #include "behaviour/encoders/small_types.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -78,7 +78,7 @@ TEST_F(Flags, of_null_print_nothing_more_unless_the_handle_is_strict) {
   EXPECT_EQ(to_xml(nullptr), "<f>\n</f>\n");
   EXPECT_EQ(err, 0u);
   EXPECT_EQ(ork_handle_last_error(handle), 43u);
-  const Handle strict(Handle::Options{.strict_epoch = 1});
+  const Handle strict([&](ork_options& options) { options.strict_epoch = 1; });
   char text[400] = "";
   fwe_cl_wayfind_hop_chan_flags_print(strict, instance, text, 0, "f", nullptr, sizeof text, &err);
   EXPECT_STREQ(text, "f@fwe_cl_wayfind_hop_chan_flags:ERR ERR ERR ERR ERR \n");
@@ -143,7 +143,7 @@ TEST_F(Flags, from_xml_without_an_object_is_no_error) {
 }
 
 TEST_F(Flags, found_in_xml_are_upgraded_and_announced_before_their_bit_is_set) {
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const object = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   spy::name(object, 24, "obj");
   const Document document = parsed(std::string("<f><") + names[2] + "/></f>");
@@ -274,7 +274,7 @@ TEST_F(Flags, trace_the_jump_that_they_follow_also_out_of_the_buffer_and_never_a
               {"00 00000005 05", 6, nullptr},
               {"00 ffffffff 05", 6, nullptr},
               {"00 80000000 05", 6, nullptr}};
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const object = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   for (const auto& row : rows) {
     const Bytes image = hex(row.image);
@@ -317,7 +317,7 @@ TEST_F(Flags, outside_the_table_are_43) {
 }
 
 TEST_F(Flags, outside_the_table_leave_43_in_the_slot_of_a_strict_handle) {
-  const Handle strict(Handle::Options{.strict_epoch = 1});
+  const Handle strict([&](ork_options& options) { options.strict_epoch = 1; });
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_get_cr(strict, flags, 5), 0u);
   EXPECT_EQ(std::exchange(strict->cr_error, 0), 43u);
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_set_cr(strict, flags, 5, 1), 43u);
@@ -357,7 +357,7 @@ TEST_F(Flags, are_set_and_cleared_in_both_styles) {
 }
 
 TEST_F(Flags, set_copies_all_24_bytes_and_announces_them_first) {
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const source = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   auto* const target = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   std::memset(reinterpret_cast<uint8_t*>(source) + 11, 0x5a, 13);

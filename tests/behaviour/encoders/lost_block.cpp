@@ -29,7 +29,7 @@ class LostBlock : public testing::TestWithParam<const char*> {
   }
   void set_mem(ork_handle* handle, const Object& object, uint32_t count) {
     const Bytes values(6 * sizeof(uint32_t), 1);
-    find<void(ork_handle*, uint32_t, void*, const void*, uint32_t, uint32_t*)>(
+    function<void(ork_handle*, uint32_t, void*, const void*, uint32_t, uint32_t*)>(
         array().functions, "_set_mem")(handle, instance, object.get(), values.data(), count, &err);
   }
 
@@ -74,8 +74,8 @@ TEST_P(LostBlock, is_moved_as_it_is) {
   for (const Handle* each : {&untracking, &tracking}) {
     const Object source = lost(*each);
     const Object target(*each, calls());
-    find<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(calls().schema->functions, "_set")(
-        *each, instance, target.get(), source.get(), &err);
+    function<void(ork_handle*, uint32_t, void*, void*, uint32_t*)>(
+        calls().schema->functions, "_set")(*each, instance, target.get(), source.get(), &err);
     EXPECT_EQ(err, 0u);
     const auto word = [&](const Object& object, unsigned field) {
       uint32_t value;

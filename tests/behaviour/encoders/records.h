@@ -1,4 +1,4 @@
-// Calls into the exported family of any record, and handles to make them with.
+// Calls into the exported family of any record, and the releases to make them at.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,23 +13,13 @@
 #include <vector>
 
 #include "ork/platform.h"
-#include "tools/schema/wayfind_schema.h"
+#include "support/kit.h"
 
 namespace encoders {
 
-inline constexpr uint32_t instance = 7;
+using namespace kit;
 
-template <class Prototype>
-Prototype* find(const wayfind_function* table, std::string_view suffix) {
-  for (const wayfind_function* function = table; function->suffix != nullptr; ++function) {
-    if (suffix == function->suffix) {
-      return reinterpret_cast<Prototype*>(function->address);
-    }
-  }
-  throw std::runtime_error("no function " + std::string(suffix));
-}
-
-// ---- Releases and handles ---------------------------------------------------
+// ---- Releases ---------------------------------------------------------------
 
 struct ListDeleter {
   void operator()(ork_type_list* list) const { ork_type_list_free(list); }
@@ -73,63 +63,6 @@ inline TypeList release_list(unsigned variant, std::string_view except = {},
   return list;
 }
 
-// A handle with storage of its own. What it still holds at the end is a leak and fails the test.
-class Handle {
- public:
-  struct Options {
-    ork_tracking tracking = ORK_TRACKING_OFF;
-    const ork_type_list* release = nullptr;
-    uint32_t strict_epoch = 0;
-    size_t memory_budget = 0;
-    size_t workspace_size = 1 << 20;
-    ork_observers observers{};
-  };
-
-  explicit Handle(ork_tracking tracking) : Handle(Options{.tracking = tracking}) {}
-  explicit Handle(const Options& wanted) {
-    ork_options options;
-    ork_options_init(&options);
-    options.tracking = wanted.tracking;
-    options.release = wanted.release;
-    options.strict_epoch = wanted.strict_epoch;
-    options.memory_budget = wanted.memory_budget;
-    options.workspace_size = wanted.workspace_size;
-    options.observers = wanted.observers;
-    uint32_t err = 0;
-    handle_ = ork_handle_create(&options, &err);
-    EXPECT_EQ(err, 0u);
-  }
-  ~Handle() {
-    ork_memory_report report{};
-    ork_handle_destroy(handle_, &report);
-    if (!leaks_allowed) {
-      EXPECT_EQ(report.live_blocks, 0u) << "leak of " << report.live_bytes << " bytes";
-      EXPECT_EQ(report.live_distances, 0u) << "distances left in the map";
-    }
-  }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
-
-  operator ork_handle*() const { return handle_; }
-  ork_handle* operator->() const { return handle_; }
-
-  void set_peer(const ork_type_list* list) const {
-    uint32_t err = 0;
-    ork_handle_set_peer(handle_, "peer", list, &err);
-    EXPECT_EQ(err, 0u);
-  }
-  ork_memory_report memory() const {
-    ork_memory_report report{};
-    ork_handle_memory(handle_, &report);
-    return report;
-  }
-
-  bool leaks_allowed = false;
-
- private:
-  ork_handle* handle_ = nullptr;
-};
-
 // ---- Records ----------------------------------------------------------------
 
 // The functions of one record that tests of all records call.
@@ -139,29 +72,29 @@ struct Calls {
 
   explicit Calls(const wayfind_record& record)
       : schema(&record),
-        create(find<void*(ork_handle*, uint32_t)>(record.functions, "_create")),
-        destroy(find<void(ork_handle*, uint32_t, void*)>(record.functions, "_destroy")),
-        marshal(find<marshal_fn>(record.functions, "_marshal")),
-        marshal_for_clone(find<marshal_fn>(record.functions, "_marshal_for_clone")),
-        unmarshal(find<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t,
-                                uint32_t*)>(record.functions, "_unmarshal")),
-        len(find<uint32_t(ork_handle*, uint32_t, const void*)>(record.functions, "_len")),
-        len_cr(find<uint32_t(ork_handle*, const void*)>(record.functions, "_len_cr")),
-        compare(find<int32_t(const void*, const void*)>(record.functions, "_compare")),
-        hash(find<uint32_t(const void*, uint32_t)>(record.functions, "_hash")),
-        print(find<uint32_t(ork_handle*, uint32_t, char*, uint32_t, const char*, const void*,
-                            uint32_t, uint32_t*)>(record.functions, "_print")),
-        print_cr(find<uint32_t(ork_handle*, const void*, char*, uint32_t)>(record.functions,
-                                                                           "_print_cr")),
-        to_xml(find<uint32_t(ork_handle*, uint32_t, const char*, char*, void*, uint32_t, uint8_t,
-                             uint32_t*)>(record.functions, "_to_xml")),
+        create(function<void*(ork_handle*, uint32_t)>(record.functions, "_create")),
+        destroy(function<void(ork_handle*, uint32_t, void*)>(record.functions, "_destroy")),
+        marshal(function<marshal_fn>(record.functions, "_marshal")),
+        marshal_for_clone(function<marshal_fn>(record.functions, "_marshal_for_clone")),
+        unmarshal(function<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t,
+                                    uint32_t*)>(record.functions, "_unmarshal")),
+        len(function<uint32_t(ork_handle*, uint32_t, const void*)>(record.functions, "_len")),
+        len_cr(function<uint32_t(ork_handle*, const void*)>(record.functions, "_len_cr")),
+        compare(function<int32_t(const void*, const void*)>(record.functions, "_compare")),
+        hash(function<uint32_t(const void*, uint32_t)>(record.functions, "_hash")),
+        print(function<uint32_t(ork_handle*, uint32_t, char*, uint32_t, const char*, const void*,
+                                uint32_t, uint32_t*)>(record.functions, "_print")),
+        print_cr(function<uint32_t(ork_handle*, const void*, char*, uint32_t)>(record.functions,
+                                                                               "_print_cr")),
+        to_xml(function<uint32_t(ork_handle*, uint32_t, const char*, char*, void*, uint32_t,
+                                 uint8_t, uint32_t*)>(record.functions, "_to_xml")),
         toxml_cr(
-            find<uint32_t(ork_handle*, void*, char*, uint32_t)>(record.functions, "_toxml_cr")),
-        from_xml(find<void(ork_handle*, uint32_t, const char*, ork_xml*, void*, uint32_t*, char*,
-                           uint32_t)>(record.functions, "_from_xml")),
-        clone(find<clone_fn>(record.functions, "_clone")),
-        clone_internal(find<clone_fn>(record.functions, "_clone_internal")),
-        clone_cr(find<void*(ork_handle*, const void*)>(record.functions, "_clone_cr")) {}
+            function<uint32_t(ork_handle*, void*, char*, uint32_t)>(record.functions, "_toxml_cr")),
+        from_xml(function<void(ork_handle*, uint32_t, const char*, ork_xml*, void*, uint32_t*,
+                               char*, uint32_t)>(record.functions, "_from_xml")),
+        clone(function<clone_fn>(record.functions, "_clone")),
+        clone_internal(function<clone_fn>(record.functions, "_clone_internal")),
+        clone_cr(function<void*(ork_handle*, const void*)>(record.functions, "_clone_cr")) {}
 
   const wayfind_record* schema;
   void* (*create)(ork_handle*, uint32_t);
@@ -185,6 +118,7 @@ struct Calls {
   void* (*clone_cr)(ork_handle*, const void*);
 
   const char* name() const { return schema->name; }
+  operator const wayfind_record&() const { return *schema; }
 };
 
 inline const std::vector<Calls>& all_records() {
@@ -200,35 +134,6 @@ inline const Calls& calls_of(std::string_view name) {
   }
   throw std::runtime_error("no record " + std::string(name));
 }
-
-// An object, destroyed at the end.
-class Object {
- public:
-  Object(ork_handle* handle, const Calls& calls)
-      : Object(handle, calls, calls.create(handle, instance)) {}
-  Object(ork_handle* handle, const Calls& calls, void* adopted)
-      : handle_(handle), calls_(&calls), object_(adopted) {}
-  Object(Object&& other) noexcept
-      : handle_(other.handle_),
-        calls_(other.calls_),
-        object_(std::exchange(other.object_, nullptr)) {}
-  Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
-  Object& operator=(Object&&) = delete;
-  ~Object() {
-    if (object_ != nullptr) {
-      calls_->destroy(handle_, instance, object_);
-    }
-  }
-  void* get() const { return object_; }
-  ork_object& header() const { return *static_cast<ork_object*>(object_); }
-  void* release() { return std::exchange(object_, nullptr); }
-
- private:
-  ork_handle* handle_;
-  const Calls* calls_;
-  void* object_;
-};
 
 using Bytes = std::vector<uint8_t>;
 

@@ -2,7 +2,7 @@
 #include "behaviour/encoders/small_types.h"
 
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -17,34 +17,34 @@ using FromXml = void(ork_handle*, uint32_t, const char*, ork_xml*, void*, uint32
 class SmallTypeForms : public testing::TestWithParam<unsigned> {
  protected:
   SmallTypeForms()
-      : object(find<void*(ork_handle*, uint32_t)>(schema.functions, "_create")(h, instance)) {
+      : object(function<void*(ork_handle*, uint32_t)>(schema.functions, "_create")(h, instance)) {
     if (small.flags) {
-      fixture::bytes(object)[11] = 0x04;
+      kit::bytes(object)[11] = 0x04;
     } else {
       static_cast<EnumObject*>(object)->value = 1;
     }
     spy::name(text, sizeof text, "text");
   }
   ~SmallTypeForms() override {
-    find<void(ork_handle*, uint32_t, void*)>(schema.functions, "_destroy")(h, instance, object);
+    function<void(ork_handle*, uint32_t, void*)>(schema.functions, "_destroy")(h, instance, object);
   }
 
   uint32_t print(const char* name, uint32_t room) {
-    return find<uint32_t(ork_handle*, uint32_t, char*, uint32_t, const char*, const void*, uint32_t,
-                         uint32_t*)>(schema.functions, "_print")(h, instance, text, 0, name, object,
-                                                                 room, &h.err);
+    return function<uint32_t(ork_handle*, uint32_t, char*, uint32_t, const char*, const void*,
+                             uint32_t, uint32_t*)>(schema.functions, "_print")(
+        h, instance, text, 0, name, object, room, &h.err);
   }
   uint32_t to_xml(const char* tag, uint32_t room) {
-    return find<uint32_t(ork_handle*, uint32_t, const char*, char*, const void*, uint32_t, uint8_t,
-                         uint32_t*)>(schema.functions, "_to_xml")(h, instance, tag, text, object,
-                                                                  room, 5, &h.err);
+    return function<uint32_t(ork_handle*, uint32_t, const char*, char*, const void*, uint32_t,
+                             uint8_t, uint32_t*)>(schema.functions, "_to_xml")(
+        h, instance, tag, text, object, room, 5, &h.err);
   }
 
   const wayfind_small_type& schema = wayfind_small_types[GetParam()];
   const told::Small& small = *told::small(schema.name);
   const std::string type = small.name;
   const std::string value = small.values[small.flags ? 2 : 1];
-  fixture::Handle h{{.cr_instance = 9}};
+  SpiedHandle h{{.cr_instance = 9}};
   void* object;
   char text[200] = "";
 };
@@ -120,7 +120,7 @@ TEST_P(SmallTypeForms, on_the_wire_are_made_of_all_their_calls_after_an_error_in
                                              "_ork_variant_jump_marshal(7,text,?,4,err)"}
                   : std::vector<std::string>{"u_int32_marshal(7,text,obj+12,10,err)"};
   spy::Log log;
-  EXPECT_EQ(find<Marshal>(schema.functions, "_marshal")(
+  EXPECT_EQ(function<Marshal>(schema.functions, "_marshal")(
                 h, instance, reinterpret_cast<uint8_t*>(text), object, 10, &h.err),
             0u);
   EXPECT_CALLS(log.calls_of({"_ork_variant_jump_marshal", "u_int32_marshal"}), behind);
@@ -133,7 +133,7 @@ TEST_P(SmallTypeForms, in_cr_style_are_for_the_handles_instance_and_slot_under_t
       {"_print_cr", type + "@" + type + ":" + value + (small.flags ? " \n" : "\n")},
       {"_toxml_cr", "<" + type + ">\n<" + value + "/></" + type + ">\n"}};
   for (const auto& [suffix, expected] : forms) {
-    const auto form = find<CrForm>(schema.functions, suffix);
+    const auto form = function<CrForm>(schema.functions, suffix);
     {
       text[0] = '\0';
       spy::Log log;
@@ -165,14 +165,14 @@ TEST_P(SmallTypeForms, in_cr_style_are_for_the_handles_instance_and_slot_under_t
 
 TEST_P(SmallTypeForms, are_neither_written_nor_read_once_an_error_stands) {
   const Document document = parsed("<e><" + small.values[0] + "/></e>");
-  const fixture::Snapshot before(object, small.size);
+  const kit::Snapshot before(object, small.size);
   std::strcpy(text, "untouched");
   h.err = 5;
   spy::Log log;
   EXPECT_EQ(print("e", 200), 0u);
   EXPECT_EQ(to_xml("e", 200), 0u);
-  find<FromXml>(schema.functions, "_from_xml")(h, instance, "//e", document.get(), object, &h.err,
-                                               text, 200);
+  function<FromXml>(schema.functions, "_from_xml")(h, instance, "//e", document.get(), object,
+                                                   &h.err, text, 200);
   EXPECT_CALLS(log, {});
   EXPECT_STREQ(text, "untouched");
   EXPECT_TRUE(before.unchanged());
@@ -187,7 +187,7 @@ TEST_P(SmallTypeForms, on_the_wire_are_of_the_one_variant_unless_they_or_the_dom
   } rows[] = {{0, 0, 0, 0},      {0, -1, 0xff, 43},   {-2, -1, 0xfe, 0},
               {-2, -2, 0xfe, 0}, {-2, 0, 0xfe, 0},    {6, 9, 0, 0},
               {6, 4, 0, 43},     {6, -128, 0x80, 43}, {-1, -2, 0xfe, 43}};
-  const auto marshal = find<Marshal>(schema.functions, "_marshal");
+  const auto marshal = function<Marshal>(schema.functions, "_marshal");
   auto* const buffer = reinterpret_cast<uint8_t*>(text);
   for (const auto& row : rows) {
     static_cast<ork_object*>(object)->variant = row.variant;
@@ -211,7 +211,7 @@ INSTANTIATE_TEST_SUITE_P(Types, SmallTypeForms, testing::Range(0U, 12U), [](cons
 
 // Reads an object from an element under a path of so many characters that holds all values. Gives
 // the number of probes.
-size_t probes_of(fixture::Handle& h, const std::string& type, void* object, size_t length) {
+size_t probes_of(SpiedHandle& h, const std::string& type, void* object, size_t length) {
   const std::string name(length - 2, 'n');
   std::string children;
   for (const std::string& value : told::small(type)->values) {
@@ -224,8 +224,8 @@ size_t probes_of(fixture::Handle& h, const std::string& type, void* object, size
   }
   char reason[20] = "";
   spy::Log log;
-  find<FromXml>(schema->functions, "_from_xml")(h, instance, ("//" + name).c_str(), document.get(),
-                                                object, &h.err, reason, sizeof reason);
+  function<FromXml>(schema->functions, "_from_xml")(
+      h, instance, ("//" + name).c_str(), document.get(), object, &h.err, reason, sizeof reason);
   EXPECT_EQ(h.err, 0u) << length;
   EXPECT_STREQ(reason, "") << length;
   return log.count("xml_get_element_value");
@@ -238,7 +238,7 @@ TEST(EnumPath, that_does_not_fit_is_a_value_that_is_not_there) {
     uint32_t value;
     size_t probes;
   } rows[] = {{231, 0, 1}, {232, 1, 1}, {233, 2, 1}, {234, 99, 0}};
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const object = fwe_cl_wayfind_show_global_type_e_create(h, instance);
   for (const auto& row : rows) {
     reinterpret_cast<EnumObject*>(object)->value = 99;
@@ -257,9 +257,9 @@ TEST(FlagPath, that_does_not_fit_is_a_flag_that_is_not_there) {
     size_t probes;
   } rows[] = {{218, 0x1f, 5}, {219, 0x1d, 4}, {221, 0x1d, 4}, {222, 0x1c, 3},
               {225, 0x1c, 3}, {226, 0x04, 1}, {227, 0, 0}};
-  fixture::Handle h;
+  SpiedHandle h;
   auto* const object = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
-  uint8_t& bits = fixture::bytes(object)[11];
+  uint8_t& bits = kit::bytes(object)[11];
   for (const auto& row : rows) {
     bits = 0;
     EXPECT_EQ(probes_of(h, "fwe_cl_wayfind_hop_chan_flags", object, row.length), row.probes)

@@ -24,7 +24,7 @@ class Enum {
 
   template <class Prototype>
   Prototype* call(const char* suffix) const {
-    return find<Prototype>(schema_->functions, suffix);
+    return function<Prototype>(schema_->functions, suffix);
   }
 
   void* get() const { return object_; }

@@ -1,7 +1,7 @@
 // The text form of records.
 #include "behaviour/encoders/values.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -264,7 +264,7 @@ class TextCalls : public testing::Test {
     return calls->print(h, instance, text, indent, name, object, sizeof text, &h.err);
   }
 
-  fixture::Handle h;
+  SpiedHandle h;
   const Calls* calls = nullptr;
   void* object = nullptr;
   char text[500] = "";

@@ -91,7 +91,7 @@ class Filler {
  private:
   template <class... Arguments>
   void call(const wayfind_field& field, const char* suffix, Arguments... arguments) {
-    find<void(ork_handle*, uint32_t, Arguments..., uint32_t*)>(field.functions, suffix)(
+    function<void(ork_handle*, uint32_t, Arguments..., uint32_t*)>(field.functions, suffix)(
         handle_, instance, arguments..., &err);
     EXPECT_EQ(err, 0u) << field.name << suffix;
   }
@@ -148,15 +148,15 @@ class Filler {
       const ork_ip_address address = address_of(path);
       return call(field, "_set", object, &address);
     }
-    void* const child = find<void*(ork_handle*, uint32_t, void*, uint32_t*)>(
+    void* const child = function<void*(ork_handle*, uint32_t, void*, uint32_t*)>(
         field.functions, "_get")(handle_, instance, object, &err);
     ASSERT_NE(child, nullptr) << field.name;
     if (field.kind == WAYFIND_RECORD) {
       return fill(*field.record, child, path);
     }
     for (uint32_t flag = 0; flag < field.type->values; ++flag) {
-      find<void(ork_handle*, uint32_t, void*, uint32_t, uint32_t, uint32_t*)>(field.type->functions,
-                                                                              "_set_value")(
+      function<void(ork_handle*, uint32_t, void*, uint32_t, uint32_t, uint32_t*)>(
+          field.type->functions, "_set_value")(
           handle_, instance, child, flag, static_cast<uint32_t>(hash_of(path) >> flag & 1), &err);
     }
   }
@@ -164,15 +164,15 @@ class Filler {
   // The array is emptied first: an element set over another one with arrays of its own would lose
   // those.
   void fill_elements(const wayfind_field& field, void* object, const std::string& path) {
-    find<void(ork_handle*, uint32_t, void*)>(field.functions, "_remove_elements")(handle_, instance,
-                                                                                  object);
+    function<void(ork_handle*, uint32_t, void*)>(field.functions, "_remove_elements")(
+        handle_, instance, object);
     if (elements_ == 0) {
       return;
     }
     const Object element(handle_, calls_of(field.record->name));
     call(field, "_set", object, elements_ - 1, static_cast<const void*>(element.get()));
     for (uint32_t i = 0; i < elements_; ++i) {
-      void* const inside = find<void*(ork_handle*, uint32_t, void*, uint32_t, uint32_t*)>(
+      void* const inside = function<void*(ork_handle*, uint32_t, void*, uint32_t, uint32_t*)>(
           field.functions, "_get")(handle_, instance, object, i, &err);
       ASSERT_NE(inside, nullptr) << field.name;
       fill(*field.record, inside, path + "[" + std::to_string(i) + "]");

@@ -5,7 +5,7 @@
 
 #include "behaviour/encoders/arrays.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -115,7 +115,7 @@ TEST_P(ArrayFields, without_states_on_the_wire_still_get_a_block_that_fits_the_n
   ASSERT_NE(entry_of(object).elements, nullptr);
   EXPECT_EQ(Bytes(entry_of(object).elements, entry_of(object).elements + 3), (Bytes{first, 0, 0}));
   const wayfind_field& field = calls().schema->fields[1];
-  find<void(ork_handle*, uint32_t, void*, uint32_t, uint8_t, uint32_t*)>(
+  function<void(ork_handle*, uint32_t, void*, uint32_t, uint8_t, uint32_t*)>(
       field.functions, "_state_flag_set")(handle, instance, object.get(), 2, 9, &err);
   EXPECT_EQ(err, 0u);
   EXPECT_EQ(entry_of(object).elements[2], 9);
@@ -134,7 +134,10 @@ TEST_P(ArrayFields, of_a_count_that_no_memory_holds_are_12) {
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
     for (const uint32_t reuse : {0U, 1U}) {
       for (const char* count : {"7fffffff", "80000000", "ffffffff", "40000001"}) {
-        const Handle handle(Handle::Options{.tracking = tracking, .memory_budget = 1 << 16});
+        const Handle handle([&](ork_options& options) {
+          options.tracking = tracking;
+          options.memory_budget = 1 << 16;
+        });
         const Object object = filled(handle, calls(), 2);
         Bytes bytes = image(tracking, 2);
         const Bytes hostile = hex(count);
@@ -152,7 +155,7 @@ TEST_P(ArrayFields, of_a_count_that_no_memory_holds_are_12) {
 }
 
 TEST_P(ArrayFields, announce_what_they_rewrite) {
-  fixture::Handle handle;
+  SpiedHandle handle;
   void* const object = calls().create(handle, instance);
   const Bytes two = image(ORK_TRACKING_OFF, 2);
   const auto run = [&](const Bytes& bytes, uint32_t reuse) {
@@ -196,7 +199,7 @@ void for_each_array(ork_handle* handle, void* object, Visit visit) {
   for (const wayfind_field& field : std::span(record.fields, record.field_count)) {
     if (field.record != nullptr) {
       uint32_t err = 0;
-      visit(*field.record, find<void*(ork_handle*, uint32_t, void*, uint32_t*)>(
+      visit(*field.record, function<void*(ork_handle*, uint32_t, void*, uint32_t*)>(
                                field.functions, "_get")(handle, instance, object, &err));
       EXPECT_EQ(err, 0u) << field.name;
     }
@@ -210,7 +213,7 @@ Object channel_with(ork_handle* handle, const Hops& hops) {
   for_each_array(handle, object.get(), [&](const wayfind_record& record, void* array) {
     const Bytes elements = bytes_of(record.name, hops[at] * record.fields[1].width);
     if (const uint32_t count = hops[at++]; count != 0) {
-      find<void(ork_handle*, uint32_t, void*, const void*, uint32_t, uint32_t*)>(
+      function<void(ork_handle*, uint32_t, void*, const void*, uint32_t, uint32_t*)>(
           record.fields[1].functions, "_set_mem")(handle, instance, array, elements.data(), count,
                                                   &err);
     }
@@ -227,7 +230,7 @@ Hops hops_of(ork_handle* handle, void* object) {
   uint32_t err = 0;
   size_t at = 0;
   for_each_array(handle, object, [&](const wayfind_record& record, void* array) {
-    hops[at++] = find<uint32_t(ork_handle*, uint32_t, void*, uint32_t*)>(
+    hops[at++] = function<uint32_t(ork_handle*, uint32_t, void*, uint32_t*)>(
         record.fields[0].functions, "_get_value")(handle, instance, array, &err);
   });
   hops[at] = fwe_cl_wayfind_chan_st_hop_count_get_value(
@@ -316,7 +319,7 @@ TEST(RecordArray, inside_a_failed_message_is_destroyed_with_its_parent) {
 TEST(RecordArray, without_reuse_loses_what_old_elements_owned_and_with_reuse_gives_it_back) {
   const Calls& calls = calls_of("fwe_dp_wayfind_debug_data");
   Handle handle(ORK_TRACKING_OFF);
-  handle.leaks_allowed = true;
+  handle.expect_leaks();
   const Object object = filled(handle, calls, 2);
   const Bytes image = marshalled(handle, calls, object.get());
   uint32_t err = 0;

@@ -57,7 +57,10 @@ class AutoTunnelLayout : public testing::Test {
 
   static Bytes image(ork_tracking tracking, int variant) {
     const TypeList list = release_list(9, name, variant);
-    const Handle handle(Handle::Options{.tracking = tracking, .release = list.get()});
+    const Handle handle([&](ork_options& options) {
+      options.tracking = tracking;
+      options.release = list.get();
+    });
     const Object object(handle, calls_of(name));
     set_fields(handle, object.get(), variant != 0);
     return marshalled(handle, calls_of(name), object.get());
@@ -96,7 +99,10 @@ TEST_F(AutoTunnelLayout, is_counted_with_one_state_byte_for_each_character) {
 TEST_F(AutoTunnelLayout, is_read_by_a_reader_of_variant_0_up_to_its_own_fields_and_jumps_the_rest) {
   const Bytes newer = image(ORK_TRACKING_OFF, 1);
   const TypeList list = release_list(9, name, 0);
-  const Handle handle(Handle::Options{.tracking = ORK_TRACKING_OFF, .release = list.get()});
+  const Handle handle([&](ork_options& options) {
+    options.tracking = ORK_TRACKING_OFF;
+    options.release = list.get();
+  });
   const Object object(handle, calls_of(name));
   object.header().variant_cap = 0;
   uint32_t err = 0;

@@ -4,7 +4,7 @@
 
 #include "behaviour/encoders/arrays.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -243,7 +243,7 @@ TEST(Marshal, lowers_a_record_to_what_the_domain_takes) {
 }
 
 TEST(Marshal, lowered_under_a_strict_handle_writes_nothing) {
-  const Handle handle(Handle::Options{.strict_epoch = 1});
+  const Handle handle([&](ork_options& options) { options.strict_epoch = 1; });
   const Object object = filled(handle, tunnel(), 0);
   handle.set_peer(release_list(9, tunnel().name(), 0).get());
   Bytes buffer(100, 0xa5);

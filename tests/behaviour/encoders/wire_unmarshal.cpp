@@ -1,7 +1,7 @@
 // What unmarshal does with the base of an image, its jump, its state bytes and its variant.
 #include "behaviour/encoders/values.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -152,7 +152,7 @@ TEST(Unmarshal, never_moves_back_on_a_negative_jump) {
 }
 
 TEST(Unmarshal, traces_and_follows_a_jump_that_leads_further) {
-  fixture::Handle handle;
+  SpiedHandle handle;
   void* const object = mem().create(handle, instance);
   Bytes image = plain_mem;
   image[5] = 60;
@@ -177,7 +177,7 @@ TEST(Unmarshal, drops_ra_data_and_keeps_its_flag) {
 }
 
 TEST(Unmarshal, counts_the_jump_from_behind_the_ra_data) {
-  fixture::Handle handle;
+  SpiedHandle handle;
   void* const object = mem().create(handle, instance);
   {
     spy::Log log;
@@ -325,15 +325,15 @@ TEST(Unmarshal, after_a_short_field_still_writes_the_header) {
   EXPECT_EQ(err, 90u);
   EXPECT_EQ(object.header().variant, 0);
   EXPECT_EQ(object.header().obj_flags, OBJ_RA_DATA);
-  EXPECT_EQ(fixture::load<const void*>(object.header().type_info_slot), mem().schema->type);
+  EXPECT_EQ(kit::load<const void*>(object.header().type_info_slot), mem().schema->type);
 }
 
 TEST(Unmarshal, without_memory_for_an_array_ends_at_once_with_the_header_as_it_was) {
-  fixture::Handle handle;
+  SpiedHandle handle;
   const Calls& path = calls_of("fwe_cl_wayfind_sel_lb_path_st");
   void* const object = path.create(handle, instance);
-  fixture::header(object).variant = -1;
-  const fixture::Snapshot header(object, offsetof(ork_object, obj_flags) + 1);
+  kit::header(object).variant = -1;
+  const kit::Snapshot header(object, offsetof(ork_object, obj_flags) + 1);
   {
     spy::Log log;
     spy::fail_alloc(1);
@@ -343,13 +343,13 @@ TEST(Unmarshal, without_memory_for_an_array_ends_at_once_with_the_header_as_it_w
     EXPECT_CALLS(log.calls_of({"trace"}), {}) << "the jump would lead further";
   }
   EXPECT_TRUE(header.unchanged()) << "neither variant nor flags";
-  fixture::header(object).variant = 0;
+  kit::header(object).variant = 0;
   path.destroy(handle, instance, object);
 }
 
 TEST(Unmarshal, points_the_record_at_the_shared_descriptor_in_shared_storage) {
   for (const bool shared : {false, true}) {
-    fixture::Handle handle(fixture::Mode{.shared = shared});
+    SpiedHandle handle(kit::Mode{.shared = shared});
     void* const object = mem().create(handle, instance);
     spy::name(object, 40, "obj");
     auto& header = *static_cast<ork_object*>(object);

@@ -1,7 +1,7 @@
 // Records as XML and back.
 #include "behaviour/encoders/xml_form.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 

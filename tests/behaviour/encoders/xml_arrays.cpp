@@ -1,7 +1,7 @@
 // Variable arrays as XML and back: elements by their path, each read into a scratch element first.
 #include "behaviour/encoders/xml_form.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // What to_xml and from_xml of records call, in order.
 #include "behaviour/encoders/records.h"
 #include "fwe_ui_wayfind/fwe_ui_wayfind.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ using namespace encoders;
 
 class XmlCalls : public testing::Test {
  protected:
-  explicit XmlCalls(const fixture::Mode& mode = fixture::plain) : h(mode) {
+  explicit XmlCalls(const kit::Mode& mode = kit::plain) : h(mode) {
     spy::name(text, sizeof text, "text");
     spy::name(reason, sizeof reason, "reason");
   }
@@ -50,7 +50,7 @@ class XmlCalls : public testing::Test {
     calls->from_xml(h, instance, "//r", document.get(), object, &h.err, reason, sizeof reason);
   }
 
-  fixture::Handle h;
+  SpiedHandle h;
   const Calls* calls = nullptr;
   void* object = nullptr;
   char text[400];
@@ -58,7 +58,7 @@ class XmlCalls : public testing::Test {
 };
 
 struct TrackedXmlCalls : XmlCalls {
-  TrackedXmlCalls() : XmlCalls(fixture::tracked) {}
+  TrackedXmlCalls() : XmlCalls(kit::tracked) {}
 };
 
 // The nth scratch from now on, counted from 1, cannot be had; with 0 all can.

@@ -18,8 +18,8 @@ struct Path {
     }
   }
   uint8_t* elements() const { return load<uint8_t*>(obj.state() + 8); }
-  Handle h;
-  Object obj;
+  SpiedHandle h;
+  SpiedObject obj;
 };
 
 }  // namespace
@@ -77,9 +77,9 @@ TEST(ArrayState, set_arr_of_more_than_eight_goes_over_the_pointer) {
 }
 
 TEST(ArrayState, set_arr_of_more_than_the_entry_holds_ends_with_the_entry) {
-  Handle h(tracked);
-  Object obj(h, "fwe_dp_wayfind_debug_data");
-  Object element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_dp_wayfind_debug_data");
+  SpiedObject element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
   fwe_dp_wayfind_debug_data_dbg_per_complex_set(h, instance, obj, 19, element, &h.err);
   fwe_dp_wayfind_debug_data_is_none_state_flag_set(h, instance, obj, 9, &h.err);
   auto* const elements = load<uint8_t*>(obj.state() + 8);
@@ -110,7 +110,7 @@ TEST(ArrayState, set_arr_wants_the_arrays_own_count) {
 
 TEST(ArrayState, set_arr_copies_nothing_to_an_object_without_the_array) {
   Path p(tracked);
-  p.obj.head().variant = -1;
+  p.obj.header().variant = -1;
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   const uint8_t src[] = {7, 8, 9};
   const Snapshot before = p.obj.snapshot();
@@ -123,7 +123,7 @@ TEST(ArrayState, set_arr_copies_nothing_to_an_object_without_the_array) {
   EXPECT_EQ(p.h.err, 0u);
   EXPECT_EQ(p.h.last_error(), 43u);
   EXPECT_TRUE(before.unchanged());
-  p.obj.head().variant = 0;
+  p.obj.header().variant = 0;
 }
 
 TEST(ArrayState, an_elements_byte_is_announced_without_an_owner_behind_index_adjust_and_gate) {
@@ -248,16 +248,16 @@ TEST(ArrayState, a_refused_request_for_the_element_block_leaves_the_callers_poin
 }
 
 TEST(ArrayState, the_fill_of_an_empty_array_takes_its_entry_and_nothing_else) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_sel_lb_path_st");
   fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3);
   EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(16, 3));
   std::memset(obj.state(), 0, 16);
 }
 
 TEST(ArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing_else) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_sel_lb_path_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_sel_lb_path_st");
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 1, &h.err);
   auto* const elements = load<uint8_t*>(obj.state() + 8);
   fwe_cl_wayfind_sel_lb_path_st_set_all_state_tracking_flag(h, instance, obj, 3);
@@ -271,9 +271,9 @@ TEST(ArrayState, the_fill_with_elements_loses_their_bytes_and_harms_nothing_else
 }
 
 TEST(ArrayState, the_fill_of_an_array_of_records_goes_into_each_element) {
-  Handle h(tracked);
-  Object obj(h, "fwe_dp_wayfind_debug_data_per_complex");
-  Object element(h, "fwe_dp_wayfind_debug_setting", "element");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_dp_wayfind_debug_data_per_complex");
+  SpiedObject element(h, "fwe_dp_wayfind_debug_setting", "element");
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, element, &h.err);
   ASSERT_EQ(h.err, 0u);
   auto* const elements = load<uint8_t*>(obj.state() + 8);
@@ -310,8 +310,8 @@ TEST(ArrayState, a_fill_over_the_pointer_leaves_no_block_to_lend) {
 }
 
 TEST(ArrayState, a_parents_fill_goes_over_the_pointer_of_an_embedded_array_and_leaves_its_bytes) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_chan_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_st");
   auto* const path = fwe_cl_wayfind_chan_st_path_get(h, instance, obj, &h.err);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, path, 0, 1, &h.err);
   uint8_t* const entry = obj.state() + told::record("fwe_cl_wayfind_chan_st")->field("path").nested;

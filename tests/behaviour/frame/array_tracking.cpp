@@ -5,12 +5,12 @@ namespace frame {
 
 namespace {
 
-void untrack(const Object& obj) {
-  obj.head().obj_flags = static_cast<uint8_t>(obj.head().obj_flags & ~OBJ_STATE_TRACKED);
+void untrack(const SpiedObject& obj) {
+  obj.header().obj_flags = static_cast<uint8_t>(obj.header().obj_flags & ~OBJ_STATE_TRACKED);
 }
 
 // From now on the object loses its claim to state bytes whenever that place is announced.
-void untrack_at(spy::Log& log, const Object& obj, const uint8_t* place) {
+void untrack_at(spy::Log& log, const SpiedObject& obj, const uint8_t* place) {
   log.on_announcement = [&obj, place](const spy::Announcement& announced) {
     if (announced.address == place) {
       untrack(obj);
@@ -40,8 +40,8 @@ const std::string refusal = "trace(error,The object is not state tracked)";
 // ---- Looked at again ----
 
 TEST(ArrayTracking, is_looked_at_again_before_a_grown_array_of_values_gets_its_element_bytes) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   const uint32_t src = 5;
   {
     spy::Log log;
@@ -57,8 +57,8 @@ TEST(ArrayTracking, is_looked_at_again_before_a_grown_array_of_values_gets_its_e
 }
 
 TEST(ArrayTracking, is_looked_at_again_before_a_value_is_marked) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 1, nullptr, &h.err);
   const uint32_t src = 5;
   {
@@ -74,7 +74,7 @@ TEST(ArrayTracking, is_looked_at_again_before_a_value_is_marked) {
     EXPECT_CALLS(log.calls_of({"write_notify_fn", "ork_store_err", "trace"}),
                  {"ork_store_err(22)", refusal});
   }
-  obj.head().obj_flags |= OBJ_STATE_TRACKED;
+  obj.header().obj_flags |= OBJ_STATE_TRACKED;
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 5}));
   EXPECT_EQ(obj.state()[0], 0);
   EXPECT_EQ(element_bytes(obj, "path_id", 2), (std::vector<uint8_t>{0, 0}));
@@ -113,7 +113,7 @@ TEST(ArrayTracking, is_looked_at_again_before_a_record_is_marked) {
                  {"write_notify_fn(block,56,7,block)", "write_notify_fn(block+112,9,7,block+112)",
                   "ork_store_err(22)", refusal});
   }
-  s.obj.head().obj_flags |= OBJ_STATE_TRACKED;
+  s.obj.header().obj_flags |= OBJ_STATE_TRACKED;
   EXPECT_EQ(element(s, 0)[11], 5);
   EXPECT_EQ(s.obj.state()[0], 7);
   EXPECT_EQ(element_bytes(s.obj, "dbg_setting", 2), (std::vector<uint8_t>{9, 2}));
@@ -132,8 +132,8 @@ TEST(ArrayTracking, of_the_object_is_looked_at_before_that_of_the_source) {
 // ---- Off for a while ----
 
 TEST(ArrayTracking, that_is_off_announces_the_loss_of_element_bytes_behind_the_count) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
   spy::name(pointer_at<uint32_t>(obj.field("path_id")), 8, "array");
   spy::name(elements_of(obj, "path_id"), 2, "elements");
@@ -154,7 +154,7 @@ TEST(ArrayTracking, that_is_off_takes_a_moved_elements_distance_even_after_a_cop
   Settings s(tracked);
   s.set(0);
   ork_handle_set_tracking(s.h, ORK_TRACKING_OFF);
-  Object bare(s.h, setting, "bare");
+  SpiedObject bare(s.h, setting, "bare");
   s.set(0, bare);
   EXPECT_EQ(header(element(s, 0)).obj_flags, OBJ_STTR_OFFSET)
       << "its own distance stays with an element that is copied over";
@@ -169,9 +169,9 @@ TEST(ArrayTracking, that_is_off_takes_a_moved_elements_distance_even_after_a_cop
 }
 
 TEST(ArrayTracking, off_for_the_first_element_leaves_the_others_their_states_when_growth_fails) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_sel_lb_path_human_readable_st");
-  Object src(h, "fwe_cl_wayfind_hop_id_readable_format_st", "src");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_sel_lb_path_human_readable_st");
+  SpiedObject src(h, "fwe_cl_wayfind_hop_id_readable_format_st", "src");
   const auto set = [&](uint32_t index) {
     fwe_cl_wayfind_sel_lb_path_human_readable_st_path_id_str_set(h, instance, obj, index, src,
                                                                  &h.err);

@@ -13,7 +13,7 @@ void name_statistics(const ork_type_info& type, const std::string& name, int var
   spy::name(&type.varinfo->entries[variant].create_count, 24, name);
 }
 
-void* sentinel_of_mem(Handle& h) {
+void* sentinel_of_mem(SpiedHandle& h) {
   h->cr_error = 5;
   void* const sentinel = fwe_cl_wayfind_mem_st_create_cr(h);
   h->cr_error = 0;
@@ -23,7 +23,7 @@ void* sentinel_of_mem(Handle& h) {
 }  // namespace
 
 TEST(Create, calls_the_runtime_in_the_order_told) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   name_statistics(_fwe_cl_wayfind_mem_st_type_info_internal, "statistics");
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
@@ -38,7 +38,7 @@ TEST(Create, calls_the_runtime_in_the_order_told) {
 }
 
 TEST(Create, tracking_announces_the_flags_once_more_and_adds_the_state_bytes) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
   EXPECT_CALLS(log.calls_of({"alloc_fn", "write_notify_fn"}),
@@ -50,7 +50,7 @@ TEST(Create, tracking_announces_the_flags_once_more_and_adds_the_state_bytes) {
 }
 
 TEST(Create, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told_of_them) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
@@ -69,7 +69,7 @@ TEST(Create, shared_objects_point_at_the_shared_copy_and_the_hooks_are_told_of_t
 }
 
 TEST(Create, the_platform_hooks_want_an_instance_and_watched_storage) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, ORK_NO_INSTANCE);
   EXPECT_EQ(log.count("orkdb_record_containment2"), 1u);
@@ -83,7 +83,7 @@ TEST(Create, the_platform_hooks_want_an_instance_and_watched_storage) {
   fwe_cl_wayfind_mem_st_destroy(h, ORK_NO_INSTANCE, obj);
   EXPECT_EQ(log.count("orkdb_plat_set_destroy"), 0u);
 
-  Handle own(recorded);
+  SpiedHandle own(recorded);
   log.clear();
   auto* const unwatched = fwe_cl_wayfind_mem_st_create(own, instance);
   EXPECT_EQ(log.count("orkdb_plat_set_dirty"), 0u);
@@ -92,7 +92,7 @@ TEST(Create, the_platform_hooks_want_an_instance_and_watched_storage) {
 }
 
 TEST(Create, storage_that_is_shared_but_not_watched_leads_to_the_shared_copy_as_well) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   h->shared_types = 2;
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_chan_nb_st_create(h, instance);
@@ -109,7 +109,7 @@ TEST(Create, storage_that_is_shared_but_not_watched_leads_to_the_shared_copy_as_
 }
 
 TEST(Create, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_object) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   spy::name_at(sentinel_of_mem(h), "sentinel");
   h->cr_error = 5;
   spy::Log log;
@@ -120,7 +120,7 @@ TEST(Create, the_sentinel_is_told_to_the_hooks_of_shared_storage_like_an_object)
 }
 
 TEST(Create, a_recording_that_the_first_hook_ends_is_over_for_the_second) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   const auto ending = spy::replace(orkdb_record_containment2,
                                    [](ork_handle* handle, uint32_t, const void*, const void*,
                                       uint32_t) { handle->db_recording = 0; });
@@ -132,7 +132,7 @@ TEST(Create, a_recording_that_the_first_hook_ends_is_over_for_the_second) {
 }
 
 TEST(Create, tracking_that_ends_during_the_allocation_leaves_the_state_bytes_as_they_came) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   static ork_handle* handle; /* an allocator gets no handle */
   static ork_alloc_fn before;
   handle = h;
@@ -151,7 +151,7 @@ TEST(Create, tracking_that_ends_during_the_allocation_leaves_the_state_bytes_as_
 }
 
 TEST(Create, a_new_record_is_zero_behind_its_header) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
   EXPECT_EQ(load<const ork_type_info*>(obj), &_fwe_cl_wayfind_mem_st_type_info_internal);
   EXPECT_EQ(header(obj).variant, 0);
@@ -165,7 +165,7 @@ TEST(Create, a_new_record_is_zero_behind_its_header) {
 }
 
 TEST(Create, without_memory_the_plain_form_gives_null_and_stores_nothing) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   spy::fail_alloc(1);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
@@ -176,7 +176,7 @@ TEST(Create, without_memory_the_plain_form_gives_null_and_stores_nothing) {
 }
 
 TEST(Create, without_memory_the_hooks_of_shared_storage_are_told_of_null) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   spy::fail_alloc(1);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
@@ -185,7 +185,7 @@ TEST(Create, without_memory_the_hooks_of_shared_storage_are_told_of_null) {
 }
 
 TEST(Create, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   void* const sentinel = sentinel_of_mem(h);
   spy::name(sentinel, 40, "sentinel");
   spy::fail_alloc(1);
@@ -199,7 +199,7 @@ TEST(Create, without_memory_cr_mode_gives_the_sentinel_and_stores_12) {
 }
 
 TEST(Create, without_memory_cr_mode_keeps_the_error_that_the_allocation_left) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   void* const sentinel = sentinel_of_mem(h);
   static ork_handle* handle;
   handle = h;
@@ -215,7 +215,7 @@ TEST(Create, without_memory_cr_mode_keeps_the_error_that_the_allocation_left) {
 }
 
 TEST(Create, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the_error) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   h->cr_error = 5;
   spy::Log log;
   void* const sentinel = fwe_cl_wayfind_mem_st_create_cr(h);
@@ -226,7 +226,7 @@ TEST(Create, cr_mode_with_an_error_standing_allocates_nothing_and_keeps_the_erro
 }
 
 TEST(Create, create_internal_starts_no_trace_and_gives_the_sentinel_only_in_cr_mode) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   h->cr_error = 5;
   void* const sentinel = sentinel_of_mem(h);
   spy::Log log;
@@ -246,7 +246,7 @@ TEST(Create, create_internal_starts_no_trace_and_gives_the_sentinel_only_in_cr_m
 }
 
 TEST(Create, a_plain_create_does_not_look_at_cr_error) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   h->cr_error = 5;
   auto* const obj = fwe_cl_wayfind_mem_st_create(h, instance);
   ASSERT_NE(obj, nullptr);
@@ -255,7 +255,7 @@ TEST(Create, a_plain_create_does_not_look_at_cr_error) {
 }
 
 TEST(Create, cr_mode_is_active_only_while_the_object_is_made) {
-  Handle h({.cr_instance = 9});
+  SpiedHandle h({.cr_instance = 9});
   uint32_t at_trace_start = 2;
   uint32_t seen = 2;
   const auto start = spy::replace(flight_module_init_fn, [&](auto... arguments) {
@@ -280,7 +280,7 @@ TEST(Create, cr_mode_is_active_only_while_the_object_is_made) {
 }
 
 TEST(Create, when_the_start_of_an_object_fails_its_block_goes_back_and_the_hooks_are_not_told) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   const auto& entry = _fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;
   // The statistics are the last that can fail, and they have counted by then.
@@ -304,7 +304,7 @@ TEST(Create, when_the_start_of_an_object_fails_its_block_goes_back_and_the_hooks
 }
 
 TEST(Create, a_look_up_that_fails_is_looked_at_behind_the_header_and_the_statistics) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto failing = spy::fail(ork_domain_lookup_variant, 5);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_create(h, instance), nullptr);
@@ -328,11 +328,11 @@ TEST(Create, statistics_that_fail_are_looked_at_behind_the_fields_which_are_told
              "ip_address_initialize(7,new1+24,type(ip_address),1,0,4,null,?)"},
         Case{"fwe_cl_wayfind_prefixtosite_data",
              "ip_address_initialize(7,new1+16,type(ip_address),1,0,4,new1+176,?)"}}) {
-    Handle h(tracked);
+    SpiedHandle h(tracked);
     const auto failing = spy::fail(orklib_type_stats_create_object, 5);
     const std::string name = record;
     spy::Log log;
-    EXPECT_EQ(fixture::function<void*(ork_handle*, uint32_t)>(schema(name).functions, "_create")(
+    EXPECT_EQ(kit::function<void*(ork_handle*, uint32_t)>(kit::record(name).functions, "_create")(
                   h, instance),
               nullptr);
     EXPECT_CALLS(
@@ -345,7 +345,7 @@ TEST(Create, statistics_that_fail_are_looked_at_behind_the_fields_which_are_told
 }
 
 TEST(CreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trace) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   h->sttr_info->sttr_mode = 0x1234;
   EXPECT_DEATH(fwe_cl_wayfind_mem_st_create(h, instance), "trace\\(fatal,Corrupted ORK Handle\\)");
   EXPECT_DEATH(fwe_cl_wayfind_mem_st_create_cr(h), "trace\\(fatal,Corrupted ORK Handle\\)");
@@ -358,7 +358,7 @@ TEST(CreateDeathTest, a_corrupted_mode_word_ends_the_process_behind_a_fatal_trac
 }
 
 TEST(CreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_process) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   // Both words are read afresh: one at the flags, one at the state base.
   const auto breaking =
       spy::replace(ork_domain_lookup_variant,
@@ -378,7 +378,7 @@ TEST(CreateDeathTest, a_mode_word_that_breaks_during_initialize_ends_the_process
 }
 
 TEST(CreateDeathTest, initialize_checks_the_mode_word_before_it_counts_and_where_it_does_not) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   h->sttr_info->sttr_mode = 7;
   alignas(8) uint8_t block[40] = {};
   auto* const obj = reinterpret_cast<fwe_cl_wayfind_mem_st*>(block);
@@ -395,7 +395,7 @@ TEST(CreateDeathTest, initialize_checks_the_mode_word_before_it_counts_and_where
 }
 
 TEST(CreateDeathTest, a_descriptor_without_variants_ends_the_process) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   ork_type_info type = _fwe_cl_wayfind_mem_st_type_info_internal;
   type.varinfo = nullptr;
   alignas(8) uint8_t block[40] = {};

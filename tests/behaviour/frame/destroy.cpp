@@ -4,8 +4,8 @@
 namespace frame {
 
 TEST(Destroy, calls_the_runtime_in_the_order_told) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::name(&_fwe_cl_wayfind_mem_st_type_info_internal.varinfo->entries[0].create_count, 24,
             "statistics");
   spy::Log log;
@@ -16,8 +16,8 @@ TEST(Destroy, calls_the_runtime_in_the_order_told) {
 }
 
 TEST(Destroy, tells_the_hooks_before_the_storage_goes) {
-  Handle h(shared_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(shared_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
   EXPECT_CALLS(
@@ -27,8 +27,8 @@ TEST(Destroy, tells_the_hooks_before_the_storage_goes) {
 }
 
 TEST(Destroy, the_hook_of_shared_storage_is_not_told_of_objects_that_lie_inside_another) {
-  Handle h(shared_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(shared_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
   spy::Log log;
   fwe_cl_wayfind_nb_channel_data_destroy(
       h, instance, static_cast<fwe_cl_wayfind_nb_channel_data*>(obj.release()));
@@ -36,8 +36,8 @@ TEST(Destroy, the_hook_of_shared_storage_is_not_told_of_objects_that_lie_inside_
 }
 
 TEST(Destroy, a_tracked_parent_drops_the_distances_of_its_children) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
   spy::Log log;
   fwe_cl_wayfind_nb_channel_data_destroy(
       h, instance, static_cast<fwe_cl_wayfind_nb_channel_data*>(obj.release()));
@@ -53,9 +53,9 @@ TEST(Destroy, a_tracked_parent_drops_the_distances_of_its_children) {
 }
 
 TEST(Destroy, without_a_map_of_distances_none_is_dropped) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags = OBJ_RA_DATA;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags = OBJ_RA_DATA;
   void* const map = h->hd_mapping;
   spy::Log log;
   h->hd_mapping = nullptr;
@@ -65,9 +65,9 @@ TEST(Destroy, without_a_map_of_distances_none_is_dropped) {
 }
 
 TEST(Destroy, ra_data_alone_has_an_entry_that_goes) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags = OBJ_RA_DATA;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags = OBJ_RA_DATA;
   int map = 0;
   void* const before = h->hd_mapping;
   if (!before) {
@@ -81,7 +81,7 @@ TEST(Destroy, ra_data_alone_has_an_entry_that_goes) {
 }
 
 TEST(Destroy, null_and_the_sentinel_are_left_alone) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   h->cr_error = 5;
   auto* const sentinel = fwe_cl_wayfind_mem_st_create_cr(h);
   const uint64_t destroyed =
@@ -99,16 +99,16 @@ TEST(Destroy, null_and_the_sentinel_are_left_alone) {
 }
 
 TEST(Destroy, in_cr_mode_the_instance_comes_from_the_handle) {
-  Handle h({.cr_instance = 11});
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h({.cr_instance = 11});
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy_cr(h, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
   EXPECT_CALLS(log.calls_of({"free_fn"}), {"free_fn(11,obj)"});
 }
 
 TEST(Destroy, without_free_storage_the_block_and_its_header_stay) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const Snapshot before = obj.snapshot();
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy_internal(h, instance, obj, 0);
@@ -119,13 +119,13 @@ TEST(Destroy, without_free_storage_the_block_and_its_header_stay) {
 
 TEST(Destroy, a_slot_block_of_its_own_goes_back_before_the_object_and_behind_the_hook) {
   for (const Mode& mode : {plain, shared_and_recorded}) {
-    Handle h(mode);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
+    SpiedHandle h(mode);
+    SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
     void* const block = h->alloc_fn(h->mem_pool, instance, 16);
     spy::name(block, 16, "block");
     const auto manifested =
         spy::answer(ork_get_manifested_type_info, &_fwe_cl_wayfind_mem_st_type_info_internal);
-    obj.head().obj_flags = OBJ_OWNS_SLOT_BLOCK;
+    obj.header().obj_flags = OBJ_OWNS_SLOT_BLOCK;
     store(obj.get(), block);
     std::vector<std::string> expected = {"free_fn(7,block)", "write_notify_fn(obj,8,7,null)",
                                          "free_fn(7,obj)"};
@@ -139,28 +139,28 @@ TEST(Destroy, a_slot_block_of_its_own_goes_back_before_the_object_and_behind_the
 }
 
 TEST(Destroy, a_slot_block_of_its_own_stays_with_storage_that_is_not_freed) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto* const type = load<const ork_type_info*>(obj.get());
   alignas(8) uint8_t block[16] = {};
   const auto manifested = spy::answer(ork_get_manifested_type_info, type);
-  obj.head().obj_flags = OBJ_OWNS_SLOT_BLOCK;
+  obj.header().obj_flags = OBJ_OWNS_SLOT_BLOCK;
   store<void*>(obj.get(), block);
   const Snapshot before = obj.snapshot();
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy_internal(h, instance, obj, 0);
   EXPECT_CALLS(log.calls_of({"free_fn", "write_notify_fn"}), {});
   EXPECT_TRUE(before.unchanged());
-  obj.head().obj_flags = 0;
+  obj.header().obj_flags = 0;
   store(obj.get(), type);
 }
 
 TEST(Destroy, an_empty_slot_block_is_not_given_back) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto manifested =
       spy::answer(ork_get_manifested_type_info, &_fwe_cl_wayfind_mem_st_type_info_internal);
-  obj.head().obj_flags = OBJ_OWNS_SLOT_BLOCK;
+  obj.header().obj_flags = OBJ_OWNS_SLOT_BLOCK;
   store(obj.get(), uint64_t{0});
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
@@ -168,9 +168,9 @@ TEST(Destroy, an_empty_slot_block_is_not_given_back) {
 }
 
 TEST(Destroy, fields_beyond_the_variant_are_not_visited) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto old = h.domain({{"fwe_cl_wayfind_hop_chan_data", 0}});
-  Object obj(h, "fwe_cl_wayfind_hop_chan_data");
+  SpiedObject obj(h, "fwe_cl_wayfind_hop_chan_data");
   const auto& serv = _fwe_cl_wayfind_hop_chan_serv_st_type_info_internal.varinfo->entries[0];
   const uint64_t destroyed = serv.destroy_count;
   fwe_cl_wayfind_hop_chan_data_destroy(h, instance,
@@ -179,19 +179,19 @@ TEST(Destroy, fields_beyond_the_variant_are_not_visited) {
 }
 
 TEST(Destroy, enums_flag_sets_booleans_and_link_types_are_not_destroyed) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto& type = _fwe_cl_wayfind_chan_tx_state_e_type_info_internal.varinfo->entries[0];
   const uint64_t created = type.create_count;
   const uint64_t destroyed = type.destroy_count;
-  { Object obj(h, "fwe_cl_wayfind_chan_nb_st"); }
+  { SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st"); }
   EXPECT_EQ(type.create_count, created + 1);
   EXPECT_EQ(type.destroy_count, destroyed);
 }
 
 TEST(Destroy, an_untracked_object_drops_the_distance_that_it_was_told_without_asking_for_it) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags = OBJ_STTR_OFFSET;
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags = OBJ_STTR_OFFSET;
   const auto dropped = spy::answer(ork_hd_mapping_destroy, 0);
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
@@ -202,10 +202,10 @@ TEST(Destroy, an_untracked_object_drops_the_distance_that_it_was_told_without_as
 }
 
 TEST(Destroy, statistics_that_fail_keep_the_storage_only_where_a_distance_was_to_go) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   const auto& type = _fwe_cl_wayfind_mem_st_type_info_internal;
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags |= OBJ_RA_DATA;
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags |= OBJ_RA_DATA;
   const auto failing = spy::replace(
       orklib_type_stats_destroy_object,
       [](ork_handle*, uint32_t, const ork_type_info*, void*, uint32_t* err) { return *err = 5; });
@@ -218,7 +218,7 @@ TEST(Destroy, statistics_that_fail_keep_the_storage_only_where_a_distance_was_to
                 "object. Error Input/output error)",
                 "ork_store_err(5)"});
   EXPECT_EQ(load<const ork_type_info*>(obj.get()), &type);
-  obj.head().obj_flags = OBJ_STATE_TRACKED;
+  obj.header().obj_flags = OBJ_STATE_TRACKED;
   log.clear();
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
   EXPECT_CALLS(log.calls_of({"ork_hd_mapping_destroy", "trace", "ork_store_err", "free_fn"}),
@@ -226,8 +226,8 @@ TEST(Destroy, statistics_that_fail_keep_the_storage_only_where_a_distance_was_to
 }
 
 TEST(Destroy, the_type_word_is_whole_when_it_is_announced_and_cleared_when_the_block_goes) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const void* const block = obj.get();
   std::vector<const void*> found;
   spy::Log log;
@@ -242,9 +242,9 @@ TEST(Destroy, the_type_word_is_whole_when_it_is_announced_and_cleared_when_the_b
 }
 
 TEST(Destroy, a_distance_that_cannot_go_is_stored_and_the_storage_stays) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags |= OBJ_RA_DATA;
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags |= OBJ_RA_DATA;
   const auto failing = spy::fail(ork_hd_mapping_destroy, 5);
   const Snapshot before = obj.snapshot();
   spy::Log log;
@@ -256,13 +256,13 @@ TEST(Destroy, a_distance_that_cannot_go_is_stored_and_the_storage_stays) {
                 "object. Error Input/output error)",
                 "ork_store_err(5)"});
   EXPECT_TRUE(before.unchanged());
-  obj.head().obj_flags = OBJ_STATE_TRACKED;
+  obj.header().obj_flags = OBJ_STATE_TRACKED;
 }
 
 TEST(Destroy, a_variant_above_what_the_type_has_is_traced_and_counted_as_the_newest) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_auto_tunnel");
-  obj.head().variant = 5;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_auto_tunnel");
+  obj.header().variant = 5;
   const auto& newest = _fwe_cl_wayfind_auto_tunnel_type_info_internal.varinfo->entries[1];
   const uint64_t destroyed = newest.destroy_count;
   spy::Log log;
@@ -274,9 +274,9 @@ TEST(Destroy, a_variant_above_what_the_type_has_is_traced_and_counted_as_the_new
 }
 
 TEST(Destroy, a_negative_variant_is_counted_in_front_of_the_entries) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_auto_tunnel");
-  obj.head().variant = -1;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_auto_tunnel");
+  obj.header().variant = -1;
   auto* const entries = reinterpret_cast<const uint8_t*>(
       _fwe_cl_wayfind_auto_tunnel_type_info_internal.varinfo->entries);
   spy::name_at(entries + 16 - 40, "in front");
@@ -288,9 +288,9 @@ TEST(Destroy, a_negative_variant_is_counted_in_front_of_the_entries) {
 }
 
 TEST(Destroy, at_a_negative_variant_no_field_is_visited) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_prefixtosite_data");
-  obj.head().variant = -1;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_prefixtosite_data");
+  obj.header().variant = -1;
   auto* const entries = reinterpret_cast<const uint8_t*>(
       _fwe_cl_wayfind_prefixtosite_data_type_info_internal.varinfo->entries);
   spy::name_at(entries + 16 - 40, "in front");
@@ -307,14 +307,14 @@ TEST(Destroy, at_a_negative_variant_no_field_is_visited) {
 }
 
 TEST(Destroy, a_negative_variant_prints_sign_extended) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_type_info type = _fwe_cl_wayfind_mem_st_type_info_internal;
   ork_variant_info info = *type.varinfo;
   info.n_variants = -5;
   type.varinfo = &info;
   store<const ork_type_info*>(obj.get(), &type);
-  obj.head().variant = -2;
+  obj.header().variant = -2;
   const auto uncounted = spy::answer(orklib_type_stats_destroy_object, 0);
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
@@ -323,8 +323,8 @@ TEST(Destroy, a_negative_variant_prints_sign_extended) {
 }
 
 TEST(Destroy, an_object_whose_state_lies_elsewhere_does_not_look_at_the_mode_word) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
   // Its parent destroys it once more.
   const auto uncounted = spy::answer(orklib_type_stats_destroy_object, 0);
@@ -340,8 +340,8 @@ TEST(Destroy, an_object_whose_state_lies_elsewhere_does_not_look_at_the_mode_wor
 }
 
 TEST(DestroyDeathTest, a_corrupted_descriptor_ends_the_process) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto* const type = load<const ork_type_info*>(obj.get());
   ork_type_info wrong = *type;
   wrong.magic = 0xdeadf00d;
@@ -359,12 +359,12 @@ TEST(DestroyDeathTest, a_corrupted_descriptor_ends_the_process) {
 }
 
 TEST(DestroyDeathTest, a_corrupted_mode_word_ends_the_process_for_a_tracked_object) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   h->sttr_info->sttr_mode = 3;
   EXPECT_DEATH(fwe_cl_wayfind_mem_st_destroy(h, instance, obj),
                "trace\\(fatal,Corrupted ORK Handle\\)");
-  obj.head().obj_flags = 0;
+  obj.header().obj_flags = 0;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
   h->sttr_info->sttr_mode = ORK_STTR_ON;
 }

@@ -28,8 +28,8 @@ struct OneReference {
 // ---- OIDs ----
 
 TEST(DestroyOid, a_mapping_that_goes_lets_the_object_go) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_oid_map(h, instance, obj.get(), nullptr, &h.err);
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
@@ -41,8 +41,8 @@ TEST(DestroyOid, a_mapping_that_goes_lets_the_object_go) {
 }
 
 TEST(DestroyOid, open_references_keep_the_object_and_its_statistics) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto destroy = [](ork_handle* handle, uint32_t i, void* o) {
     fwe_cl_wayfind_mem_st_destroy(handle, i, static_cast<fwe_cl_wayfind_mem_st*>(o));
   };
@@ -64,9 +64,9 @@ TEST(DestroyOid, open_references_keep_the_object_and_its_statistics) {
 }
 
 TEST(DestroyOid, any_answer_but_0_lets_the_object_go) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags |= OBJ_OID_MAPPED;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags |= OBJ_OID_MAPPED;
   const auto gone = spy::answer(ork_request_oid_mapping_destroy, 2);
   spy::Log log;
   fwe_cl_wayfind_mem_st_destroy(h, instance, static_cast<fwe_cl_wayfind_mem_st*>(obj.release()));
@@ -76,9 +76,9 @@ TEST(DestroyOid, any_answer_but_0_lets_the_object_go) {
 }
 
 TEST(DestroyOid, an_object_inside_another_is_asked_about_as_well) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags |= OBJ_OID_MAPPED;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags |= OBJ_OID_MAPPED;
   const Snapshot before = obj.snapshot();
   spy::Log log;
   {
@@ -99,13 +99,13 @@ TEST(DestroyOid, an_object_inside_another_is_asked_about_as_well) {
                      "trace(debug,fwe_cl_wayfind_mem_st destroy: Successfully removed OID mapping)",
                      "ork_get_instance_variant(obj,1,0)", "ork_get_manifested_type_info(obj)",
                      "orklib_type_stats_destroy_object(7,type(fwe_cl_wayfind_mem_st),?,?)"});
-  obj.head().obj_flags = 0;
+  obj.header().obj_flags = 0;
 }
 
 TEST(DestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatever_the_answer) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().obj_flags |= OBJ_OID_MAPPED;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().obj_flags |= OBJ_OID_MAPPED;
   const Snapshot before = obj.snapshot();
   for (const uint32_t answer : {0u, 1u}) {
     const auto failing = spy::replace(ork_request_oid_mapping_destroy,
@@ -121,14 +121,14 @@ TEST(DestroyOid, a_removal_that_fails_is_stored_and_the_object_stays_whatever_th
                        "ork_store_err(5)"});
     EXPECT_TRUE(before.unchanged());
   }
-  obj.head().obj_flags = 0;
+  obj.header().obj_flags = 0;
 }
 
 // ---- References of fields ----
 
 TEST(DestroyReferences, are_released_one_by_one_before_the_field_is_destroyed) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   OneReference reference;
   spy::name_at(reference.oid, "oid");
   spy::Log log;
@@ -144,8 +144,8 @@ TEST(DestroyReferences, are_released_one_by_one_before_the_field_is_destroyed) {
 }
 
 TEST(DestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_multi_nh_map");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_multi_nh_map");
   {
     OneReference reference;
     reference.list_error = 5;
@@ -175,8 +175,8 @@ TEST(DestroyReferences, a_list_that_fails_leaves_the_object_half_destroyed) {
 }
 
 TEST(DestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed_over) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   OneReference reference;
   reference.lower_error = 5;
   spy::name_at(reference.oid, "oid");
@@ -190,8 +190,8 @@ TEST(DestroyReferences, a_count_that_cannot_be_lowered_is_traced_and_passed_over
 }
 
 TEST(DestroyReferences, after_one_that_cannot_be_lowered_the_next_is_lowered_without_an_error) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   uint8_t oids[2] = {};
   spy::name(oids, sizeof oids, "oid");
   const auto two = spy::answer(ip_address_get_oid_count, 2);
@@ -221,8 +221,8 @@ TEST(DestroyReferences, after_one_that_cannot_be_lowered_the_next_is_lowered_wit
 }
 
 TEST(DestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   spy::Log log;
   fwe_pal_wayfind_site_prefix_data_destroy(
       h, instance, static_cast<fwe_pal_wayfind_site_prefix_data*>(obj.release()));
@@ -231,8 +231,8 @@ TEST(DestroyReferences, the_last_field_is_asked_for_its_count_as_well) {
 }
 
 TEST(DestroyReferences, a_count_that_fails_leaves_its_error_to_the_fields_behind_it) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_prefixtosite_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_prefixtosite_data");
   const auto failing = spy::fail(ip_address_get_oid_count, 5);
   spy::Log log;
   fwe_cl_wayfind_prefixtosite_data_destroy(
@@ -250,8 +250,8 @@ TEST(DestroyReferences, a_count_that_fails_leaves_its_error_to_the_fields_behind
 }
 
 TEST(DestroyReferences, a_count_that_fails_and_is_not_0_fails_the_list_too) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   const auto failing = spy::replace(
       ip_address_get_oid_count, [](ork_handle*, uint32_t, const ork_ip_address*, uint32_t* err) {
         *err = 5;

@@ -4,8 +4,8 @@
 namespace frame {
 
 TEST(EnumField, get_records_the_field_as_entry_point_and_in_the_record) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
   EXPECT_EQ(static_cast<void*>(fwe_cl_wayfind_chan_nb_st_tx_state_get(h, instance, obj, &h.err)),
             obj.field("tx_state"));
@@ -15,8 +15,8 @@ TEST(EnumField, get_records_the_field_as_entry_point_and_in_the_record) {
 }
 
 TEST(EnumField, get_value_records_it_once_and_reads_it_directly) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   store<uint32_t>(obj.field("tx_state") + 12, 2);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 2u);
@@ -25,8 +25,8 @@ TEST(EnumField, get_value_records_it_once_and_reads_it_directly) {
 }
 
 TEST(EnumField, set_copies_the_whole_enum_and_records_the_source) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
   spy::name(src, 16, "src");
   fwe_cl_wayfind_chan_tx_state_e_set_value(h, instance, src, 1, &h.err);
@@ -44,8 +44,8 @@ TEST(EnumField, set_copies_the_whole_enum_and_records_the_source) {
 }
 
 TEST(EnumField, set_value_adjusts_and_checks_the_enum_behind_both_records) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
   fwe_cl_wayfind_chan_nb_st_tx_state_set_value(h, instance, obj, 2, &h.err);
   EXPECT_CALLS(log,
@@ -61,8 +61,8 @@ TEST(EnumField, set_value_adjusts_and_checks_the_enum_behind_both_records) {
 }
 
 TEST(EnumField, a_value_out_of_range_is_refused_and_the_state_byte_marked) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_chan_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_st");
   fwe_cl_wayfind_chan_st_tx_state_set_value(h, instance, obj, 1, &h.err);
   fwe_cl_wayfind_chan_st_tx_state_state_flag_set(h, instance, obj, 0, &h.err);
   spy::Log log;
@@ -78,8 +78,8 @@ TEST(EnumField, a_value_out_of_range_is_refused_and_the_state_byte_marked) {
 
 TEST(EnumField, a_refused_value_leaves_the_field_but_is_marked_and_recorded_whatever_the_slot) {
   for (const uint32_t slot : {0u, 43u}) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+    SpiedHandle h(tracked_and_recorded);
+    SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
     auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
     spy::name(src, 16, "src");
     store<uint32_t>(bytes(src) + 12, 3);
@@ -107,9 +107,9 @@ TEST(EnumField, a_refused_value_leaves_the_field_but_is_marked_and_recorded_what
 }
 
 TEST(EnumField, in_shared_storage_record_and_enum_are_adjusted_by_their_shared_types) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
   const std::vector<std::string> expected = {
       "orklib_adjust_variant(7,obj,shared(fwe_cl_wayfind_chan_nb_st),0,err)",
@@ -124,16 +124,16 @@ TEST(EnumField, in_shared_storage_record_and_enum_are_adjusted_by_their_shared_t
 }
 
 TEST(EnumField, a_later_variant_of_the_enum_itself_takes_any_value) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   obj.field("tx_state")[8] = 1;
   fwe_cl_wayfind_chan_nb_st_tx_state_set_value(h, instance, obj, 77, &h.err);
   EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get_value(h, instance, obj, &h.err), 77u);
 }
 
 TEST(EnumField, a_negative_variant_of_the_enum_itself_has_the_range_of_the_first) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   obj.field("tx_state")[8] = 0xFF;
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   fwe_cl_wayfind_chan_nb_st_tx_state_set_value(h, instance, obj, 3, &h.err);

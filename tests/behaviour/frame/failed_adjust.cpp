@@ -25,15 +25,15 @@ struct Path {
     EXPECT_EQ(obj.state()[0], 2);
     EXPECT_EQ(element_bytes(obj, "path_id", states.size()), states);
   }
-  Handle h{tracked};
-  Object obj{h, path_st};
+  SpiedHandle h{tracked};
+  SpiedObject obj{h, path_st};
 };
 
 }  // namespace
 
 TEST(FailedAdjust, an_enum_is_not_written_but_marked_and_its_source_recorded) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, chan_nb);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, chan_nb);
   auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
   spy::name(src, 16, "src");
   fwe_cl_wayfind_chan_tx_state_e_set_value(h, instance, src, 2, &h.err);
@@ -53,8 +53,8 @@ TEST(FailedAdjust, an_enum_is_not_written_but_marked_and_its_source_recorded) {
 }
 
 TEST(FailedAdjust, a_flag_set_is_not_written_but_marked_and_its_source_recorded) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_hop_chan_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_hop_chan_st");
   auto* const src = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   spy::name(src, 24, "src");
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, src, 4, 1, &h.err);
@@ -73,9 +73,9 @@ TEST(FailedAdjust, a_flag_set_is_not_written_but_marked_and_its_source_recorded)
 }
 
 TEST(FailedAdjust, an_embedded_record_is_written_marked_and_its_source_recorded) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, src, 5, &h.err);
   const auto failing = spy::fail(orklib_adjust_variant, 5);
   spy::Log log;
@@ -89,8 +89,8 @@ TEST(FailedAdjust, an_embedded_record_is_written_marked_and_its_source_recorded)
 }
 
 TEST(FailedAdjust, of_all_values_at_once_the_runtime_is_given_the_scalars_and_no_enum_is_touched) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, chan_nb);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, chan_nb);
   const Snapshot before = obj.snapshot();
   const auto failing = spy::fail(orklib_adjust_variant, 5);
   spy::Log log;
@@ -104,8 +104,8 @@ TEST(FailedAdjust, of_all_values_at_once_the_runtime_is_given_the_scalars_and_no
 }
 
 TEST(FailedAdjust, a_text_is_written_marked_and_ended) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_hop_chan_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_hop_chan_data");
   std::memcpy(obj.field("dscp_str"), "12345678", 8);
   const auto failing = spy::fail(orklib_adjust_variant, 5);
   spy::Log log;
@@ -155,8 +155,8 @@ TEST(FailedAdjust, all_elements_at_once_are_replaced) {
 }
 
 TEST(FailedAdjust, a_state_byte_is_written) {
-  Handle h(tracked);
-  Object obj(h, chan_nb);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, chan_nb);
   const auto failing = spy::fail(orklib_adjust_variant, 5);
   spy::Log log;
   fwe_cl_wayfind_chan_nb_st_chan_id_state_flag_set(h, instance, obj, 9, &h.err);

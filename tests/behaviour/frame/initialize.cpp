@@ -17,7 +17,7 @@ static_assert(OBJ_WIRE_MASK == 0x28);
 // ---- Initialize ----
 
 TEST(Initialize, does_nothing_with_an_error_standing) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   alignas(8) uint8_t block[40] = {};
   const Snapshot before(block, sizeof block);
   h.err = 5;
@@ -31,7 +31,7 @@ TEST(Initialize, does_nothing_with_an_error_standing) {
 }
 
 TEST(Initialize, without_notify_announces_nothing_and_without_statistics_counts_nothing) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   alignas(8) uint8_t block[43] = {};
   spy::name(block, 40, "obj");
   spy::Log log;
@@ -46,7 +46,7 @@ TEST(Initialize, without_notify_announces_nothing_and_without_statistics_counts_
 }
 
 TEST(Initialize, the_type_goes_where_the_runtime_says_and_that_place_is_announced) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   alignas(8) uint8_t block[40] = {};
   const ork_type_info* slot = nullptr;
   spy::name(block, sizeof block, "obj");
@@ -64,7 +64,7 @@ TEST(Initialize, the_type_goes_where_the_runtime_says_and_that_place_is_announce
 }
 
 TEST(Initialize, the_objects_inside_are_neither_announced_nor_counted_when_the_record_is_not) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   alignas(8) uint8_t block[136 + 9] = {};
   spy::name(block, sizeof block, "obj");
   spy::Log log;
@@ -105,7 +105,7 @@ TEST(Initialize, the_objects_inside_are_neither_announced_nor_counted_when_the_r
 }
 
 TEST(Initialize, a_nested_object_wants_a_state_base_while_tracking) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   alignas(8) uint8_t block[600 + 51] = {};
   spy::Log log;
   fwe_cl_wayfind_hop_chan_data_initialize(
@@ -123,7 +123,7 @@ TEST(Initialize, a_nested_object_wants_a_state_base_while_tracking) {
 
 TEST(Initialize, a_nested_object_wants_a_state_base_even_without_records_and_with_a_told_distance) {
   for (const uint8_t before : {uint8_t{0}, uint8_t{OBJ_STTR_OFFSET}}) {
-    Handle h(tracked);
+    SpiedHandle h(tracked);
     alignas(8) uint8_t block[88 + 4] = {};
     block[10] = before;
     spy::Log log;
@@ -137,7 +137,7 @@ TEST(Initialize, a_nested_object_wants_a_state_base_even_without_records_and_wit
 }
 
 TEST(Initialize, a_nested_object_wants_no_state_base_without_tracking) {
-  Handle h(untracked);
+  SpiedHandle h(untracked);
   alignas(8) uint8_t block[40] = {};
   fwe_cl_wayfind_mem_st_initialize(h, instance, reinterpret_cast<fwe_cl_wayfind_mem_st*>(block),
                                    &_fwe_cl_wayfind_mem_st_type_info_internal, 1, 0, OBJ_NESTED,
@@ -149,7 +149,7 @@ TEST(Initialize, a_nested_object_wants_no_state_base_without_tracking) {
 
 TEST(Initialize, a_variant_count_below_the_variant_but_not_equal_to_it_is_traced_and_survived) {
   for (const int8_t variants : {int8_t{0}, int8_t{1}}) {
-    Handle h(plain);
+    SpiedHandle h(plain);
     // The cap is the record's own constant, so a descriptor with fewer variants shows the test.
     ork_type_info type = _fwe_cl_wayfind_auto_tunnel_type_info_internal;
     ork_variant_info info = *type.varinfo;
@@ -171,7 +171,7 @@ TEST(Initialize, a_variant_count_below_the_variant_but_not_equal_to_it_is_traced
 }
 
 TEST(Initialize, in_shared_storage_the_variants_are_those_of_the_shared_type) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   ork_type_info type = _fwe_cl_wayfind_auto_tunnel_type_info_internal;
   ork_variant_info info = *type.varinfo;
   info.n_variants = 0;
@@ -188,7 +188,7 @@ TEST(Initialize, in_shared_storage_the_variants_are_those_of_the_shared_type) {
 }
 
 TEST(Initialize, a_parent_tells_where_its_children_keep_their_state_before_it_makes_them) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_nb_channel_data_create(h, instance);
@@ -210,7 +210,7 @@ TEST(Initialize, a_parent_tells_where_its_children_keep_their_state_before_it_ma
 }
 
 TEST(Initialize, fields_that_are_objects_are_made_in_field_order_whatever_their_variant) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto old = h.domain({{"fwe_cl_wayfind_hop_chan_st", 0}});
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_hop_chan_st_create(h, instance);
@@ -224,7 +224,7 @@ TEST(Initialize, fields_that_are_objects_are_made_in_field_order_whatever_their_
 }
 
 TEST(Initialize, runtime_objects_get_the_arguments_of_the_record) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_enforce_hop_create(h, instance);
   // linktype, a link_type at 24; the base is null for a record without embedded records.
@@ -241,7 +241,7 @@ TEST(Initialize, runtime_objects_get_the_arguments_of_the_record) {
 }
 
 TEST(Initialize, children_take_the_base_that_their_parent_worked_out) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   spy::Log log;
   auto* const obj = fwe_cl_wayfind_inst_data_create(h, instance);
   // inst at 16 has the ip_address probe_src at 24; the body of inst_data is 200.
@@ -264,7 +264,7 @@ TEST(Initialize, children_are_told_a_distance_always_and_a_base_unless_their_par
   for (const auto& [before, flags, expected] :
        {Case{0, 0, from_200}, Case{0, OBJ_NESTED, {}}, Case{OBJ_STTR_OFFSET, 0, from_300},
         Case{OBJ_STTR_OFFSET, OBJ_NESTED, from_300}}) {
-    Handle h(tracked);
+    SpiedHandle h(tracked);
     alignas(8) uint8_t block[309] = {};
     spy::name(block, sizeof block, "obj");
     block[10] = before;
@@ -288,7 +288,7 @@ TEST(Initialize, children_take_the_base_that_was_given_also_where_a_distance_was
     const char* taken;
   };
   for (const auto& [base, taken] : {Case{block + 200, "obj+200"}, Case{nullptr, "obj+300"}}) {
-    Handle h(tracked);
+    SpiedHandle h(tracked);
     std::memset(block, 0, sizeof block);
     block[10] = OBJ_STTR_OFFSET;
     spy::name(block, sizeof block, "obj");
@@ -311,12 +311,12 @@ TEST(Initialize, children_take_the_base_that_was_given_also_where_a_distance_was
 
 TEST(Sizeof, mem_st_is_40_and_43_with_tracking) {
   for (const Mode& mode : {plain, untracked}) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof(h), 40u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof_internal(h, nullptr, 1, 0), 40u);
     EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof_internal(h, nullptr, 0, 1), 0u);
   }
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof(h), 43u);
   EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof_internal(h, nullptr, 0, 0), 40u);
   EXPECT_EQ(fwe_cl_wayfind_mem_st_sizeof_internal(h, nullptr, 1, 0), 43u);
@@ -326,8 +326,8 @@ TEST(Sizeof, mem_st_is_40_and_43_with_tracking) {
 // ---- Marking as embedded ----
 
 TEST(Embedded, marks_the_fields_first_and_the_record_last) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_inst_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_inst_data");
   spy::Log log;
   fwe_cl_wayfind_inst_data_set_instance_embedded(h, instance, obj);
   // inst at 16 with its address at 24 inside, mem at 144.
@@ -341,18 +341,18 @@ TEST(Embedded, marks_the_fields_first_and_the_record_last) {
 }
 
 TEST(Embedded, marks_enums_flag_sets_link_types_and_booleans_through_their_own_functions) {
-  Handle h(plain);
-  Object hop(h, "fwe_cl_wayfind_hop_chan_st");
+  SpiedHandle h(plain);
+  SpiedObject hop(h, "fwe_cl_wayfind_hop_chan_st");
   fwe_cl_wayfind_hop_chan_st_set_instance_embedded(h, instance, hop);
   EXPECT_EQ(hop.field("flags_show")[10], OBJ_NESTED | OBJ_EMBEDDED);
 
-  Object chan(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedObject chan(h, "fwe_cl_wayfind_chan_nb_st");
   fwe_cl_wayfind_chan_nb_st_set_instance_embedded(h, instance, chan);
   EXPECT_EQ(chan.field("state")[10], OBJ_NESTED | OBJ_EMBEDDED);
   EXPECT_EQ(chan.field("tx_state")[10], OBJ_NESTED | OBJ_EMBEDDED);
 
-  Object enforce(h, "fwe_cl_wayfind_enforce_hop", "enforce");
-  Object state(h, "fwe_cl_wayfind_select_state_data", "select");
+  SpiedObject enforce(h, "fwe_cl_wayfind_enforce_hop", "enforce");
+  SpiedObject state(h, "fwe_cl_wayfind_select_state_data", "select");
   spy::Log log;
   fwe_cl_wayfind_enforce_hop_set_instance_embedded(h, instance, enforce);
   fwe_cl_wayfind_select_state_data_set_instance_embedded(h, instance, state);
@@ -366,7 +366,7 @@ TEST(Embedded, marks_enums_flag_sets_link_types_and_booleans_through_their_own_f
 }
 
 TEST(Embedded, a_null_object_is_traced_without_an_error) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   spy::Log log;
   fwe_cl_wayfind_mem_st_set_instance_embedded(h, instance, nullptr);
   EXPECT_CALLS(log, {"trace(error,Invalid object pointer passed in to set instance flag)"});
@@ -376,8 +376,8 @@ TEST(Embedded, a_null_object_is_traced_without_an_error) {
 // ---- References ----
 
 TEST(References, no_record_holds_any) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   void* refs[1] = {&h};
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_get_oid_count(h, instance, obj, &h.err), 0u);
@@ -388,8 +388,8 @@ TEST(References, no_record_holds_any) {
 }
 
 TEST(References, an_error_standing_is_traced_and_kept_whether_or_not_there_is_an_object) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   h.err = 5;
   for (fwe_cl_wayfind_mem_st* const at :
        {static_cast<fwe_cl_wayfind_mem_st*>(obj), static_cast<fwe_cl_wayfind_mem_st*>(nullptr)}) {
@@ -403,7 +403,7 @@ TEST(References, an_error_standing_is_traced_and_kept_whether_or_not_there_is_an
 }
 
 TEST(References, a_null_object_gives_22) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_get_oid_count(h, instance, nullptr, &h.err), 0u);
   EXPECT_EQ(h.err, 22u);

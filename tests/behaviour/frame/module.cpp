@@ -117,7 +117,7 @@ TEST(Descriptor, index_cap_keeps_what_is_below_the_count_and_the_bits_above_the_
 }
 
 TEST(Descriptor, the_trace_channel_starts_with_the_modules_name_and_keeps_its_number) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   spy::name_at(&g_ork_fwe_ui_wayfind_trace_module_id, "id");
   spy::Log log;
   EXPECT_EQ(ork_fwe_ui_wayfind_trace_init(), 0);

@@ -9,21 +9,21 @@ namespace frame {
 // The bytes behind its block are zero and have to stay so: they are somebody else's.
 class OldObject {
  public:
-  OldObject(Handle& handle, const std::string& record, unsigned cap,
+  OldObject(SpiedHandle& handle, const std::string& record, unsigned cap,
             const std::string& name = "old")
       : handle_(handle),
         told_(*told::record(record)),
         layout_(told_.layouts[cap]),
-        schema_(schema(record)) {
+        schema_(kit::record(record)) {
     size_ = layout_.body + (handle.tracking() ? layout_.state : 0u);
     block_ = static_cast<uint8_t*>(handle->alloc_fn(handle->mem_pool, instance, size_ + foreign));
     std::memset(block_, 0, size_ + foreign);
     {
-      Object fresh(handle, record, "fresh");
+      SpiedObject fresh(handle, record, "fresh");
       std::memcpy(block_, fresh.get(), layout_.used);
     }
-    header(block_).variant = static_cast<int8_t>(cap);
-    header(block_).variant_cap = static_cast<uint8_t>(cap);
+    kit::header(block_).variant = static_cast<int8_t>(cap);
+    kit::header(block_).variant_cap = static_cast<uint8_t>(cap);
     spy::name(block_, layout_.body, name);
     if (handle.tracking()) {
       spy::name(state(), layout_.state, name + "_state");
@@ -37,8 +37,8 @@ class OldObject {
   ~OldObject() {
     EXPECT_TRUE(
         std::all_of(block_ + size_, block_ + size_ + foreign, [](uint8_t b) { return b == 0; }))
-        << told_.name << " was written to behind its layout " << int(head().variant_cap);
-    fixture::function<void(ork_handle*, uint32_t, void*)>(schema_.functions, "_destroy")(
+        << told_.name << " was written to behind its layout " << int(header().variant_cap);
+    kit::function<void(ork_handle*, uint32_t, void*)>(schema_.functions, "_destroy")(
         handle_, instance, block_);
   }
   OldObject(const OldObject&) = delete;
@@ -48,7 +48,7 @@ class OldObject {
   operator T*() const {
     return reinterpret_cast<T*>(block_);
   }
-  ork_object& head() const { return header(block_); }
+  ork_object& header() const { return kit::header(block_); }
   uint8_t* get() const { return block_; }
   uint8_t* state() const { return block_ + layout_.body; }
   uint8_t* field(const std::string& field_name) const {
@@ -61,12 +61,12 @@ class OldObject {
     uint8_t* const state_of_child = state() + field.nested;
     orklib_update_sttr_offset(handle_, instance, child,
                               static_cast<int32_t>(state_of_child - child));
-    fixture::function<void(ork_handle*, uint32_t, void*, uint8_t*, uint32_t*)>(
-        schema(field.type).functions, "_offset_update")(handle_, instance, child, state_of_child,
+    kit::function<void(ork_handle*, uint32_t, void*, uint8_t*, uint32_t*)>(
+        record(field.type).functions, "_offset_update")(handle_, instance, child, state_of_child,
                                                         &handle_.err);
   }
 
-  Handle& handle_;
+  SpiedHandle& handle_;
   const told::Record& told_;
   const told::Layout& layout_;
   const wayfind_record& schema_;

@@ -14,7 +14,7 @@ inline std::vector<std::string> array_doings(const spy::Log& log) {
                        "u_int32_set_value"});
 }
 
-inline std::vector<uint32_t> values(Handle& h, fwe_cl_wayfind_sel_lb_path_st* obj) {
+inline std::vector<uint32_t> values(SpiedHandle& h, fwe_cl_wayfind_sel_lb_path_st* obj) {
   std::vector<uint32_t> all(
       fwe_cl_wayfind_sel_lb_path_st_num_hops_get_value(h, instance, obj, &h.err));
   fwe_cl_wayfind_sel_lb_path_st_path_id_get_mem(h, instance, obj, all.data(),
@@ -22,11 +22,11 @@ inline std::vector<uint32_t> values(Handle& h, fwe_cl_wayfind_sel_lb_path_st* ob
   return all;
 }
 
-inline uint8_t* elements_of(const Object& obj, const std::string& field) {
+inline uint8_t* elements_of(const SpiedObject& obj, const std::string& field) {
   return load<uint8_t*>(&obj.state_of(field) + 8);
 }
 
-inline std::vector<uint8_t> element_bytes(const Object& obj, const std::string& field,
+inline std::vector<uint8_t> element_bytes(const SpiedObject& obj, const std::string& field,
                                           size_t count) {
   const uint8_t* const elements = elements_of(obj, field);
   return {elements, elements + count};

@@ -26,8 +26,8 @@ std::vector<std::string> doings(const spy::Log& log) {
   return any_slot(calls);
 }
 
-void grow(Handle& h, Object& obj, uint32_t index) {
-  Object src(h, setting, "seed");
+void grow(SpiedHandle& h, SpiedObject& obj, uint32_t index) {
+  SpiedObject src(h, setting, "seed");
   fwe_dp_wayfind_debug_setting_fwe_num_set_value(h, instance, src,
                                                  static_cast<uint8_t>(100 + index), &h.err);
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, index, src, &h.err);
@@ -36,9 +36,9 @@ void grow(Handle& h, Object& obj, uint32_t index) {
 }  // namespace
 
 TEST(RecordArray, the_first_set_makes_tells_initialises_and_copies_in_this_order) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, per_complex);
-  Object src(h, setting, "src");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, per_complex);
+  SpiedObject src(h, setting, "src");
   spy::Log log;
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, src, &h.err);
   EXPECT_EQ(h.err, 0u);
@@ -69,9 +69,9 @@ TEST(RecordArray, the_first_set_makes_tells_initialises_and_copies_in_this_order
 }
 
 TEST(RecordArray, without_tracking_the_block_holds_the_elements_alone) {
-  Handle h(untracked);
-  Object obj(h, per_complex);
-  Object src(h, setting, "src");
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, per_complex);
+  SpiedObject src(h, setting, "src");
   spy::Log log;
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 2, src, &h.err);
   EXPECT_CALLS(log.calls_of({"alloc_fn", "orklib_update_sttr_offset"}), {"alloc_fn(7,168)=new1"});
@@ -79,12 +79,12 @@ TEST(RecordArray, without_tracking_the_block_holds_the_elements_alone) {
 }
 
 TEST(RecordArray, growth_tells_new_places_moves_and_forgets_old_ones) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, per_complex);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, per_complex);
   grow(h, obj, 0);
   grow(h, obj, 1);
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_state_flag_set(h, instance, obj, 0, 9, &h.err);
-  Object src(h, setting, "src");
+  SpiedObject src(h, setting, "src");
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 3, src, &h.err);
   spy::name(block_of(obj, "dbg_setting"), 4 * 65, "old");
   spy::name(elements_of(obj, "dbg_setting"), 4, "elements");
@@ -136,9 +136,9 @@ TEST(RecordArray, growth_tells_new_places_moves_and_forgets_old_ones) {
 }
 
 TEST(RecordArray, embedded_records_of_moved_elements_keep_their_state) {
-  Handle h(tracked);
-  Object obj(h, all_policies);
-  Object src(h, policy, "src");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, all_policies);
+  SpiedObject src(h, policy, "src");
   auto* const src_mem = fwe_cl_wayfind_select_policy_mem_get(h, instance, src, &h.err);
   fwe_cl_wayfind_mem_st_ppe_addr_set_value(h, instance, src_mem, 77, &h.err);
   fwe_cl_wayfind_select_all_policies_policy_set(h, instance, obj, 0, src, &h.err);
@@ -157,10 +157,10 @@ TEST(RecordArray, embedded_records_of_moved_elements_keep_their_state) {
 }
 
 TEST(RecordArray, arrays_inside_moved_elements_move_along) {
-  Handle h(tracked);
-  Object obj(h, lb_channels);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, lb_channels);
   for (uint32_t i = 0; i < 3; ++i) {
-    Object src(h, lb_channel, "src");
+    SpiedObject src(h, lb_channel, "src");
     auto* const path =
         fwe_cl_wayfind_select_loadbalance_channel_st_path_get(h, instance, src, &h.err);
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, path, i, 10 + i, &h.err);
@@ -182,8 +182,8 @@ TEST(RecordArray, arrays_inside_moved_elements_move_along) {
 }
 
 TEST(RecordArray, get_records_the_element_as_entry_point_and_in_the_object) {
-  Handle h(recorded);
-  Object obj(h, per_complex);
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, per_complex);
   grow(h, obj, 1);
   spy::name(block_of(obj, "dbg_setting"), 112, "block");
   spy::Log log;
@@ -199,8 +199,8 @@ TEST(RecordArray, get_records_the_element_as_entry_point_and_in_the_object) {
 }
 
 TEST(RecordArray, a_null_source_only_grows_without_tracking) {
-  Handle h(plain);
-  Object obj(h, per_complex);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, per_complex);
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, nullptr, &h.err);
   EXPECT_EQ(h.err, 0u);
   EXPECT_EQ(count_of<uint8_t>(obj, "num_fwes"), 2u);
@@ -210,11 +210,11 @@ TEST(RecordArray, a_null_source_only_grows_without_tracking) {
 }
 
 TEST(RecordArray, untracked_objects_and_sources_are_refused_behind_the_gate_each_in_its_words) {
-  Handle h(untracked);
-  Object obj(h, per_complex);
-  Object src(h, setting, "src");
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, per_complex);
+  SpiedObject src(h, setting, "src");
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
-  Object tracked_src(h, setting, "tracked_src");
+  SpiedObject tracked_src(h, setting, "tracked_src");
   spy::Log log;
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 0, tracked_src, &h.err);
   EXPECT_EQ(std::exchange(h.err, 5), 22u);
@@ -227,7 +227,7 @@ TEST(RecordArray, untracked_objects_and_sources_are_refused_behind_the_gate_each
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 0, tracked_src, &h.err);
   EXPECT_EQ(std::exchange(h.err, 0), 5u) << "an error stands";
   EXPECT_CALLS(log, {});
-  Object tracked_obj(h, per_complex, "tracked_obj");
+  SpiedObject tracked_obj(h, per_complex, "tracked_obj");
   log.clear();
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, tracked_obj, 0, src, &h.err);
   EXPECT_EQ(std::exchange(h.err, 0), 22u);
@@ -236,10 +236,10 @@ TEST(RecordArray, untracked_objects_and_sources_are_refused_behind_the_gate_each
 }
 
 TEST(RecordArray, without_memory_nothing_changes) {
-  Handle h(tracked);
-  Object obj(h, per_complex);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, per_complex);
   grow(h, obj, 0);
-  Object src(h, setting, "src");
+  SpiedObject src(h, setting, "src");
   const Snapshot before = obj.snapshot();
   spy::fail_alloc(1);
   spy::Log log;
@@ -250,10 +250,10 @@ TEST(RecordArray, without_memory_nothing_changes) {
 }
 
 TEST(RecordArray, without_memory_for_the_element_bytes_the_array_has_grown) {
-  Handle h(tracked);
-  Object obj(h, per_complex);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, per_complex);
   grow(h, obj, 0);
-  Object src(h, setting, "src");
+  SpiedObject src(h, setting, "src");
   spy::fail_alloc(2);
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, src, &h.err);
   EXPECT_EQ(std::exchange(h.err, 0), 12u);
@@ -265,9 +265,9 @@ TEST(RecordArray, without_memory_for_the_element_bytes_the_array_has_grown) {
 }
 
 TEST(RecordArray, a_count_of_one_byte_wraps_at_256) {
-  Handle h(plain);
-  Object obj(h, per_complex);
-  Object src(h, setting, "src");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, per_complex);
+  SpiedObject src(h, setting, "src");
   const auto& entry = _fwe_dp_wayfind_debug_setting_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 255, src, &h.err);
@@ -278,8 +278,8 @@ TEST(RecordArray, a_count_of_one_byte_wraps_at_256) {
 }
 
 TEST(RecordArray, remove_destroys_each_element_in_order) {
-  Handle h(tracked);
-  Object obj(h, per_complex);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, per_complex);
   grow(h, obj, 1);
   spy::name(block_of(obj, "dbg_setting"), 130, "block");
   const uint8_t* const elements = elements_of(obj, "dbg_setting");
@@ -296,8 +296,8 @@ TEST(RecordArray, remove_destroys_each_element_in_order) {
 }
 
 TEST(RecordArray, destroy_visits_each_element_and_frees_both_blocks) {
-  Handle h(tracked);
-  Object obj(h, per_complex);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, per_complex);
   grow(h, obj, 1);
   spy::name(block_of(obj, "dbg_setting"), 130, "block");
   spy::name(elements_of(obj, "dbg_setting"), 2, "elements");
@@ -311,9 +311,9 @@ TEST(RecordArray, destroy_visits_each_element_and_frees_both_blocks) {
 }
 
 TEST(RecordArray, set_cr_uses_the_slot_of_the_handle_and_gives_it_back) {
-  Handle h({.cr_instance = 11});
-  Object obj(h, per_complex);
-  Object src(h, setting, "src");
+  SpiedHandle h({.cr_instance = 11});
+  SpiedObject obj(h, per_complex);
+  SpiedObject src(h, setting, "src");
   fwe_dp_wayfind_debug_setting_fwe_num_set_value(h, instance, src, 42, &h.err);
   spy::Log log;
   EXPECT_EQ(fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set_cr(h, obj, 0, src, 1), 0u);
@@ -333,9 +333,9 @@ TEST(RecordArray, set_cr_uses_the_slot_of_the_handle_and_gives_it_back) {
 }
 
 TEST(RecordArray, a_clone_into_an_element_that_fails_leaves_a_fresh_element) {
-  Handle h(tracked);
-  Object obj(h, per_complex);
-  Object src(h, setting, "src");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, per_complex);
+  SpiedObject src(h, setting, "src");
   fwe_dp_wayfind_debug_setting_fwe_num_set_value(h, instance, src, 42, &h.err);
   fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, 1, src, &h.err);
   spy::name(block_of(obj, "dbg_setting"), 130, "block");
@@ -358,8 +358,8 @@ TEST(RecordArray, a_clone_into_an_element_that_fails_leaves_a_fresh_element) {
 }
 
 TEST(RecordArray, the_fill_of_an_array_of_records_goes_on_to_each_element) {
-  Handle h(tracked);
-  Object obj(h, per_complex);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, per_complex);
   const auto count = obj.field("num_fwes");
   fwe_dp_wayfind_debug_data_per_complex_set_all_state_tracking_flag(h, instance, obj, 3);
   EXPECT_EQ(obj.state_bytes(), std::vector<uint8_t>(16, 3));
@@ -378,10 +378,10 @@ TEST(RecordArrayDeathTest, reallocation_is_traced_once_for_each_field_before_it_
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
-        Handle h(plain);
-        Object a(h, per_complex, "a");
-        Object b(h, per_complex, "b");
-        Object src(h, setting, "src");
+        SpiedHandle h(plain);
+        SpiedObject a(h, per_complex, "a");
+        SpiedObject b(h, per_complex, "b");
+        SpiedObject src(h, setting, "src");
         grow(h, a, 0);
         spy::Log log;
         spy::fail_alloc(1);
@@ -402,8 +402,8 @@ TEST(RecordArrayDeathTest, reallocation_is_traced_once_for_each_field_before_it_
 }
 
 TEST(RecordArray, a_scalar_behind_an_array_has_its_byte_behind_the_entry) {
-  Handle h(tracked);
-  Object obj(h, "fwe_dp_wayfind_debug_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_dp_wayfind_debug_data");
   fwe_dp_wayfind_debug_data_is_none_set_value(h, instance, obj, 1, &h.err);
   EXPECT_EQ(obj.state()[16], 2);
   EXPECT_EQ(obj.state_bytes()[0], 0);

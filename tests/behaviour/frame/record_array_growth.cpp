@@ -22,9 +22,9 @@ std::vector<std::string> until_the_old_block_goes(const spy::Log& log) {
 // ---- What goes along ----
 
 TEST(RecordArrayGrowth, sets_an_embedded_record_into_place_before_its_distance_is_forgotten) {
-  Handle h(tracked);
-  Object obj(h, all_policies);
-  Object src(h, policy, "src");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, all_policies);
+  SpiedObject src(h, policy, "src");
   fwe_cl_wayfind_select_all_policies_policy_set(h, instance, obj, 0, src, &h.err);
   spy::name(block_of(obj, "policy"), 95, "old");
   spy::Log log;
@@ -42,9 +42,9 @@ TEST(RecordArrayGrowth, sets_an_embedded_record_into_place_before_its_distance_i
 }
 
 TEST(RecordArrayGrowth, an_array_leaves_the_old_element_before_its_distance_is_forgotten) {
-  Handle h(tracked);
-  Object obj(h, "fwe_dp_wayfind_debug_data");
-  Object src(h, per_complex, "src");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_dp_wayfind_debug_data");
+  SpiedObject src(h, per_complex, "src");
   fwe_dp_wayfind_debug_data_dbg_per_complex_set(h, instance, obj, 0, src, &h.err);
   spy::name(block_of(obj, "dbg_per_complex"), 48, "old");
   spy::Log log;
@@ -88,9 +88,9 @@ TEST(RecordArrayGrowth, asks_for_its_block_in_64_bits_but_with_states_only_up_to
        {Row{plain, 0xFFFFFFFE, {377957121960}}, Row{plain, 0xFFFFFFFF, {377957122048}},
         Row{tracked, 22605090, {2147483645}}, Row{tracked, 22605091, {}},
         Row{tracked, 0xFFFFFFFF, {}}}) {
-    Handle h(row.mode);
-    Object obj(h, all_policies);
-    Object src(h, policy, "src");
+    SpiedHandle h(row.mode);
+    SpiedObject obj(h, all_policies);
+    SpiedObject src(h, policy, "src");
     asked.clear();
     const auto before = h->alloc_fn;
     h->alloc_fn = [](void*, uint32_t, size_t size) -> void* {
@@ -194,8 +194,8 @@ TEST(RecordArrayGrowth, that_fails_at_an_element_keeps_those_before_it_and_their
 }
 
 TEST(RecordArrayGrowth, tells_records_in_elements_left_by_a_failed_read_where_their_states_are) {
-  Handle h(tracked);
-  const auto mem = [&](const Object& obj, uint32_t i) {
+  SpiedHandle h(tracked);
+  const auto mem = [&](const SpiedObject& obj, uint32_t i) {
     auto* const element =
         fwe_cl_wayfind_select_all_policies_policy_get(h, instance, obj, i, &h.err);
     return fwe_cl_wayfind_select_policy_mem_get(h, instance, element, &h.err);
@@ -204,8 +204,8 @@ TEST(RecordArrayGrowth, tells_records_in_elements_left_by_a_failed_read_where_th
   // behind them.
   std::vector<uint8_t> image(10 + 3 * 59 + 4 + 1);
   {
-    Object from(h, all_policies, "from");
-    Object src(h, policy, "src");
+    SpiedObject from(h, all_policies, "from");
+    SpiedObject src(h, policy, "src");
     for (uint8_t i = 0; i < 3; ++i) {
       fwe_cl_wayfind_select_all_policies_policy_set(h, instance, from, i, src, &h.err);
       fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, mem(from, i),
@@ -218,7 +218,7 @@ TEST(RecordArrayGrowth, tells_records_in_elements_left_by_a_failed_read_where_th
   }
   image.resize(10 + 59 +
                40); /* the second ends behind its mem, which has the bytes from 10 to 38 */
-  Object obj(h, all_policies);
+  SpiedObject obj(h, all_policies);
   spy::Log log;
   fwe_cl_wayfind_select_all_policies_unmarshal(h, instance, image.data(), obj, 109, 0, &h.err);
   EXPECT_EQ(std::exchange(h.err, 0), 90u);
@@ -296,8 +296,8 @@ TEST(ByteCount, wraps_while_elements_are_read_from_xml) {
   }
   const encoders::Document document = encoders::parsed(text + "</d>");
   for (const Mode& mode : {plain, tracked}) {
-    Handle h(mode);
-    Object obj(h, "fwe_dp_wayfind_debug_data");
+    SpiedHandle h(mode);
+    SpiedObject obj(h, "fwe_dp_wayfind_debug_data");
     fwe_dp_wayfind_debug_data_from_xml(h, instance, "//d", document.get(), obj, &h.err, nullptr, 0);
     EXPECT_EQ(h.err, 0u);
     EXPECT_EQ(count_of<uint8_t>(obj, "num_complexes"), 2u);

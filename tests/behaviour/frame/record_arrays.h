@@ -25,7 +25,7 @@ inline std::vector<std::string> any_slot(std::vector<std::string> calls) {
   return calls;
 }
 
-inline uint8_t* block_of(const Object& obj, const std::string& field) {
+inline uint8_t* block_of(const SpiedObject& obj, const std::string& field) {
   return load<uint8_t*>(obj.field(field));
 }
 
@@ -33,7 +33,7 @@ inline uint8_t* block_of(const Object& obj, const std::string& field) {
 struct Settings {
   explicit Settings(const Mode& mode) : h(mode), obj(h, per_complex), src(h, setting, "src") {}
   void set(uint32_t index) { set(index, src); }
-  void set(uint32_t index, const Object& from) {
+  void set(uint32_t index, const SpiedObject& from) {
     fwe_dp_wayfind_debug_data_per_complex_dbg_setting_set(h, instance, obj, index, from, &h.err);
   }
   fwe_dp_wayfind_debug_setting* get(uint32_t index) {
@@ -45,9 +45,9 @@ struct Settings {
   uint8_t state(uint32_t index) {
     return fwe_dp_wayfind_debug_setting_fwe_num_state_flag_get(h, instance, get(index), &h.err);
   }
-  Handle h;
-  Object obj;
-  Object src;
+  SpiedHandle h;
+  SpiedObject obj;
+  SpiedObject src;
 };
 
 }  // namespace frame

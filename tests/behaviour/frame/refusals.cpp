@@ -9,15 +9,15 @@ namespace {
 
 // A recording handle whose runtime raises no variant, and one object that has no field.
 struct Refusals : testing::Test {
-  Handle h{tracked_and_recorded};
+  SpiedHandle h{tracked_and_recorded};
   spy::Replacement stay = spy::answer(orklib_adjust_variant, 0);
 
   // All that a getter does, with the record's variant read as the field's kind wants it; a setter
   // adjusts the record first.
-  void reads(const Object& obj, const std::string& variant, const std::function<void()>& get) {
+  void reads(const SpiedObject& obj, const std::string& variant, const std::function<void()>& get) {
     expect(obj, {"ork_clear_last_error()", variant, "ork_store_epoch_err(43,err)"}, get);
   }
-  void writes(const Object& obj, const std::string& record, const std::string& variant,
+  void writes(const SpiedObject& obj, const std::string& record, const std::string& variant,
               const std::function<void()>& set) {
     expect(obj,
            {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
@@ -27,9 +27,9 @@ struct Refusals : testing::Test {
   }
 
  private:
-  void expect(const Object& obj, const std::vector<std::string>& calls,
+  void expect(const SpiedObject& obj, const std::vector<std::string>& calls,
               const std::function<void()>& access) {
-    obj.head().variant = -1;
+    obj.header().variant = -1;
     const Snapshot before = obj.snapshot();
     spy::Log log;
     access();
@@ -37,7 +37,7 @@ struct Refusals : testing::Test {
     EXPECT_TRUE(before.unchanged());
     EXPECT_EQ(h.err, 0u);
     EXPECT_EQ(h.last_error(), 43u);
-    obj.head().variant = 0;
+    obj.header().variant = 0;
   }
 };
 
@@ -46,7 +46,7 @@ struct Refusals : testing::Test {
 TEST_F(Refusals, of_a_value_ends_the_call) {
   const std::string record = "fwe_cl_wayfind_mem_st";
   const std::string variant = "ork_get_instance_variant(obj,1,0)";
-  Object obj(h, record);
+  SpiedObject obj(h, record);
   const uint32_t src = 1;
   reads(obj, variant,
         [&] { EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get(h, instance, obj, &h.err), nullptr); });
@@ -61,7 +61,7 @@ TEST_F(Refusals, of_a_value_ends_the_call) {
 TEST_F(Refusals, of_an_enum_ends_the_call) {
   const std::string record = "fwe_cl_wayfind_chan_nb_st";
   const std::string variant = "ork_get_instance_variant(obj,1,1)";
-  Object obj(h, record);
+  SpiedObject obj(h, record);
   auto* const src = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
   reads(obj, variant, [&] {
     EXPECT_EQ(fwe_cl_wayfind_chan_nb_st_tx_state_get(h, instance, obj, &h.err), nullptr);
@@ -79,8 +79,8 @@ TEST_F(Refusals, of_an_enum_ends_the_call) {
 TEST_F(Refusals, of_an_embedded_record_ends_the_call) {
   const std::string record = "fwe_cl_wayfind_nb_channel_data";
   const std::string variant = "ork_get_instance_variant(obj,1,0)";
-  Object obj(h, record);
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedObject obj(h, record);
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   reads(obj, variant, [&] {
     EXPECT_EQ(fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err), nullptr);
   });
@@ -90,14 +90,14 @@ TEST_F(Refusals, of_an_embedded_record_ends_the_call) {
 
 // The mode word is read for a copy alone; a corrupted one would end the process.
 TEST_F(Refusals, of_a_copy_and_a_copy_onto_itself_come_before_the_mode_word) {
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
-  dst.head().variant = -1;
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
+  dst.header().variant = -1;
   h->sttr_info->sttr_mode = 7;
   spy::Log log;
   fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
   EXPECT_EQ(h.last_error(), 43u);
-  dst.head().variant = 0;
+  dst.header().variant = 0;
   fwe_cl_wayfind_mem_st_set(h, instance, dst, dst, &h.err);
   EXPECT_EQ(log.count("trace"), 0u);
   EXPECT_EQ(log.count("orklib_adjust_variant"), 2u);

@@ -4,8 +4,8 @@
 namespace frame {
 
 TEST(Scalar, get_lends_the_value_and_records_it) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   EXPECT_EQ(static_cast<void*>(fwe_cl_wayfind_mem_st_fwe_num_get(h, instance, obj, &h.err)),
             obj.field("fwe_num"));
@@ -14,8 +14,8 @@ TEST(Scalar, get_lends_the_value_and_records_it) {
 }
 
 TEST(Scalar, get_value_reads_through_the_lent_pointer) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   store<uint64_t>(obj.field("ppe_addr"), 0x1122334455667788);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_get_value(h, instance, obj, &h.err),
@@ -26,8 +26,8 @@ TEST(Scalar, get_value_reads_through_the_lent_pointer) {
 }
 
 TEST(Scalar, a_null_pointer_is_lent_and_recorded_as_such_and_its_value_is_0) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   store<uint32_t>(obj.field("fwe_num"), 5);
   const auto nothing = spy::answer(u_int32_get, nullptr);
   spy::Log log;
@@ -41,8 +41,8 @@ TEST(Scalar, a_null_pointer_is_lent_and_recorded_as_such_and_its_value_is_0) {
 }
 
 TEST(Scalar, set_on_a_tracked_object_writes_marks_and_records_the_source) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const uint32_t src = 5;
   spy::name_at(&src, "src");
   spy::Log log;
@@ -56,8 +56,8 @@ TEST(Scalar, set_on_a_tracked_object_writes_marks_and_records_the_source) {
 }
 
 TEST(Scalar, set_value_on_a_tracked_object_records_the_field_twice) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, obj, 5, &h.err);
   EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
@@ -71,8 +71,8 @@ TEST(Scalar, set_value_on_a_tracked_object_records_the_field_twice) {
 }
 
 TEST(Scalar, without_tracking_and_recording_neither_is_touched) {
-  Handle h(untracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_exmem_addr_set_value(h, instance, obj, 9, &h.err);
   EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
@@ -83,8 +83,8 @@ TEST(Scalar, without_tracking_and_recording_neither_is_touched) {
 }
 
 TEST(Scalar, set_value_through_a_null_pointer_gives_2_and_still_records_it) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto nothing = spy::answer(u_int32_get, nullptr);
   const Snapshot before = obj.snapshot();
   spy::Log log;
@@ -98,8 +98,8 @@ TEST(Scalar, set_value_through_a_null_pointer_gives_2_and_still_records_it) {
 }
 
 TEST(Scalar, set_value_stops_behind_the_records_when_the_first_half_failed) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(u_int32_get, 5);
   spy::Log log;
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, obj, 5, &h.err);
@@ -111,8 +111,8 @@ TEST(Scalar, set_value_stops_behind_the_records_when_the_first_half_failed) {
 }
 
 TEST(Scalar, set_value_whose_adjust_fails_goes_straight_to_the_second_record) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto failing = spy::fail(orklib_adjust_variant, 5);
   spy::Log log;
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, obj, 5, &h.err);
@@ -127,8 +127,8 @@ TEST(Scalar, set_value_passes_the_gate_twice) {
   for (const uint32_t slot : {0u, 43u}) {
     for (const auto set_value : {fwe_cl_wayfind_chan_nb_st_chan_id_set_value,
                                  fwe_cl_wayfind_chan_nb_st_tx_state_set_value}) {
-      Handle h(tracked_and_recorded);
-      Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+      SpiedHandle h(tracked_and_recorded);
+      SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
       const Snapshot before = obj.snapshot();
       const auto runtime = slot_becomes(slot);
       spy::Log log;
@@ -156,8 +156,8 @@ TEST(Scalar, set_value_passes_the_gate_twice) {
 }
 
 TEST(Scalar, set_goes_on_when_the_adjust_failed) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const uint32_t src = 5;
   spy::name_at(&src, "src");
   const auto failing = spy::fail(orklib_adjust_variant, 5);
@@ -170,8 +170,8 @@ TEST(Scalar, set_goes_on_when_the_adjust_failed) {
 }
 
 TEST(Scalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_the_same) {
-  Handle h(tracked_and_recorded);
-  Object mem(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject mem(h, "fwe_cl_wayfind_mem_st");
   const uint32_t src = 5;
   spy::name_at(&src, "src");
   const auto set = spy::fail(u_int32_set, 5);
@@ -186,7 +186,7 @@ TEST(Scalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_the_sam
   EXPECT_EQ(std::exchange(h.err, 0), 5u);
   EXPECT_EQ(mem.state_of("fwe_num"), 2);
 
-  Object prefix(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedObject prefix(h, "fwe_pal_wayfind_site_prefix_data");
   const ork_ip_address address{};
   spy::name_at(&address, "address");
   const auto address_set = spy::fail(ip_address_set, 5);
@@ -198,8 +198,8 @@ TEST(Scalar, a_write_that_the_runtime_refuses_is_marked_and_recorded_all_the_sam
 }
 
 TEST(Scalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_store_err(h, 22);
   h.err = 5;
   const Snapshot before = obj.snapshot();
@@ -218,10 +218,10 @@ TEST(Scalar, an_error_standing_stops_every_accessor_and_is_not_cleared) {
 }
 
 TEST(Scalar, an_object_of_a_negative_variant_has_no_field) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
-  obj.head().variant = -1;
+  obj.header().variant = -1;
   const Snapshot before = obj.snapshot();
   const uint32_t src = 1;
   spy::Log log;
@@ -235,25 +235,25 @@ TEST(Scalar, an_object_of_a_negative_variant_has_no_field) {
   EXPECT_EQ(log.count("trace"), 0u);
   EXPECT_TRUE(before.unchanged());
   EXPECT_EQ(h.err, 0u) << "this runtime leaves the slot alone";
-  obj.head().variant = 0;
+  obj.header().variant = 0;
 }
 
 TEST(Scalar, the_slot_may_be_written_by_the_runtime_and_the_accessor_returns_either_way) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().variant = -1;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().variant = -1;
   const auto strict = slot_becomes(43);
   EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_get(h, instance, obj, &h.err), nullptr);
   EXPECT_EQ(h.err, 43u);
-  obj.head().variant = 0;
+  obj.header().variant = 0;
 }
 
 TEST(Scalar, a_child_set_that_fails_is_marked_and_recorded_whatever_became_of_the_slot) {
   for (const uint32_t slot : {0u, 43u}) {
-    Handle h(tracked_and_recorded);
-    Object obj(h, "fwe_cl_wayfind_nb_channel_data");
-    Object src(h, "fwe_cl_wayfind_mem_st", "src");
-    src.head().variant_cap = 1; /* not the child's */
+    SpiedHandle h(tracked_and_recorded);
+    SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
+    SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
+    src.header().variant_cap = 1; /* not the child's */
     const Snapshot body(obj.get(), 136);
     const auto runtime = slot_becomes(slot);
     spy::Log log;
@@ -266,15 +266,15 @@ TEST(Scalar, a_child_set_that_fails_is_marked_and_recorded_whatever_became_of_th
     EXPECT_EQ(log.calls().back(), "orkdb_record_containment2(7,src,obj,1)");
     EXPECT_TRUE(body.unchanged());
     EXPECT_EQ(obj.state_of("mem"), 2);
-    src.head().variant_cap = 0;
+    src.header().variant_cap = 0;
   }
 }
 
 // ---- Marks ----
 
 TEST(Mark, an_untracked_object_under_a_tracking_handle_gives_22_behind_the_write) {
-  Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h({.tracking = ORK_TRACKING_OFF, .recording = true});
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
   const uint32_t src = 5;
   spy::Log log;
@@ -295,8 +295,8 @@ TEST(Mark, an_untracked_object_under_a_tracking_handle_gives_22_behind_the_write
 }
 
 TEST(Mark, a_tracked_object_is_not_marked_once_tracking_is_off) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, obj, 6, &h.err);
   EXPECT_EQ(h.err, 0u);
@@ -305,9 +305,9 @@ TEST(Mark, a_tracked_object_is_not_marked_once_tracking_is_off) {
 }
 
 TEST(MarkDeathTest, a_corrupted_mode_word_ends_the_process) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   h->sttr_info->sttr_mode = 7;
   const uint32_t value = 5;
   const char* const words = "trace\\(fatal,Corrupted ORK Handle\\)";
@@ -320,8 +320,8 @@ TEST(MarkDeathTest, a_corrupted_mode_word_ends_the_process) {
 }
 
 TEST(Mark, a_told_distance_leads_to_the_byte) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
   spy::Log log;
   fwe_cl_wayfind_mem_st_ppe_addr_set_value(h, instance, mem, 6, &h.err);
@@ -331,11 +331,11 @@ TEST(Mark, a_told_distance_leads_to_the_byte) {
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0, 0, 0, 0, 0, 2, 0}));
 }
 
-// ---- Object fields ----
+// ---- Object fields -----
 
 TEST(ObjectField, an_address_is_lent_with_both_records_and_set_by_its_own_function) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   ork_ip_address src{};
   spy::name(&src, sizeof src, "src");
   src.family = 4;
@@ -355,8 +355,8 @@ TEST(ObjectField, an_address_is_lent_with_both_records_and_set_by_its_own_functi
 }
 
 TEST(ObjectField, set_goes_on_when_the_adjust_failed) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   const ork_ip_address src{};
   spy::name_at(&src, "src");
   const auto failing = spy::fail(orklib_adjust_variant, 5);
@@ -369,8 +369,8 @@ TEST(ObjectField, set_goes_on_when_the_adjust_failed) {
 }
 
 TEST(ObjectField, a_link_type_is_a_scalar) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_enforce_hop");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_enforce_hop");
   spy::Log log;
   fwe_cl_wayfind_enforce_hop_linktype_set_value(h, instance, obj, 6, &h.err);
   EXPECT_CALLS(log.calls_of({"link_type_get", "orkdb_record_containment2", "link_type_set_value",
@@ -382,9 +382,9 @@ TEST(ObjectField, a_link_type_is_a_scalar) {
 }
 
 TEST(ObjectField, an_embedded_record_is_set_by_its_own_set_and_marked_in_the_parent) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, src, 5, &h.err);
   spy::Log log;
   fwe_cl_wayfind_nb_channel_data_mem_set(h, instance, obj, src, &h.err);
@@ -404,8 +404,8 @@ TEST(ObjectField, an_embedded_record_is_set_by_its_own_set_and_marked_in_the_par
 }
 
 TEST(ObjectField, a_flag_set_is_copied_by_its_own_set) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_hop_chan_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_hop_chan_st");
   auto* const src = fwe_cl_wayfind_hop_chan_flags_create(h, instance);
   spy::name(src, 24, "src");
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, src, 4, 1, &h.err);

@@ -10,16 +10,16 @@ class SmallTypeCalls : public testing::TestWithParam<unsigned> {
  protected:
   template <class F>
   F* function(const char* suffix) const {
-    return fixture::function<F>(schema.functions, suffix);
+    return kit::function<F>(schema.functions, suffix);
   }
-  void* create(Handle& h, uint32_t in = instance) const {
+  void* create(SpiedHandle& h, uint32_t in = instance) const {
     void* const obj = function<void*(ork_handle*, uint32_t)>("_create")(h, in);
     if (obj) {
       spy::name(obj, small.size, "obj");
     }
     return obj;
   }
-  void destroy(Handle& h, void* obj, uint32_t in = instance) const {
+  void destroy(SpiedHandle& h, void* obj, uint32_t in = instance) const {
     function<void(ork_handle*, uint32_t, void*)>("_destroy")(h, in, obj);
   }
   // Of the newest layout but for its variant.
@@ -27,20 +27,21 @@ class SmallTypeCalls : public testing::TestWithParam<unsigned> {
     return small.flags ? std::vector<uint8_t>{variant, 0, 0, 0, 5, 1}
                        : std::vector<uint8_t>{variant, 0, 0, 0, 1};
   }
-  uint32_t unmarshal(Handle& h, const std::vector<uint8_t>& from, size_t length, void* obj) const {
+  uint32_t unmarshal(SpiedHandle& h, const std::vector<uint8_t>& from, size_t length,
+                     void* obj) const {
     return function<uint32_t(ork_handle*, uint32_t, const uint8_t*, void*, int32_t, uint32_t,
                              uint32_t*)>("_unmarshal")(h, instance, from.data(), obj,
                                                        static_cast<int32_t>(length), 0, &h.err);
   }
-  uint32_t unmarshal(Handle& h, const std::vector<uint8_t>& from, void* obj) const {
+  uint32_t unmarshal(SpiedHandle& h, const std::vector<uint8_t>& from, void* obj) const {
     return unmarshal(h, from, from.size(), obj);
   }
-  void set(Handle& h, void* obj, const void* from) const {
+  void set(SpiedHandle& h, void* obj, const void* from) const {
     function<void(ork_handle*, uint32_t, void*, const void*, uint32_t*)>("_set")(h, instance, obj,
                                                                                  from, &h.err);
   }
   // Value 1, or flag 1.
-  void set_value(Handle& h, void* obj) const {
+  void set_value(SpiedHandle& h, void* obj) const {
     if (small.flags) {
       function<void(ork_handle*, uint32_t, void*, uint32_t, uint32_t, uint32_t*)>("_set_value")(
           h, instance, obj, 1, 1, &h.err);
@@ -58,7 +59,7 @@ class SmallTypeCalls : public testing::TestWithParam<unsigned> {
     ork_type_info copy = *schema.type;
     const auto table = spy::answer(ork_type_info_ptr_get, &copy);
     for (const bool shared : {false, true}) {
-      Handle h({.shared = shared});
+      SpiedHandle h({.shared = shared});
       void* const obj = create(h);
       store<void*>(obj, nullptr);
       use(h, obj, shared ? &copy : schema.type, shared ? 1u : 0u);
@@ -81,7 +82,7 @@ std::vector<std::string> hooks(const spy::Log& log) {
 // ---- Lifecycle ----
 
 TEST_P(SmallTypeCalls, create_tells_the_hooks_of_the_object_of_null_and_of_the_sentinel) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   spy::Log log;
   void* const obj = create(h);
   EXPECT_CALLS(hooks(log),
@@ -103,7 +104,7 @@ TEST_P(SmallTypeCalls, create_tells_the_hooks_of_the_object_of_null_and_of_the_s
 }
 
 TEST_P(SmallTypeCalls, destroy_tells_the_hook_of_shared_storage_before_the_storage_goes) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   void* const obj = create(h);
   spy::Log log;
   destroy(h, obj);
@@ -122,7 +123,7 @@ TEST_P(SmallTypeCalls, the_platform_hooks_want_recording_an_instance_and_watched
                {recorded, instance, 0, 1},
                {{.shared = true}, instance, 1, 0}};
   for (const auto& each : cases) {
-    Handle h(each.mode);
+    SpiedHandle h(each.mode);
     h->shared_types = each.shared_types;
     spy::Log log;
     destroy(h, create(h, each.in), each.in);
@@ -133,7 +134,7 @@ TEST_P(SmallTypeCalls, the_platform_hooks_want_recording_an_instance_and_watched
 
 TEST_P(SmallTypeCalls, destroy_counts_announces_the_slot_and_frees_the_block_whatever_the_mode) {
   for (const Mode& mode : {plain, tracked}) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     void* const obj = create(h);
     const uint64_t destroyed = statistics.destroy_count;
     spy::name_at(&statistics.destroy_count, "destroy_count");
@@ -150,7 +151,7 @@ TEST_P(SmallTypeCalls, destroy_counts_announces_the_slot_and_frees_the_block_wha
 }
 
 TEST_P(SmallTypeCalls, destroy_in_place_counts_and_leaves_the_storage_to_its_owner) {
-  Handle h(shared_and_recorded);
+  SpiedHandle h(shared_and_recorded);
   void* const obj = create(h);
   auto* const type = load<const ork_type_info*>(obj);
   ork_variant_entry& shared = type->varinfo->entries[0];
@@ -167,7 +168,7 @@ TEST_P(SmallTypeCalls, destroy_in_place_counts_and_leaves_the_storage_to_its_own
 }
 
 TEST_P(SmallTypeCalls, a_negative_variant_counts_neither_birth_nor_death) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto none = h.domain({{small.name, int8_t{-1}}});
   const uint64_t created = statistics.create_count;
   const uint64_t destroyed = statistics.destroy_count;
@@ -181,7 +182,7 @@ TEST_P(SmallTypeCalls, a_negative_variant_counts_neither_birth_nor_death) {
 }
 
 TEST_P(SmallTypeCalls, a_create_whose_look_up_fails_stays_counted) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto failing = spy::fail(ork_domain_lookup_variant, 5);
   const uint64_t created = statistics.create_count;
   EXPECT_EQ(create(h), nullptr);
@@ -189,7 +190,7 @@ TEST_P(SmallTypeCalls, a_create_whose_look_up_fails_stays_counted) {
 }
 
 TEST_P(SmallTypeCalls, without_statistics_initialize_writes_only_the_header_and_wants_no_variants) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   ork_type_info bare = *schema.type;
   bare.varinfo = nullptr;
   const std::vector<uint64_t> untouched(small.size / sizeof(uint64_t));
@@ -214,7 +215,7 @@ TEST_P(SmallTypeCalls, without_statistics_initialize_writes_only_the_header_and_
 
 TEST_P(SmallTypeCalls, a_block_that_the_slot_owns_goes_first) {
   for (const bool owned : {true, false}) {
-    Handle h(plain);
+    SpiedHandle h(plain);
     void* const obj = create(h);
     void* const block = owned ? h->alloc_fn(h->mem_pool, instance, 16) : nullptr;
     spy::name(block, 16, "block");
@@ -233,7 +234,7 @@ TEST_P(SmallTypeCalls, a_block_that_the_slot_owns_goes_first) {
 // ---- Upgrade and values ----
 
 TEST_P(SmallTypeCalls, adjust_variant_hands_on_whatever_stands_in_the_slot) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   void* const obj = create(h);
   const auto adjust =
       function<uint32_t(ork_handle*, uint32_t, void*, uint32_t*)>("_adjust_variant");
@@ -254,7 +255,7 @@ TEST_P(SmallTypeCalls, adjust_variant_hands_on_whatever_stands_in_the_slot) {
 // Enums hand the runtime what stands in the slot, the flag set what the runtime says that stands
 // there.
 TEST_P(SmallTypeCalls, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifested_type) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   void* const obj = create(h);
   {
     const wayfind_small_type& other = wayfind_small_types[(GetParam() + 1) % 12];
@@ -272,7 +273,7 @@ TEST_P(SmallTypeCalls, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifest
 }
 
 TEST_P(SmallTypeCalls, writes_go_on_behind_an_upgrade_that_fails) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   void* const obj = create(h);
   void* const src = create(h);
   spy::name(src, small.size, "src");
@@ -296,7 +297,7 @@ TEST_P(SmallTypeCalls, writes_go_on_behind_an_upgrade_that_fails) {
 }
 
 TEST_P(SmallTypeCalls, get_value_calls_nothing) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   void* const obj = create(h);
   value_of(obj) = 2;
   spy::Log log;
@@ -311,7 +312,7 @@ TEST_P(SmallTypeCalls, get_value_calls_nothing) {
 }
 
 TEST_P(SmallTypeCalls, is_valid_answers_with_an_error_standing) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   h->cr_error = 5;
   const auto is_valid = function<uint32_t(ork_handle*, uint32_t)>("_is_valid_cr");
   const auto count = static_cast<uint32_t>(small.values.size());
@@ -326,7 +327,7 @@ TEST_P(SmallTypeCalls, is_valid_answers_with_an_error_standing) {
 // ---- Wire ----
 
 TEST_P(SmallTypeCalls, with_an_error_standing_nothing_is_written_or_read) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   void* const obj = create(h);
   const Snapshot before(obj, small.size);
   std::vector<uint8_t> buffer(6, 0xA5);
@@ -344,7 +345,7 @@ TEST_P(SmallTypeCalls, with_an_error_standing_nothing_is_written_or_read) {
 }
 
 TEST_P(SmallTypeCalls, a_read_object_points_at_its_type_or_at_the_shared_copy) {
-  with_unread([&](Handle& h, void* obj, const ork_type_info* expected, size_t asked) {
+  with_unread([&](SpiedHandle& h, void* obj, const ork_type_info* expected, size_t asked) {
     spy::Log log;
     unmarshal(h, image(0), obj);
     EXPECT_EQ(h.err, 0u);
@@ -357,7 +358,7 @@ TEST_P(SmallTypeCalls, a_read_object_points_at_its_type_or_at_the_shared_copy) {
 
 // The flag set's byte is read where the image ended, behind the one that the image has.
 TEST_P(SmallTypeCalls, a_header_from_the_wire_is_stored_even_if_what_follows_fails) {
-  with_unread([&](Handle& h, void* obj, const ork_type_info* expected, size_t asked) {
+  with_unread([&](SpiedHandle& h, void* obj, const ork_type_info* expected, size_t asked) {
     header(obj).variant_cap = 2;
     spy::Log log;
     EXPECT_EQ(unmarshal(h, {1, 0x1B}, 1, obj), small.flags ? 2u : 1u);
@@ -380,7 +381,7 @@ TEST_P(SmallTypeCalls, a_header_from_the_wire_is_stored_even_if_what_follows_fai
 }
 
 TEST_P(SmallTypeCalls, a_variant_from_the_wire_is_lowered_to_the_newest_of_the_object) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   void* const obj = create(h);
   header(obj).variant_cap = 2;
   for (const auto& [sent, kept] : {std::pair{5, 2}, {2, 2}, {1, 1}}) {

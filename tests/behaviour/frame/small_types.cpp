@@ -13,7 +13,7 @@ uint32_t& value_of(Enum* obj) { return *reinterpret_cast<uint32_t*>(bytes(obj) +
 uint8_t& flags_of(Flags* obj) { return bytes(obj)[11]; }
 
 struct EnumObject {
-  explicit EnumObject(Handle& handle, const std::string& name = "obj")
+  explicit EnumObject(SpiedHandle& handle, const std::string& name = "obj")
       : h(handle), obj(fwe_cl_wayfind_chan_tx_state_e_create(h, instance)) {
     spy::name(obj, 16, name);
   }
@@ -21,12 +21,12 @@ struct EnumObject {
   EnumObject(const EnumObject&) = delete;
   EnumObject& operator=(const EnumObject&) = delete;
   operator Enum*() const { return obj; }
-  Handle& h;
+  SpiedHandle& h;
   Enum* obj;
 };
 
 struct FlagObject {
-  explicit FlagObject(Handle& handle, const std::string& name = "obj")
+  explicit FlagObject(SpiedHandle& handle, const std::string& name = "obj")
       : h(handle), obj(fwe_cl_wayfind_hop_chan_flags_create(h, instance)) {
     spy::name(obj, 24, name);
   }
@@ -34,7 +34,7 @@ struct FlagObject {
   FlagObject(const FlagObject&) = delete;
   FlagObject& operator=(const FlagObject&) = delete;
   operator Flags*() const { return obj; }
-  Handle& h;
+  SpiedHandle& h;
   Flags* obj;
 };
 
@@ -43,7 +43,7 @@ struct FlagObject {
 // ---- Lifecycle ----
 
 TEST(Enum, create_counts_by_itself_and_starts_no_trace_module) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   auto& entry = _fwe_cl_wayfind_chan_tx_state_e_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;
   spy::name_at(&entry.create_count, "create_count");
@@ -69,7 +69,7 @@ TEST(Enum, create_counts_by_itself_and_starts_no_trace_module) {
 }
 
 TEST(Enum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_failure) {
-  Handle h({.cr_instance = 9});
+  SpiedHandle h({.cr_instance = 9});
   uint32_t seen = 2;
   const auto watch =
       spy::replace(ork_domain_lookup_variant,
@@ -97,13 +97,13 @@ TEST(Enum, cr_mode_is_active_while_it_is_made_and_gives_the_sentinel_on_failure)
 }
 
 TEST(SmallTypes, in_cr_style_all_are_made_and_given_back_for_the_instance_of_the_handle) {
-  Handle h({.cr_instance = 9});
+  SpiedHandle h({.cr_instance = 9});
   for (unsigned i = 0; i < wayfind_small_type_count; ++i) {
     const wayfind_small_type& type = wayfind_small_types[i];
     const std::string size = std::to_string(told::small(type.name)->size);
     spy::Log log;
-    void* const obj = fixture::function<void*(ork_handle*)>(type.functions, "_create_cr")(h);
-    fixture::function<void(ork_handle*, void*)>(type.functions, "_destroy_cr")(h, obj);
+    void* const obj = kit::function<void*(ork_handle*)>(type.functions, "_create_cr")(h);
+    kit::function<void(ork_handle*, void*)>(type.functions, "_destroy_cr")(h, obj);
     EXPECT_CALLS(log.calls_of({"alloc_fn", "free_fn"}),
                  std::vector<std::string>{"alloc_fn(9," + size + ")=new1", "free_fn(9,new1)"})
         << type.name;
@@ -113,7 +113,7 @@ TEST(SmallTypes, in_cr_style_all_are_made_and_given_back_for_the_instance_of_the
 }
 
 TEST(Enum, a_start_that_fails_is_traced_in_the_enums_words) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto failing = spy::fail(ork_domain_lookup_variant, 5);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_create(h, instance), nullptr);
@@ -123,14 +123,14 @@ TEST(Enum, a_start_that_fails_is_traced_in_the_enums_words) {
 }
 
 TEST(Enum, without_memory_the_plain_form_gives_null) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   spy::fail_alloc(1);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_create(h, instance), nullptr);
   EXPECT_EQ(h.last_error(), 0u);
 }
 
 TEST(Enum, in_shared_storage_it_points_at_the_shared_copy_and_counts_there) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   auto* const obj = fwe_cl_wayfind_chan_tx_state_e_create(h, instance);
   const auto* const type = load<const ork_type_info*>(obj);
   EXPECT_NE(type, &_fwe_cl_wayfind_chan_tx_state_e_type_info_internal);
@@ -140,7 +140,7 @@ TEST(Enum, in_shared_storage_it_points_at_the_shared_copy_and_counts_there) {
 }
 
 TEST(Enum, marks_itself_embedded_and_traces_null_in_words_of_its_own) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   spy::Log log;
   fwe_cl_wayfind_chan_tx_state_e_set_instance_embedded(h, instance, obj);
@@ -151,7 +151,7 @@ TEST(Enum, marks_itself_embedded_and_traces_null_in_words_of_its_own) {
 }
 
 TEST(Enum, holds_no_references_and_says_so_in_four_texts) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_get_oid_count(h, instance, obj, &h.err), 0u);
@@ -171,7 +171,7 @@ TEST(Enum, holds_no_references_and_says_so_in_four_texts) {
 }
 
 TEST(EnumDeathTest, broken_descriptors_end_the_process) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   const auto* const type = load<const ork_type_info*>(obj.obj);
   ork_type_info wrong = *type;
@@ -190,7 +190,7 @@ TEST(EnumDeathTest, broken_descriptors_end_the_process) {
 // ---- Values ----
 
 TEST(Enum, set_value_adjusts_checks_and_announces_four_bytes) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   spy::Log log;
   fwe_cl_wayfind_chan_tx_state_e_set_value(h, instance, obj, 2, &h.err);
@@ -203,7 +203,7 @@ TEST(Enum, set_value_adjusts_checks_and_announces_four_bytes) {
 }
 
 TEST(Enum, set_copies_all_sixteen_bytes_header_included) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   EnumObject src(h, "src");
   value_of(src) = 1;
@@ -215,7 +215,7 @@ TEST(Enum, set_copies_all_sixteen_bytes_header_included) {
 }
 
 TEST(Enum, refuses_values_out_of_range_without_a_sign) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   EnumObject src(h, "src");
   spy::Log log;
@@ -232,7 +232,7 @@ TEST(Enum, refuses_values_out_of_range_without_a_sign) {
 }
 
 TEST(Enum, an_error_standing_stops_set_and_get) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   EnumObject obj(h);
   EnumObject src(h, "src");
   value_of(obj) = 2;
@@ -246,7 +246,7 @@ TEST(Enum, an_error_standing_stops_set_and_get) {
 }
 
 TEST(Enum, get_gives_the_object_back_and_get_value_wants_one) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   EnumObject obj(h);
   value_of(obj) = 2;
   spy::Log log;
@@ -260,7 +260,7 @@ TEST(Enum, get_gives_the_object_back_and_get_value_wants_one) {
 }
 
 TEST(Enum, is_valid_compares_with_a_sign_and_asks_the_domain) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_is_valid_cr(h, 2), 1u);
   EXPECT_CALLS(log,
@@ -272,7 +272,7 @@ TEST(Enum, is_valid_compares_with_a_sign_and_asks_the_domain) {
 }
 
 TEST(Enum, small_answers) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_sizeof(), 16u);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_len(), 5u);
   EXPECT_EQ(fwe_cl_wayfind_chan_tx_state_e_len_cr(h), 5u);
@@ -297,7 +297,7 @@ TEST(Enum, small_answers) {
 // ---- Flags ----
 
 TEST(Flags, single_bits_are_set_cleared_and_read) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   FlagObject obj(h);
   spy::Log log;
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, obj, 4, 1, &h.err);
@@ -316,7 +316,7 @@ TEST(Flags, single_bits_are_set_cleared_and_read) {
 }
 
 TEST(Flags, numbers_out_of_range_and_null_are_refused) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   FlagObject obj(h);
   fwe_cl_wayfind_hop_chan_flags_set_value(h, instance, obj, 5, 1, &h.err);
   EXPECT_EQ(h.last_error(), 43u);
@@ -340,7 +340,7 @@ TEST(Flags, numbers_out_of_range_and_null_are_refused) {
 }
 
 TEST(Flags, set_copies_all_24_bytes_and_get_makes_no_record) {
-  Handle h(recorded);
+  SpiedHandle h(recorded);
   FlagObject obj(h);
   FlagObject src(h, "src");
   flags_of(src) = 0x1f;
@@ -362,7 +362,7 @@ TEST(Flags, set_copies_all_24_bytes_and_get_makes_no_record) {
 }
 
 TEST(Flags, cr_forms_use_the_slot_and_the_instance_of_the_handle) {
-  Handle h({.cr_instance = 11});
+  SpiedHandle h({.cr_instance = 11});
   FlagObject obj(h);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_hop_chan_flags_set_cr(h, obj, 2, 1), 0u);
@@ -382,7 +382,7 @@ TEST(Flags, cr_forms_use_the_slot_and_the_instance_of_the_handle) {
 }
 
 TEST(Flags, compare_subtracts_the_bytes) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   FlagObject a(h, "a");
   FlagObject b(h, "b");
   flags_of(a) = 0x11;
@@ -394,7 +394,7 @@ TEST(Flags, compare_subtracts_the_bytes) {
 }
 
 TEST(Flags, create_allocates_24_bytes_and_counts_by_itself) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   auto& entry = _fwe_cl_wayfind_hop_chan_flags_type_info_internal.varinfo->entries[0];
   const uint64_t created = entry.create_count;
   spy::Log log;

@@ -4,8 +4,8 @@
 namespace frame {
 
 TEST(State, the_getter_reads_the_byte) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   obj.state()[1] = 200;
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_ppe_addr_state_flag_get(h, instance, obj, &h.err), 200u);
@@ -13,8 +13,8 @@ TEST(State, the_getter_reads_the_byte) {
 }
 
 TEST(State, the_setter_adjusts_passes_the_gate_and_announces_without_an_owner) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_ppe_addr_state_flag_set(h, instance, obj, 200, &h.err);
   EXPECT_CALLS(
@@ -25,8 +25,8 @@ TEST(State, the_setter_adjusts_passes_the_gate_and_announces_without_an_owner) {
 }
 
 TEST(State, with_tracking_off_both_give_22_without_a_trace) {
-  Handle h(untracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_state_flag_get(h, instance, obj, &h.err), 0u);
   EXPECT_EQ(h.err, 22u);
@@ -37,8 +37,8 @@ TEST(State, with_tracking_off_both_give_22_without_a_trace) {
 }
 
 TEST(State, an_untracked_object_is_refused_in_two_wordings_and_two_orders) {
-  Handle h(untracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_mem_st_fwe_num_state_flag_get(h, instance, obj, &h.err), 0u);
@@ -52,7 +52,7 @@ TEST(State, an_untracked_object_is_refused_in_two_wordings_and_two_orders) {
 }
 
 TEST(State, without_a_mode_is_read_after_the_newest_body_and_written_after_the_objects_own) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   // A block with room for state bytes that the handle does not know of.
   alignas(8) uint8_t block[104 + 14] = {};
   auto* const obj = reinterpret_cast<fwe_cl_wayfind_global_info_data*>(block);
@@ -85,7 +85,7 @@ TEST(State, without_a_mode_is_read_after_the_newest_body_and_written_after_the_o
 }
 
 TEST(State, without_a_mode_the_getter_follows_a_told_distance) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   alignas(8) uint8_t block[60 + 3] = {};
   auto* const obj = reinterpret_cast<fwe_cl_wayfind_mem_st*>(block);
   fwe_cl_wayfind_mem_st_initialize(h, instance, obj, &_fwe_cl_wayfind_mem_st_type_info_internal, 0,
@@ -102,9 +102,9 @@ TEST(State, without_a_mode_the_getter_follows_a_told_distance) {
 }
 
 TEST(State, the_getter_has_no_gate_and_the_setter_has) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   const auto old = h.domain({{"fwe_cl_wayfind_chan_st", 0}});
-  Object obj(h, "fwe_cl_wayfind_chan_st");
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_st");
   obj.state_of("in_burst") = 9;
   EXPECT_EQ(fwe_cl_wayfind_chan_st_in_burst_get(h, instance, obj, &h.err), nullptr);
   EXPECT_EQ(h.last_error(), 43u);
@@ -120,8 +120,8 @@ TEST(State, the_getter_has_no_gate_and_the_setter_has) {
 // ---- All bytes of a record at once ----
 
 TEST(StateFill, fills_the_whole_block_with_nested_blocks_in_one_go_and_silently) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_hop_chan_data");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_hop_chan_data");
   const Snapshot body(obj.get(), 600);
   spy::Log log;
   fwe_cl_wayfind_hop_chan_data_set_all_state_tracking_flag(h, instance, obj, 3);
@@ -132,16 +132,16 @@ TEST(StateFill, fills_the_whole_block_with_nested_blocks_in_one_go_and_silently)
 
 TEST(StateFill, returns_without_a_word_when_there_is_nothing_to_fill) {
   for (const Mode& mode : {plain, untracked}) {
-    Handle h(mode);
-    Object obj(h, "fwe_cl_wayfind_mem_st");
+    SpiedHandle h(mode);
+    SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
     const Snapshot before(obj.get(), 40);
     spy::Log log;
     fwe_cl_wayfind_mem_st_set_all_state_tracking_flag(h, instance, obj, 3);
     EXPECT_CALLS(log, {});
     EXPECT_TRUE(before.unchanged());
   }
-  Handle h(untracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
   spy::Log log;
   fwe_cl_wayfind_mem_st_set_all_state_tracking_flag(h, instance, obj, 3);
@@ -150,8 +150,8 @@ TEST(StateFill, returns_without_a_word_when_there_is_nothing_to_fill) {
 }
 
 TEST(StateFill, a_corrupted_mode_word_is_passed_over_here) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   h->sttr_info->sttr_mode = 7;
   fwe_cl_wayfind_mem_st_set_all_state_tracking_flag(h, instance, obj, 3);
   h->sttr_info->sttr_mode = ORK_STTR_ON;
@@ -159,8 +159,8 @@ TEST(StateFill, a_corrupted_mode_word_is_passed_over_here) {
 }
 
 TEST(StateFill, a_child_is_filled_within_its_parents_block) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, obj, &h.err);
   fwe_cl_wayfind_mem_st_set_all_state_tracking_flag(h, instance, mem, 3);
   EXPECT_EQ(obj.state_bytes(), (std::vector<uint8_t>{0, 0, 0, 0, 0, 0, 3, 3, 3}));
@@ -169,8 +169,8 @@ TEST(StateFill, a_child_is_filled_within_its_parents_block) {
 // ---- Where the bytes of embedded records lie ----
 
 TEST(Offsets, update_tells_each_child_in_field_order_and_goes_down) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_channel_data");
   const auto unheard =
       spy::replace(orklib_update_sttr_offset, [](ork_handle*, uint32_t, void*, int32_t) {});
   // From the tables: chan at 16, stats and mem behind it; chan_st embeds four arrays' records
@@ -201,8 +201,8 @@ TEST(Offsets, update_tells_each_child_in_field_order_and_goes_down) {
 }
 
 TEST(Offsets, a_distance_is_cut_to_32_bits) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_nb_channel_data");
   const auto unheard =
       spy::replace(orklib_update_sttr_offset, [](ork_handle*, uint32_t, void*, int32_t) {});
   const auto update = [&](uint64_t beyond) {
@@ -223,8 +223,8 @@ TEST(Offsets, a_distance_is_cut_to_32_bits) {
 }
 
 TEST(Offsets, remove_drops_each_child_in_field_order_and_goes_down) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_channel_data");
   const auto unheard = spy::answer(ork_hd_mapping_destroy, 0);
   spy::Log log;
   fwe_cl_wayfind_channel_data_offset_remove(h, instance, obj, &h.err);
@@ -237,8 +237,8 @@ TEST(Offsets, remove_drops_each_child_in_field_order_and_goes_down) {
 }
 
 TEST(Offsets, behind_a_child_that_cannot_be_dropped_its_own_are_left_and_its_siblings_dropped) {
-  Handle h(tracked);
-  Object obj(h, "fwe_cl_wayfind_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, "fwe_cl_wayfind_channel_data");
   const auto failing = spy::replace(
       ork_hd_mapping_destroy, [](ork_handle*, uint32_t, void*, uint32_t* err) { return *err = 5; });
   spy::Log log;
@@ -249,9 +249,9 @@ TEST(Offsets, behind_a_child_that_cannot_be_dropped_its_own_are_left_and_its_sib
 }
 
 TEST(Offsets, both_are_empty_without_embedded_records_and_with_an_error_standing) {
-  Handle h(tracked);
-  Object mem(h, "fwe_cl_wayfind_mem_st", "mem");
-  Object parent(h, "fwe_cl_wayfind_nb_channel_data");
+  SpiedHandle h(tracked);
+  SpiedObject mem(h, "fwe_cl_wayfind_mem_st", "mem");
+  SpiedObject parent(h, "fwe_cl_wayfind_nb_channel_data");
   spy::Log log;
   fwe_cl_wayfind_mem_st_offset_update(h, instance, mem, mem.state(), &h.err);
   fwe_cl_wayfind_mem_st_offset_remove(h, instance, mem, &h.err);

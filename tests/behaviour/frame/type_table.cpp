@@ -11,7 +11,7 @@ namespace {
 // Two runs against one table that add a type without variants and never update it.
 [[noreturn]] void initialize_without_variants() {
   rob_a_descriptor();
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   for (const char* const is_new : {",1)", ",0)"}) {
     spy::Log log;
     fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
@@ -28,7 +28,7 @@ namespace {
 }  // namespace
 
 TEST(TypeTable, takes_all_96_types_in_order_with_their_look_up_copy_and_update) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   const auto names = registration_order();
   ASSERT_EQ(names.size(), 96u);
   spy::Log log;
@@ -66,7 +66,7 @@ TEST(TypeTable, takes_all_96_types_in_order_with_their_look_up_copy_and_update) 
 }
 
 TEST(TypeTable, a_copy_is_the_descriptor_with_its_storage_noted_and_two_words_of_zero) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   const auto quiet = spy::answer(ork_update_variant_info, 0u);
   static uint32_t kind; /* of storage */
   const auto add = h->type_table_add_fn;
@@ -95,7 +95,7 @@ TEST(TypeTable, a_copy_is_the_descriptor_with_its_storage_noted_and_two_words_of
 }
 
 TEST(TypeTable, a_second_run_allocates_nothing_and_updates_96_times) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   spy::Log log;
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
@@ -108,7 +108,7 @@ TEST(TypeTable, a_second_run_allocates_nothing_and_updates_96_times) {
 }
 
 TEST(TypeTable, memory_that_ends_at_the_third_type_leaves_two_and_12) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   // The runtime takes a block of its own for each type's variants: let it have those from
   // elsewhere.
   const auto quiet = spy::answer(ork_update_variant_info, 0u);
@@ -123,7 +123,7 @@ TEST(TypeTable, memory_that_ends_at_the_third_type_leaves_two_and_12) {
 }
 
 TEST(TypeTable, an_error_standing_is_not_looked_at) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   h.err = 5;
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
   EXPECT_EQ(h.err, 5u);
@@ -133,7 +133,7 @@ TEST(TypeTable, an_error_standing_is_not_looked_at) {
 }
 
 TEST(TypeTable, a_type_table_that_refuses_is_not_heard) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   const auto before = h->type_table_add_fn;
   h->type_table_add_fn = [](void*, uint32_t, const char*, ork_type_info*) { return 5u; };
   const auto quiet = spy::answer(ork_update_variant_info, 5u);

@@ -9,8 +9,8 @@ namespace frame {
 // ---- Set ----
 
 TEST(ValueArray, the_first_set_makes_array_count_and_element_bytes_in_this_order) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   const uint32_t src = 5;
   spy::name_at(&src, "src");
   spy::Log log;
@@ -29,8 +29,8 @@ TEST(ValueArray, the_first_set_makes_array_count_and_element_bytes_in_this_order
 }
 
 TEST(ValueArray, a_set_inside_moves_nothing) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 2, 5, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 12, "array");
   spy::name(elements_of(obj, "path_id"), 3, "elements");
@@ -45,8 +45,8 @@ TEST(ValueArray, a_set_inside_moves_nothing) {
 }
 
 TEST(ValueArray, growth_copies_values_and_element_bytes_and_gives_both_blocks_back) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
   fwe_cl_wayfind_sel_lb_path_st_path_id_state_flag_set(h, instance, obj, 0, 9, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 8, "array");
@@ -71,8 +71,8 @@ TEST(ValueArray, growth_copies_values_and_element_bytes_and_gives_both_blocks_ba
 }
 
 TEST(ValueArray, a_null_source_only_grows) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 1, nullptr, &h.err);
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 0}));
   EXPECT_EQ(obj.state()[0], 0) << "nothing is marked";
@@ -82,9 +82,9 @@ TEST(ValueArray, a_null_source_only_grows) {
 }
 
 TEST(ValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_kind) {
-  Handle h(plain);
-  Object intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
-  Object site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
+  SpiedHandle h(plain);
+  SpiedObject intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
+  SpiedObject site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
   spy::Log log;
   fwe_cl_wayfind_sel_lb_src_intf_st_src_intf_id_set_value(h, instance, intf, 3, 200, &h.err);
   fwe_cl_wayfind_sel_lb_dst_site_st_dst_site_id_set_value(h, instance, site, 3, 60000, &h.err);
@@ -100,8 +100,8 @@ TEST(ValueArray, elements_of_one_and_two_bytes_have_the_functions_of_their_kind)
 }
 
 TEST(ValueArray, an_untracked_object_while_tracking_is_refused_after_the_gate_before_any_change) {
-  Handle h(untracked);
-  Object obj(h, path_st);
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, path_st);
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
   const uint32_t src = 1;
   spy::Log log;
@@ -120,8 +120,8 @@ TEST(ValueArray, an_untracked_object_while_tracking_is_refused_after_the_gate_be
 }
 
 TEST(ValueArrayDeathTest, a_corrupted_mode_word_ends_the_process) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   const uint32_t src = 1;
   h->sttr_info->sttr_mode = 3;
   const char* const words = "trace\\(fatal,Corrupted ORK Handle\\)";
@@ -134,8 +134,8 @@ TEST(ValueArrayDeathTest, a_corrupted_mode_word_ends_the_process) {
 }
 
 TEST(ValueArray, without_memory_the_old_array_and_count_stay) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
   spy::fail_alloc(1);
   const uint32_t src = 6;
@@ -149,8 +149,8 @@ TEST(ValueArray, without_memory_the_old_array_and_count_stay) {
 }
 
 TEST(ValueArray, without_memory_for_the_element_bytes_they_are_gone_and_the_array_has_grown) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
   spy::name(elements_of(obj, "path_id"), 2, "elements");
   spy::fail_alloc(2);
@@ -171,8 +171,8 @@ TEST(ValueArray, without_memory_for_the_element_bytes_they_are_gone_and_the_arra
 }
 
 TEST(ValueArray, grown_without_tracking_a_tracked_array_gives_its_short_element_bytes_back) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 5, &h.err);
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 5, &h.err);
@@ -183,8 +183,8 @@ TEST(ValueArray, grown_without_tracking_a_tracked_array_gives_its_short_element_
 }
 
 TEST(ValueArray, the_largest_indices_want_more_memory_than_there_is) {
-  Handle h(plain);
-  Object obj(h, path_st);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
   static size_t asked;
   const auto before = h->alloc_fn;
   h->alloc_fn = [](void*, uint32_t, size_t size) -> void* {
@@ -204,10 +204,10 @@ TEST(ValueArrayDeathTest, reallocation_is_traced_once_before_it_is_tried_even_fo
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
-        Handle h(plain);
-        Object a(h, path_st, "a");
-        Object b(h, path_st, "b");
-        Object site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
+        SpiedHandle h(plain);
+        SpiedObject a(h, path_st, "a");
+        SpiedObject b(h, path_st, "b");
+        SpiedObject site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
         fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, a, nullptr, 0, &h.err);
         spy::Log log;
         spy::fail_alloc(1);
@@ -233,8 +233,8 @@ TEST(ValueArrayDeathTest, reallocation_is_traced_once_before_it_is_tried_even_fo
 // ---- Get ----
 
 TEST(ValueArray, get_lends_the_element_and_records_it_in_the_object) {
-  Handle h(recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 20, "array");
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{0, 0, 0, 0, 8}))
@@ -252,8 +252,8 @@ TEST(ValueArray, get_lends_the_element_and_records_it_in_the_object) {
 }
 
 TEST(ValueArray, an_index_at_the_count_gives_2_and_a_longer_read_22) {
-  Handle h(plain);
-  Object obj(h, path_st);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_get(h, instance, obj, 5, &h.err), nullptr);
@@ -273,9 +273,9 @@ TEST(ValueArray, an_index_at_the_count_gives_2_and_a_longer_read_22) {
 }
 
 TEST(ValueArray, an_object_of_a_negative_variant_has_no_array) {
-  Handle h(tracked);
-  Object obj(h, path_st);
-  obj.head().variant = -1;
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
+  obj.header().variant = -1;
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   const Snapshot before = obj.snapshot();
   uint32_t value = 5;
@@ -290,31 +290,31 @@ TEST(ValueArray, an_object_of_a_negative_variant_has_no_array) {
   EXPECT_EQ(log.count("ork_store_epoch_err"), 7u);
   EXPECT_EQ(log.count("alloc_fn"), 0u);
   EXPECT_TRUE(before.unchanged());
-  obj.head().variant = 0;
+  obj.header().variant = 0;
 }
 
 // ---- Set value ----
 
 TEST(ValueArray, set_value_raises_the_object_before_the_gate) {
-  Handle h(plain);
-  Object obj(h, path_st);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 2, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 8, "array");
-  obj.head().variant = -1;
+  obj.header().variant = -1;
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 7, &h.err);
   EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
                      "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)",
                      "ork_get_instance_variant(obj,1,0)", "ork_clear_last_error()",
                      "ork_get_instance_variant(obj,1,0)", "u_int32_set_value(7,array,7,err)"});
-  EXPECT_EQ(obj.head().variant, 0);
+  EXPECT_EQ(obj.header().variant, 0);
   EXPECT_EQ(h.last_error(), 0u);
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{7, 2}));
 }
 
 TEST(ValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_own) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 8, "array");
   spy::name(elements_of(obj, "path_id"), 2, "elements");
@@ -327,8 +327,8 @@ TEST(ValueArray, set_value_inside_asks_for_the_element_with_a_slot_of_its_own) {
 }
 
 TEST(ValueArray, set_value_behind_the_end_grows_first) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 3, &h.err);
   EXPECT_CALLS(array_doings(log),
@@ -340,8 +340,8 @@ TEST(ValueArray, set_value_behind_the_end_grows_first) {
 }
 
 TEST(ValueArray, set_value_takes_another_error_of_the_private_slot_over) {
-  Handle h(plain);
-  Object obj(h, path_st);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   unsigned asked = 0;
   // The gate inside the element's getter refuses, and the runtime writes the slot.
@@ -358,8 +358,8 @@ TEST(ValueArray, set_value_takes_another_error_of_the_private_slot_over) {
 }
 
 TEST(ValueArray, set_value_without_an_element_or_an_error_gives_2) {
-  Handle h(recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   unsigned asked = 0;
   // The gate inside the element's getter refuses, and the runtime leaves the slot alone.
@@ -374,8 +374,8 @@ TEST(ValueArray, set_value_without_an_element_or_an_error_gives_2) {
 }
 
 TEST(ValueArray, set_value_that_cannot_grow_records_no_element_and_ends) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, path_st);
   const Snapshot before = obj.snapshot();
   spy::fail_alloc(1);
   spy::Log log;
@@ -387,9 +387,9 @@ TEST(ValueArray, set_value_that_cannot_grow_records_no_element_and_ends) {
 }
 
 TEST(ValueArray, a_write_that_the_runtime_refuses_is_marked_all_the_same) {
-  Handle h(tracked);
-  const auto refused = [&](const std::function<void(const Object&)>& set) {
-    Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  const auto refused = [&](const std::function<void(const SpiedObject&)>& set) {
+    SpiedObject obj(h, path_st);
     set(obj);
     EXPECT_EQ(std::exchange(h.err, 0), 5u);
     EXPECT_EQ(obj.state()[0], 2);
@@ -398,17 +398,17 @@ TEST(ValueArray, a_write_that_the_runtime_refuses_is_marked_all_the_same) {
   const auto setter = spy::fail(u_int32_set, 5);
   const auto value_setter = spy::fail(u_int32_set_value, 5);
   const uint32_t src = 3;
-  refused([&](const Object& obj) {
+  refused([&](const SpiedObject& obj) {
     fwe_cl_wayfind_sel_lb_path_st_path_id_set(h, instance, obj, 1, &src, &h.err);
   });
-  refused([&](const Object& obj) {
+  refused([&](const SpiedObject& obj) {
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 3, &h.err);
   });
 }
 
 TEST(ValueArray, set_value_of_an_untracked_object_gives_22_behind_the_write) {
-  Handle h(untracked);
-  Object obj(h, path_st);
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 0, 8, &h.err);
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
   spy::Log log;

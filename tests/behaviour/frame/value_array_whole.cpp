@@ -21,8 +21,8 @@ std::vector<std::string> opened(const std::string& owner, const std::string& slo
 // ---- All at once ----
 
 TEST(SetMem, replaces_everything_in_the_order_told) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 20, "array");
   spy::name(elements_of(obj, "path_id"), 5, "elements");
@@ -40,9 +40,9 @@ TEST(SetMem, replaces_everything_in_the_order_told) {
 }
 
 TEST(SetMem, raises_the_object_before_the_gate) {
-  Handle h(plain);
-  Object obj(h, path_st);
-  obj.head().variant = -1;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
+  obj.header().variant = -1;
   const uint32_t src[] = {1, 2};
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 2, &h.err);
@@ -50,14 +50,14 @@ TEST(SetMem, raises_the_object_before_the_gate) {
                      "orklib_adjust_variant(7,obj,type(fwe_cl_wayfind_sel_lb_path_st),0,err)",
                      "ork_get_instance_variant(obj,1,0)", "write_notify_fn(obj+16,8,7,obj)",
                      "u_int32_sizeof()", "alloc_fn(7,8)=new1", "write_notify_fn(obj+12,4,7,obj)"});
-  EXPECT_EQ(obj.head().variant, 0);
+  EXPECT_EQ(obj.header().variant, 0);
   EXPECT_EQ(h.last_error(), 0u);
   EXPECT_EQ(values(h, obj), (std::vector<uint32_t>{1, 2}));
 }
 
 TEST(SetMem, without_tracking_ends_with_the_count) {
-  Handle h(untracked);
-  Object obj(h, path_st);
+  SpiedHandle h(untracked);
+  SpiedObject obj(h, path_st);
   const uint32_t src[] = {1, 2, 3};
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 3, &h.err);
@@ -67,8 +67,8 @@ TEST(SetMem, without_tracking_ends_with_the_count) {
 }
 
 TEST(SetMem, without_memory_the_old_array_is_lost_and_its_count_stays) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
   const uint32_t src[] = {1, 2, 3};
   spy::fail_alloc(1);
@@ -88,8 +88,8 @@ TEST(SetMem, without_memory_the_old_array_is_lost_and_its_count_stays) {
 
 TEST(SetMem, of_an_untracked_object_leaves_a_zeroed_block_and_the_smaller_count) {
   for (const uint32_t count : {2u, 9u}) {
-    Handle h(untracked);
-    Object obj(h, path_st);
+    SpiedHandle h(untracked);
+    SpiedObject obj(h, path_st);
     const uint32_t first[] = {1, 2, 3, 4, 5};
     fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, first, 5, &h.err);
     ork_handle_set_tracking(h, ORK_TRACKING_ON);
@@ -105,8 +105,8 @@ TEST(SetMem, of_an_untracked_object_leaves_a_zeroed_block_and_the_smaller_count)
 }
 
 TEST(SetMem, without_memory_for_the_element_bytes_the_values_are_there) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 4, 8, &h.err);
   const uint32_t src[] = {1, 2, 3};
   spy::fail_alloc(2);
@@ -118,8 +118,8 @@ TEST(SetMem, without_memory_for_the_element_bytes_the_values_are_there) {
 }
 
 TEST(SetMem, without_tracking_a_tracked_object_keeps_no_element_bytes_that_are_too_short) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
   const uint32_t src[] = {1, 2, 3};
@@ -130,8 +130,8 @@ TEST(SetMem, without_tracking_a_tracked_object_keeps_no_element_bytes_that_are_t
 }
 
 TEST(SetMem, without_tracking_a_tracked_object_keeps_element_bytes_that_fit_and_what_they_hold) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 8, "array");
   const uint8_t* const elements = elements_of(obj, "path_id");
@@ -149,8 +149,8 @@ TEST(SetMem, without_tracking_a_tracked_object_keeps_element_bytes_that_fit_and_
 }
 
 TEST(SetMem, of_no_elements_is_what_the_allocator_says) {
-  Handle h(plain);
-  Object obj(h, path_st);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, nullptr, 0, &h.err);
   EXPECT_EQ(h.err, 0u);
@@ -161,8 +161,8 @@ TEST(SetMem, of_no_elements_is_what_the_allocator_says) {
 }
 
 TEST(SetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
-  Handle h(plain);
-  Object obj(h, path_st);
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
   static size_t asked;
   asked = 0;
   const auto before = h->alloc_fn;
@@ -178,8 +178,8 @@ TEST(SetMem, a_count_of_all_ones_is_asked_for_in_64_bits) {
 }
 
 TEST(ValueArrayWhole, set_value_past_the_end_of_an_untracked_object_gives_22_before_growth) {
-  Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
-  Object obj(h, path_st);
+  SpiedHandle h({.tracking = ORK_TRACKING_OFF, .recording = true});
+  SpiedObject obj(h, path_st);
   const uint32_t src[] = {1, 2};
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, obj, src, 2, &h.err);
   ork_handle_set_tracking(h, ORK_TRACKING_ON);
@@ -199,8 +199,8 @@ TEST(ValueArrayWhole, set_value_past_the_end_of_an_untracked_object_gives_22_bef
 }
 
 TEST(ValueArrayWhole, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
-  Handle h({.cr_instance = 11});
-  Object obj(h, path_st);
+  SpiedHandle h({.cr_instance = 11});
+  SpiedObject obj(h, path_st);
   const uint32_t src[] = {3};
   spy::Log log;
   EXPECT_EQ(fwe_cl_wayfind_sel_lb_path_st_path_id_set_cr(h, obj, 1, 5), 0u);
@@ -223,9 +223,9 @@ TEST(ValueArrayWhole, cr_forms_use_the_slot_of_the_handle_and_give_it_back) {
 }
 
 TEST(GetMem, copies_elements_of_one_and_two_bytes_and_nothing_behind_them) {
-  Handle h(plain);
-  Object intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
-  Object site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
+  SpiedHandle h(plain);
+  SpiedObject intf(h, "fwe_cl_wayfind_sel_lb_src_intf_st", "intf");
+  SpiedObject site(h, "fwe_cl_wayfind_sel_lb_dst_site_st", "site");
   const uint8_t bytes_in[] = {1, 2, 3};
   const uint16_t words_in[] = {1000, 2000, 3000};
   fwe_cl_wayfind_sel_lb_src_intf_st_src_intf_id_set_mem(h, instance, intf, bytes_in, 3, &h.err);
@@ -242,9 +242,9 @@ TEST(GetMem, copies_elements_of_one_and_two_bytes_and_nothing_behind_them) {
 }
 
 TEST(GetMem, raises_no_object_and_asks_the_gate_before_the_count) {
-  Handle h(plain);
-  Object obj(h, path_st);
-  obj.head().variant = -1;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, path_st);
+  obj.header().variant = -1;
   uint32_t out = 9;
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_get_mem(h, instance, obj, &out, 1, &h.err);
@@ -253,15 +253,15 @@ TEST(GetMem, raises_no_object_and_asks_the_gate_before_the_count) {
   EXPECT_EQ(h.last_error(), 43u);
   EXPECT_EQ(h.err, 0u);
   EXPECT_EQ(out, 9u);
-  EXPECT_EQ(obj.head().variant, -1);
-  obj.head().variant = 0;
+  EXPECT_EQ(obj.header().variant, -1);
+  obj.header().variant = 0;
 }
 
 // ---- Removing ----
 
 TEST(Remove, gives_the_block_back_and_leaves_the_element_bytes) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 8, "array");
   uint8_t* const elements = elements_of(obj, "path_id");
@@ -277,8 +277,8 @@ TEST(Remove, gives_the_block_back_and_leaves_the_element_bytes) {
 }
 
 TEST(Remove, null_and_an_empty_array_are_nothing) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_path_id_remove_elements(h, instance, obj);
   fwe_cl_wayfind_sel_lb_path_st_path_id_remove_elements(h, instance, nullptr);
@@ -286,8 +286,8 @@ TEST(Remove, null_and_an_empty_array_are_nothing) {
 }
 
 TEST(ValueArrayWhole, destroy_gives_both_blocks_back_and_announces_the_pointer_alone) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   spy::name(pointer_at<uint32_t*>(obj.field("path_id")), 8, "array");
   spy::name(elements_of(obj, "path_id"), 2, "elements");
@@ -300,8 +300,8 @@ TEST(ValueArrayWhole, destroy_gives_both_blocks_back_and_announces_the_pointer_a
 }
 
 TEST(ValueArrayWhole, destroy_of_an_empty_one_frees_no_null_but_announces_its_pointer) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   spy::Log log;
   fwe_cl_wayfind_sel_lb_path_st_destroy(h, instance,
                                         static_cast<fwe_cl_wayfind_sel_lb_path_st*>(obj.release()));
@@ -311,12 +311,12 @@ TEST(ValueArrayWhole, destroy_of_an_empty_one_frees_no_null_but_announces_its_po
 }
 
 TEST(ValueArrayWhole, destroy_at_a_negative_variant_keeps_the_array_but_frees_the_element_bytes) {
-  Handle h(tracked);
-  Object obj(h, path_st);
+  SpiedHandle h(tracked);
+  SpiedObject obj(h, path_st);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, obj, 1, 8, &h.err);
   void* const array = load<void*>(obj.field("path_id"));
   spy::name(elements_of(obj, "path_id"), 2, "elements");
-  obj.head().variant = -1;
+  obj.header().variant = -1;
   const auto uncounted = spy::answer(orklib_type_stats_destroy_object, 0);
   {
     spy::Log log;
@@ -330,9 +330,9 @@ TEST(ValueArrayWhole, destroy_at_a_negative_variant_keeps_the_array_but_frees_th
 // ---- Whole records with an array ----
 
 TEST(ArrayMove, set_moves_the_array_and_leaves_the_source_empty) {
-  Handle h(tracked);
-  Object dst(h, path_st, "dst");
-  Object src(h, path_st, "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, path_st, "dst");
+  SpiedObject src(h, path_st, "src");
   const uint32_t three[] = {1, 2, 3};
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_mem(h, instance, src, three, 3, &h.err);
   const void* const array = load<void*>(src.field("path_id"));
@@ -353,9 +353,9 @@ TEST(ArrayMove, set_moves_the_array_and_leaves_the_source_empty) {
 }
 
 TEST(ArrayMove, the_destinations_own_array_is_overwritten_and_not_freed) {
-  Handle h(plain);
-  Object dst(h, path_st, "dst");
-  Object src(h, path_st, "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, path_st, "dst");
+  SpiedObject src(h, path_st, "src");
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, dst, 0, 1, &h.err);
   void* const lost = load<void*>(dst.field("path_id"));
   spy::Log log;
@@ -366,9 +366,9 @@ TEST(ArrayMove, the_destinations_own_array_is_overwritten_and_not_freed) {
 }
 
 TEST(ArrayMove, cleanup_detaches_the_source_alone) {
-  Handle h(tracked);
-  Object dst(h, path_st, "dst");
-  Object src(h, path_st, "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, path_st, "dst");
+  SpiedObject src(h, path_st, "src");
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, src, 0, 1, &h.err);
   void* const array = load<void*>(src.field("path_id"));
   uint8_t* const elements = elements_of(src, "path_id");
@@ -380,9 +380,9 @@ TEST(ArrayMove, cleanup_detaches_the_source_alone) {
 }
 
 TEST(ArrayMove, an_embedded_array_is_moved_with_its_parent) {
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_chan_st", "dst");
-  Object src(h, "fwe_cl_wayfind_chan_st", "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_chan_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_chan_st", "src");
   auto* const from = fwe_cl_wayfind_chan_st_path_get(h, instance, src, &h.err);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, from, 2, 9, &h.err);
   fwe_cl_wayfind_chan_st_set(h, instance, dst, src, &h.err);

@@ -9,8 +9,8 @@
 namespace frame {
 
 TEST(RecordGet, gives_the_object_back_and_reads_no_error) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   h.err = 5;
   spy::Log log;
   EXPECT_EQ(static_cast<void*>(fwe_cl_wayfind_mem_st_get(h, instance, obj, &h.err)), obj.get());
@@ -20,8 +20,8 @@ TEST(RecordGet, gives_the_object_back_and_reads_no_error) {
 // ---- Set ----
 
 TEST(RecordSet, onto_itself_adjusts_and_does_nothing_more) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_set(h, instance, obj, obj, &h.err);
   EXPECT_CALLS(log, {"ork_get_manifested_type_info(obj)",
@@ -29,7 +29,7 @@ TEST(RecordSet, onto_itself_adjusts_and_does_nothing_more) {
 }
 
 TEST(RecordSet, a_null_destination_has_a_null_descriptor) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   spy::Log log;
   fwe_cl_wayfind_mem_st_set(h, instance, nullptr, nullptr, &h.err);
   EXPECT_CALLS(log.calls_of({"orklib_adjust_variant"}),
@@ -38,9 +38,9 @@ TEST(RecordSet, a_null_destination_has_a_null_descriptor) {
 
 TEST(RecordSet, copies_the_body_with_its_type_word_and_the_state_announced) {
   const ork_type_info other = _fwe_cl_wayfind_mem_st_type_info_internal;
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   store(dst.get(), &other);
   fwe_cl_wayfind_mem_st_set_all(h, instance, src, 1, 2, 3, &h.err);
   fwe_cl_wayfind_mem_st_set_all_state_tracking_flag(h, instance, src, 7);
@@ -52,16 +52,16 @@ TEST(RecordSet, copies_the_body_with_its_type_word_and_the_state_announced) {
 }
 
 TEST(RecordSet, without_a_mode_announces_the_newest_body) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_chan_stats_st", "dst");
-  Object src(h, "fwe_cl_wayfind_chan_stats_st", "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_chan_stats_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_chan_stats_st", "src");
   spy::Log log;
   fwe_cl_wayfind_chan_stats_st_set(h, instance, dst, src, &h.err);
   EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,104,7,dst)"});
 }
 
 TEST(RecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an_older_layout_has) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   OldObject dst(h, "fwe_cl_wayfind_chan_stats_st", 0, "dst");
   OldObject src(h, "fwe_cl_wayfind_chan_stats_st", 0, "src");
   std::memset(src.field("recv_bytes"), 0x5A, 88 - 16);
@@ -76,7 +76,7 @@ TEST(RecordSet, without_a_mode_announces_the_newest_body_but_copies_what_an_olde
 }
 
 TEST(RecordSet, copies_the_body_and_the_state_bytes_that_an_older_layout_has) {
-  Handle h(tracked);
+  SpiedHandle h(tracked);
   OldObject dst(h, "fwe_cl_wayfind_chan_stats_st", 0, "dst");
   OldObject src(h, "fwe_cl_wayfind_chan_stats_st", 0, "src");
   std::memset(src.state(), 7, 11); /* eight are its own, three somebody else's */
@@ -91,15 +91,15 @@ TEST(RecordSet, copies_the_body_and_the_state_bytes_that_an_older_layout_has) {
 }
 
 TEST(RecordSet, does_not_test_the_error_on_entry) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, src, 4, &h.err);
   h.err = 5;
   fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
   EXPECT_EQ(load<uint32_t>(dst.field("fwe_num")), 4u);
-  Object parent(h, "fwe_cl_wayfind_nb_channel_data", "parent");
-  Object other(h, "fwe_cl_wayfind_nb_channel_data", "other");
+  SpiedObject parent(h, "fwe_cl_wayfind_nb_channel_data", "parent");
+  SpiedObject other(h, "fwe_cl_wayfind_nb_channel_data", "other");
   spy::Log log;
   fwe_cl_wayfind_nb_channel_data_set(h, instance, parent, other, &h.err);
   EXPECT_EQ(log.count("orklib_adjust_variant"), 3u) << "the children's sets run as well";
@@ -107,10 +107,10 @@ TEST(RecordSet, does_not_test_the_error_on_entry) {
 }
 
 TEST(RecordSet, a_destination_of_a_lower_variant_is_refused) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
-  Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
-  dst.head().variant = 0;
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_auto_tunnel", "src");
+  dst.header().variant = 0;
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   const Snapshot before = dst.snapshot();
   fwe_cl_wayfind_auto_tunnel_set(h, instance, dst, src, &h.err);
@@ -119,94 +119,94 @@ TEST(RecordSet, a_destination_of_a_lower_variant_is_refused) {
 }
 
 TEST(RecordSet, variants_compare_with_their_sign) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto stay = spy::answer(orklib_adjust_variant, 0);
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   fwe_cl_wayfind_mem_st_set_all(h, instance, src, 1, 2, 3, &h.err);
-  dst.head().variant = -1;
+  dst.header().variant = -1;
   const Snapshot before = dst.snapshot();
   fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
   EXPECT_EQ(h.last_error(), 43u);
   EXPECT_TRUE(before.unchanged());
 
   ork_clear_last_error(h);
-  dst.head().variant = 0;
-  src.head().variant = -1;
+  dst.header().variant = 0;
+  src.header().variant = -1;
   fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
   EXPECT_EQ(h.last_error(), 0u);
-  EXPECT_EQ(dst.head().variant, -1);
+  EXPECT_EQ(dst.header().variant, -1);
   EXPECT_EQ(std::memcmp(dst.get(), src.get(), 40), 0);
-  dst.head().variant = 0;
-  src.head().variant = 0;
+  dst.header().variant = 0;
+  src.header().variant = 0;
 }
 
 TEST(RecordSet, a_destination_of_a_lower_variant_rises_first) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
-  Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_auto_tunnel", "src");
   fwe_cl_wayfind_auto_tunnel_create_ts_msec_set(h, instance, src, "first", 5, &h.err);
   fwe_cl_wayfind_auto_tunnel_update_ts_msec_set(h, instance, src, "second", 6, &h.err);
-  dst.head().variant = 0;
+  dst.header().variant = 0;
   spy::Log log;
   fwe_cl_wayfind_auto_tunnel_set(h, instance, dst, src, &h.err);
   EXPECT_CALLS(log.calls_of({"orklib_adjust_variant", "ork_store_epoch_err"}),
                {"orklib_adjust_variant(7,dst,type(fwe_cl_wayfind_auto_tunnel),1,err)"});
-  EXPECT_EQ(dst.head().variant, 1);
+  EXPECT_EQ(dst.header().variant, 1);
   EXPECT_STREQ(reinterpret_cast<const char*>(dst.field("create_ts_msec")), "first");
   EXPECT_STREQ(reinterpret_cast<const char*>(dst.field("update_ts_msec")), "second");
 }
 
 TEST(RecordSet, a_destination_of_a_higher_variant_comes_down_to_the_source) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
-  Object src(h, "fwe_cl_wayfind_auto_tunnel", "src");
-  src.head().variant = 0;
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_auto_tunnel", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_auto_tunnel", "src");
+  src.header().variant = 0;
   fwe_cl_wayfind_auto_tunnel_set(h, instance, dst, src, &h.err);
   EXPECT_EQ(h.last_error(), 0u);
-  EXPECT_EQ(dst.head().variant, 0);
+  EXPECT_EQ(dst.header().variant, 0);
 }
 
 TEST(RecordSet, layouts_that_differ_are_refused_even_where_the_bodies_are_alike) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_chan_st", "dst");
-  Object src(h, "fwe_cl_wayfind_chan_st", "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_chan_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_chan_st", "src");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
-  for (Object* const obj : {&dst, &src}) {
-    obj->head().variant = 0;
-    obj->head().variant_cap = 0;
+  for (SpiedObject* const obj : {&dst, &src}) {
+    obj->header().variant = 0;
+    obj->header().variant_cap = 0;
   }
-  src.head().variant_cap = 1;
+  src.header().variant_cap = 1;
   const Snapshot before = dst.snapshot();
   fwe_cl_wayfind_chan_st_set(h, instance, dst, src, &h.err);
   EXPECT_EQ(h.last_error(), 43u);
   EXPECT_TRUE(before.unchanged());
-  for (Object* const obj : {&dst, &src}) {
-    obj->head().variant = 3;
-    obj->head().variant_cap = 3;
+  for (SpiedObject* const obj : {&dst, &src}) {
+    obj->header().variant = 3;
+    obj->header().variant_cap = 3;
   }
 }
 
 TEST(RecordSet, of_the_flags_only_the_told_distance_survives_the_copy) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   constexpr uint8_t all =
       0xE7; /* but 0x10, which says nothing, and that of state tracking, which is off */
-  dst.head().obj_flags = all;
+  dst.header().obj_flags = all;
   fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
-  EXPECT_EQ(dst.head().obj_flags, 0x40);
-  dst.head().obj_flags = 0;
-  src.head().obj_flags = all;
+  EXPECT_EQ(dst.header().obj_flags, 0x40);
+  dst.header().obj_flags = 0;
+  src.header().obj_flags = all;
   fwe_cl_wayfind_mem_st_set(h, instance, dst, src, &h.err);
-  EXPECT_EQ(dst.head().obj_flags, 0xA7) << "the source's distance is not the destination's";
-  src.head().obj_flags = 0;
-  dst.head().obj_flags = 0;
+  EXPECT_EQ(dst.header().obj_flags, 0xA7) << "the source's distance is not the destination's";
+  src.header().obj_flags = 0;
+  dst.header().obj_flags = 0;
 }
 
 TEST(RecordSet, an_untracked_source_gives_22_behind_the_copy_of_the_body) {
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
   {
     auto* const src = fwe_cl_wayfind_nb_channel_data_create(h, instance);
@@ -235,15 +235,15 @@ TEST(RecordSet, an_untracked_destination_while_tracking_takes_the_body_and_stays
   for (const auto& [record, body, fwe_num, records] :
        {Case{"fwe_cl_wayfind_mem_st", 40, 12, {0}},
         Case{"fwe_cl_wayfind_nb_channel_data", 136, 80 + 12, {0, 16, 80}}}) {
-    Handle h(untracked);
-    Object dst(h, record, "dst");
+    SpiedHandle h(untracked);
+    SpiedObject dst(h, record, "dst");
     ork_handle_set_tracking(h, ORK_TRACKING_ON);
-    Object src(h, record, "src");
-    ASSERT_EQ(src.head().obj_flags, OBJ_STATE_TRACKED);
+    SpiedObject src(h, record, "src");
+    ASSERT_EQ(src.header().obj_flags, OBJ_STATE_TRACKED);
     store<uint32_t>(bytes(src.get()) + fwe_num, 5);
     spy::Log log;
-    fixture::function<void(ork_handle*, uint32_t, void*, const void*, uint32_t*)>(
-        schema(record).functions, "_set")(h, instance, dst.get(), src.get(), &h.err);
+    kit::function<void(ork_handle*, uint32_t, void*, const void*, uint32_t*)>(
+        kit::record(record).functions, "_set")(h, instance, dst.get(), src.get(), &h.err);
     EXPECT_EQ(h.err, 22u);
     EXPECT_CALLS(log.calls_of({"write_notify_fn", "ork_store_err", "trace"}),
                  std::vector<std::string>(
@@ -254,14 +254,14 @@ TEST(RecordSet, an_untracked_destination_while_tracking_takes_the_body_and_stays
       EXPECT_EQ(bytes(dst.get())[at + 10] & (OBJ_STATE_TRACKED | OBJ_STTR_OFFSET), 0)
           << record << " " << at;
     }
-    EXPECT_EQ(dst.head().obj_flags, 0);
+    EXPECT_EQ(dst.header().obj_flags, 0);
   }
 }
 
 TEST(RecordSet, between_tracked_records_only_the_body_is_copied_once_tracking_is_off) {
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   fwe_cl_wayfind_mem_st_fwe_num_set_value(h, instance, src, 5, &h.err);
   ASSERT_EQ(src.state_of("fwe_num"), 2);
   ork_handle_set_tracking(h, ORK_TRACKING_OFF);
@@ -271,14 +271,14 @@ TEST(RecordSet, between_tracked_records_only_the_body_is_copied_once_tracking_is
   EXPECT_EQ(h.err, 0u);
   EXPECT_CALLS(log.calls_of({"write_notify_fn"}), {"write_notify_fn(dst,40,7,dst)"});
   EXPECT_EQ(load<uint32_t>(dst.field("fwe_num")), 5u);
-  EXPECT_EQ(dst.head().obj_flags, OBJ_STATE_TRACKED);
+  EXPECT_EQ(dst.header().obj_flags, OBJ_STATE_TRACKED);
   EXPECT_EQ(dst.state_bytes(), (std::vector<uint8_t>{0, 0, 0}));
 }
 
 TEST(RecordSet, re_points_its_children_before_their_state_is_copied_and_sets_them_behind) {
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
-  Object src(h, "fwe_cl_wayfind_nb_channel_data", "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_nb_channel_data", "src");
   auto* const mem = fwe_cl_wayfind_nb_channel_data_mem_get(h, instance, src, &h.err);
   fwe_cl_wayfind_mem_st_exmem_addr_set_value(h, instance, mem, 8, &h.err);
   spy::Log log;
@@ -298,9 +298,9 @@ TEST(RecordSet, re_points_its_children_before_their_state_is_copied_and_sets_the
 }
 
 TEST(RecordSet, address_fields_are_set_by_their_own_function_in_field_order) {
-  Handle h(plain);
-  Object dst(h, "fwe_cl_wayfind_prefixtosite_data", "dst");
-  Object src(h, "fwe_cl_wayfind_prefixtosite_data", "src");
+  SpiedHandle h(plain);
+  SpiedObject dst(h, "fwe_cl_wayfind_prefixtosite_data", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_prefixtosite_data", "src");
   spy::Log log;
   fwe_cl_wayfind_prefixtosite_data_set(h, instance, dst, src, &h.err);
   const auto& told = *told::record("fwe_cl_wayfind_prefixtosite_data");
@@ -314,11 +314,11 @@ TEST(RecordSet, address_fields_are_set_by_their_own_function_in_field_order) {
 }
 
 TEST(RecordSet, the_tail_has_no_variant_gate_and_leaves_the_flag_set_out) {
-  Handle h(plain);
+  SpiedHandle h(plain);
   const auto old =
       h.domain({{"fwe_cl_wayfind_hop_chan_data", 0}, {"fwe_cl_wayfind_hop_chan_st", 0}});
-  Object dst(h, "fwe_cl_wayfind_hop_chan_data", "dst");
-  Object src(h, "fwe_cl_wayfind_hop_chan_data", "src");
+  SpiedObject dst(h, "fwe_cl_wayfind_hop_chan_data", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_hop_chan_data", "src");
   spy::Log log;
   fwe_cl_wayfind_hop_chan_data_set(h, instance, dst, src, &h.err);
   const std::string serv =
@@ -349,9 +349,9 @@ void tell_what_the_end_found(int) {
 }  // namespace
 
 TEST(RecordSetDeathTest, a_corrupted_mode_word_ends_the_process_before_anything_is_changed) {
-  Handle h(tracked);
-  Object dst(h, path_st, "dst");
-  Object src(h, path_st, "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, path_st, "dst");
+  SpiedObject src(h, path_st, "src");
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, dst, 1, 5, &h.err);
   fwe_cl_wayfind_sel_lb_path_st_path_id_set_value(h, instance, src, 2, 6, &h.err);
   const Snapshot before = dst.snapshot();
@@ -369,9 +369,9 @@ TEST(RecordSetDeathTest, a_corrupted_mode_word_ends_the_process_before_anything_
 }
 
 TEST(RecordSetDeathTest, the_mode_word_is_read_afresh_behind_the_body) {
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_mem_st", "dst");
-  Object src(h, "fwe_cl_wayfind_mem_st", "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_mem_st", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_mem_st", "src");
   const auto set = [&] {
     spy::Log log;
     log.on_announcement = [&](const spy::Announcement& a) {
@@ -386,9 +386,9 @@ TEST(RecordSetDeathTest, the_mode_word_is_read_afresh_behind_the_body) {
 }
 
 TEST(Cleanup, does_what_set_does_behind_its_raw_copy) {
-  Handle h(tracked);
-  Object dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
-  Object src(h, "fwe_cl_wayfind_nb_channel_data", "src");
+  SpiedHandle h(tracked);
+  SpiedObject dst(h, "fwe_cl_wayfind_nb_channel_data", "dst");
+  SpiedObject src(h, "fwe_cl_wayfind_nb_channel_data", "src");
   spy::Log log;
   fwe_cl_wayfind_nb_channel_data_post_copyout_cleanup(h, instance, dst, src, &h.err);
   EXPECT_CALLS(log.calls_of({"orklib_adjust_variant"}),
@@ -399,8 +399,8 @@ TEST(Cleanup, does_what_set_does_behind_its_raw_copy) {
   fwe_cl_wayfind_nb_channel_data_post_copyout_cleanup(h, instance, dst, src, &h.err);
   EXPECT_CALLS(log, {});
   h.err = 0;
-  Object plain_dst(h, "fwe_cl_wayfind_mem_st", "a");
-  Object plain_src(h, "fwe_cl_wayfind_mem_st", "b");
+  SpiedObject plain_dst(h, "fwe_cl_wayfind_mem_st", "a");
+  SpiedObject plain_src(h, "fwe_cl_wayfind_mem_st", "b");
   log.clear();
   fwe_cl_wayfind_mem_st_post_copyout_cleanup(h, instance, plain_dst, plain_src, &h.err);
   EXPECT_CALLS(log, {});

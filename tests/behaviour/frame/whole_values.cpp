@@ -6,8 +6,8 @@ namespace frame {
 // ---- Get all ----
 
 TEST(GetAll, reads_each_field_through_its_pointer_in_field_order) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
   uint32_t fwe_num = 0;
   uint64_t ppe = 0;
@@ -25,8 +25,8 @@ TEST(GetAll, reads_each_field_through_its_pointer_in_field_order) {
 }
 
 TEST(GetAll, records_an_enum_once_and_reads_it_directly) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
   uint32_t out[4] = {};
   spy::Log log;
@@ -44,9 +44,9 @@ TEST(GetAll, records_an_enum_once_and_reads_it_directly) {
 }
 
 TEST(GetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
-  obj.head().variant = -1;
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
+  obj.header().variant = -1;
   uint32_t fwe_num = 77;
   uint64_t ppe = 77;
   uint64_t exmem = 77;
@@ -56,12 +56,12 @@ TEST(GetAll, of_a_negative_variant_writes_nothing_and_is_no_error) {
   EXPECT_EQ(std::make_tuple(fwe_num, ppe, exmem), std::make_tuple(77u, uint64_t{77}, uint64_t{77}));
   EXPECT_EQ(h.err, 0u);
   EXPECT_EQ(h.last_error(), 0u);
-  obj.head().variant = 0;
+  obj.header().variant = 0;
 }
 
 TEST(GetAll, a_null_field_pointer_reads_as_0_and_is_not_recorded) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto nothing = spy::answer(u_int32_get, nullptr);
   uint32_t fwe_num = 77;
   uint64_t ppe = 77;
@@ -75,8 +75,8 @@ TEST(GetAll, a_null_field_pointer_reads_as_0_and_is_not_recorded) {
 }
 
 TEST(GetAll, behind_a_field_that_fails_all_read_as_0) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
   const auto failing = spy::fail(u_int32_get, 5);
   uint32_t out[4] = {77, 77, 77, 77};
@@ -88,26 +88,26 @@ TEST(GetAll, behind_a_field_that_fails_all_read_as_0) {
 }
 
 TEST(GetAll, leaves_out_the_fields_of_later_variants) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_select_state_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_select_state_data");
   uint32_t out[6] = {77, 77, 77, 77, 77, 77};
   const auto read_all = [&] {
     fwe_cl_wayfind_select_state_data_get_all(h, instance, obj, &out[0], &out[1], &out[2], &out[3],
                                              &out[4], &out[5], &h.err);
   };
-  obj.head().variant = 0;
+  obj.header().variant = 0;
   read_all();
   EXPECT_EQ(out[4], 0u);
   EXPECT_EQ(out[5], 77u);
-  obj.head().variant = 1;
+  obj.header().variant = 1;
   read_all();
   EXPECT_EQ(out[5], 0u);
 }
 
 TEST(GetAll, gives_the_counts_of_arrays) {
-  Handle h(plain);
-  Object obj(h, "fwe_dp_wayfind_debug_data");
-  Object element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_dp_wayfind_debug_data");
+  SpiedObject element(h, "fwe_dp_wayfind_debug_data_per_complex", "element");
   fwe_dp_wayfind_debug_data_dbg_per_complex_set(h, instance, obj, 2, element, &h.err);
   uint8_t complexes = 0;
   uint32_t none = 77;
@@ -117,8 +117,8 @@ TEST(GetAll, gives_the_counts_of_arrays) {
 }
 
 TEST(GetAll, records_counts_and_fields_of_later_variants_as_it_does_the_others) {
-  Handle h(recorded);
-  Object obj(h, "fwe_dp_wayfind_debug_data");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_dp_wayfind_debug_data");
   uint8_t complexes = 0;
   uint32_t none = 0;
   spy::Log log;
@@ -130,7 +130,7 @@ TEST(GetAll, records_counts_and_fields_of_later_variants_as_it_does_the_others) 
        "u_int8_get_value(7,obj+11,err)", "ork_boolean_get(7,obj+24,err)",
        "orkdb_record_containment2(7,obj+24,obj,1)", "ork_boolean_get_value(7,obj+24,err)"});
 
-  Object select(h, "fwe_cl_wayfind_select_state_data", "select");
+  SpiedObject select(h, "fwe_cl_wayfind_select_state_data", "select");
   uint32_t out[6];
   log.clear();
   fwe_cl_wayfind_select_state_data_get_all(h, instance, select, &out[0], &out[1], &out[2], &out[3],
@@ -146,8 +146,8 @@ TEST(GetAll, records_counts_and_fields_of_later_variants_as_it_does_the_others) 
 }
 
 TEST(GetAll, a_record_without_values_has_the_entry_steps_only) {
-  Handle h(recorded);
-  Object obj(h, "fwe_cl_wayfind_color_data");
+  SpiedHandle h(recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_color_data");
   spy::Log log;
   fwe_cl_wayfind_color_data_get_all(h, instance, obj, &h.err);
   fwe_cl_wayfind_color_data_set_all(h, instance, obj, &h.err);
@@ -162,8 +162,8 @@ TEST(GetAll, a_record_without_values_has_the_entry_steps_only) {
 // ---- Set all ----
 
 TEST(SetAll, writes_each_field_and_marks_none) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   spy::Log log;
   fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
   EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
@@ -178,8 +178,8 @@ TEST(SetAll, writes_each_field_and_marks_none) {
 }
 
 TEST(SetAll, adjusts_and_checks_each_enum_and_records_nothing) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
   fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
   EXPECT_CALLS(log, {"ork_clear_last_error()", "ork_get_manifested_type_info(obj)",
@@ -195,9 +195,9 @@ TEST(SetAll, adjusts_and_checks_each_enum_and_records_nothing) {
 }
 
 TEST(SetAll, in_shared_storage_adjusts_record_and_enums_by_their_shared_types) {
-  Handle h({.shared = true});
+  SpiedHandle h({.shared = true});
   fwe_ui_wayfind_typeinfo_initialize(h, instance, &h.err);
-  Object obj(h, "fwe_cl_wayfind_chan_nb_st");
+  SpiedObject obj(h, "fwe_cl_wayfind_chan_nb_st");
   spy::Log log;
   fwe_cl_wayfind_chan_nb_st_set_all(h, instance, obj, 5, 1, 2, 8, &h.err);
   EXPECT_CALLS(log.calls_of({"orklib_adjust_variant"}),
@@ -207,10 +207,10 @@ TEST(SetAll, in_shared_storage_adjusts_record_and_enums_by_their_shared_types) {
 }
 
 TEST(SetAll, of_a_negative_variant_adjusts_and_does_nothing_more) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
-  obj.head().variant = -1;
+  obj.header().variant = -1;
   const Snapshot before = obj.snapshot();
   spy::Log log;
   fwe_cl_wayfind_mem_st_set_all(h, instance, obj, 1, 2, 3, &h.err);
@@ -220,24 +220,24 @@ TEST(SetAll, of_a_negative_variant_adjusts_and_does_nothing_more) {
   EXPECT_TRUE(before.unchanged());
   EXPECT_EQ(h.err, 0u);
   EXPECT_EQ(h.last_error(), 0u);
-  obj.head().variant = 0;
+  obj.header().variant = 0;
 }
 
 TEST(SetAll, drops_values_of_later_variants_without_an_error) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_select_state_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_select_state_data");
   const auto stay = spy::answer(orklib_adjust_variant, 0);
-  obj.head().variant = 0;
+  obj.header().variant = 0;
   fwe_cl_wayfind_select_state_data_set_all(h, instance, obj, 2, 1, 1, 1, 9, 1, &h.err);
   EXPECT_EQ(load<uint32_t>(obj.field("count")), 9u);
   EXPECT_EQ(load<uint32_t>(obj.field("show_human_readable")), 0u);
   EXPECT_EQ(h.last_error(), 0u);
-  obj.head().variant = 1;
+  obj.header().variant = 1;
 }
 
 TEST(SetAll, an_enum_out_of_range_is_refused_and_a_written_slot_ends_the_writing) {
-  Handle h(plain);
-  Object obj(h, "fwe_cl_wayfind_select_state_data");
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_cl_wayfind_select_state_data");
   fwe_cl_wayfind_select_state_data_set_all(h, instance, obj, 3, 1, 1, 1, 9, 1, &h.err);
   EXPECT_EQ(h.last_error(), 43u);
   EXPECT_EQ(load<uint32_t>(obj.field("db_type") + 12), 0u);
@@ -249,8 +249,8 @@ TEST(SetAll, an_enum_out_of_range_is_refused_and_a_written_slot_ends_the_writing
 }
 
 TEST(SetAll, and_get_all_do_nothing_with_an_error_standing) {
-  Handle h(tracked_and_recorded);
-  Object obj(h, "fwe_cl_wayfind_mem_st");
+  SpiedHandle h(tracked_and_recorded);
+  SpiedObject obj(h, "fwe_cl_wayfind_mem_st");
   const Snapshot before = obj.snapshot();
   uint32_t fwe_num = 77;
   uint64_t ppe = 77;

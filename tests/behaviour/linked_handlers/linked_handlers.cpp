@@ -89,6 +89,7 @@ TAKES_BUNDLE(fwe_cl_wayfind_show_intf_response)
 
 namespace {
 
+using kit::Handle;
 using messages::Bundle;
 using messages::Message;
 
@@ -116,11 +117,11 @@ void explicit_handler(ork_handle* handle, uint32_t each, void* ctx, void* msg, u
 class LinkedMessage : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   uint32_t err = 0;
   int ctx = 0;
 
-  const messages::Handle sender = messages::make_handle();
+  const Handle sender;
   const std::vector<uint8_t> frame = messages::Made(message, sender.get()).frame();
 
   void SetUp() override { calls.clear(); }
@@ -176,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(All, LinkedMessage, testing::ValuesIn(messages::all()),
 class LinkedBundle : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
   const spy::Replacement dispatching =
       spy::replace(orklib_in_dispatch_message_info, [this](ork_handle*, void** lut) {

@@ -10,8 +10,8 @@ namespace by_hand {
 namespace {
 
 // A message object seen through its own parts.
-struct Object {
-  explicit Object(void* msg) : bytes(static_cast<uint8_t*>(msg)) {}
+struct MessageBytes {
+  explicit MessageBytes(void* msg) : bytes(static_cast<uint8_t*>(msg)) {}
 
   ork_message_header* header() const {
     return reinterpret_cast<ork_message_header*>(bytes + messages::header_offset);
@@ -43,7 +43,8 @@ void store(ork_handle* handle, uint32_t number, uint32_t* err) {
 std::string error_text(const uint32_t* err) { return strerror(static_cast<int>(*err)); }
 
 // What follows once the object is there and its records are.
-void start(const Message& message, ork_handle* handle, uint32_t instance, const Object& object) {
+void start(const Message& message, ork_handle* handle, uint32_t instance,
+           const MessageBytes& object) {
   const ork_type_info* type = message.schema().type;
   if (handle->shared_types != 0) {
     type = ork_type_info_ptr_get(handle, instance, type, fwe_ui_wayfind_typeinfo_initialize);
@@ -75,7 +76,7 @@ void* create(const Message& message, ork_handle* handle, uint32_t instance) {
     return nullptr;
   }
   std::memset(block, 0, size_of(message));
-  const Object object(block);
+  const MessageBytes object(block);
   for (size_t i = 0; i < message.record_count(); ++i) {
     tawny_set_callsite_tag(message.schema().call_site_tag + static_cast<uint32_t>(i));
     object.slot(i) = Record(message.record(i)).create(handle, instance);
@@ -95,7 +96,7 @@ void* create_shallow(const Message& message, ork_handle* handle, uint32_t instan
   void* block = handle->alloc_fn(handle->mem_pool, instance, size_of(message));
   if (block != nullptr) {
     std::memset(block, 0, size_of(message));
-    start(message, handle, instance, Object(block));
+    start(message, handle, instance, MessageBytes(block));
   }
   return block;
 }
@@ -104,7 +105,7 @@ void destroy(const Message& message, ork_handle* handle, uint32_t instance, void
   if (msg == nullptr) {
     return;
   }
-  const Object object(msg);
+  const MessageBytes object(msg);
   for (size_t i = 0; i < message.record_count(); ++i) {
     if (object.slot(i) != nullptr) {
       Record(message.record(i)).destroy(handle, instance, object.slot(i));
@@ -126,7 +127,7 @@ void destroy(const Message& message, ork_handle* handle, uint32_t instance, void
 uint32_t marshal(const Message& message, ork_handle* handle, uint32_t instance, uint8_t* buffer,
                  void* msg, int32_t length, uint32_t* err) {
   const wayfind_message& schema = message.schema();
-  const Object object(msg);
+  const MessageBytes object(msg);
   if (*err != 0) {
     trace("debug", "Error present in call to message marshal: " + error_text(err));
     return 0;
@@ -204,7 +205,7 @@ uint32_t unmarshal_only(const Message& message, ork_handle* handle, uint32_t ins
     store(handle, 12, err);
     return 0;
   }
-  const Object object(msg);
+  const MessageBytes object(msg);
   uint32_t cursor = messages::luid_size;
   if (*err == 0) {
     cursor += _ork_message_header_unmarshal(handle, instance, buffer, object.header(), length, err);

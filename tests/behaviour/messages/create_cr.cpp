@@ -1,8 +1,10 @@
 // Create in cr mode: the handle's instance, and the sentinel where nothing could be created.
 #include "behaviour/messages/spied.h"
+#include "support/bytes.h"
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::Record;
 using messages::instance;
@@ -34,14 +36,14 @@ TEST_P(CreateCr, cr_forms_use_the_handles_instance) {
 
 // The address of the message's sentinel.
 void* sentinel_of(const Message& message) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   handle->cr_error = 5;
   return message.create_cr(handle.get());
 }
 
 // The sentinels of the records that a message carries.
 std::vector<void*> record_sentinels_of(const Message& message) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   handle->cr_error = 5;
   std::vector<void*> found;
   for (size_t i = 0; i < message.record_count(); ++i) {
@@ -138,8 +140,7 @@ TEST_P(CreateCr, every_cr_create_rewrites_the_slots_of_the_sentinel_and_nothing_
   const std::vector<void*> stale(message.record_count(), sentinel);
   for (const bool pending : {true, false}) {
     Stage stage(message, ORK_TRACKING_ON);
-    std::memcpy(fixture::bytes(sentinel) + messages::records_offset, stale.data(),
-                8 * stale.size());
+    std::memcpy(kit::bytes(sentinel) + messages::records_offset, stale.data(), 8 * stale.size());
     stage.handle()->cr_error = pending ? 5 : 0;
     spy::fail_alloc(pending ? 0 : 1);
     EXPECT_EQ(message.create_cr(stage.handle()), sentinel);

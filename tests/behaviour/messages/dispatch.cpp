@@ -7,7 +7,7 @@ namespace {
 
 using messages::Bundle;
 using messages::control_frame;
-using messages::Handle;
+using kit::Handle;
 using messages::look;
 using messages::Message;
 using messages::Rows;
@@ -16,8 +16,8 @@ using messages::Seen;
 class DispatchedBundle : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
-  const Handle sender = messages::make_handle();
-  const Handle receiver = messages::make_handle();
+  const Handle sender;
+  const Handle receiver;
   const Rows rows{look};
   Seen seen;
 
@@ -95,7 +95,7 @@ TEST_P(DispatchedBundle, request_message_is_a_member_that_may_stand_once) {
 }
 
 TEST_P(DispatchedBundle, sending_and_receiving_on_one_handle_are_independent) {
-  const Handle both = messages::make_handle();
+  const Handle both;
   EXPECT_EQ(rows.dispatch(both, &seen, control_frame(sender.get(), bundle.start())), 0u);
   EXPECT_EQ(both->bundle_rx_active, 1u);
   EXPECT_EQ(both->bundle_ctx, 0u);
@@ -111,9 +111,9 @@ INSTANTIATE_TEST_SUITE_P(All, DispatchedBundle, testing::ValuesIn(messages::bund
                          messages::ByName());
 
 TEST(Dispatch, show_inside_another_show_is_refused_and_the_first_goes_on) {
-  const Handle sender = messages::make_handle();
-  const Handle other = messages::make_handle();
-  const Handle receiver = messages::make_handle();
+  const Handle sender;
+  const Handle other;
+  const Handle receiver;
   const Rows rows(look);
   Seen seen;
   const std::vector<Bundle> bundles = messages::bundles();
@@ -149,9 +149,8 @@ class Damage {
 
 TEST(Dispatch, a_million_bad_frames_leave_the_memory_flat) {
   constexpr unsigned bad_frames = 1'000'000;
-  const Handle sender = messages::make_handle();
-  const Handle receiver =
-      messages::make_handle([](ork_options& options) { options.memory_budget = 1 << 22; });
+  const Handle sender;
+  const Handle receiver([](ork_options& options) { options.memory_budget = 1 << 22; });
   const Rows rows;
   std::vector<std::vector<uint8_t>> frames;
   for (const Message& message : messages::all()) {
@@ -169,8 +168,8 @@ TEST(Dispatch, a_million_bad_frames_leave_the_memory_flat) {
 }
 
 TEST(Dispatch, bad_frames_inside_a_bundle_leave_its_members_alone) {
-  const Handle sender = messages::make_handle();
-  const Handle receiver = messages::make_handle();
+  const Handle sender;
+  const Handle receiver;
   const Rows rows(look);
   Seen seen;
   const Bundle bundle = messages::bundle("fwe_cl_wayfind_show_hop_chan_response");

@@ -19,7 +19,7 @@
 
 #include "behaviour/encoders/values.h"
 #include "ork/platform.h"
-#include "support/fixture.h"
+#include "support/kit.h"
 #include "tools/schema/wayfind_schema.h"
 
 namespace messages {
@@ -33,7 +33,7 @@ inline constexpr int32_t frame_size = header_size + luid_size;
 inline constexpr size_t header_offset = 12;
 inline constexpr size_t records_offset = 32;
 
-using fixture::function;
+using namespace kit;
 
 // One message of the library with its functions.
 class Message {
@@ -227,36 +227,7 @@ class Record {
   const wayfind_record* schema_;
 };
 
-struct HandleDestroyer {
-  void operator()(ork_handle* handle) const {
-    ork_memory_report report;
-    ork_handle_destroy(handle, &report);
-    EXPECT_EQ(report.live_blocks, 0u) << "leaked";
-  }
-};
-
-// Reports what it still held when it goes.
-using Handle = std::unique_ptr<ork_handle, HandleDestroyer>;
-
-inline Handle make_handle(const std::function<void(ork_options&)>& change = [](ork_options&) {}) {
-  ork_options options;
-  ork_options_init(&options);
-  change(options);
-  uint32_t err = 0;
-  Handle handle(ork_handle_create(&options, &err));
-  EXPECT_EQ(err, 0u);
-  return handle;
-}
-
-inline Handle tracking_handle(ork_tracking tracking) {
-  return make_handle([&](ork_options& options) { options.tracking = tracking; });
-}
-
-inline uint64_t live_blocks(const Handle& handle) {
-  ork_memory_report report;
-  ork_handle_memory(handle.get(), &report);
-  return report.live_blocks;
-}
+inline uint64_t live_blocks(const Handle& handle) { return handle.memory().live_blocks; }
 
 inline std::vector<Message> all() {
   std::vector<Message> all;

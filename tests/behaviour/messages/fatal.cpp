@@ -5,6 +5,7 @@
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::instance;
 
@@ -15,14 +16,14 @@ class MessageFatal : public testing::TestWithParam<Message> {
   static void SetUpTestSuite() {
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    const messages::Handle scratch = messages::make_handle();
+    const Handle scratch;
     uint32_t err = 22;
     const spy::Log log;
     messages::all()[0].get(scratch.get(), instance, nullptr, &err);
   }
 
   const Message message = GetParam();
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
 
   // From now on objects of the message get a descriptor whose variant block is missing.
   [[nodiscard]] spy::Replacement without_variants() {

@@ -2,9 +2,11 @@
 #include <set>
 
 #include "behaviour/messages/spied.h"
+#include "support/bytes.h"
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::instance;
 using messages::Outcome;
@@ -56,7 +58,7 @@ class MarshalCalls : public testing::TestWithParam<Message> {
     return made;
   }
   int32_t full_length(ork_tracking tracking) const {
-    const messages::Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     const messages::Made made(message, handle.get());
     return static_cast<int32_t>(message.len(handle.get(), 0, made.get()));
   }
@@ -175,7 +177,7 @@ TEST_P(MarshalCalls, domain_is_asked_about_the_objects_own_descriptor) {
   copy.shared = 1;
   copy.luid_text[0] = 'x';
   Case each{"own descriptor", 4096};
-  each.alter = [&](void* msg) { fixture::store<const ork_type_info*>(msg, &copy); };
+  each.alter = [&](void* msg) { kit::store<const ork_type_info*>(msg, &copy); };
   const std::string name = message.name();
   const std::string question = "ork_domain_lookup_message_ok(domain,shared(" + name + "),err)";
   EXPECT_EQ(same(each).calls[1], question);
@@ -224,7 +226,7 @@ TEST_P(MarshalCalls, refusal_that_the_platform_keeps_from_the_slot_gives_zero_an
   const Outcome made = same({"kept", 4096});
   EXPECT_EQ(made.err, 0u);
   EXPECT_EQ(made.result, 0u);
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made object(message, handle.get());
   uint8_t buffer[43];
   EXPECT_EQ(message.marshal_cr(handle.get(), object.get(), buffer, sizeof buffer), 0u);
@@ -308,8 +310,7 @@ TEST_P(MarshalCalls, suppressed_reports_sink_to_debug) {
 }
 
 TEST_P(MarshalCalls, cr_form_uses_the_handles_slot_and_instance) {
-  const messages::Handle handle =
-      messages::make_handle([](ork_options& options) { options.cr_instance = instance; });
+  const Handle handle([](ork_options& options) { options.cr_instance = instance; });
   const messages::Made made(message, handle.get(), 1, instance);
   const std::vector<uint8_t> expected = made.frame();
   std::vector<uint8_t> buffer(expected.size() + 16);
@@ -335,7 +336,7 @@ TEST_P(MarshalCalls, cr_form_uses_the_handles_slot_and_instance) {
 }
 
 TEST_P(MarshalCalls, may_be_repeated_and_rewrites_sequence) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made made(message, handle.get());
   handle->send_sequence = 5;
   std::vector<uint8_t> first = made.frame();
@@ -350,7 +351,7 @@ TEST_P(MarshalCalls, may_be_repeated_and_rewrites_sequence) {
 
 // Also that of a message that came from elsewhere, whatever its sender said.
 TEST_P(MarshalCalls, each_success_rewrites_the_length) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   std::vector<uint8_t> frame = messages::Made(message, handle.get()).frame();
   std::fill_n(frame.begin() + 12, 4, 0x5A);
   uint32_t err = 0;

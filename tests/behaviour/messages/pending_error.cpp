@@ -4,6 +4,7 @@
 
 namespace {
 
+using kit::Handle;
 using messages::Control;
 using messages::Message;
 using messages::instance;
@@ -76,7 +77,7 @@ class ControlPendingError : public testing::TestWithParam<Control> {};
 
 TEST_P(ControlPendingError, stops_every_function_of_a_control_message_silently) {
   const Control control = GetParam();
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   spy::observe(handle.get());
   handle->bundle_ctx = 1;
   uint8_t bytes[64] = {};

@@ -28,6 +28,7 @@ extern "C" size_t fwrite(const void* bytes, size_t size, size_t count, FILE* str
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::instance;
 using messages::Stage;
@@ -69,11 +70,11 @@ class Recording : public testing::TestWithParam<Message> {
   const std::string name = message.name();
 
   std::vector<uint8_t> frame() const {
-    const messages::Handle handle = messages::make_handle();
+    const Handle handle;
     return messages::Made(message, handle.get(), 3).frame();
   }
   static std::string element(const Message& each) {
-    const messages::Handle handle = messages::make_handle();
+    const Handle handle;
     const messages::Made made(each, handle.get(), 3);
     std::string text(limit, '\0');
     uint32_t err = 0;
@@ -250,7 +251,7 @@ TEST_P(Recording, without_a_buffer_the_process_aborts) {
   const std::vector<uint8_t> bytes = frame();
   const auto on = spy::answer(orklib_msg_recorder_get_state, 1);
   const auto none = spy::answer(orklib_malloc, nullptr);
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   uint32_t err = 0;
   EXPECT_DEATH(message.unmarshal(handle.get(), 0, nullptr, nullptr, bytes.data(),
                                  static_cast<int32_t>(bytes.size()), nullptr, &err),
@@ -268,7 +269,7 @@ TEST_P(Recording, file_reads_back_as_the_message) {
   ork_recorder_open(path.c_str(), &err);
   ork_recorder_switch(1);
   ASSERT_EQ(err, 0u);
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made sent(message, handle.get(), 3);
   const std::vector<uint8_t> bytes = frame();
   for (int i = 0; i < 2; ++i) {
@@ -313,7 +314,7 @@ INSTANTIATE_TEST_SUITE_P(All, Recording, testing::ValuesIn(messages::all()), mes
 class RecordingLimit : public Recording {
  protected:
   std::vector<uint8_t> frame_of(uint32_t elements) const {
-    const messages::Handle handle = messages::make_handle();
+    const Handle handle;
     void* msg = message.create(handle.get(), 0);
     encoders::Filler(handle.get(), elements)
         .fill(message.record(0), message.slots(msg)[0], "limit");

@@ -44,7 +44,7 @@ inline void expect_same(const Outcome& library, const Outcome& hand, const std::
 class Stage {
  public:
   Stage(const Message& message, ork_tracking tracking)
-      : message_(message), handle_(messages::tracking_handle(tracking)), before_(entry()) {
+      : message_(message), handle_(tracking), before_(entry()) {
     spy::forget_names();
     spy::observe(handle_.get());
     spy::name_at(&err, "err");
@@ -53,12 +53,7 @@ class Stage {
     spy::name_at(&entry().destroy_count, "destroy_count");
     spy::name_at(message.schema().luid, "luid");
   }
-  ~Stage() {
-    spy::forget(handle_.get());
-    if (lost_) {
-      ork_handle_destroy(handle_.release(), nullptr);
-    }
-  }
+  ~Stage() { spy::forget(handle_.get()); }
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
 
@@ -66,7 +61,7 @@ class Stage {
 
   // For runs that leave a message with nobody: the handle takes back what is lost and says
   // nothing of it.
-  void lose() { lost_ = true; }
+  void lose() { handle_.expect_leaks(); }
 
   // Names a message and its records.
   void name(void* msg) const {
@@ -112,10 +107,9 @@ class Stage {
   const ork_variant_entry& entry() const { return message_.schema().type->varinfo->entries[0]; }
 
   Message message_;
-  messages::Handle handle_;
+  Handle handle_;
   ork_variant_entry before_;
   std::vector<uint8_t> memory_;
-  bool lost_ = false;
 };
 
 // As long as it lives, objects of the message get a descriptor of their own, as in shared storage

@@ -2,9 +2,11 @@
 // means.
 #include "behaviour/messages/spied.h"
 #include "ork/tawny.h"
+#include "support/bytes.h"
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::Record;
 using messages::instance;
@@ -26,11 +28,11 @@ void* soiled(void* pool, uint32_t each, size_t size) {
 // Also the bytes that no member stands in.
 TEST_P(Storage, is_cleared_before_it_is_filled) {
   for (const ork_tracking tracking : messages::trackings) {
-    const messages::Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     const bool tracked = tracking == ORK_TRACKING_ON;
     alloc_of_platform = std::exchange(handle->alloc_fn, soiled);
     uint8_t expected[32] = {};
-    fixture::store(expected, message.schema().type);
+    kit::store(expected, message.schema().type);
     expected[10] = tracked ? OBJ_STATE_TRACKED : 0;
     expected[12] = 0xBC;
     std::memset(expected + 13, 0xFF, 6);
@@ -79,7 +81,7 @@ TEST_P(Storage, is_filled_in_order) {
     log.on_announcement = [&](const spy::Announcement& told) {
       if (static_cast<const void*>(told.address) == &entry.create_count) {
         notices += 1;
-        fixture::store(expected, message.schema().type);
+        kit::store(expected, message.schema().type);
         EXPECT_EQ(std::memcmp(first_block, expected, sizeof expected), 0);
         EXPECT_EQ(entry.create_count, count);
         for (const void* record : message.slots(first_block)) {
@@ -110,7 +112,7 @@ TEST_P(Storage, is_emptied_in_order) {
   log.on_free = [&](const void* block) {
     EXPECT_EQ(message.slots(msg), left);
     EXPECT_EQ(entry.destroy_count, block == msg ? count + 1 : count);
-    EXPECT_EQ(fixture::load<const void*>(msg), block == msg ? nullptr : message.schema().type);
+    EXPECT_EQ(kit::load<const void*>(msg), block == msg ? nullptr : message.schema().type);
     if (const auto gone = std::find(records.begin(), records.end(), block); gone != records.end()) {
       left[static_cast<size_t>(gone - records.begin())] = nullptr;
     }
@@ -119,7 +121,7 @@ TEST_P(Storage, is_emptied_in_order) {
     if (static_cast<const void*>(told.address) == &entry.destroy_count) {
       notices += 1;
       EXPECT_EQ(message.slots(msg), std::vector<void*>(records.size()));
-      EXPECT_EQ(fixture::load<const void*>(msg), message.schema().type);
+      EXPECT_EQ(kit::load<const void*>(msg), message.schema().type);
       EXPECT_EQ(entry.destroy_count, count);
     }
   };
@@ -136,7 +138,7 @@ TEST_P(Storage, holds_neither_type_nor_record_when_it_goes_back) {
   log.on_free = [&](const void* block) {
     if (block == msg) {
       seen = true;
-      EXPECT_EQ(fixture::load<uint64_t>(block), 0u);
+      EXPECT_EQ(kit::load<uint64_t>(block), 0u);
       EXPECT_EQ(message.slots(block), std::vector<void*>(message.record_count()));
     }
   };

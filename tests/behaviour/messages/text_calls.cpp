@@ -3,6 +3,7 @@
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::instance;
 using messages::Outcome;
@@ -158,7 +159,7 @@ TEST_P(TextCalls, xml_is_closed_after_an_error_of_its_opening) {
 }
 
 TEST_P(TextCalls, cr_forms_give_all_ones_after_an_error) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made made(message, handle.get(), 5);
   std::vector<char> buffer(1 << 16);
   uint32_t err = 0;
@@ -262,7 +263,7 @@ class FromXml : public TextCalls {
 };
 
 TEST_P(FromXml, there_and_back_is_the_same) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made made(message, handle.get(), 5);
   const Xml xml = parse(document());
   uint32_t err = 0;
@@ -288,7 +289,7 @@ TEST_P(FromXml, missing_element_leaves_defaults) {
   const Outcome made = same_read("<something></something>");
   EXPECT_EQ(made.err, 0u) << "cleared";
   EXPECT_EQ(made.result, 1u);
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const Xml xml = parse("<something></something>");
   uint32_t err = 0;
   void* back = message.from_xml(handle.get(), 0, xml.get(), &err);

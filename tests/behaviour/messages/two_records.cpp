@@ -3,6 +3,7 @@
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::Record;
 using messages::instance;
@@ -15,11 +16,11 @@ class TwoRecords : public testing::Test {
   const Message message = messages::message("fwe_cl_wayfind_auto_tunnel_show");
 
   std::vector<uint8_t> frame() const {
-    const messages::Handle handle = messages::make_handle();
+    const Handle handle;
     return messages::Made(message, handle.get(), 3).frame();
   }
   size_t first_size() const {
-    const messages::Handle handle = messages::make_handle();
+    const Handle handle;
     const messages::Made made(message, handle.get(), 3);
     std::vector<uint8_t> image(4096);
     uint32_t err = 0;
@@ -77,7 +78,7 @@ class TwoRecords : public testing::Test {
 };
 
 TEST_F(TwoRecords, length_counts_the_frame_once) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made made(message, handle.get());
   EXPECT_EQ(message.len(handle.get(), 0, made.get()),
             43 + Record(message.record(0)).len(handle.get(), 0, made.record(0)) +
@@ -85,7 +86,7 @@ TEST_F(TwoRecords, length_counts_the_frame_once) {
 }
 
 TEST_F(TwoRecords, stand_behind_one_another_on_the_wire) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made made(message, handle.get(), 3);
   const std::vector<uint8_t> bytes = made.frame();
   size_t at = 43;
@@ -220,7 +221,7 @@ TEST_F(TwoRecords, record_without_memory_replaces_the_error_of_the_header) {
 }
 
 TEST_F(TwoRecords, second_without_memory_replaces_the_error_of_the_first) {
-  const messages::Handle handle = messages::tracking_handle(ORK_TRACKING_ABSENT);
+  const Handle handle(ORK_TRACKING_ABSENT);
   const std::vector<uint8_t> bytes = frame();
   for (size_t length = 43; length < 43 + first_size(); ++length) {
     void* alone = Record(message.record(0)).create_internal(handle.get(), 0);
@@ -265,7 +266,7 @@ TEST_F(TwoRecords, neither_record_starts) {
 // ---- Text -------------------------------------------------------------------
 
 TEST_F(TwoRecords, print_skips_the_second_after_the_first_failed) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made made(message, handle.get(), 3);
   char buffer[4096] = "";
   uint32_t err = 0;
@@ -301,7 +302,7 @@ struct XmlFree {
 
 class TwoRecordsXml : public TwoRecords {
  protected:
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made sent{message, handle.get(), 3};
 
   std::string element(size_t i) {

@@ -9,7 +9,7 @@ namespace {
 
 using messages::Bundle;
 using messages::control_frame;
-using messages::Handle;
+using kit::Handle;
 using messages::Message;
 using messages::Rows;
 using messages::Seen;
@@ -67,7 +67,7 @@ class TwoThreads : public testing::TestWithParam<ork_tracking> {
   // Runs work on a handle of its own in each of two threads.
   void run(const std::function<void(const Handle&, uint32_t)>& work) const {
     const auto thread = [&](uint32_t first) {
-      const Handle handle = messages::tracking_handle(GetParam());
+      const Handle handle(GetParam());
       for (uint32_t round = 0; round < rounds; ++round) {
         work(handle, first + round);
       }

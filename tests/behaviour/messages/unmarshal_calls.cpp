@@ -3,6 +3,7 @@
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::Record;
 using messages::instance;
@@ -27,7 +28,7 @@ class UnmarshalCalls : public testing::TestWithParam<Message> {
   const Message message = GetParam();
 
   std::vector<uint8_t> frame(ork_tracking tracking) const {
-    const messages::Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     handle->send_sequence = 0x0A0B0C0D;
     return messages::Made(message, handle.get(), 3).frame();
   }
@@ -175,7 +176,7 @@ TEST_P(UnmarshalCalls, only_survives_every_failing_allocation) {
 }
 
 TEST_P(UnmarshalCalls, only_does_not_look_at_the_identifier_or_the_headers_values) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   std::fill_n(bytes.begin(), 43, uint8_t{0x5A});
   uint32_t err = 0;
@@ -189,7 +190,7 @@ TEST_P(UnmarshalCalls, only_does_not_look_at_the_identifier_or_the_headers_value
 }
 
 TEST_P(UnmarshalCalls, only_asks_no_domain) {
-  const messages::Handle handle = messages::make_handle();
+  const Handle handle;
   const std::vector<uint8_t> bytes = frame(ORK_TRACKING_ABSENT);
   messages::set_peer_without(handle, {message.name()});
   uint32_t err = 0;

@@ -4,6 +4,7 @@
 
 namespace {
 
+using kit::Handle;
 using messages::Message;
 using messages::instance;
 using messages::Stage;
@@ -11,8 +12,7 @@ using messages::Stage;
 class UnmarshalSteps : public testing::TestWithParam<Message> {
  protected:
   const Message message = GetParam();
-  const std::vector<uint8_t> frame =
-      messages::Made(message, messages::make_handle().get(), 3).frame();
+  const std::vector<uint8_t> frame = messages::Made(message, Handle().get(), 3).frame();
 
   uint32_t only(Stage& stage, void** out) const {
     return message.unmarshal_only(stage.handle(), instance, out, frame.data(),

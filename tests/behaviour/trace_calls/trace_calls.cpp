@@ -7,6 +7,7 @@
 #include "behaviour/bundles/family.h"
 #include "fwe_ui_wayfind/module.h"
 #include "ork/flight.h"
+#include "support/spy.h"
 
 namespace {
 
@@ -39,7 +40,7 @@ HEAR(15, (CALL_SITE, const char* a, const void* b), a, b)
 namespace {
 
 using messages::Bundle;
-using messages::Handle;
+using kit::Handle;
 using messages::Kind;
 using messages::Message;
 
@@ -83,7 +84,7 @@ void use(const Bundle& bundle, ork_handle* handle) {
 
 size_t traces_of_all_others(uint32_t expected_module) {
   modules.clear();
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   for (const Message& message : messages::all()) {
     use(message, handle.get());
   }
@@ -107,7 +108,7 @@ size_t traces_of_all_others(uint32_t expected_module) {
   demand(before == modules.size() && before > 28 * 10, "traces pass 0");
   demand(id == 0, "neither messages nor bundles ask for a number");
   {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     const Message message = messages::all()[0];
     message.destroy(handle.get(), 0, message.create(handle.get(), 0));
   }
@@ -127,7 +128,7 @@ TEST(TraceModule, stub_number_is_never_written) {
   g_ork_fwe_ui_wayfind_stub_trace_module_id = 0xA55A;
   ork_fwe_ui_wayfind_trace_init();
   {
-    const Handle handle = messages::make_handle();
+    const Handle handle;
     for (const Message& message : messages::all()) {
       message.destroy(handle.get(), 0, message.create(handle.get(), 0));
     }
@@ -146,7 +147,7 @@ void run(ork_handle*, uint32_t, void*, uint32_t*) { ++runs; }
 class TracedCommit : public testing::TestWithParam<Bundle> {
  protected:
   const Bundle bundle = GetParam();
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   ork_bundle_dispatch_info info{nullptr, "the row", nullptr, nullptr, nullptr};
 
   void TearDown() override {

@@ -70,7 +70,7 @@ void allow_old_elements(Watch& watch, const told::Record& record, uint8_t* obj) 
   }
 }
 
-void fill(Handle& h, const Type& type, void* obj, uint32_t elements, const std::string& path) {
+void fill(SpiedHandle& h, const Type& type, void* obj, uint32_t elements, const std::string& path) {
   encoders::Filler filler(h, elements);
   filler.fill(type.schema, obj, path);
   ASSERT_EQ(filler.err, 0u);
@@ -86,17 +86,17 @@ class Announce : public testing::TestWithParam<unsigned> {
   // `prepare` gives for handle, source and object.
   template <class Prepare>
   void expect_announced(const Silent& silent, bool reuse, Prepare prepare) const {
-    for (const Mode& mode : fixture::all_modes()) {
+    for (const Mode& mode : kit::all_modes()) {
       for (const auto& [had, gets] : {std::pair{2u, 2u}, {2u, 3u}, {3u, 2u}, {2u, 0u}, {0u, 2u}}) {
         if (had != gets && !encoders::holds_arrays(type().schema)) {
           continue;
         }
-        Handle h(mode);
+        SpiedHandle h(mode);
         if (!reuse && encoders::nests_arrays(type().schema)) {
           h.expect_leaks(); /* the elements' own arrays are not destroyed */
         }
-        const Object obj(h, type());
-        const Object src(h, type(), "src");
+        const SpiedObject obj(h, type());
+        const SpiedObject src(h, type(), "src");
         fill(h, type(), obj.get(), had, "old");
         fill(h, type(), src.get(), gets, "new one");
         const std::function<void()> call = prepare(h, src.get(), obj.get());
@@ -142,7 +142,7 @@ class Announce : public testing::TestWithParam<unsigned> {
 
 TEST_P(Announce, unmarshal_stores_no_pointer_and_into_no_block_unannounced) {
   for (const bool reuse : {false, true}) {
-    expect_announced(off_the_wire, reuse, [&](Handle& h, void* src, void* obj) {
+    expect_announced(off_the_wire, reuse, [&](SpiedHandle& h, void* src, void* obj) {
       return [&h, obj, reuse, this, image = encoders::marshalled(h, calls(type()), src)] {
         const auto length = static_cast<int32_t>(image.size());
         EXPECT_EQ(calls(type()).unmarshal(h, instance, image.data(), obj, length, reuse, &h.err),
@@ -153,7 +153,7 @@ TEST_P(Announce, unmarshal_stores_no_pointer_and_into_no_block_unannounced) {
 }
 
 TEST_P(Announce, clone_into_a_filled_slot_stores_no_pointer_unannounced) {
-  expect_announced(off_the_wire, false, [&](Handle& h, void* src, void* obj) {
+  expect_announced(off_the_wire, false, [&](SpiedHandle& h, void* src, void* obj) {
     return [&h, src, obj, this] {
       encoders::Bytes workspace(encoders::ample + 1);
       void* slot = obj;
@@ -165,7 +165,7 @@ TEST_P(Announce, clone_into_a_filled_slot_stores_no_pointer_unannounced) {
 }
 
 TEST_P(Announce, from_xml_stores_values_in_silence_and_nothing_else) {
-  expect_announced(from_a_document, false, [&](Handle& h, void* src, void* obj) {
+  expect_announced(from_a_document, false, [&](SpiedHandle& h, void* src, void* obj) {
     return [&h, obj, this,
             document = std::shared_ptr<ork_xml>(
                 encoders::parsed(encoders::as_xml(h, calls(type()), src)))] {
@@ -177,8 +177,8 @@ TEST_P(Announce, from_xml_stores_values_in_silence_and_nothing_else) {
 
 TEST_P(Announce, offset_update_and_remove_store_nothing_unannounced) {
   for (const bool shared : {false, true}) {
-    Handle h({.shared = shared, .tracking = ORK_TRACKING_ON});
-    const Object obj(h, type());
+    SpiedHandle h({.shared = shared, .tracking = ORK_TRACKING_ON});
+    const SpiedObject obj(h, type());
     fill(h, type(), obj.get(), 2, "had");
     bool embeds = false;
     for (const told::Field& field : type().told.fields) {
@@ -204,9 +204,9 @@ TEST_P(Announce, offset_update_and_remove_store_nothing_unannounced) {
 }
 
 TEST_P(Announce, what_reads_a_record_stores_nothing_in_it) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
-    const Object obj(h, type());
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
+    const SpiedObject obj(h, type());
     fill(h, type(), obj.get(), 2, "had");
     encoders::Bytes workspace(encoders::ample + 1);
     void* slot = nullptr;
@@ -234,17 +234,17 @@ INSTANTIATE_TEST_SUITE_P(Records, Announce, testing::Range(0U, wayfind_record_co
 // An element that is there is filled by a clone as any target of one; all that makes place for it
 // is announced.
 TEST(AnnouncedElement, filled_by_a_clone_is_marked_and_placed_announced) {
-  for (const Mode& mode : fixture::all_modes()) {
+  for (const Mode& mode : kit::all_modes()) {
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::record_array) {
         return;
       }
       const Type& element = type(f.told.type);
       for (const uint32_t index : {0u, 3u}) {
-        Handle h(mode);
+        SpiedHandle h(mode);
         h.expect_leaks(); /* the arrays inside the element that is filled */
-        const Object obj(h, f.type);
-        const Object src(h, element, "src");
+        const SpiedObject obj(h, f.type);
+        const SpiedObject src(h, element, "src");
         fill(h, f.type, obj.get(), 2, "had");
         fill(h, element, src.get(), 1, "gets");
         auto* const block = load<uint8_t*>(bytes(obj.get()) + f.told.offset);

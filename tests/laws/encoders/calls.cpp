@@ -1,6 +1,6 @@
 // What holds for the calls that the forms of every record make.
 #include "behaviour/encoders/values.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ bool takes_instance(const std::string& call) {
 TEST_P(FormCalls, in_cr_style_are_made_for_the_handles_instance_under_the_types_name) {
   const std::string name = calls().name();
   for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const fixture::Handle h({.tracking = tracking, .cr_instance = 9});
+    const SpiedHandle h({.tracking = tracking, .cr_instance = 9});
     const Object object = filled(h, calls(), 2);
     std::string text(ample, '\0');
     spy::name(text.data(), text.size(), "text");
@@ -50,7 +50,7 @@ TEST_P(FormCalls, in_cr_style_are_made_for_the_handles_instance_under_the_types_
 }
 
 TEST_P(FormCalls, of_unmarshal_hand_on_the_room_that_is_left_and_reuse_storage) {
-  fixture::Handle h;
+  SpiedHandle h;
   const Bytes image = marshalled(h, calls(), filled(h, calls(), 2).get());
   const Object object(h, calls());
   spy::name(image.data(), image.size(), "image");
@@ -89,7 +89,7 @@ unsigned record_scratches(const wayfind_record& record, unsigned elements) {
 // there is no start.
 TEST_P(FormCalls, of_from_xml_start_the_trace_module_before_each_record_scratch) {
   for (const unsigned elements : {0U, 2U}) {
-    fixture::Handle h;
+    SpiedHandle h;
     const Document document = parsed(as_xml(h, calls(), filled(h, calls(), elements).get()));
     const Object object(h, calls());
     spy::Log log;

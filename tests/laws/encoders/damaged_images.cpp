@@ -73,7 +73,10 @@ void for_all_images(const Calls& calls,
     for (const uint32_t elements : {0U, 1U, 3U}) {
       if (elements == 0 || holds_arrays(*calls.schema)) {
         for (const ork_tracking writer : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-          const Handle handle(Handle::Options{.tracking = writer, .release = list.get()});
+          const Handle handle([&](ork_options& options) {
+            options.tracking = writer;
+            options.release = list.get();
+          });
           check(marshalled(handle, calls, filled(handle, calls, elements).get()), writer);
         }
       }
@@ -116,7 +119,10 @@ TEST_P(DamagedImages, cut_at_any_byte_gives_an_error_or_a_told_result) {
 TEST_P(DamagedImages, with_any_byte_wrong_is_read_within_its_buffer) {
   for_all_images(calls(), [&](const Bytes& image, ork_tracking) {
     for (const ork_tracking tracking : {ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-      const Handle reader(Handle::Options{.tracking = tracking, .memory_budget = 1 << 16});
+      const Handle reader([&](ork_options& options) {
+        options.tracking = tracking;
+        options.memory_budget = 1 << 16;
+      });
       const size_t step = 1 + image.size() / 200;
       for (size_t at = 0; at < image.size(); at += step) {
         for (const int wrong : {0x00, 0x28, 0x7f, 0x80, 0xff}) {

@@ -129,7 +129,7 @@ TEST_P(FailedAllocations, in_clone_to_an_element_loses_nothing) {
       const Handle handle(tracking);
       const Object source = filled(handle, inner, elements);
       handle.set_peer(lacking.get());
-      auto* const set = find<uint32_t(ork_handle*, void*, uint32_t, const void*, uint32_t)>(
+      auto* const set = function<uint32_t(ork_handle*, void*, uint32_t, const void*, uint32_t)>(
           field.functions, "_set_cr");
       const unsigned failed = fail_each(handle, [&](Object& object) {
         const uint32_t err = set(handle, object.get(), 0, source.get(), 0);
@@ -171,8 +171,8 @@ void raise(const Handle& handle, const wayfind_record& record, void* object) {
     if (field.cls == WAYFIND_OBJECT && field.record != nullptr) {
       raise(handle, *field.record, static_cast<uint8_t*>(object) + field.offset);
     } else if (field.cls == WAYFIND_RECORD_ARRAY) {
-      auto* const get =
-          find<void*(ork_handle*, uint32_t, void*, uint32_t, uint32_t*)>(field.functions, "_get");
+      auto* const get = function<void*(ork_handle*, uint32_t, void*, uint32_t, uint32_t*)>(
+          field.functions, "_get");
       uint32_t err = 0;
       void* element;
       for (uint32_t n = 0; (element = get(handle, instance, object, n, &err)) != nullptr; ++n) {
@@ -193,7 +193,10 @@ TEST_P(FailedAllocations, in_from_xml_keeps_what_was_read) {
         parsed(as_xml(newest, calls(), filled(newest, calls(), elements).get()));
     for (const unsigned release : std::set{deepest_variant(*calls().schema), 0U}) {
       const TypeList known = release_list(release);
-      const Handle handle(Handle::Options{.tracking = tracking, .release = known.get()});
+      const Handle handle([&](ork_options& options) {
+        options.tracking = tracking;
+        options.release = known.get();
+      });
       const unsigned failed = fail_each(handle, [&](Object& object) {
         uint32_t err = 0;
         calls().from_xml(handle, instance, path.c_str(), document.get(), object.get(), &err,

@@ -19,8 +19,8 @@ inline void initialize_field(ork_handle* handle, const wayfind_field& field, uin
   uint8_t* const child = object + field.offset;
   const auto run = [&](const wayfind_function* functions, const ork_type_info* type,
                        uint8_t* child_states) {
-    find<InitializeFn>(functions, "_initialize")(handle, instance, child, type, 0, 0, OBJ_NESTED,
-                                                 child_states, &err);
+    function<InitializeFn>(functions, "_initialize")(handle, instance, child, type, 0, 0,
+                                                     OBJ_NESTED, child_states, &err);
   };
   if (field.cls == WAYFIND_COUNTER || field.cls == WAYFIND_VALUE_ARRAY ||
       field.cls == WAYFIND_RECORD_ARRAY) {
@@ -30,7 +30,7 @@ inline void initialize_field(ork_handle* handle, const wayfind_field& field, uin
     if (tracks(handle)) {
       orklib_update_sttr_offset(handle, instance, child,
                                 static_cast<int32_t>(states + field.nested - child));
-      find<void(ork_handle*, uint32_t, void*, uint8_t*, uint32_t*)>(
+      function<void(ork_handle*, uint32_t, void*, uint8_t*, uint32_t*)>(
           field.record->functions, "_offset_update")(handle, instance, child, states + field.nested,
                                                      &err);
     }

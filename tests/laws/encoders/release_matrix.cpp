@@ -61,7 +61,10 @@ std::string text(const Pair& pair, const char* tail) {
 
 Bytes written_image(const Pair& pair, unsigned variant, unsigned inside, ork_tracking tracking) {
   const TypeList list = release_list(inside, pair.calls->name(), static_cast<int>(variant));
-  const Handle handle(Handle::Options{.tracking = tracking, .release = list.get()});
+  const Handle handle([&](ork_options& options) {
+    options.tracking = tracking;
+    options.release = list.get();
+  });
   return marshalled(handle, *pair.calls, filled(handle, *pair.calls, elements).get());
 }
 
@@ -156,7 +159,7 @@ void expect_states(const Pair& pair, const Handle& reader, void* object, const s
     if (field.variant <= pair.common() &&
         (field.cls == WAYFIND_VALUE || field.cls == WAYFIND_OBJECT || field.cls == WAYFIND_TEXT)) {
       uint32_t err = 0;
-      EXPECT_EQ(find<uint8_t(ork_handle*, uint32_t, void*, uint32_t*)>(
+      EXPECT_EQ(function<uint8_t(ork_handle*, uint32_t, void*, uint32_t*)>(
                     field.functions, "_state_flag_get")(reader, instance, object, &err),
                 state_of(root + "/" + field.name))
           << field.name;
@@ -181,7 +184,10 @@ void make_newest(const wayfind_record& record, void* object, unsigned variant) {
 void expect_read(const Pair& pair, const Bytes& image, const Shared& shared) {
   const Calls& calls = *pair.calls;
   const TypeList list = release_list(9, calls.name(), static_cast<int>(pair.layout));
-  const Handle reader(Handle::Options{.tracking = pair.reader, .release = list.get()});
+  const Handle reader([&](ork_options& options) {
+    options.tracking = pair.reader;
+    options.release = list.get();
+  });
   const Object target = old_record(reader, calls, pair.layout);
   Filler(reader, nests_arrays(*calls.schema) ? 0 : 1).fill(*calls.schema, target.get(), "before");
   make_older_inside(pair, target.get());

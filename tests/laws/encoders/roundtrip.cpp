@@ -3,7 +3,7 @@
 #include <span>
 
 #include "behaviour/encoders/values.h"
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace {
 
@@ -20,7 +20,10 @@ void for_all_shapes(const Calls& calls, Check check) {
     for (const uint32_t elements : {0U, 1U, 3U}) {
       for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
         if (elements == 0 || holds_arrays(*calls.schema)) {
-          const Handle handle(Handle::Options{.tracking = tracking, .release = list.get()});
+          const Handle handle([&](ork_options& options) {
+            options.tracking = tracking;
+            options.release = list.get();
+          });
           check(handle, filled(handle, calls, elements));
         }
       }
@@ -40,7 +43,7 @@ uint32_t unsent_states(const wayfind_record& record, const uint8_t* object) {
       continue;
     }
     if (field.cls == WAYFIND_COUNTER) {
-      count = field.width == 1 ? *at : fixture::load<uint32_t>(at);
+      count = field.width == 1 ? *at : kit::load<uint32_t>(at);
       continue;
     }
     if (field.cls == WAYFIND_TEXT) {
@@ -49,8 +52,7 @@ uint32_t unsent_states(const wayfind_record& record, const uint8_t* object) {
       ++result;
     } else if (field.record != nullptr) {
       const bool array = field.cls == WAYFIND_RECORD_ARRAY;
-      result +=
-          count * unsent_states(*field.record, array ? fixture::load<const uint8_t*>(at) : at);
+      result += count * unsent_states(*field.record, array ? kit::load<const uint8_t*>(at) : at);
     }
     count = 1;
   }

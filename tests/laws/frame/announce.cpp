@@ -18,8 +18,8 @@ const std::set<std::string> silent = {
 }  // namespace
 
 TEST(Announce, accessors_store_nothing_that_was_not_announced) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       for (const uint64_t index : {0u, 4u}) {
         if (index != 0 && !f.is_array()) {
@@ -29,7 +29,7 @@ TEST(Announce, accessors_store_nothing_that_was_not_announced) {
         // One call for each fresh object, so that what one leaves is not in another's way.
         size_t count = 1;
         for (size_t i = 0; i < count; ++i) {
-          Object obj(h, f.type);
+          SpiedObject obj(h, f.type);
           Source src(h, f);
           if (f.is_array()) {
             f.call("_set", {word(h), instance, obj.word(), 1, src.word(), word(&h.err)});
@@ -73,14 +73,14 @@ TEST(Announce, accessors_store_nothing_that_was_not_announced) {
 }
 
 TEST(Announce, functions_of_the_whole_record_store_nothing_that_was_not_announced) {
-  for (const Mode& mode : fixture::all_modes()) {
+  for (const Mode& mode : kit::all_modes()) {
     for (const Type& type : types()) {
       for (const char* const suffix : {"_set", "_post_copyout_cleanup", "_set_all",
                                        "_set_instance_embedded", "_adjust_variant"}) {
-        Handle h(mode);
+        SpiedHandle h(mode);
         h.expect_leaks(); /* cleanup without the copy before it lets arrays go */
-        Object obj(h, type);
-        Object src(h, type, "src");
+        SpiedObject obj(h, type);
+        SpiedObject src(h, type, "src");
         fill_arrays(h, type, src.word());
         ASSERT_EQ(h.err, 0u);
         std::vector<uint64_t> words = {word(h), instance, obj.word()};
@@ -114,9 +114,9 @@ TEST(Announce, functions_of_the_whole_record_store_nothing_that_was_not_announce
 }
 
 TEST(Announce, initialize_with_notify_stores_nothing_that_was_not_announced) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
-    fixture::function<void*(ork_handle*, uint32_t)>(
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
+    kit::function<void*(ork_handle*, uint32_t)>(
         types()[0].schema.functions, "_create"); /* the table is filled by the first object */
     for (const Type& type : types()) {
       std::vector<uint64_t> block(type.told.newest().body / 8 + type.told.newest().state / 8 + 2,
@@ -134,15 +134,15 @@ TEST(Announce, initialize_with_notify_stores_nothing_that_was_not_announced) {
         EXPECT_TRUE(watch.unannounced().empty())
             << type.told.name << ", " << mode.text() << ":" << list(watch.unannounced());
       }
-      fixture::function<void(ork_handle*, uint32_t, void*, uint32_t)>(
+      kit::function<void(ork_handle*, uint32_t, void*, uint32_t)>(
           type.schema.functions, "_destroy_internal")(h, instance, obj, 0);
     }
   }
 }
 
 TEST(Announce, destroy_in_place_and_removal_clear_nothing_silently_but_the_element_bytes_pointer) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       void* const obj = type.create(h);
       spy::name(obj, type.size(h), "obj");
@@ -154,7 +154,7 @@ TEST(Announce, destroy_in_place_and_removal_clear_nothing_silently_but_the_eleme
         if (h.tracking()) {
           allow_element_pointers(watch, type.told, bytes(obj) + type.told.newest().body);
         }
-        fixture::function<void(ork_handle*, uint32_t, void*, uint32_t)>(
+        kit::function<void(ork_handle*, uint32_t, void*, uint32_t)>(
             type.schema.functions, "_destroy_internal")(h, instance, obj, 0);
         watch.check();
         EXPECT_TRUE(watch.unannounced().empty())
@@ -166,10 +166,10 @@ TEST(Announce, destroy_in_place_and_removal_clear_nothing_silently_but_the_eleme
 }
 
 TEST(Announce, removal_of_elements_clears_pointer_and_count_behind_their_announcements) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_array([&](const Field& f) {
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       fill_arrays(h, f.type, obj.word());
       ASSERT_EQ(h.err, 0u) << f.name();
       spy::Log log;
@@ -185,9 +185,9 @@ TEST(Announce, removal_of_elements_clears_pointer_and_count_behind_their_announc
 }
 
 TEST(Announce, the_silent_stores_are_silent) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   for (const Type& type : types()) {
-    Object obj(h, type);
+    SpiedObject obj(h, type);
     spy::Log log;
     type.call("_set_all_state_tracking_flag", {word(h), instance, obj.word(), 3});
     EXPECT_EQ(log.announcements().size(), 0u) << type.told.name;

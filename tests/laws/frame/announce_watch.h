@@ -65,8 +65,8 @@ class Watch {
 };
 
 // An array's two blocks; elements are those of the entry's pointer.
-inline void watch_arrays(Watch& watch, const Handle& h, const told::Record& record, uint8_t* obj,
-                         uint8_t* state) {
+inline void watch_arrays(Watch& watch, const SpiedHandle& h, const told::Record& record,
+                         uint8_t* obj, uint8_t* state) {
   uint32_t count = 0;
   for (const told::Field& field : record.fields) {
     if (field.cls == Class::counter) {
@@ -92,7 +92,7 @@ inline void watch_arrays(Watch& watch, const Handle& h, const told::Record& reco
   }
 }
 
-inline void watch_object(Watch& watch, Handle& h, const Type& type, void* obj) {
+inline void watch_object(Watch& watch, SpiedHandle& h, const Type& type, void* obj) {
   watch.region(obj, type.size(h));
   watch_arrays(watch, h, type.told, bytes(obj), bytes(obj) + type.told.newest().body);
 }
@@ -118,7 +118,7 @@ inline void allow_element_pointers(Watch& watch, const told::Record& record, uin
 }
 
 // Two elements in every array that the record has, its embedded records' too.
-inline void fill_arrays(Handle& h, const Type& type, uint64_t obj) {
+inline void fill_arrays(SpiedHandle& h, const Type& type, uint64_t obj) {
   for (const told::Field& told : type.told.fields) {
     const Field f = field(type, told.name);
     if (f.is_array()) {

@@ -18,8 +18,8 @@ struct Outputs {
 
 // All accessors of f on obj. index is for arrays; a set at or behind the count grows. With tracking
 // off the state accessors only refuse.
-inline std::vector<FieldCall> accessors(const Field& f, Handle& h, void* obj, const Source& src,
-                                        uint64_t index, Outputs& out) {
+inline std::vector<FieldCall> accessors(const Field& f, SpiedHandle& h, void* obj,
+                                        const Source& src, uint64_t index, Outputs& out) {
   const uint64_t o = word(obj);
   const uint64_t s = src.word();
   const uint64_t e = word(&h.err);

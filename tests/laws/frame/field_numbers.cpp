@@ -41,11 +41,11 @@ std::map<unsigned, int> oldest_variants(const told::Record& record) {
 }  // namespace
 
 TEST(FieldNumbers, are_in_use_from_their_variant_on_as_the_lower_of_domain_and_object_tells) {
-  Handle h;
+  SpiedHandle h;
   for (const Type& type : types()) {
     const std::map<unsigned, int> oldest = oldest_variants(type.told);
     ASSERT_EQ(oldest.size(), type.told.newest().bound) << type.told.name;
-    Object obj(h, type);
+    SpiedObject obj(h, type);
     const int newest = static_cast<int>(type.told.newest_variant());
     for (int known = -1; known <= newest + 1; ++known) {
       const auto domain = h.domain({{type.told.name, static_cast<int8_t>(known)}});

@@ -4,19 +4,11 @@
 #include <functional>
 #include <map>
 
-#include "support/fixture.h"
+#include "support/spied.h"
 
 namespace frame {
 
-using fixture::bytes;
-using fixture::Handle;
-using fixture::header;
-using fixture::instance;
-using fixture::load;
-using fixture::Mode;
-using fixture::Snapshot;
-using fixture::store;
-using fixture::word;
+using namespace kit;
 using told::Class;
 
 // A record type: what is told of it, and its functions.
@@ -24,18 +16,18 @@ struct Type {
   const told::Record& told;
   const wayfind_record& schema;
 
-  void* create(Handle& h) const {
-    return fixture::function<void*(ork_handle*, uint32_t)>(schema.functions, "_create")(h,
-                                                                                        instance);
+  operator const wayfind_record&() const { return schema; }
+  void* create(SpiedHandle& h) const {
+    return kit::function<void*(ork_handle*, uint32_t)>(schema.functions, "_create")(h, instance);
   }
-  void destroy(Handle& h, void* obj) const {
-    fixture::function<void(ork_handle*, uint32_t, void*)>(schema.functions, "_destroy")(h, instance,
-                                                                                        obj);
+  void destroy(SpiedHandle& h, void* obj) const {
+    kit::function<void(ork_handle*, uint32_t, void*)>(schema.functions, "_destroy")(h, instance,
+                                                                                    obj);
   }
   uint64_t call(const std::string& suffix, const std::vector<uint64_t>& words) const {
-    return fixture::call_words(fixture::function<void()>(schema.functions, suffix), words);
+    return kit::call_words(kit::function<void()>(schema.functions, suffix), words);
   }
-  unsigned size(const Handle& h) const {
+  unsigned size(const SpiedHandle& h) const {
     return told.newest().body + (h.tracking() ? told.newest().state : 0);
   }
 };
@@ -48,11 +40,9 @@ struct Field {
 
   std::string name() const { return type.told.name + "." + told.name; }
   uint64_t call(const std::string& suffix, const std::vector<uint64_t>& words) const {
-    return fixture::call_words(fixture::function<void()>(schema.functions, suffix), words);
+    return kit::call_words(kit::function<void()>(schema.functions, suffix), words);
   }
-  bool has(const std::string& suffix) const {
-    return fixture::has_function(schema.functions, suffix);
-  }
+  bool has(const std::string& suffix) const { return kit::has_function(schema.functions, suffix); }
   bool is_enum() const { return told::small(told.type) && !told::small(told.type)->flags; }
   bool is_record() const { return told::is_record(told); }
   bool is_array() const {
@@ -136,41 +126,13 @@ inline void for_each_array(const std::function<void(const Field&)>& visit) {
   });
 }
 
-// An object that goes with its scope. Named "obj" in logs, its state bytes "state".
-class Object {
- public:
-  Object(Handle& handle, const Type& type, const std::string& name = "obj")
-      : handle_(handle), type_(type), obj_(type.create(handle)) {
-    if (!obj_) {
-      throw std::runtime_error("no " + type.told.name);
-    }
-    spy::name(obj_, type.told.newest().body, name);
-    if (handle.tracking()) {
-      spy::name(state(), type.told.newest().state, name == "obj" ? "state" : name + "_state");
-    }
-  }
-  ~Object() { type_.destroy(handle_, obj_); }
-  Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
-
-  void* get() const { return obj_; }
-  uint8_t* state() const { return bytes(obj_) + type_.told.newest().body; }
-  uint64_t word() const { return fixture::word(obj_); }
-  Snapshot snapshot() const { return Snapshot(obj_, type_.size(handle_)); }
-
- private:
-  Handle& handle_;
-  const Type& type_;
-  void* obj_;
-};
-
 // Makes a value of a field's type to be set from, and takes it away again. A scalar of 1, an enum
 // of 1, an address, or an object.
 class Source {
  public:
-  Source(Handle& handle, const Field& field, const std::string& name = "src") {
+  Source(SpiedHandle& handle, const Field& field, const std::string& name = "src") {
     if (field.is_record()) {
-      object_ = std::make_unique<Object>(handle, type(field.told.type), name);
+      object_ = std::make_unique<SpiedObject>(handle, type(field.told.type), name);
       address_ = object_->get();
       return;
     }
@@ -191,18 +153,18 @@ class Source {
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
 
-  uint64_t word() const { return fixture::word(address_); }
+  uint64_t word() const { return kit::word(address_); }
   uint8_t* get() const { return static_cast<uint8_t*>(address_); }
 
  private:
   alignas(8) uint8_t block_[64] = {};
-  std::unique_ptr<Object> object_;
+  std::unique_ptr<SpiedObject> object_;
   void* address_;
 };
 
 // Gives a record something to see, its first value or three elements of its array, and tells where:
 // a byte that is not 0 from now on.
-inline unsigned touch(Handle& h, const Type& type, void* obj) {
+inline unsigned touch(SpiedHandle& h, const Type& type, void* obj) {
   for (const told::Field& told : type.told.fields) {
     const Field f = field(type, told.name);
     if (told.cls == Class::value) {

@@ -65,7 +65,7 @@ TEST(InitializedOffsets, go_down_to_the_last_embedded_record_at_every_release) {
     std::vector<std::string> expected;
     append_initialize(type.told, 0, type.told.newest().body, expected);
     for (int release = -1; release < 4; ++release) {
-      Handle h(fixture::tracked);
+      SpiedHandle h(kit::tracked);
       const auto peer = peer_of_release(release);
       spy::Log log;
       void* const obj = type.create(h);
@@ -81,7 +81,7 @@ TEST(InitializedOffsets, go_down_to_the_last_embedded_record_at_every_release) {
 // its path, src_intf, dst_site and dst_intf lie 256, 288, 320 and 352 into it, their bytes 24, 48,
 // 72 and 96 into its block. stats and mem lie at 432 and 536, their bytes at 818 and 830.
 TEST(InitializedOffsets, of_channel_data_tell_of_the_four_arrays_of_its_channel_twice) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   spy::Log log;
   void* const obj = type("fwe_cl_wayfind_channel_data").create(h);
   EXPECT_CALLS(

@@ -90,8 +90,8 @@ bool embeds(const told::Record& record) {
 }  // namespace
 
 TEST(Lifecycle, memory_distances_and_statistics_balance) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       for (unsigned variant = 0; variant < type.told.layouts.size(); ++variant) {
         const auto domain = h.domain({{type.told.name, static_cast<int8_t>(variant)}});
@@ -115,18 +115,17 @@ TEST(Lifecycle, memory_distances_and_statistics_balance) {
 }
 
 TEST(Lifecycle, cr_mode_makes_the_same_and_destroys_it_whatever_error_stands) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       for (const uint32_t error : {0u, 5u}) {
         const Counts before = counts(h.storage());
-        void* const obj =
-            fixture::function<void*(ork_handle*)>(type.schema.functions, "_create_cr")(h);
+        void* const obj = kit::function<void*(ork_handle*)>(type.schema.functions, "_create_cr")(h);
         ASSERT_NE(obj, nullptr);
         EXPECT_EQ(h->cr_error, 0u);
         EXPECT_EQ(h->cr_active, 0u);
         h->cr_error = error; /* of a call in between */
-        fixture::function<void(ork_handle*, void*)>(type.schema.functions, "_destroy_cr")(h, obj);
+        kit::function<void(ork_handle*, void*)>(type.schema.functions, "_destroy_cr")(h, obj);
         EXPECT_EQ(std::exchange(h->cr_error, 0), error) << type.told.name;
         EXPECT_EQ(h->cr_active, 0u);
         EXPECT_EQ(h.memory().live_blocks, 0u) << type.told.name;
@@ -140,18 +139,18 @@ TEST(Lifecycle, cr_mode_makes_the_same_and_destroys_it_whatever_error_stands) {
 }
 
 TEST(Lifecycle, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
-  Handle h;
+  SpiedHandle h;
   std::map<void*, std::string> seen;
   for (const Type& type : types()) {
     h->cr_error = 5;
     void* const sentinel =
-        fixture::function<void*(ork_handle*)>(type.schema.functions, "_create_cr")(h);
+        kit::function<void*(ork_handle*)>(type.schema.functions, "_create_cr")(h);
     ASSERT_NE(sentinel, nullptr);
     EXPECT_TRUE(seen.emplace(sentinel, type.told.name).second)
         << type.told.name << " shares it with " << seen[sentinel];
     h->cr_error = 0;
     type.destroy(h, sentinel);
-    fixture::function<void(ork_handle*, void*)>(type.schema.functions, "_destroy_cr")(h, sentinel);
+    kit::function<void(ork_handle*, void*)>(type.schema.functions, "_destroy_cr")(h, sentinel);
     for (unsigned i = 0; i < type.told.newest().body; ++i) {
       ASSERT_EQ(bytes(sentinel)[i], 0) << type.told.name;
     }
@@ -159,10 +158,10 @@ TEST(Lifecycle, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
 }
 
 TEST(Lifecycle, a_new_record_is_zero_but_for_the_headers_inside_it) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
-      Object obj(h, type);
+      SpiedObject obj(h, type);
       std::vector<bool> headers(type.size(h), false);
       const auto mark = [&](const std::string& name, unsigned at) {
         std::fill_n(headers.begin() + at, name == "ork_boolean" ? 0 : ORK_OBJECT_HEADER_SIZE, true);
@@ -182,15 +181,15 @@ TEST(Lifecycle, a_new_record_is_zero_but_for_the_headers_inside_it) {
 }
 
 TEST(Lifecycle, an_allocation_that_fails_leaves_nothing_behind) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       const Counts before = counts(h.storage());
       spy::fail_alloc(1);
       EXPECT_EQ(type.create(h), nullptr);
       spy::fail_alloc(1);
       void* const sentinel =
-          fixture::function<void*(ork_handle*)>(type.schema.functions, "_create_cr")(h);
+          kit::function<void*(ork_handle*)>(type.schema.functions, "_create_cr")(h);
       EXPECT_NE(sentinel, nullptr);
       EXPECT_EQ(h->cr_error, 12u);
       h->cr_error = 0;
@@ -201,8 +200,8 @@ TEST(Lifecycle, an_allocation_that_fails_leaves_nothing_behind) {
 }
 
 TEST(Lifecycle, the_objects_inside_are_made_in_field_order) {
-  for (const Mode& mode : {fixture::plain, fixture::tracked}) {
-    Handle h(mode);
+  for (const Mode& mode : {kit::plain, kit::tracked}) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       // A record writes its header before its fields begin. The base of a record without
       // embedded ones stays the one that was given.
@@ -238,8 +237,8 @@ TEST(Lifecycle, the_objects_inside_are_made_in_field_order) {
 }
 
 TEST(Lifecycle, the_fields_that_own_something_are_destroyed_in_field_order_before_their_record) {
-  for (const Mode& mode : {fixture::plain, fixture::tracked}) {
-    Handle h(mode);
+  for (const Mode& mode : {kit::plain, kit::tracked}) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       std::vector<std::string> expected;
       walk(
@@ -275,9 +274,9 @@ TEST(Lifecycle, the_fields_that_own_something_are_destroyed_in_field_order_befor
 }
 
 TEST(Lifecycle, the_mark_of_the_embedded_goes_over_every_object_inside_the_body_in_field_order) {
-  Handle h;
+  SpiedHandle h;
   for (const Type& type : types()) {
-    Object obj(h, type);
+    SpiedObject obj(h, type);
     for (unsigned cap = 0; cap < type.told.layouts.size(); ++cap) {
       std::vector<std::string> expected;
       const auto mark = [&](unsigned at) {
@@ -305,7 +304,7 @@ TEST(Lifecycle, the_mark_of_the_embedded_goes_over_every_object_inside_the_body_
 }
 
 TEST(Lifecycle, whatever_makes_a_record_starts_the_trace_channel_first) {
-  Handle h;
+  SpiedHandle h;
   for (const Type& type : types()) {
     const auto starts = [&](const char* suffix, const std::vector<uint64_t>& words) {
       spy::Log log;
@@ -338,8 +337,8 @@ TEST(Lifecycle, whatever_makes_a_record_starts_the_trace_channel_first) {
 }
 
 TEST(Sizes, sizeof_gives_the_told_bytes) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       const auto& newest = type.told.newest();
       EXPECT_EQ(type.call("_sizeof", {word(h)}), type.size(h)) << type.told.name;

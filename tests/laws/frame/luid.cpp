@@ -36,8 +36,8 @@ TEST(Luid, every_type_hands_all_arguments_on_and_gives_the_answer_back) {
       given[i] = ~uint64_t{0} / 613 * ++asked;
     }
     arrived.fill(0);
-    EXPECT_EQ(fixture::call_words(fixture::function<void()>(functions, "_get_luid"),
-                                  {given.begin(), given.end()}),
+    EXPECT_EQ(kit::call_words(kit::function<void()>(functions, "_get_luid"),
+                              {given.begin(), given.end()}),
               answer)
         << name;
     EXPECT_EQ(arrived, given) << name;

@@ -9,7 +9,7 @@ namespace {
 // the elements' fields, and to every state byte.
 class Filler {
  public:
-  explicit Filler(Handle& h) : h_(h) {}
+  explicit Filler(SpiedHandle& h) : h_(h) {}
 
   void fill(const Type& type, void* obj) {
     for (const told::Field& told : type.told.fields) {
@@ -61,7 +61,7 @@ class Filler {
     }
   }
 
-  Handle& h_;
+  SpiedHandle& h_;
   uint64_t next_ = 0;
 };
 
@@ -84,16 +84,16 @@ void leave(const told::Record& record, uint8_t* body, uint8_t* state) {
 }  // namespace
 
 TEST(RecordSet, every_field_and_state_byte_arrives_and_arrays_move) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       for (unsigned variant = 0; variant < type.told.layouts.size(); ++variant) {
         const std::string where =
             type.told.name + " variant " + std::to_string(variant) + ", " + mode.text();
-        Object dst(h, type, "dst");
+        SpiedObject dst(h, type, "dst");
         const auto domain = h.domain({{type.told.name, static_cast<int8_t>(variant)}});
         const auto stay = spy::answer(orklib_adjust_variant, 0);
-        Object src(h, type, "src");
+        SpiedObject src(h, type, "src");
         Filler(h).fill(type, src.get());
         std::vector<uint8_t> expected = src.snapshot().before();
         std::vector<std::string> announced = {"write_notify_fn(dst," +

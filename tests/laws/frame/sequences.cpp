@@ -15,7 +15,7 @@ void append(Calls& calls, const Calls& more) {
 // state.
 class Told {
  public:
-  Told(const Handle& h, const Field& f) : h_(h), f_(f) {}
+  Told(const SpiedHandle& h, const Field& f) : h_(h), f_(f) {}
 
   Calls get() const {
     Calls calls = gate();
@@ -141,7 +141,7 @@ class Told {
             "ork_get_instance_variant(" + at() + ",0,1)"};
   }
 
-  const Handle& h_;
+  const SpiedHandle& h_;
   const Field& f_;
 };
 
@@ -171,12 +171,12 @@ testing::AssertionResult begins_and_ends(const Calls& got, const Calls& begin, c
 
 TEST(Sequences, of_values) {
   for (const Mode& mode : modes()) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::value) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       Outputs out;
       const Told told(h, f);
@@ -204,12 +204,12 @@ TEST(Sequences, of_values) {
 
 TEST(Sequences, of_counts) {
   for (const Mode& mode : modes()) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::counter) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       const Told told(h, f);
       spy::Log log;
       f.call("_get", {word(h), instance, obj.word(), word(&h.err)});
@@ -223,12 +223,12 @@ TEST(Sequences, of_counts) {
 
 TEST(Sequences, of_objects) {
   for (const Mode& mode : modes()) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::object) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       const Told told(h, f);
       spy::Log log;
@@ -266,12 +266,12 @@ TEST(Sequences, of_objects) {
 
 TEST(Sequences, of_texts) {
   for (const Mode& mode : modes()) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::text) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       char out[64] = "";
       const Told told(h, f);
       spy::Log log;
@@ -286,12 +286,12 @@ TEST(Sequences, of_texts) {
 
 TEST(Sequences, of_values_arrays_that_grow_from_nothing) {
   for (const Mode& mode : modes()) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::value_array) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       const Told told(h, f);
       const std::string width = std::to_string(f.told.width);
@@ -331,12 +331,12 @@ TEST(Sequences, of_values_arrays_that_grow_from_nothing) {
 
 TEST(Sequences, of_record_arrays_that_grow_from_nothing) {
   for (const Mode& mode : modes()) {
-    Handle h(mode);
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::record_array) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       const Told told(h, f);
       const told::Record& element = *told::record(f.told.type);

@@ -13,12 +13,12 @@ struct Small {
 
   template <class F>
   F* function(const std::string& suffix) const {
-    return fixture::function<F>(schema.functions, suffix);
+    return kit::function<F>(schema.functions, suffix);
   }
-  void* create(Handle& h) const {
+  void* create(SpiedHandle& h) const {
     return function<void*(ork_handle*, uint32_t)>("_create")(h, instance);
   }
-  void destroy(Handle& h, void* obj) const {
+  void destroy(SpiedHandle& h, void* obj) const {
     function<void(ork_handle*, uint32_t, void*)>("_destroy")(h, instance, obj);
   }
 };
@@ -32,8 +32,8 @@ void for_each_small(const std::function<void(const Small&)>& visit) {
 }  // namespace
 
 TEST(SmallTypes, create_and_destroy_balance_in_every_mode) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_small([&](const Small& small) {
       void* const obj = small.create(h);
       ASSERT_NE(obj, nullptr);
@@ -55,7 +55,7 @@ TEST(SmallTypes, create_and_destroy_balance_in_every_mode) {
 }
 
 TEST(SmallTypes, every_value_is_taken_and_none_above) {
-  Handle h;
+  SpiedHandle h;
   for_each_small([&](const Small& small) {
     if (small.told.flags) {
       return;
@@ -86,7 +86,7 @@ TEST(SmallTypes, every_value_is_taken_and_none_above) {
 }
 
 TEST(SmallTypes, an_error_standing_stops_them) {
-  Handle h({.recording = true});
+  SpiedHandle h({.recording = true});
   for_each_small([&](const Small& small) {
     void* const obj = small.create(h);
     void* const src = small.create(h);
@@ -120,7 +120,7 @@ TEST(SmallTypes, an_error_standing_stops_them) {
 }
 
 TEST(SmallTypes, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
-  Handle h;
+  SpiedHandle h;
   std::set<void*> seen;
   for_each_small([&](const Small& small) {
     h->cr_error = 5;
@@ -141,7 +141,7 @@ TEST(SmallTypes, each_type_has_a_sentinel_of_its_own_that_nothing_writes) {
 }
 
 TEST(SmallTypes, set_copies_the_object_whole_and_announced) {
-  Handle h;
+  SpiedHandle h;
   for_each_small([&](const Small& small) {
     void* const obj = small.create(h);
     void* const src = small.create(h);
@@ -171,8 +171,8 @@ TEST(SmallTypes, store_nothing_that_was_not_announced_but_what_is_told_to_be_sil
     size_t silent_from, silent_size;
     bool changes;
   };
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_small([&](const Small& small) {
       const bool flags = small.told.flags;
       const size_t value = flags ? 11 : 12;
@@ -209,7 +209,7 @@ TEST(SmallTypes, store_nothing_that_was_not_announced_but_what_is_told_to_be_sil
           {"_destroy_internal", {i, o, 0}, 0, 0, false},
       };
       for (const Store& call : stores) {
-        if (!fixture::has_function(small.schema.functions, call.suffix)) {
+        if (!kit::has_function(small.schema.functions, call.suffix)) {
           EXPECT_EQ(call.suffix, "_set_cr"); /* the flag set's alone */
           EXPECT_FALSE(flags);
           continue;
@@ -228,7 +228,7 @@ TEST(SmallTypes, store_nothing_that_was_not_announced_but_what_is_told_to_be_sil
         Watch watch(log);
         watch.region(block, sizeof block);
         watch.allow(block + call.silent_from, call.silent_size);
-        fixture::call_words(fixture::function<void()>(small.schema.functions, call.suffix), words);
+        kit::call_words(kit::function<void()>(small.schema.functions, call.suffix), words);
         watch.check();
         EXPECT_EQ(h.err, 0u);
         EXPECT_EQ(!before.unchanged(), call.changes) << small.told.name << call.suffix;

@@ -22,12 +22,12 @@ void append_children(const told::Record& record, unsigned at, int state,
 }  // namespace
 
 TEST(State, every_byte_can_be_set_and_read_on_its_own) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   for_each_field([&](const Field& f) {
     if (f.told.cls == Class::counter) {
       return;
     }
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     const std::string infix = f.is_array() ? "_state_flag_whole" : "_state_flag";
     f.call(infix + "_set", {word(h), instance, obj.word(), 0xA5, word(&h.err)});
     EXPECT_EQ(
@@ -44,13 +44,13 @@ TEST(State, every_byte_can_be_set_and_read_on_its_own) {
 }
 
 TEST(State, a_nested_records_bytes_lie_in_its_parents_block) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   for_each_field([&](const Field& f) {
     if (f.told.cls != Class::object || !f.is_record()) {
       return;
     }
     const Type& child = type(f.told.type);
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     const uint64_t inside = f.call("_get", {word(h), instance, obj.word(), word(&h.err)});
     const auto first_scalar = std::find_if(
         child.told.fields.begin(), child.told.fields.end(),
@@ -69,12 +69,12 @@ TEST(State, a_nested_records_bytes_lie_in_its_parents_block) {
 }
 
 TEST(State, a_getter_reads_the_byte_whatever_the_variant) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   for_each_field([&](const Field& f) {
     if (f.told.cls == Class::counter) {
       return;
     }
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     uint8_t* const entry = obj.state() + f.told.state;
     if (f.is_array()) {
       Source src(h, f);
@@ -107,7 +107,7 @@ TEST(State, a_getter_reads_the_byte_whatever_the_variant) {
 }
 
 TEST(State, the_byte_of_an_element_is_not_set_in_an_object_without_the_array) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   const auto stay = spy::answer(orklib_adjust_variant, 0);
   unsigned arrays = 0;
   for_each_field([&](const Field& f) {
@@ -115,7 +115,7 @@ TEST(State, the_byte_of_an_element_is_not_set_in_an_object_without_the_array) {
       return;
     }
     ++arrays;
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     Source src(h, f);
     f.call("_set", {word(h), instance, obj.word(), 1, src.word(), word(&h.err)});
     header(obj.get()).variant = -1;
@@ -132,7 +132,7 @@ TEST(State, the_byte_of_an_element_is_not_set_in_an_object_without_the_array) {
 }
 
 TEST(Offsets, go_down_the_embedded_records_in_field_order_where_there_are_any) {
-  Handle h(fixture::tracked);
+  SpiedHandle h(kit::tracked);
   unsigned parents = 0;
   for (const Type& type : types()) {
     std::vector<std::pair<unsigned, int>> children;
@@ -146,7 +146,7 @@ TEST(Offsets, go_down_the_embedded_records_in_field_order_where_there_are_any) {
                      std::to_string(distance) + ")");
       dropped.push_back("ork_hd_mapping_destroy(7,obj+" + std::to_string(at) + ",err)");
     }
-    Object obj(h, type);
+    SpiedObject obj(h, type);
     const auto not_told =
         spy::replace(orklib_update_sttr_offset, [](ork_handle*, uint32_t, void*, int32_t) {});
     const auto not_dropped = spy::answer(ork_hd_mapping_destroy, 0);
@@ -161,12 +161,12 @@ TEST(Offsets, go_down_the_embedded_records_in_field_order_where_there_are_any) {
 }
 
 TEST(Mark, a_set_whose_mark_fails_has_written_and_tells_the_database_nothing) {
-  Handle h({.tracking = ORK_TRACKING_OFF, .recording = true});
+  SpiedHandle h({.tracking = ORK_TRACKING_OFF, .recording = true});
   for_each_field([&](const Field& f) {
     if (f.told.cls != Class::value && f.told.cls != Class::object) {
       return;
     }
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     Source src(h, f);
     unsigned seen = f.value_offset() - f.told.offset;
     std::vector<std::string> expected = {"ork_store_err(22)",

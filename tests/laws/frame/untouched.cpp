@@ -4,10 +4,10 @@
 namespace frame {
 
 TEST(Sticky, no_accessor_does_anything_with_an_error_standing) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h({.shared = mode.shared, .tracking = mode.tracking, .recording = true});
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h({.shared = mode.shared, .tracking = mode.tracking, .recording = true});
     for_each_field([&](const Field& f) {
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       Outputs out;
       if (f.is_array()) {
@@ -40,11 +40,11 @@ TEST(Sticky, no_accessor_does_anything_with_an_error_standing) {
 }
 
 TEST(Sticky, no_function_of_the_whole_record_does_that_is_to_look_at_it) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h({.shared = mode.shared, .tracking = mode.tracking, .recording = true});
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h({.shared = mode.shared, .tracking = mode.tracking, .recording = true});
     for (const Type& type : types()) {
-      Object obj(h, type);
-      Object src(h, type, "src");
+      SpiedObject obj(h, type);
+      SpiedObject src(h, type, "src");
       h.err = 5;
       const Snapshot before = obj.snapshot();
       const Snapshot src_before = src.snapshot();
@@ -84,9 +84,9 @@ TEST(Sticky, no_function_of_the_whole_record_does_that_is_to_look_at_it) {
 }
 
 TEST(Untouched, with_tracking_off_or_untracked_every_state_accessor_refuses_with_22) {
-  Handle h({.tracking = ORK_TRACKING_OFF});
+  SpiedHandle h({.tracking = ORK_TRACKING_OFF});
   for_each_field([&](const Field& f) {
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     Source src(h, f);
     Outputs out;
     for (const bool off : {true, false}) {

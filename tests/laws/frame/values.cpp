@@ -19,13 +19,13 @@ ptrdiff_t change_outside(const Snapshot& before, size_t from, size_t length) {
 }  // namespace
 
 TEST(Values, a_value_set_is_the_value_got_and_nothing_else_changes) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::value) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       for (const uint64_t value : f.boundary_values()) {
         const Snapshot body(obj.get(), f.type.told.newest().body);
         f.call("_set_value", {word(h), instance, obj.word(), value, word(&h.err)});
@@ -52,13 +52,13 @@ TEST(Values, a_value_set_is_the_value_got_and_nothing_else_changes) {
 }
 
 TEST(Values, a_set_from_a_source_copies_it) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::value && f.told.cls != Class::object) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       const Snapshot body(obj.get(), f.type.told.newest().body);
       f.call("_set", {word(h), instance, obj.word(), src.word(), word(&h.err)});
@@ -76,13 +76,13 @@ TEST(Values, a_set_from_a_source_copies_it) {
 }
 
 TEST(Values, a_text_of_any_length_comes_back_up_to_its_end) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       if (f.told.cls != Class::text) {
         return;
       }
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       for (const unsigned length : {f.told.width, f.told.width - 1, 1u, 0u}) {
         const std::string text(length, 'x');
         const Snapshot body(obj.get(), f.type.told.newest().body);
@@ -105,14 +105,14 @@ TEST(Values, a_text_of_any_length_comes_back_up_to_its_end) {
 }
 
 TEST(Values, a_full_text_is_cut_to_any_room_with_28_and_refused_with_22_where_there_is_none) {
-  Handle h;
+  SpiedHandle h;
   unsigned texts = 0;
   for_each_field([&](const Field& f) {
     if (f.told.cls != Class::text) {
       return;
     }
     ++texts;
-    Object obj(h, f.type);
+    SpiedObject obj(h, f.type);
     std::string text;
     for (unsigned i = 0; i < f.told.width; ++i) {
       text += static_cast<char>('a' + i % 26);
@@ -130,10 +130,10 @@ TEST(Values, a_full_text_is_cut_to_any_room_with_28_and_refused_with_22_where_th
 }
 
 TEST(Values, an_array_holds_what_was_written_at_each_index) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_array([&](const Field& f) {
-      Object obj(h, f.type);
+      SpiedObject obj(h, f.type);
       Source src(h, f);
       // Written from the end, from the middle and behind the end.
       for (const uint64_t index : {2u, 0u, 4u, 1u}) {
@@ -170,13 +170,13 @@ TEST(Values, an_array_holds_what_was_written_at_each_index) {
 }
 
 TEST(Values, set_all_is_read_back_by_get_all_and_marks_nothing) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for (const Type& type : types()) {
       for (unsigned variant = 0; variant < type.told.layouts.size(); ++variant) {
         const auto domain = h.domain({{type.told.name, static_cast<int8_t>(variant)}});
         const auto stay = spy::answer(orklib_adjust_variant, 0);
-        Object obj(h, type);
+        SpiedObject obj(h, type);
         std::vector<uint64_t> values;
         std::vector<uint64_t> expected;
         std::vector<unsigned> widths;
@@ -220,11 +220,11 @@ TEST(Values, set_all_is_read_back_by_get_all_and_marks_nothing) {
 // ---- Beyond the variant ----
 
 TEST(Gate, a_getter_beyond_the_variant_gives_43_and_touches_nothing) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       for (int variant = -1; variant < static_cast<int>(f.told.variant); ++variant) {
-        Object obj(h, f.type);
+        SpiedObject obj(h, f.type);
         const int8_t before_variant = header(obj.get()).variant;
         header(obj.get()).variant = static_cast<int8_t>(variant);
         const Snapshot before = obj.snapshot();
@@ -254,15 +254,15 @@ TEST(Gate, a_getter_beyond_the_variant_gives_43_and_touches_nothing) {
 }
 
 TEST(Gate, a_setter_beyond_the_variant_gives_43_and_touches_nothing_when_the_object_cannot_rise) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     const auto stay = spy::answer(orklib_adjust_variant, 0);
     for_each_field([&](const Field& f) {
       if (f.told.cls == Class::counter) {
         return;
       }
       for (int variant = -1; variant < static_cast<int>(f.told.variant); ++variant) {
-        Object obj(h, f.type);
+        SpiedObject obj(h, f.type);
         Source src(h, f);
         const int8_t before_variant = header(obj.get()).variant;
         header(obj.get()).variant = static_cast<int8_t>(variant);
@@ -306,11 +306,11 @@ TEST(Gate, a_setter_beyond_the_variant_gives_43_and_touches_nothing_when_the_obj
 }
 
 TEST(Gate, a_setter_raises_an_object_of_an_older_variant_and_writes) {
-  for (const Mode& mode : fixture::all_modes()) {
-    Handle h(mode);
+  for (const Mode& mode : kit::all_modes()) {
+    SpiedHandle h(mode);
     for_each_field([&](const Field& f) {
       for (unsigned variant = 0; variant < f.told.variant; ++variant) {
-        Object obj(h, f.type);
+        SpiedObject obj(h, f.type);
         Source src(h, f);
         unsigned seen = f.value_offset() - f.told.offset;
         if (f.is_record()) {

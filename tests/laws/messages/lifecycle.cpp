@@ -3,7 +3,7 @@
 
 namespace {
 
-using messages::Handle;
+using kit::Handle;
 using messages::Message;
 using messages::Record;
 
@@ -37,7 +37,7 @@ void expect_fresh(const Message& message, const void* object, bool tracked) {
 
 TEST_P(Lifecycle, create_gives_a_fresh_message_with_its_records) {
   for (const ork_tracking tracking : all_trackings) {
-    const Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     void* object = message.create(handle.get(), instance);
     ASSERT_NE(object, nullptr);
     expect_fresh(message, object, tracking == ORK_TRACKING_ON);
@@ -52,7 +52,7 @@ TEST_P(Lifecycle, create_gives_a_fresh_message_with_its_records) {
 
 TEST_P(Lifecycle, create_shallow_gives_a_fresh_message_without_records) {
   for (const ork_tracking tracking : all_trackings) {
-    const Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     void* object = message.create_shallow(handle.get(), instance);
     ASSERT_NE(object, nullptr);
     expect_fresh(message, object, tracking == ORK_TRACKING_ON);
@@ -65,7 +65,7 @@ TEST_P(Lifecycle, create_shallow_gives_a_fresh_message_without_records) {
 }
 
 TEST_P(Lifecycle, create_cr_clears_cr_active) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   void* object = message.create_cr(handle.get());
   ASSERT_NE(object, nullptr);
   expect_fresh(message, object, false);
@@ -75,7 +75,7 @@ TEST_P(Lifecycle, create_cr_clears_cr_active) {
 }
 
 TEST_P(Lifecycle, counters_balance) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const ork_variant_entry before = entry();
   void* deep = message.create(handle.get(), instance);
   void* shallow = message.create_shallow(handle.get(), instance);
@@ -97,7 +97,7 @@ struct Told {
 
 TEST_P(Lifecycle, counters_are_announced_before_they_are_written) {
   Told told;
-  const Handle handle = messages::make_handle([&](ork_options& options) {
+  const Handle handle([&](ork_options& options) {
     options.observers.ctx = &told;
     options.observers.counter_notify = [](void* ctx, void* counter, uint32_t each) {
       auto* into = static_cast<Told*>(ctx);
@@ -122,7 +122,7 @@ TEST_P(Lifecycle, nothing_of_the_object_is_announced_as_a_write) {
     size_t size;
     bool touched;
   } range{nullptr, 0, false};
-  const Handle handle = messages::make_handle([&](ork_options& options) {
+  const Handle handle([&](ork_options& options) {
     options.observers.ctx = &range;
     options.observers.write_notify = [](void* ctx, ork_handle*, const void* address, size_t,
                                         uint32_t, const void*) {
@@ -150,7 +150,7 @@ TEST_P(Lifecycle, nothing_of_the_object_is_announced_as_a_write) {
 }
 
 TEST_P(Lifecycle, null_is_ignored_by_destroy) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const uint64_t destroyed = entry().destroy_count;
   message.destroy(handle.get(), instance, nullptr);
   message.destroy_cr(handle.get(), nullptr);
@@ -158,7 +158,7 @@ TEST_P(Lifecycle, null_is_ignored_by_destroy) {
 }
 
 TEST_P(Lifecycle, object_that_cannot_be_allocated_is_null_and_stores_nothing) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const uint64_t created = entry().create_count;
   ork_handle_fail_allocation(handle.get(), 1);
   EXPECT_EQ(message.create(handle.get(), instance), nullptr);
@@ -171,7 +171,7 @@ TEST_P(Lifecycle, object_that_cannot_be_allocated_is_null_and_stores_nothing) {
 }
 
 TEST_P(Lifecycle, record_that_cannot_be_allocated_takes_the_whole_message_with_it) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const uint64_t created = entry().create_count;
   for (uint64_t i = 0; i < message.record_count(); ++i) {
     ork_handle_fail_allocation(handle.get(), 2 + i);
@@ -183,7 +183,7 @@ TEST_P(Lifecycle, record_that_cannot_be_allocated_takes_the_whole_message_with_i
 }
 
 TEST_P(Lifecycle, cr_create_without_memory_gives_the_sentinel_and_twelve) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const uint64_t created = entry().create_count;
   const uint64_t destroyed = entry().destroy_count;
   ork_handle_fail_allocation(handle.get(), 1);
@@ -208,7 +208,7 @@ TEST_P(Lifecycle, cr_create_without_memory_gives_the_sentinel_and_twelve) {
 }
 
 TEST_P(Lifecycle, cr_create_with_a_pending_error_tries_no_allocation) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   handle->cr_error = 5;
   ork_memory_report before;
   ork_handle_memory(handle.get(), &before);
@@ -224,7 +224,7 @@ TEST_P(Lifecycle, cr_create_with_a_pending_error_tries_no_allocation) {
 
 TEST_P(Lifecycle, length_is_the_records_and_forty_three) {
   for (const ork_tracking tracking : all_trackings) {
-    const Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     const messages::Made made(message, handle.get());
     uint32_t expected = 43;
     for (size_t i = 0; i < message.record_count(); ++i) {
@@ -240,7 +240,7 @@ TEST_P(Lifecycle, length_is_the_records_and_forty_three) {
 }
 
 TEST_P(Lifecycle, get_lends_and_detach_gives_away) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   uint32_t err = 0;
   for (size_t i = 0; i < message.record_count(); ++i) {
     const messages::Made made(message, handle.get());
@@ -257,7 +257,7 @@ TEST_P(Lifecycle, get_lends_and_detach_gives_away) {
 }
 
 TEST_P(Lifecycle, destroy_after_detach_leaves_the_record_alive) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   uint32_t err = 0;
   void* object = message.create(handle.get(), 0);
   std::vector<void*> records;
@@ -272,7 +272,7 @@ TEST_P(Lifecycle, destroy_after_detach_leaves_the_record_alive) {
 }
 
 TEST_P(Lifecycle, set_leaves_the_old_record_and_free_and_set_destroys_it) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   uint32_t err = 0;
   for (size_t i = 0; i < message.record_count(); ++i) {
     const Record record(message.record(i));
@@ -298,7 +298,7 @@ TEST_P(Lifecycle, set_leaves_the_old_record_and_free_and_set_destroys_it) {
 }
 
 TEST_P(Lifecycle, accessors_do_nothing_with_an_error_pending_or_without_a_message) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   for (size_t i = 0; i < message.record_count(); ++i) {
     const Record type(message.record(i));
     const messages::Made made(message, handle.get());
@@ -322,7 +322,7 @@ TEST_P(Lifecycle, accessors_do_nothing_with_an_error_pending_or_without_a_messag
 }
 
 TEST_P(Lifecycle, is_valid_asks_the_domain) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   EXPECT_NE(message.is_valid_cr(handle.get()), 0u);
   messages::set_peer_without(handle, {message.name()});
   EXPECT_EQ(message.is_valid_cr(handle.get()), 0u);
@@ -350,7 +350,7 @@ int64_t account(uint32_t tag) {
 }
 
 TEST_P(Lifecycle, records_are_accounted_under_their_tags) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const uint32_t tag = message.schema().call_site_tag;
   const auto count = static_cast<uint32_t>(message.record_count());
   std::vector<int64_t> before;

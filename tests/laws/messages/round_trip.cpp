@@ -3,7 +3,7 @@
 
 namespace {
 
-using messages::Handle;
+using kit::Handle;
 using messages::Message;
 using messages::Record;
 
@@ -43,8 +43,8 @@ class RoundTrip : public testing::TestWithParam<Message> {
 
 TEST_P(RoundTrip, records_come_back_equal) {
   for (const auto& [sends, receives] : pairings) {
-    const Handle sender = messages::tracking_handle(sends);
-    const Handle receiver = messages::tracking_handle(receives);
+    const Handle sender(sends);
+    const Handle receiver(receives);
     const messages::Made made(message, sender.get(), 9);
     void* msg = receive(receiver, send(sender, made.get()));
     for (size_t i = 0; i < message.record_count(); ++i) {
@@ -58,8 +58,8 @@ TEST_P(RoundTrip, records_come_back_equal) {
 
 TEST_P(RoundTrip, marshal_of_what_came_back_is_identical) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle sender = messages::tracking_handle(tracking);
-    const Handle receiver = messages::tracking_handle(tracking);
+    const Handle sender(tracking);
+    const Handle receiver(tracking);
     const messages::Made made(message, sender.get(), 9);
     const std::vector<uint8_t> frame = send(sender, made.get());
     void* msg = receive(receiver, frame);
@@ -70,7 +70,7 @@ TEST_P(RoundTrip, marshal_of_what_came_back_is_identical) {
 
 TEST_P(RoundTrip, consumed_is_the_length_of_the_result) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF}) {
-    const Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     const messages::Made made(message, handle.get(), 9);
     const std::vector<uint8_t> frame = send(handle, made.get());
     void* msg = receive(handle, frame);
@@ -81,14 +81,14 @@ TEST_P(RoundTrip, consumed_is_the_length_of_the_result) {
 
 TEST_P(RoundTrip, length_is_never_too_short) {
   for (const ork_tracking tracking : {ORK_TRACKING_ABSENT, ORK_TRACKING_OFF, ORK_TRACKING_ON}) {
-    const Handle handle = messages::tracking_handle(tracking);
+    const Handle handle(tracking);
     const messages::Made made(message, handle.get(), 9);
     EXPECT_LE(send(handle, made.get()).size(), message.len(handle.get(), 0, made.get()));
   }
 }
 
 TEST_P(RoundTrip, frame_ends_with_the_records_images) {
-  const Handle handle = messages::tracking_handle(ORK_TRACKING_OFF);
+  const Handle handle(ORK_TRACKING_OFF);
   const messages::Made made(message, handle.get(), 9);
   const std::vector<uint8_t> frame = send(handle, made.get());
   EXPECT_TRUE(std::equal(message.schema().luid, message.schema().luid + 16, frame.begin() + 27));
@@ -107,7 +107,7 @@ TEST_P(RoundTrip, frame_ends_with_the_records_images) {
 }
 
 TEST_P(RoundTrip, xml_there_and_back_gives_the_same_frame) {
-  const Handle handle = messages::tracking_handle(ORK_TRACKING_OFF);
+  const Handle handle(ORK_TRACKING_OFF);
   const messages::Made made(message, handle.get(), 9);
   std::string text(1 << 16, '\0');
   uint32_t err = 0;
@@ -123,7 +123,7 @@ TEST_P(RoundTrip, xml_there_and_back_gives_the_same_frame) {
 }
 
 TEST_P(RoundTrip, two_messages_of_another_seed_differ) {
-  const Handle handle = messages::make_handle();
+  const Handle handle;
   const messages::Made one(message, handle.get(), 1);
   const messages::Made other(message, handle.get(), 3);
   EXPECT_NE(send(handle, one.get()), send(handle, other.get()))

@@ -165,7 +165,7 @@ TEST_P(BundleTable, leads_from_start_to_the_agreed_rows) {
   const auto agreed = std::find_if(
       all.begin(), all.end(), [&](const told::Bundle& each) { return each.name == bundle.name(); });
   ASSERT_NE(agreed, all.end());
-  const messages::Handle handle = messages::make_handle();
+  const kit::Handle handle;
   uint8_t buffer[43];
   uint32_t err = 0;
   bundle.start().marshal(handle.get(), 0, buffer, sizeof buffer, &err);

@@ -11,6 +11,7 @@ namespace {
 
 using messages::Bundle;
 using messages::Control;
+using kit::Handle;
 using messages::Message;
 
 constexpr uint32_t pending_error = 5;
@@ -36,18 +37,11 @@ Control control_of(const std::string& what) {
   return what == "start" ? bundle.start() : what == "abort" ? bundle.abort() : bundle.commit();
 }
 
-ork_handle* make_handle() {
-  ork_options options;
-  ork_options_init(&options);
-  uint32_t err = 0;
-  return ork_handle_create(&options, &err);
-}
-
 // ---- Sending ----------------------------------------------------------------
 
 class Sender {
  public:
-  Sender() : handle_(make_handle()), member_(member, handle_), stranger_(stranger, handle_) {
+  Sender() : handle_(Handle().release()), member_(member, handle_), stranger_(stranger, handle_) {
     member_size_ = member_.frame().size();
     stranger_size_ = stranger_.frame().size();
   }
@@ -97,8 +91,8 @@ class Sender {
 
 class Receiver {
  public:
-  Receiver() : handle_(make_handle()), dispatcher_(new_dispatcher()) {
-    ork_handle* sender = make_handle();
+  Receiver() : handle_(Handle().release()), dispatcher_(new_dispatcher()) {
+    ork_handle* sender = Handle().release();
     uint32_t err = 0;
     for (const auto& [what, frame] : {std::pair("start", &start_), std::pair("abort", &abort_),
                                       std::pair("commit", &commit_)}) {
