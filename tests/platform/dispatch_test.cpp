@@ -101,7 +101,8 @@ std::vector<uint8_t> frame(const uint8_t* luid, std::string_view payload) {
 
 class Dispatch : public testing::Test {
  protected:
-  explicit Dispatch() : dispatcher_(ork_dispatcher_create(&err_)), handle_(Handle()) {}
+  explicit Dispatch(Handle handle = Handle())
+      : dispatcher_(ork_dispatcher_create(&err_)), handle_(std::move(handle)) {}
   ~Dispatch() override { ork_dispatcher_free(dispatcher_); }
 
   void add_rows(ork_message_handler item_handler) {
@@ -154,8 +155,13 @@ TEST_F(Dispatch, bundle_keeps_its_members_until_commit) {
   EXPECT_EQ(orklib_is_accumulating_bundle(handle_.get()), 0u);
 }
 
-TEST_F(Dispatch, members_of_an_open_bundle_count_against_the_budget) {
-  handle_ = make_handle([](ork_options& options) { options.memory_budget = size_t{1} << 16; });
+class DispatchInBudget : public Dispatch {
+ protected:
+  DispatchInBudget()
+      : Dispatch(Handle([](ork_options& options) { options.memory_budget = size_t{1} << 16; })) {}
+};
+
+TEST_F(DispatchInBudget, holds_what_the_members_of_an_open_bundle_take) {
   add_rows(nullptr);
   dispatch(frame(start_luid, ""));
   uint64_t kept = 0;
@@ -164,11 +170,11 @@ TEST_F(Dispatch, members_of_an_open_bundle_count_against_the_budget) {
   }
   // a block of one byte takes 80 bytes, a member of 72 as many
   EXPECT_EQ(kept, (size_t{1} << 16) / 160);
-  EXPECT_EQ(memory_of(handle_).live_blocks, kept) << "the message without a member goes";
-  EXPECT_EQ(memory_of(handle_).held_bytes, kept * 160);
+  EXPECT_EQ(handle_.memory().live_blocks, kept) << "the message without a member goes";
+  EXPECT_EQ(handle_.memory().held_bytes, kept * 160);
   EXPECT_EQ(dispatch(frame(commit_luid, "")), 0u);
-  EXPECT_EQ(memory_of(handle_).live_blocks, 1u) << "the one that was taken";
-  EXPECT_EQ(memory_of(handle_).held_bytes, 80u);
+  EXPECT_EQ(handle_.memory().live_blocks, 1u) << "the one that was taken";
+  EXPECT_EQ(handle_.memory().held_bytes, 80u);
   destroy_item(handle_.get(), 0, received_.kept.at(0));
 }
 

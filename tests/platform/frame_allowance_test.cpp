@@ -82,7 +82,7 @@ class FrameAllowance : public testing::Test {
   ~FrameAllowance() override { ork_dispatcher_free(dispatcher_); }
 
   static Handle bounded(size_t base, size_t factor, ork_tracking tracking = ORK_TRACKING_OFF) {
-    return make_handle([&](ork_options& options) {
+    return Handle([&](ork_options& options) {
       options.frame_base = base;
       options.frame_factor = factor;
       options.tracking = tracking;
@@ -113,7 +113,7 @@ class FrameAllowance : public testing::Test {
 };
 
 TEST_F(FrameAllowance, is_all_there_is_unless_told_otherwise) {
-  EXPECT_EQ(blocks_for(make_handle(), 44), 20u);
+  EXPECT_EQ(blocks_for(Handle(), 44), 20u);
 }
 
 TEST_F(FrameAllowance, is_a_base_and_a_part_for_each_byte) {
@@ -174,7 +174,7 @@ TEST_F(FrameAllowance, holds_in_storage_of_several_handles) {
   ork_storage* storage = ork_storage_create(0, &err);
   {
     const auto make = [&](size_t base) {
-      return make_handle([&](ork_options& options) {
+      return Handle([&](ork_options& options) {
         options.storage = storage;
         options.frame_base = base;
       });

@@ -63,8 +63,8 @@ class Reader {
     EXPECT_EQ(outcome.err, 0u);
     Bytes readable = frame;
     readable.push_back(0);
-    ork_dispatch(dispatcher_, handle, encoders::instance, const_cast<Reader*>(this), readable.data(),
-                 static_cast<uint32_t>(frame.size()), &outcome.err);
+    ork_dispatch(dispatcher_, handle, encoders::instance, const_cast<Reader*>(this),
+                 readable.data(), static_cast<uint32_t>(frame.size()), &outcome.err);
     ork_memory_report report;
     ork_handle_destroy(handle, &report);
     EXPECT_EQ(report.live_blocks, 0u);

@@ -29,7 +29,7 @@ int8_t look_up(const Handle& handle, const TestType& type) {
 std::vector<uint8_t> beginning_of_frame(uint32_t length) {
   std::vector<uint8_t> bytes(43);
   const ork_message_header header{0xBC, {}, 0, 0, length};
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   _ork_message_header_marshal(handle.get(), 0, bytes.data(), &header, 27, &err);
   return bytes;
@@ -60,7 +60,7 @@ TEST(FrameLimits, a_frame_of_header_and_luid_alone_is_one_and_a_shorter_one_is_n
 }
 
 TEST(FrameLimits, a_dispatched_frame_may_say_the_longest_length_that_has_a_sign) {
-  const Handle handle = make_handle();
+  const Handle handle;
   uint32_t err = 0;
   ork_dispatcher* const dispatcher = ork_dispatcher_create(&err);
   for (const auto& [told, answer] : {std::pair{0x7FFFFFFFu, 90u}, {0x80000000u, 74u}}) {
@@ -91,7 +91,7 @@ TEST(VariantLimits, a_list_tells_of_127_variants_and_not_of_128) {
 }
 
 TEST(VariantLimits, a_peer_or_a_release_with_127_variants_is_at_126) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType few(1, "type", {20, 30});
   const TestType many(2, "type", growing(127));
   EXPECT_EQ(look_up(handle, many), 126) << "without a peer";
@@ -101,7 +101,7 @@ TEST(VariantLimits, a_peer_or_a_release_with_127_variants_is_at_126) {
   ork_handle_set_peer(handle.get(), "peer", list.get(), &err);
   EXPECT_EQ(look_up(handle, few), 126);
   EXPECT_EQ(look_up(handle, many), 126);
-  const Handle released = make_handle([&](ork_options& options) { options.release = list.get(); });
+  const Handle released([&](ork_options& options) { options.release = list.get(); });
   EXPECT_EQ(look_up(released, many), 126);
 }
 
@@ -111,13 +111,13 @@ TEST(VariantLimits, a_module_announces_all_127) {
   uint32_t err = 0;
   const List all(ork_type_list_from_modules(&err));
   EXPECT_EQ(ork_type_list_variants(all.get(), many.get()->luid), 127u);
-  const Handle handle = make_handle();
+  const Handle handle;
   const List announced(ork_handle_announcement(handle.get(), &err));
   EXPECT_EQ(ork_type_list_variants(announced.get(), many.get()->luid), 127u);
 }
 
 TEST(VariantLimits, an_object_is_upgraded_to_126) {
-  const Handle handle = make_handle();
+  const Handle handle;
   const TestType many(1, "type", growing(127));
   for (const uint8_t cap : {uint8_t{126}, uint8_t{127}, uint8_t{255}}) {
     alignas(8) ork_object object{};
@@ -138,7 +138,7 @@ TEST(VariantLimits, a_shared_type_keeps_127_variants_with_their_counts) {
   uint32_t err = 0;
   ork_storage* const storage = ork_storage_create(0, &err);
   {
-    const Handle handle = make_handle([&](ork_options& options) { options.storage = storage; });
+    const Handle handle([&](ork_options& options) { options.storage = storage; });
     TestType many(1, "type", growing(127));
     const TestType fewer(1, "type", growing(126));
     auto* const copy = static_cast<ork_type_info*>(

@@ -10,7 +10,7 @@ namespace platform_test {
 namespace {
 
 TEST(Memory, budget_refuses_what_would_pass_it) {
-  const Handle handle = make_handle([](ork_options& options) { options.memory_budget = 1000; });
+  const Handle handle([](ork_options& options) { options.memory_budget = 1000; });
   void* first = allocate(handle, 500);
   ASSERT_NE(first, nullptr);
   EXPECT_EQ(allocate(handle, 500), nullptr) << "with two heads that is more than 1000";
@@ -18,8 +18,8 @@ TEST(Memory, budget_refuses_what_would_pass_it) {
   EXPECT_NE(second, nullptr);
   release(handle, first);
   release(handle, second);
-  EXPECT_EQ(memory_of(handle).refusals, 1u);
-  EXPECT_EQ(memory_of(handle).held_bytes, 0u);
+  EXPECT_EQ(handle.memory().refusals, 1u);
+  EXPECT_EQ(handle.memory().held_bytes, 0u);
 }
 
 // What malloc has handed out in this process; always 0 where a sanitizer stands in for malloc.
@@ -39,14 +39,14 @@ void expect_taken(size_t before, size_t counted) {
 
 TEST(Memory, small_blocks_count_with_their_heads) {
   constexpr size_t budget = size_t{1} << 20;
-  const Handle handle = make_handle([](ork_options& options) { options.memory_budget = budget; });
+  const Handle handle([](ork_options& options) { options.memory_budget = budget; });
   std::vector<void*> blocks;
   blocks.reserve(budget);
   const size_t before = process_holds();
   while (void* block = allocate(handle, 1)) {
     blocks.push_back(block);
   }
-  const ork_memory_report report = memory_of(handle);
+  const ork_memory_report report = handle.memory();
   expect_taken(before, report.held_bytes);
   EXPECT_LE(report.held_bytes, budget);
   EXPECT_GT(report.held_bytes, budget - 1024);
@@ -55,12 +55,12 @@ TEST(Memory, small_blocks_count_with_their_heads) {
   for (void* block : blocks) {
     release(handle, block);
   }
-  EXPECT_EQ(memory_of(handle).held_bytes, 0u);
+  EXPECT_EQ(handle.memory().held_bytes, 0u);
 }
 
 TEST(Memory, distances_count_and_find_room_kept_for_them) {
   constexpr size_t budget = size_t{1} << 20;
-  const Handle handle = make_handle([](ork_options& options) {
+  const Handle handle([](ork_options& options) {
     options.memory_budget = budget;
     options.tracking = ORK_TRACKING_ON;
   });
@@ -76,14 +76,14 @@ TEST(Memory, distances_count_and_find_room_kept_for_them) {
       orklib_update_sttr_offset(handle.get(), 0, block + at, at + 1);
     }
   }
-  const ork_memory_report report = memory_of(handle);
+  const ork_memory_report report = handle.memory();
   EXPECT_LE(report.peak_held_bytes, budget);
   expect_taken(before, report.live_distances * 64);
   EXPECT_GE(report.held_bytes, blocks.size() * 240 + report.live_distances * 64);
   for (char* block : blocks) {
     release(handle, block);
   }
-  EXPECT_EQ(memory_of(handle).held_bytes, 0u);
+  EXPECT_EQ(handle.memory().held_bytes, 0u);
 }
 
 TEST(Memory, hostile_sizes_are_refused) {
