@@ -17,7 +17,7 @@ constexpr size_t frame_minimum = 43;
 // The exported function of a message.
 template <class Prototype>
 Prototype* of(const wayfind_message& message, const char* suffix) {
-  return encoders::find<Prototype>(message.functions, suffix);
+  return kit::function<Prototype>(message.functions, suffix);
 }
 
 // ---- Reading ----------------------------------------------------------------
@@ -98,20 +98,20 @@ struct Writer {
 };
 
 // Gives every array of records that many elements at once, or as many as its counter can tell.
-void grow(const encoders::Handle& handle, const wayfind_record& record, void* object,
+void grow(const kit::Handle& handle, const wayfind_record& record, void* object,
           uint32_t elements) {
   uint32_t err = 0;
   for (unsigned i = 0; i < record.field_count; ++i) {
     const wayfind_field& field = record.fields[i];
     if (field.cls == WAYFIND_OBJECT && field.record != nullptr) {
       grow(handle, *field.record,
-           encoders::find<void*(ork_handle*, uint32_t, void*, uint32_t*)>(field.functions, "_get")(
+           kit::function<void*(ork_handle*, uint32_t, void*, uint32_t*)>(field.functions, "_get")(
                handle, encoders::instance, object, &err),
            elements);
     } else if (field.cls == WAYFIND_RECORD_ARRAY) {
       const uint32_t most = record.fields[i - 1].width == 1 ? 255 : elements;
       const encoders::Object element(handle, encoders::calls_of(field.record->name));
-      encoders::find<void(ork_handle*, uint32_t, void*, uint32_t, void*, uint32_t*)>(
+      kit::function<void(ork_handle*, uint32_t, void*, uint32_t, void*, uint32_t*)>(
           field.functions, "_set")(handle, encoders::instance, object, std::min(elements, most) - 1,
                                    element.get(), &err);
     }
@@ -121,8 +121,10 @@ void grow(const encoders::Handle& handle, const wayfind_record& record, void* ob
 
 // The frame of a filled message.
 Bytes written(const wayfind_message& message, const Writer& how) {
-  const encoders::Handle handle(
-      encoders::Handle::Options{.tracking = how.tracking, .release = how.release});
+  const kit::Handle handle([&](ork_options& options) {
+    options.tracking = how.tracking;
+    options.release = how.release;
+  });
   void* object = of<void*(ork_handle*, uint32_t)>(message, "_create")(handle, encoders::instance);
   for (unsigned i = 0; i < message.record_count; ++i) {
     uint32_t err = 0;

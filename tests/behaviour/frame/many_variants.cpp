@@ -4,8 +4,8 @@
 
 namespace frame {
 
-TEST(FrameVariant, of_127_that_the_runtime_knows_the_newest_own_one_is_taken_without_a_trace) {
-  Handle h({.shared = true});
+TEST(ManyVariants, of_127_that_the_runtime_knows_the_newest_own_one_is_taken_without_a_trace) {
+  SpiedHandle h({.shared = true});
   std::vector<ork_variant_entry> entries(127);
   ork_variant_info variants{127, {}, entries.data()};
   ork_type_info type = _fwe_cl_wayfind_chan_st_type_info_internal;

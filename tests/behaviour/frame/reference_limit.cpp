@@ -30,9 +30,9 @@ struct References {
 
 }  // namespace
 
-TEST(FrameDestroyReferences, of_one_field_4096_are_given_up) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+TEST(ReferenceLimit, of_one_field_4096_are_given_up) {
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   References references(4096);
   spy::Log log;
   fwe_pal_wayfind_site_prefix_data_destroy(
@@ -43,9 +43,9 @@ TEST(FrameDestroyReferences, of_one_field_4096_are_given_up) {
   EXPECT_EQ(references.released, 4096u);
 }
 
-TEST(FrameDestroyReferences, of_one_field_4097_are_refused_like_a_list_that_fails) {
-  Handle h(plain);
-  Object obj(h, "fwe_pal_wayfind_site_prefix_data");
+TEST(ReferenceLimit, of_one_field_4097_are_refused_like_a_list_that_fails) {
+  SpiedHandle h(plain);
+  SpiedObject obj(h, "fwe_pal_wayfind_site_prefix_data");
   {
     References references(4097);
     spy::Log log;
