@@ -60,7 +60,7 @@ bool serve_client(Connection& client, short events) {
 
 // The process that connected, as the kernel tells it.
 std::string name_of(unsigned number, int socket) {
-  const std::string name = "client " + std::to_string(number);
+  std::string name = "client " + std::to_string(number);
   ucred peer{};
   socklen_t size = sizeof peer;
   if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return name;
