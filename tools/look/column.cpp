@@ -32,6 +32,10 @@ std::vector<std::string> paths_of(const wayfind_message& message, const Wanted& 
   return paths;
 }
 
+auto with_role(Role role, const Roles& roles) {
+  return [role, &roles](const wayfind_field& field) { return roles.of(field).has(role); };
+}
+
 void put_name(std::string& out, const wayfind_small_type& type, uint64_t number) {
   if (const auto name = short_name(type, number)) {
     out += *name;
@@ -77,15 +81,19 @@ bool Column::is_number() const {
 std::vector<Column> columns_by_role(const wayfind_message& message, const Roles& roles) {
   std::vector<Column> columns;
   for (const char* path : roles.key(message)) columns.push_back({path_in(path, message), true});
-  const auto is_column = [&](const wayfind_field& field) {
-    return roles.of(field).has(column_role);
-  };
-  for (const std::string& path : paths_of(message, is_column)) {
+  for (const std::string& path : paths_of(message, with_role(column_role, roles))) {
     const bool is_key = std::any_of(columns.begin(), columns.end(), [&](const Column& column) {
       return column.is_key && column.path.text == path;
     });
     if (!is_key) columns.push_back({path_in(path, message)});
   }
+  return columns;
+}
+
+std::vector<Column> counter_columns(const wayfind_message& message, const Roles& roles) {
+  std::vector<Column> columns;
+  for (const std::string& path : paths_of(message, with_role(counter_role, roles)))
+    columns.push_back({path_in(path, message)});
   return columns;
 }
 

@@ -21,6 +21,9 @@ struct Column {
 // records. Empty when the message has neither.
 std::vector<Column> columns_by_role(const wayfind_message& message, const Roles& roles);
 
+// What counts events in the records of the message, outside of arrays of records.
+std::vector<Column> counter_columns(const wayfind_message& message, const Roles& roles);
+
 // All values of the message that a single path leads to.
 std::vector<Column> all_columns(const wayfind_message& message);
 

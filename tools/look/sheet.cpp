@@ -9,6 +9,18 @@ void Sheet::add(ork_handle* handle, const Message& message) {
   }
 }
 
+void Sheet::add_cell(std::string_view text, bool is_marked) {
+  cells_ += text;
+  ends_.push_back(cells_.size());
+  if (is_marked) marks_.resize(ends_.size(), false);
+  if (is_marked) marks_.back() = true;
+}
+
+bool Sheet::is_marked(size_t row, size_t column) const {
+  const size_t place = row * columns_.size() + column;
+  return place < marks_.size() && marks_[place];
+}
+
 std::string_view Sheet::cell(size_t row, size_t column) const {
   const size_t place = row * columns_.size() + column;
   const size_t begin = place == 0 ? 0 : ends_[place - 1];

@@ -19,7 +19,10 @@ constexpr size_t least_width = 6;  // no column is cut to less
 constexpr std::string_view bold = "\x1b[1m";
 constexpr std::string_view cyan = "\x1b[36m";
 constexpr std::string_view dim = "\x1b[2m";
+constexpr std::string_view yellow = "\x1b[1;33m";
 constexpr std::string_view plain = "\x1b[0m";
+// Behind a marked cell where there is no colour, in place of a blank of the gap.
+constexpr std::string_view mark = "*";
 
 bool begins_character(char c) { return (static_cast<uint8_t>(c) & 0xc0) != 0x80; }
 
@@ -72,10 +75,11 @@ class Table {
 
   void put() {
     put_line([&](size_t column) { return std::string_view(heads_[column]); },
-             [&](size_t) { return bold; });
+             [&](size_t) { return bold; }, [](size_t) { return false; });
     for (size_t row = 0; row < sheet_.rows(); ++row) {
       put_line([&](size_t column) { return cell(row, column); },
-               [&](size_t column) { return colour(row, column); });
+               [&](size_t column) { return colour(row, column); },
+               [&](size_t column) { return !style_.colour && sheet_.is_marked(row, column); });
     }
   }
 
@@ -86,6 +90,7 @@ class Table {
   }
 
   std::string_view colour(size_t row, size_t column) const {
+    if (sheet_.is_marked(row, column)) return yellow;
     if (sheet_.cell(row, column).empty()) return dim;
     return sheet_.columns()[column].is_key ? cyan : std::string_view();
   }
@@ -108,8 +113,8 @@ class Table {
     }
   }
 
-  template <class Text, class Colour>
-  void put_line(const Text& text, const Colour& colour_of) {
+  template <class Text, class Colour, class Marked>
+  void put_line(const Text& text, const Colour& colour_of, const Marked& is_marked) {
     const size_t last = widths_.size() - 1;
     for (size_t column = 0; column <= last; ++column) {
       const std::string_view shown = text(column);
@@ -118,9 +123,10 @@ class Table {
       const bool is_right = sheet_.columns()[column].is_number();
       if (is_right) out_.append(blanks, ' ');
       put_cell(shown, column, style_.colour ? colour_of(column) : std::string_view());
+      const std::string_view behind = is_marked(column) ? mark : std::string_view();
+      out_ += behind;
       if (column == last) break;
-      if (!is_right) out_.append(blanks, ' ');
-      out_ += gap;
+      out_.append((is_right ? 0 : blanks) + gap.size() - behind.size(), ' ');
     }
     out_ += '\n';
   }

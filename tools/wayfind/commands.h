@@ -10,6 +10,7 @@ namespace wayfind {
 
 void add_agent(CLI::App& app);
 void add_show(CLI::App& app);
+void add_wait(CLI::App& app);
 void add_recording(CLI::App& app);
 
 }  // namespace wayfind

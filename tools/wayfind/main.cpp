@@ -33,6 +33,7 @@ int run(int argc, char** argv) {
   app.failure_message(failure_line);
   wayfind::add_agent(app);
   wayfind::add_show(app);
+  wayfind::add_wait(app);
   wayfind::add_recording(app);
   wayfind::add_trace(app);
   wayfind::add_manifest(app);

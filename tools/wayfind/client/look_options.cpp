@@ -15,9 +15,8 @@ std::string is_count(const std::string& text) {
 }  // namespace
 
 void LookOptions::add_to(CLI::App& command) {
-  command.add_option("--format", format, "How to print")
-      ->check(CLI::IsMember({"text", "xml", "table", "json", "csv"}))
-      ->capture_default_str();
+  command.add_option("--format", format, "How to print: as text if nothing is said")
+      ->check(CLI::IsMember({"text", "xml", "table", "json", "csv"}));
   command.add_option("--columns", columns, "What stands in a table or in csv: paths, by commas")
       ->type_name("PATHS");
   command.add_flag("--lines", lines, "JSON with a message a line, in place of one array");
@@ -32,8 +31,9 @@ void LookOptions::add_to(CLI::App& command) {
   command.add_flag("--count", count, "Print how many there are, and nothing else");
 }
 
-void LookOptions::add_where_to(CLI::App& command) {
-  command.add_option("--where", wishes.where, "Only what fits; docs/expressions.md tells how")
+CLI::Option* LookOptions::add_where_to(CLI::App& command) {
+  return command
+      .add_option("--where", wishes.where, "Only what fits; docs/expressions.md tells how")
       ->type_name("EXPRESSION");
 }
 
@@ -43,7 +43,7 @@ void LookOptions::expect_fitting(bool tracks) const {
   if (states && !tracks) throw Failure("--states belongs to --tracking on");
   if (!columns.empty() && format != "table" && format != "csv")
     throw Failure("--columns belongs to --format table or csv");
-  if (count && format != "text")
+  if (count && !format.empty())
     throw Failure("--count prints a number; leave out --format " + format);
 }
 

@@ -7,13 +7,14 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace wayfind {
 
 struct LookOptions {
   look::Wishes wishes;
-  std::string format = "text";
+  std::string format;  // empty: what suits best
   std::string columns;
   bool lines = false;
   bool states = false;
@@ -22,7 +23,7 @@ struct LookOptions {
   // --format and those that belong to one of them, --where, --sort, --id, --limit, --count.
   void add_to(CLI::App& command);
   // Only --where.
-  void add_where_to(CLI::App& command);
+  CLI::Option* add_where_to(CLI::App& command);
 
   // Throws a Failure when an option stands with a format that it means nothing to.
   void expect_fitting(bool tracks) const;
