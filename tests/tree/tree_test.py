@@ -58,7 +58,7 @@ LAYERS = [
     ("tests/look/", "tests", PUBLIC + ["look"]),
     ("tests/tree/wrong_rows/", "tests", TABLES),
     ("tests/", "tests", PUBLIC),
-    ("bench/", "bench", PUBLIC),
+    ("bench/", "bench", PUBLIC + ["look"]),
     ("fuzz/", "fuzz", PUBLIC + ["tools", "offline tools"]),
     ("fwe_ui_wayfind/", "generated headers", ["ork"]),
 ]
