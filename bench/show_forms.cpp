@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/exports.h"
 #include "tests/support/sample.h"
 #include "tools/look/csv.h"
 #include "tools/look/json.h"
@@ -36,7 +37,7 @@ ork_handle* shared_handle() {
 std::vector<look::Message> make_show(size_t count) {
   using Create = void* (*)(ork_handle*, uint32_t);
   const wayfind_message& type = *hop_channels().members[1].message;
-  const auto create = sample::function<Create>(type.functions, "_create");
+  const auto create = kit::function<Create>(type.functions, "_create");
   std::vector<look::Message> shown;
   shown.reserve(count);
   for (size_t i = 0; i < count; ++i) {
@@ -62,7 +63,7 @@ const std::vector<look::Message>& show_for(const benchmark::State& state) {
 void text(benchmark::State& state) {
   using Print = uint32_t (*)(ork_handle*, uint32_t, char*, const void*, uint32_t, uint32_t*);
   const std::vector<look::Message>& shown = show_for(state);
-  const auto print = sample::function<Print>(shown[0].type->functions, "_print");
+  const auto print = kit::function<Print>(shown[0].type->functions, "_print");
   std::vector<char> buffer(size_t{64} << 10);
   for (auto _ : state) {
     for (const look::Message& message : shown) {
