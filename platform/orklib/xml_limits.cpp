@@ -2,6 +2,7 @@
 
 #include <expat.h>
 
+#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -37,7 +38,18 @@ class Scan {
   const char* excess() const { return excess_; }
   size_t limit() const { return limit_; }
 
+  // The name of the innermost element that is still open in `text`, cut to what a message can use.
+  std::string_view open_element(std::string_view text) const {
+    if (depth_ == 0) {
+      return {};
+    }
+    const std::string_view name = text.substr(opened_[depth_ - 1] + 1, longest_name);
+    return name.substr(0, name.find_first_of(" \t\r\n/>"));
+  }
+
  private:
+  static constexpr size_t longest_name = 80;
+
   static Scan& self(void* context) { return *static_cast<Scan*>(context); }
 
   static void on_start(void* context, const XML_Char*, const XML_Char** attributes) {
@@ -70,6 +82,9 @@ class Scan {
     const auto bytes = static_cast<size_t>(XML_GetCurrentByteCount(parser_));
     for (const XML_Char** name = attributes; *name != nullptr; name += 2) {
       namespaces_ += std::strncmp(*name, "xmlns", 5) == 0 ? 1 : 0;
+    }
+    if (depth_ < opened_.size()) {
+      opened_[depth_] = static_cast<size_t>(XML_GetCurrentByteIndex(parser_));
     }
     depth_ += 1;
     text_ = 0;
@@ -109,6 +124,7 @@ class Scan {
   const char* excess_ = nullptr;
   size_t limit_ = 0;  // that was passed; 0: what came is never accepted
   size_t depth_ = 0;
+  std::array<size_t, xml_limit::depth> opened_{};  // where each open element's tag begins
   size_t parts_ = 0;
   size_t namespaces_ = 0;
   size_t text_ = 0;  // bytes since the last tag
@@ -150,7 +166,11 @@ std::optional<XmlRefusal> refusal_of(std::string_view text) {
   }
   const uint64_t line = XML_GetCurrentLineNumber(parser.get());
   if (scan.excess() == nullptr) {
-    return XmlRefusal{line, XML_ErrorString(error)};
+    std::string reason = XML_ErrorString(error);
+    if (const std::string_view name = scan.open_element(text); !name.empty()) {
+      reason += " inside <" + std::string(name) + ">";
+    }
+    return XmlRefusal{line, reason};
   }
   return XmlRefusal{line, scan.limit() != 0 ? more_than(scan.limit(), scan.excess())
                                             : std::string(scan.excess())};
