@@ -46,7 +46,7 @@ LAYERS = [
     ("encoders/", "encoders", ["frame"] + ENGINE_GROUND),
     ("messages/", "messages", ["encoders", "frame"] + ENGINE_GROUND),
     ("platform/", "platform", ["ork", "set-up"]),
-    ("tools/schema/", "schema", ["ork", "generated headers"]),
+    ("tools/schema/", "schema", ["ork", "set-up", "generated headers"]),
     ("tools/common/", "tools", PUBLIC),
     ("tools/look/", "look", PUBLIC + ["tools"]),
     ("tools/offline/", "offline tools", PUBLIC + ["tools"]),
