@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/common/failure.h"
+#include "tools/common/progress.h"
 #include "tools/common/report.h"
 #include "tools/wayfind/client/agent_link.h"
 #include "tools/wayfind/client/receiver.h"
@@ -31,6 +32,20 @@ std::string known_subject(const std::string& name) {
              : "there is no show " + name + "; wayfind show --help lists them";
 }
 
+// Gives a show on once the progress of its coming in is no more to be seen.
+class Arrived : public ShowOutput {
+ public:
+  Arrived(Progress& progress, ShowOutput& output) : progress_(progress), output_(output) {}
+  void put(const std::string& bundle, const std::vector<look::Message>& shown) override {
+    progress_.clear();
+    output_.put(bundle, shown);
+  }
+
+ private:
+  Progress& progress_;
+  ShowOutput& output_;
+};
+
 }  // namespace
 
 void AgentPlace::add_to(CLI::App& command) {
@@ -56,8 +71,13 @@ void Client::ask(const Subject& subject, ShowOutput& output, const std::string& 
   tell_lowering(subject, *agents);
   link.ask(subject.name);
   Recorder recorder(recording);
-  Receiver receiver(handle_.get(), subject, output, recorder);
-  while (!receiver.committed()) receiver.take(link.next_frame());
+  Progress progress(subject.name + ": messages received");
+  Arrived arrived(progress, output);
+  Receiver receiver(handle_.get(), subject, arrived, recorder);
+  while (!receiver.committed()) {
+    receiver.take(link.next_frame());
+    progress.step();
+  }
   std::string wrong = receiver.objection();
   if (const std::string lost = recorder.finish(); !lost.empty())
     wrong += (wrong.empty() ? "" : "; ") + lost;

@@ -1,10 +1,13 @@
 // wayfind recording: reads recorded messages back and prints them.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
 #include "tools/common/failure.h"
 #include "tools/common/file.h"
+#include "tools/common/progress.h"
 #include "tools/wayfind/client/message_printer.h"
 #include "tools/wayfind/commands.h"
 #include "tools/wayfind/data/data_check.h"
@@ -40,7 +43,8 @@ class RecordingReader {
       : path_(path),
         text_(read_file_or_input(path, largest_input)),
         handle_(handle),
-        printer_(printer) {}
+        printer_(printer),
+        progress_(path + ": messages read") {}
 
   void print_all() {
     while (begin_ < text_.size()) {
@@ -50,6 +54,8 @@ class RecordingReader {
       if (length == 0)
         fail("from here on there is no whole recorded message; the messages before are complete");
       print(rest.substr(0, length));
+      // On a terminal what is printed is progress enough.
+      if (!prints_to_terminal_) progress_.step();
       line_ += static_cast<uint32_t>(
           std::count(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
       begin_ += length;
@@ -88,6 +94,8 @@ class RecordingReader {
   std::string text_;
   ork_handle* handle_;
   MessagePrinter& printer_;
+  Progress progress_;
+  const bool prints_to_terminal_ = isatty(STDOUT_FILENO) != 0;
   size_t begin_ = 0;
   uint32_t line_ = 1;
 };

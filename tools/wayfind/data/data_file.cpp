@@ -52,7 +52,8 @@ uint32_t DataFile::count(const wayfind_record& record) const {
   return nodes;
 }
 
-void DataFile::read(const MessageType& type, ork_handle* handle, MessageList& messages) const {
+void DataFile::read(const MessageType& type, ork_handle* handle, MessageList& messages,
+                    Progress& progress) const {
   const wayfind_message& schema = *type.schema;
   const uint32_t entries = count(*schema.records[0]);
   for (unsigned slot = 1; slot < schema.record_count; ++slot) {
@@ -68,6 +69,7 @@ void DataFile::read(const MessageType& type, ork_handle* handle, MessageList& me
     for (unsigned slot = 0; slot < schema.record_count; ++slot) {
       read_record(*schema.records[slot], number, handle, type.record(handle, message, slot));
     }
+    progress.step();
   }
 }
 

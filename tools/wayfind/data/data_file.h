@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/common/owned.h"
+#include "tools/common/progress.h"
 #include "tools/wayfind/data/message_list.h"
 
 namespace wayfind {
@@ -17,7 +18,8 @@ class DataFile {
   // Appends a message for each of the file's records that such messages carry. A message of two
   // records takes the first of one kind with the first of the other, the second with the second,
   // and so on.
-  void read(const MessageType& type, ork_handle* handle, MessageList& messages) const;
+  void read(const MessageType& type, ork_handle* handle, MessageList& messages,
+            Progress& progress) const;
 
  private:
   uint32_t count(const wayfind_record& record) const;

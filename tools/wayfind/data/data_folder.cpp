@@ -44,13 +44,14 @@ DataFolder::DataFolder(ork_handle* handle) : handle_(handle) {
 }
 
 void DataFolder::read(const std::string& path) {
-  for (const std::string& file : data_files(path)) add(file);
+  Progress progress(path + ": records read");
+  for (const std::string& file : data_files(path)) add(file, progress);
 }
 
-void DataFolder::add(const std::string& path) {
+void DataFolder::add(const std::string& path, Progress& progress) {
   const DataFile file(path);
   for (auto& [message, list] : lists_) {
-    file.read(message_type(*message), handle_, *list);
+    file.read(message_type(*message), handle_, *list, progress);
     if (list->size() > 1 && stands_once(*message)) {
       throw Failure(path + ": one more <" + message->records[0]->name +
                     ">, of which a show holds one; remove it here or in a file before");

@@ -29,7 +29,7 @@ class DataFolder {
   ork_handle* handle() const { return handle_; }
 
  private:
-  void add(const std::string& path);
+  void add(const std::string& path, Progress& progress);
 
   ork_handle* handle_;
   std::map<const wayfind_message*, std::shared_ptr<MessageList>> lists_;
