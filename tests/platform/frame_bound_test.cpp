@@ -56,6 +56,7 @@ class Reader {
     options.tracking = tracking;
     options.release = release;
     options.workspace_size = 0;
+    options.memory_budget = size_t{256} << 20;  // far over every bound, far under what a count asks
     options.frame_base = bound.base;
     options.frame_factor = bound.factor;
     Outcome outcome;
