@@ -52,7 +52,7 @@ def entries_of(file):
             assert identity >> 16 < len(PATTERNS), f"pattern {identity >> 16} of {len(PATTERNS)}"
             yield PATTERNS[identity >> 16], stream[place:place + length]
             place += length
-    assert place == len(stream)
+    assert place == len(stream), f"entries take {place} of {len(stream)} characters"
 
 
 FILES = {"built": built, "stripped": stripped()}
@@ -69,6 +69,13 @@ def for_each_file(test):
 
 
 class Sections(unittest.TestCase):
+    @for_each_file
+    def test_the_lower_half_of_each_message_id_is_its_index(self, file):
+        for luid, entries in INDEX:
+            data = section(file, ".flight_luids_" + luid).data
+            ids = [identity & 0xFFFF for identity, _ in struct.iter_unpack("<IH", data[20:])]
+            self.assertEqual(ids, [index & 0xFFFF for index in range(entries)])
+
     def test_strip_takes_the_symbol_table(self):
         self.assertNotIn(".symtab", FILES["stripped"].sections)
 

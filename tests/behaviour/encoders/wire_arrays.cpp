@@ -42,6 +42,17 @@ TEST_P(ArrayFields, are_given_back_by_an_empty_image) {
   }
 }
 
+TEST_P(ArrayFields, are_read_without_asking_how_wide_an_element_is) {
+  const Handle handle(ORK_TRACKING_OFF);
+  const Object object = filled(handle, calls(), 1);
+  const Bytes bytes = image(ORK_TRACKING_OFF, 3);
+  spy::Log log;
+  EXPECT_EQ(read(handle, bytes, object), bytes.size());
+  EXPECT_EQ(log.count("u_int8_sizeof") + log.count("u_int16_sizeof") + log.count("u_int32_sizeof"),
+            0u);
+  EXPECT_EQ(array_of(object).count, 3u);
+}
+
 TEST_P(ArrayFields, keep_their_state_when_the_image_is_empty) {
   const Handle handle(ORK_TRACKING_ON);
   const Object object = filled(handle, calls(), 3);

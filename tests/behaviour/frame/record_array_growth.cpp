@@ -76,6 +76,25 @@ TEST(RecordArrayGrowth, records_then_detaches_each_watched_old_element_before_it
 
 // ---- Failures ----
 
+TEST(RecordArrayGrowth, goes_on_when_the_mapping_of_an_old_element_cannot_be_removed) {
+  Settings s(tracked);
+  s.set(1);
+  fwe_dp_wayfind_debug_setting_fwe_num_set_value(s.h, instance, s.get(0), 42, &s.h.err);
+  spy::name(block_of(s.obj, "dbg_setting"), 130, "old");
+  {
+    const auto failing = spy::fail(ork_hd_mapping_destroy, 5);
+    spy::Log log;
+    s.set(2);
+    EXPECT_CALLS(any_slot(log.calls_of({"ork_hd_mapping_destroy"})),
+                 {"ork_hd_mapping_destroy(7,old)", "ork_hd_mapping_destroy(7,old+56)"});
+  }
+  EXPECT_EQ(s.h.err, 0u);
+  EXPECT_EQ(*s.obj.field("num_fwes"), 3u);
+  EXPECT_EQ(s.number(0), 42u);
+  EXPECT_EQ(s.state(0), 2u);
+  s.h.expect_leaks();  // the runtime still knows the old places
+}
+
 TEST(RecordArrayGrowth, asks_for_its_block_in_64_bits_but_with_states_only_up_to_31_bits) {
   static std::vector<size_t> asked;
   struct Row {
