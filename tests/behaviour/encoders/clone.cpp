@@ -329,15 +329,16 @@ TEST_F(Clone, whose_unmarshal_fails_leaves_the_sentinel_alive) {
   std::copy(before.before().begin(), before.before().end(), static_cast<uint8_t*>(sentinel));
 }
 
-// An image may have filled fields that the variant of the target hides. Nobody else owns their
-// arrays: what is not freed fails the handle's count of blocks.
+// An image of variant -1 hides every field of its target. Nobody else owns the arrays in them: what
+// is not freed fails the count of blocks.
 TEST_F(Clone, that_fails_frees_the_arrays_that_the_variant_of_its_target_hides) {
   const Object source = filled(handle, path, 2);
+  source.header().variant = -1;
   Object target = filled(handle, path, 3);
-  target.header().variant = -1;
   void* slot = target.release();
-  const auto failing = spy::fail(u_int32_unmarshal, 5);
+  const auto failing = spy::fail(_ork_variant_jump_unmarshal, 5);
   clone_internal(path, source.get(), &slot, workspace.data(), ample);
+  source.header().variant = 0;
   EXPECT_EQ(err, 5u);
   EXPECT_EQ(slot, nullptr);
 }
@@ -346,19 +347,20 @@ TEST_F(Clone, into_an_element_that_fails_frees_the_arrays_that_the_variant_of_th
   SpiedHandle h({.tracking = ORK_TRACKING_OFF});
   const Calls& data = calls_of("fwe_dp_wayfind_debug_data");
   const Object source = filled(h, calls_of("fwe_dp_wayfind_debug_data_per_complex"), 2);
+  source.header().variant = -1;
   const Object object = filled(h, data, 2);
   auto* const owner = static_cast<fwe_dp_wayfind_debug_data*>(object.get());
   auto* const element =
       fwe_dp_wayfind_debug_data_dbg_per_complex_get(h, instance, owner, 0, &h.err);
   ASSERT_NE(element, nullptr);
-  reinterpret_cast<ork_object*>(element)->variant = -1;
   const uint64_t before = h.memory().live_blocks;
   {
-    const auto failing = spy::fail(u_int8_unmarshal, 5);
+    const auto failing = spy::fail(_ork_variant_jump_unmarshal, 5);
     const auto* const from =
         static_cast<const fwe_dp_wayfind_debug_data_per_complex*>(source.get());
     EXPECT_NE(fwe_dp_wayfind_debug_data_dbg_per_complex_set_cr(h, owner, 0, from, 0), 0u);
   }
+  source.header().variant = 0;
   h->cr_error = 0;
   EXPECT_EQ(h.memory().live_blocks, before - 1) << "the element's array, and nothing else";
 }
