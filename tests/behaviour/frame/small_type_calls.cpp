@@ -252,6 +252,23 @@ TEST_P(SmallTypeCalls, adjust_variant_hands_on_whatever_stands_in_the_slot) {
   destroy(h, obj);
 }
 
+TEST_P(SmallTypeCalls, adjust_variant_hands_on_the_manifested_type_and_not_the_word_in_the_slot) {
+  SpiedHandle h(plain);
+  void* const obj = create(h);
+  {
+    const wayfind_small_type& other = wayfind_small_types[(GetParam() + 1) % 12];
+    const auto manifested = spy::answer(ork_get_manifested_type_info, other.type);
+    const auto runtime = spy::answer(orklib_adjust_variant, 0);
+    spy::Log log;
+    function<uint32_t(ork_handle*, uint32_t, void*, uint32_t*)>("_adjust_variant")(h, instance, obj,
+                                                                                   &h.err);
+    EXPECT_CALLS(log.calls_of({"orklib_adjust_variant"}),
+                 std::vector<std::string>(1, "orklib_adjust_variant(7,obj,type(" +
+                                                 std::string(other.name) + "),0,err)"));
+  }
+  destroy(h, obj);
+}
+
 // Enums hand the runtime what stands in the slot, the flag set what the runtime says that stands
 // there.
 TEST_P(SmallTypeCalls, writes_upgrade_by_the_word_in_the_slot_or_by_the_manifested_type) {
